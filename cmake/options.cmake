@@ -1,0 +1,22 @@
+# How every target of the project is compiled.
+option(CARROVAN_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+
+add_library(carrovan_options INTERFACE)
+target_compile_features(carrovan_options INTERFACE cxx_std_20)
+target_include_directories(carrovan_options INTERFACE "${PROJECT_SOURCE_DIR}")
+target_compile_options(carrovan_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast -Werror)
+
+if(CARROVAN_SANITIZE)
+  target_compile_options(carrovan_options INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_compile_definitions(carrovan_options INTERFACE _GLIBCXX_ASSERTIONS)
+  target_link_options(carrovan_options INTERFACE -fsanitize=address,undefined)
+endif()
+
+if(WIN32)
+  # One self-contained program: the compiler's runtime goes into the executable.
+  target_link_options(carrovan_options INTERFACE -static -municode)
+  target_compile_definitions(carrovan_options INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
+    _WIN32_WINNT=0x0601)
+endif()

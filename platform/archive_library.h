@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace carrovan {
+
+// How an archive operation ended. The numbers are also the results of the support library's zip
+// functions, so they are never renumbered.
+enum class ArchiveResult : std::uint32_t {
+  kDone = 0,
+  kNoSuchItem = 1,
+  kSourceMissing = 2,
+  kSourceUnreadable = 3,      // locked, denied, or a read that failed half way
+  kNameRefused = 4,           // empty, stored already, or a name that would leave the destination
+  kDamaged = 5,               // broken structure, broken data or a checksum that does not match
+  kEncrypted = 6,
+  kMethodUnsupported = 7,     // compressed in a way that is not deflate or stored
+  kTargetNotWritable = 8,     // denied, read-only, in use, or its folder cannot be made
+  kDiskFull = 9,
+  kOutOfMemory = 10,
+};
+
+// One readable phrase, for example "the data is damaged".
+std::wstring DescribeArchiveResult(ArchiveResult result);
+
+struct ArchiveItem {
+  std::wstring name;  // as stored, forward slashes turned into backslashes; empty if it does not decode
+  std::uint64_t sizeBytes = 0;
+  std::uint64_t packedSizeBytes = 0;
+};
+
+// Writes one zip archive. The archive at the path stays as it was until Close succeeds; a writer
+// that is destroyed without Close leaves nothing behind.
+class ArchiveWriter {
+ public:
+  virtual ~ArchiveWriter() = default;
+
+  // Stores a file under a name with backslashes. The file is read before this returns; a file that
+  // cannot be read whole is not stored, and the writer goes on.
+  [[nodiscard]] virtual ArchiveResult Add(const std::wstring& entryName,
+                                          const std::wstring& sourcePath) = 0;
+
+  // Finishes the archive and puts it in place of the one at the path. Called once, last.
+  [[nodiscard]] virtual ArchiveResult Close() = 0;
+};
+
+// Reads one zip archive.
+class ArchiveReader {
+ public:
+  virtual ~ArchiveReader() = default;
+
+  // The item at a position, in stored order from 0; nothing past the last one.
+  virtual std::optional<ArchiveItem> Item(std::size_t index) const = 0;
+
+  // Writes an item to a file, creating missing parent folders; an existing file is replaced only by
+  // complete data. Refuses an item whose stored name would leave a destination folder. An item that
+  // is a folder (its name ends in a separator) becomes one.
+  [[nodiscard]] virtual ArchiveResult Extract(std::size_t index, const std::wstring& targetPath) = 0;
+};
+
+// An archive that can be looked into without writing to disk.
+class ArchiveExaminer : public ArchiveReader {
+ public:
+  // The item's content; nothing when it is longer than the limit or cannot be read.
+  virtual std::optional<std::vector<std::uint8_t>> Read(std::size_t index,
+                                                        std::size_t limitBytes) = 0;
+
+  // Reads the item whole and compares its checksum, as an extraction would.
+  [[nodiscard]] virtual ArchiveResult Check(std::size_t index) = 0;
+};
+
+// The zip functions of the maker's support library, or what stands in for them.
+class ArchiveLibrary {
+ public:
+  virtual ~ArchiveLibrary() = default;
+
+  // Null when an archive cannot be created at the path; a file that is there is not touched yet.
+  virtual std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath) = 0;
+
+  // Null when the file is missing or is not a zip archive.
+  virtual std::unique_ptr<ArchiveReader> Open(const std::wstring& archivePath) = 0;
+};
+
+}  // namespace carrovan

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace carrovan {
+
+// A command that was started. Letting go of it does not end the command.
+class RunningCommand {
+ public:
+  virtual ~RunningCommand() = default;
+
+  // Returns when the command has ended.
+  virtual void WaitForEnd() = 0;
+};
+
+// The system's command interpreter, started without a window.
+class CommandInterpreter {
+ public:
+  virtual ~CommandInterpreter() = default;
+
+  // Starts the interpreter with these parameters ("/C reg export ...") and returns at once; the
+  // caller owns the result. Null when it could not be started.
+  virtual std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) = 0;
+};
+
+}  // namespace carrovan

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace carrovan {
+
+// Standard output and standard error of the command line. Text reaches a file or a pipe as UTF-8
+// whatever the locale, and a terminal in the way that it shows.
+class Console {
+ public:
+  virtual ~Console() = default;
+
+  virtual void Out(std::wstring_view text) = 0;
+  virtual void Err(std::wstring_view text) = 0;
+  virtual bool ErrIsTerminal() const = 0;
+};
+
+// The console of this process.
+std::unique_ptr<Console> OpenConsole();
+
+}  // namespace carrovan

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/system_code.h"
+
+namespace carrovan {
+
+struct FolderEntry {
+  std::wstring name;  // as spelled on disk
+  bool isFolder = false;
+};
+
+// Looks at files and folders and cannot change them. Paths are Windows paths of any length; names
+// are found without regard to case.
+class FileReader {
+ public:
+  virtual ~FileReader() = default;
+
+  // True for a file or a folder that is there.
+  virtual bool Exists(const std::wstring& path) const = 0;
+  virtual bool IsFolder(const std::wstring& path) const = 0;
+
+  // The entries of a folder in the file system's own order, without "." and "..". Empty when the
+  // folder is missing or cannot be read.
+  virtual std::vector<FolderEntry> ListFolder(const std::wstring& folder) const = 0;
+};
+
+// Changes files and folders. Each operation returns kSystemOk or the system's error number, and
+// leaves the disk as it was when it fails.
+class FileSystem : public FileReader {
+ public:
+  // One level; kAlreadyExists when a file or folder of that name is there.
+  [[nodiscard]] virtual SystemCode CreateFolder(const std::wstring& path) = 0;
+
+  // Creates the file, or empties the one that is there.
+  [[nodiscard]] virtual SystemCode CreateEmptyFile(const std::wstring& path) = 0;
+
+  // A read-only file is not removed.
+  [[nodiscard]] virtual SystemCode RemoveFile(const std::wstring& path) = 0;
+
+  // kFolderNotEmpty when the folder still holds something.
+  [[nodiscard]] virtual SystemCode RemoveFolder(const std::wstring& path) = 0;
+};
+
+}  // namespace carrovan

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/archive_library.h"
+#include "platform/clock.h"
+#include "platform/command_interpreter.h"
+#include "platform/file_system.h"
+#include "platform/guid_source.h"
+#include "platform/known_folders.h"
+#include "platform/product_identity.h"
+#include "platform/profile_file.h"
+#include "platform/registry.h"
+
+namespace carrovan {
+
+// The ports of one machine, real or in a folder. Owns nothing: whoever makes a machine keeps its
+// parts alive. A test replaces one part by copying the struct with another reference.
+struct Machine {
+  FileSystem& files;
+  RegistryReader& registry;
+  KnownFolders& folders;
+  GuidSource& guids;
+  ProfileFile& profiles;
+  ProductIdentity& product;
+  ArchiveLibrary& archives;
+  CommandInterpreter& interpreter;
+  Clock& clock;
+};
+
+}  // namespace carrovan

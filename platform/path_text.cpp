@@ -1,0 +1,44 @@
+#include "platform/path_text.h"
+
+namespace carrovan {
+namespace {
+
+// Length of "C:\", "\" or "\\server\share", the part that no removal takes away.
+std::size_t RootLength(std::wstring_view path) {
+  if (path.size() >= 2 && path[1] == L':') return path.size() >= 3 && path[2] == L'\\' ? 3 : 2;
+  if (path.substr(0, 2) != L"\\\\") return path.substr(0, 1) == L"\\" ? 1 : 0;
+  const std::size_t share = path.find(L'\\', 2);
+  if (share == std::wstring_view::npos) return path.size();
+  const std::size_t end = path.find(L'\\', share + 1);
+  return end == std::wstring_view::npos ? path.size() : end;
+}
+
+}  // namespace
+
+bool EndsInSeparator(std::wstring_view path) {
+  return !path.empty() && (path.back() == L'\\' || path.back() == L'/');
+}
+
+std::wstring WithTrailingBackslash(std::wstring path) {
+  if (!EndsInSeparator(path)) path.push_back(L'\\');
+  return path;
+}
+
+std::wstring RemoveFileSpec(std::wstring path) {
+  const std::size_t root = RootLength(path);
+  if (path.size() <= root) return path;
+  const std::size_t separator = path.rfind(L'\\');
+  if (separator == std::wstring::npos || separator < root) {
+    path.resize(root);
+  } else {
+    path.resize(separator);
+  }
+  return path;
+}
+
+std::wstring FileNameOf(std::wstring_view path) {
+  const std::size_t separator = path.find_last_of(L"\\/");
+  return std::wstring(separator == std::wstring_view::npos ? path : path.substr(separator + 1));
+}
+
+}  // namespace carrovan
