@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "platform/archive_library.h"
+
+namespace carrovan {
+
+// Reads a zip archive that may come from a stranger: no size or name that it declares is believed.
+// Items are numbered from 0 in stored order.
+class ZipReader {
+ public:
+  // Null when the file is missing, cannot be read or is not a zip archive.
+  static std::unique_ptr<ZipReader> Open(const std::filesystem::path& archive);
+
+  ~ZipReader();
+  ZipReader(const ZipReader&) = delete;
+  ZipReader& operator=(const ZipReader&) = delete;
+
+  // Nothing past the last item. The sizes are those that the archive declares.
+  std::optional<ArchiveItem> Item(std::size_t index) const;
+
+  // Writes an item to a file with its modification time, creating missing parent folders. A file
+  // that is there is replaced only once the item is complete and its checksum matches; a read-only
+  // one stays. An item whose stored name is unfit (RefusalOfStoredName) is refused before anything
+  // is made. An item whose name ends in a separator becomes a folder.
+  [[nodiscard]] ArchiveResult Extract(std::size_t index, const std::filesystem::path& target);
+
+  // The item's content; nothing when it is longer than the limit or does not pass Check.
+  std::optional<std::vector<std::uint8_t>> Read(std::size_t index, std::size_t limitBytes);
+
+  // Reads an item whole and compares its size and checksum.
+  [[nodiscard]] ArchiveResult Check(std::size_t index);
+
+ private:
+  class Archive;
+
+  explicit ZipReader(std::unique_ptr<Archive> archive);
+
+  std::unique_ptr<Archive> archive_;
+};
+
+}  // namespace carrovan
