@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/system_code.h"
@@ -25,6 +26,14 @@ class FileReader {
   // The entries of a folder in the file system's own order, without "." and "..". Empty when the
   // folder is missing or cannot be read.
   virtual std::vector<FolderEntry> ListFolder(const std::wstring& folder) const = 0;
+
+  // The same list, for a caller that must know why there is none.
+  [[nodiscard]] virtual SystemCode ReadFolder(const std::wstring& folder,
+                                              std::vector<FolderEntry>& entries) const = 0;
+
+  // A file's whole content; `bytes` stays as it is when reading fails.
+  [[nodiscard]] virtual SystemCode ReadBytes(const std::wstring& path,
+                                             std::string& bytes) const = 0;
 };
 
 // Changes files and folders. Each operation returns kSystemOk or the system's error number, and
@@ -42,6 +51,18 @@ class FileSystem : public FileReader {
 
   // kFolderNotEmpty when the folder still holds something.
   [[nodiscard]] virtual SystemCode RemoveFolder(const std::wstring& path) = 0;
+
+  // Creates the file or replaces its whole content. A read-only file is not replaced.
+  [[nodiscard]] virtual SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) = 0;
+
+  // Copies a file, over an existing one that is not read-only. kCopySkipped when the system left
+  // the copy undone without calling it an error.
+  [[nodiscard]] virtual SystemCode CopyOver(const std::wstring& source,
+                                            const std::wstring& target) = 0;
+
+  // Gives a file another path; kAlreadyExists when something is there.
+  [[nodiscard]] virtual SystemCode MoveTo(const std::wstring& source,
+                                          const std::wstring& target) = 0;
 };
 
 }  // namespace carrovan

@@ -28,6 +28,8 @@ const wchar_t* Phrase(SystemCode code) {
       return L"the folder is not empty";
     case kNameTooLong:
       return L"the name is too long";
+    case kCopySkipped:
+      return L"the system left the copy undone";
     default:
       return L"the system reports a failure";
   }

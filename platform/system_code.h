@@ -22,6 +22,7 @@ inline constexpr SystemCode kFolderNotEmpty = 145;
 inline constexpr SystemCode kAlreadyExists = 183;
 inline constexpr SystemCode kNameTooLong = 206;
 inline constexpr SystemCode kGeneralFailure = 31;
+inline constexpr SystemCode kCopySkipped = 1235;  // ERROR_REQUEST_ABORTED
 
 // One readable phrase with the number behind it, for example "access denied (error 5)".
 std::wstring DescribeSystemCode(SystemCode code);

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "merge/container.h"
+#include "platform/xml_node.h"
+
+namespace carrovan {
+
+// What a container says about the numbered containers in it.
+struct ContainerSummary {
+  std::int32_t size = 0;
+  std::int32_t highestSuffix = 0;
+  XmlNode sizeText;  // where the size is written; none when there is no such place
+};
+
+// Collects a summary from child elements, taken in document order. It can be kept while children
+// are appended, and then says what a fresh reading would.
+class SummaryReader {
+ public:
+  // `id` is the child's, and is looked at when the child is a container.
+  void Take(const XmlNode& child, const ElementIdReading& id);
+
+  // A container that was taken without an ID has one now.
+  void TakeLateId(const ElementIdReading& id);
+
+  // The size was written to the place that the summary names.
+  void NoteSizeWritten(std::int32_t size);
+
+  // Nothing without a size, without a numbered container that has an ID, or with one of these
+  // numbers spoiled.
+  std::optional<ContainerSummary> Result() const;
+
+ private:
+  void TakeSize(const XmlNode& child);
+
+  static constexpr std::int32_t kNoSuffix = -10000;
+
+  std::int32_t size_ = 0;
+  std::int32_t highestSuffix_ = kNoSuffix;
+  XmlNode sizeText_;
+  bool foundSizePlace_ = false;
+  bool firstSizeCounts_ = false;  // the place of the size and the size that counts are one element
+  bool hasSize_ = false;
+  bool hasId_ = false;
+  bool hasSuffix_ = false;
+  bool spoiled_ = false;
+};
+
+// Nothing for an element that is not a state or a category.
+std::optional<ContainerSummary> ReadContainerSummary(const XmlNode& element);
+
+}  // namespace carrovan

@@ -1,0 +1,186 @@
+#include "merge/xml_merge.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <stack>
+#include <string>
+#include <utility>
+
+#include "merge/child_index.h"
+#include "merge/container.h"
+#include "merge/element_names.h"
+#include "merge/integer_text.h"
+#include "merge/ribbon_panel.h"
+
+namespace carrovan {
+namespace {
+
+void CarryText(const XmlNode& oldElement, const XmlNode& newElement) {
+  const XmlNode oldText = LeadingText(oldElement);
+  if (!oldText) return;
+  const XmlNode newText = LeadingText(newElement);
+  // A text that the DOM refuses to change stays as it is, and the merge goes on.
+  if (newText) static_cast<void>(newText.CopyTextFrom(oldText));
+}
+
+// A pair of elements whose children are being merged.
+struct Level {
+  XmlNode oldChild;  // the next one to merge; none when the pair is done
+  XmlNode newElement;
+  ChildIndex* newChildren = nullptr;
+  std::unique_ptr<ChildIndex> ownedChildren;  // null when another index keeps them
+  std::optional<ContainerSummary> summary;    // as it was at the start, counted on by this pair
+  ChildIndex::Position descendedInto = ChildIndex::kNone;
+};
+
+// The pairs above the one being merged wait on a stack of the merge's own, because documents may be
+// nested deeper than the program's stack.
+class NodeMerge {
+ public:
+  explicit NodeMerge(XmlDocument& newDocument) : newDocument_(newDocument) {}
+
+  void Run(const XmlNode& oldElement, const XmlNode& newElement) {
+    XmlNode oldChild = MergeOwnValue(oldElement, newElement);
+    if (oldChild) Enter(std::move(oldChild), newElement, nullptr);
+    while (!levels_.empty()) MergeNextChild();
+  }
+
+ private:
+  // The old element's first child to be merged, when there is one.
+  static XmlNode MergeOwnValue(const XmlNode& oldElement, const XmlNode& newElement);
+  void Enter(XmlNode oldChild, const XmlNode& newElement, ChildIndex* keptChildren);
+  void MergeNextChild();
+  void MergeChild(Level& level, const XmlNode& oldChild);
+  void Descend(Level& level, const XmlNode& oldElement, ChildIndex::Position match);
+  void AppendNumbered(Level& level, const XmlNode& oldChild);
+  static ChildIndex::Position FindMatch(const ChildIndex& newChildren, const XmlNode& oldChild,
+                                        ContainerKind kind);
+
+  XmlDocument& newDocument_;
+  std::stack<Level> levels_;
+};
+
+XmlNode NodeMerge::MergeOwnValue(const XmlNode& oldElement, const XmlNode& newElement) {
+  if (IsValueElementName(newElement.Name())) return {};
+  CarryText(oldElement, newElement);
+  return ThisOrNextElement(oldElement.FirstChild());
+}
+
+void NodeMerge::Enter(XmlNode oldChild, const XmlNode& newElement, ChildIndex* keptChildren) {
+  Level level;
+  level.oldChild = std::move(oldChild);
+  level.newElement = newElement;
+  if (keptChildren == nullptr) level.ownedChildren = std::make_unique<ChildIndex>(newElement);
+  level.newChildren = keptChildren == nullptr ? level.ownedChildren.get() : keptChildren;
+  level.summary = level.newChildren->Summary();
+  levels_.push(std::move(level));
+}
+
+void NodeMerge::MergeNextChild() {
+  Level& level = levels_.top();
+  const ChildIndex::Position merged = std::exchange(level.descendedInto, ChildIndex::kNone);
+  if (merged != ChildIndex::kNone) level.newChildren->ReadIdAgain(merged);
+  if (!level.oldChild) {
+    levels_.pop();
+    return;
+  }
+  XmlNode next = ThisOrNextElement(level.oldChild.NextSibling());
+  const XmlNode oldChild = std::exchange(level.oldChild, std::move(next));
+  MergeChild(level, oldChild);
+}
+
+void NodeMerge::MergeChild(Level& level, const XmlNode& oldChild) {
+  const ContainerKind kind = ContainerKindOf(oldChild.Name());
+  const ChildIndex::Position match = FindMatch(*level.newChildren, oldChild, kind);
+  if (match != ChildIndex::kNone && kind == ContainerKind::kPanel) {
+    MergeRibbonPanel(oldChild, level.newChildren->Node(match), newDocument_);
+  } else if (match != ChildIndex::kNone) {
+    Descend(level, oldChild, match);
+  } else if (kind != ContainerKind::kNone && level.summary) {
+    AppendNumbered(level, oldChild);
+  } else if (const XmlNode copy = level.newElement.AppendCopy(oldChild)) {
+    level.newChildren->Append(copy);
+  }
+}
+
+ChildIndex::Position NodeMerge::FindMatch(const ChildIndex& newChildren, const XmlNode& oldChild,
+                                          ContainerKind kind) {
+  if (kind == ContainerKind::kNone) return newChildren.FirstNamed(oldChild.Name());
+  const std::optional<std::int32_t> id = ReadElementId(oldChild);
+  const ChildIndex::Position byId = id ? newChildren.FirstWithId(*id) : ChildIndex::kNone;
+  if (kind != ContainerKind::kState) return byId;
+  return std::min(byId, newChildren.FirstNamed(oldChild.Name()));
+}
+
+void NodeMerge::Descend(Level& level, const XmlNode& oldElement, ChildIndex::Position match) {
+  const XmlNode newElement = level.newChildren->Node(match);
+  XmlNode oldChild = MergeOwnValue(oldElement, newElement);
+  if (!oldChild) return;
+  // Nothing is left to do on this level after its last child, so a chain of any depth needs no
+  // stack. An index that is kept must still learn of an ID that the child gains.
+  const bool lastOfLevel = !level.oldChild && level.ownedChildren != nullptr;
+  if (lastOfLevel) {
+    levels_.pop();
+    Enter(std::move(oldChild), newElement, nullptr);
+  } else {
+    level.descendedInto = match;
+    Enter(std::move(oldChild), newElement, level.newChildren->KeptIndexOf(match));
+  }
+}
+
+void NodeMerge::AppendNumbered(Level& level, const XmlNode& oldChild) {
+  ContainerSummary& summary = *level.summary;
+  const std::int32_t suffix = WrappingSum(summary.highestSuffix, 1);
+  const std::int32_t size = WrappingSum(summary.size, 1);
+  const std::string name =
+      std::string(ElementBaseName(oldChild.Name())) + "-" + std::to_string(suffix);
+  const XmlNode created = newDocument_.CreateElement(name);
+  if (!created) return;
+  CopyChildNodes(oldChild, created);
+  if (!level.newElement.AppendChild(created)) return;
+  level.newChildren->Append(created);
+  // Without a place for the size the number stays free, and the next container takes it too.
+  if (!summary.sizeText || !summary.sizeText.SetText(std::to_wstring(size))) return;
+  level.newChildren->NoteSizeWritten(size);
+  summary.highestSuffix = suffix;
+  summary.size = size;
+}
+
+bool Fail(LineLog& log, const std::wstring& line) {
+  log.WriteLine(line);
+  return false;
+}
+
+bool MergeDocuments(XmlDocument& oldDocument, XmlDocument& newDocument, LineLog& log) {
+  const XmlNode oldRoot = oldDocument.Root();
+  if (!oldRoot) return Fail(log, L"Failed to get old document root element");
+  const XmlNode newRoot = newDocument.Root();
+  if (!newRoot) return Fail(log, L"Failed to get new document root element");
+  MergeXmlNodes(oldRoot, newRoot, newDocument);
+  return true;
+}
+
+}  // namespace
+
+void MergeXmlNodes(const XmlNode& oldElement, const XmlNode& newElement, XmlDocument& newDocument) {
+  if (oldElement && newElement) NodeMerge(newDocument).Run(oldElement, newElement);
+}
+
+bool MergeXmlFiles(const std::wstring& oldPath, const std::wstring& newPath,
+                   const std::wstring& outputPath, XmlDom& dom, LineLog& log) {
+  const std::unique_ptr<XmlSession> session = dom.Begin();
+  if (!session->Started()) return Fail(log, L"Failed to initialize COM");
+  std::unique_ptr<XmlDocument> oldDocument = session->NewDocument();
+  if (oldDocument == nullptr) return Fail(log, L"Failed to create old XML document object");
+  const std::unique_ptr<XmlDocument> newDocument = session->NewDocument();
+  if (newDocument == nullptr) return Fail(log, L"Failed to create new XML document object");
+  if (!oldDocument->Load(oldPath)) return Fail(log, L"Failed to load old XML file: " + oldPath);
+  if (!newDocument->Load(newPath)) return Fail(log, L"Failed to load new XML file: " + newPath);
+  if (!MergeDocuments(*oldDocument, *newDocument, log)) return false;
+  oldDocument.reset();  // saving needs room for the whole output
+  if (newDocument->Save(outputPath)) return true;
+  return Fail(log, L"Failed to save merged XML file: " + outputPath);
+}
+
+}  // namespace carrovan

@@ -1,0 +1,260 @@
+#include "platform/sandbox/libxml2_dom.h"
+
+#include <libxml/parser.h>
+
+#include <libxml/dict.h>
+#include <libxml/xmlsave.h>
+
+#include <limits>
+
+#include "platform/sandbox/libxml2_copy.h"
+#include "platform/sandbox/libxml2_text_filter.h"
+#include "platform/text.h"
+
+namespace carrovan {
+namespace {
+
+// The parser's own limits on depth and length are lifted: the merge and this adapter work without
+// recursion. Nothing is fetched from a network.
+constexpr int kParseOptions =
+    XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
+
+constexpr xmlChar kNoText[] = "";
+constexpr xmlChar kDetachedName[] = "detached";
+
+template <auto kFree>
+struct Freer {
+  template <typename T>
+  void operator()(T* object) const {
+    kFree(object);
+  }
+};
+
+using DocOwner = std::unique_ptr<xmlDoc, Freer<xmlFreeDoc>>;
+using NodeOwner = std::unique_ptr<xmlNode, Freer<xmlFreeNode>>;
+using ParserOwner = std::unique_ptr<xmlParserCtxt, Freer<xmlFreeParserCtxt>>;
+
+xmlNode* AsNode(XmlNodeOperations::Handle handle) { return static_cast<xmlNode*>(handle); }
+
+const xmlChar* AsXmlText(const std::string& text) {
+  return static_cast<const xmlChar*>(static_cast<const void*>(text.c_str()));
+}
+
+const char* AsChars(const xmlChar* text) {
+  return static_cast<const char*>(static_cast<const void*>(text));
+}
+
+const xmlChar* ContentOf(const xmlNode& text) {
+  return text.content == nullptr ? kNoText : text.content;
+}
+
+bool HoldsText(const xmlNode& node) {
+  return node.type == XML_TEXT_NODE || node.type == XML_CDATA_SECTION_NODE;
+}
+
+// The next node of the tree below `top` in document order; null after the last.
+const xmlNode* NextBelow(const xmlNode& top, const xmlNode* node) {
+  if (node->type == XML_ELEMENT_NODE && node->children != nullptr) return node->children;
+  while (node != &top && node->next == nullptr) node = node->parent;
+  return node == &top ? nullptr : node->next;
+}
+
+std::string TextBelow(const xmlNode& top) {
+  std::string text;
+  for (const xmlNode* node = NextBelow(top, &top); node != nullptr; node = NextBelow(top, node)) {
+    if (HoldsText(*node)) text.append(AsChars(ContentOf(*node)));
+  }
+  return text;
+}
+
+DocOwner Parse(const std::string& bytes) {
+  if (bytes.size() > std::size_t{std::numeric_limits<int>::max()}) return nullptr;
+  ParserOwner parser(xmlNewParserCtxt());
+  if (parser == nullptr) return nullptr;
+  BlankTextFilter filter;
+  filter.AttachTo(*parser);
+  DocOwner document(xmlCtxtReadMemory(parser.get(), bytes.data(), static_cast<int>(bytes.size()),
+                                      nullptr, nullptr, kParseOptions));
+  const bool accepted = parser->wellFormed != 0 && parser->nsWellFormed != 0 &&
+                        !filter.SawTypeDefinition() && document != nullptr;
+  if (!accepted) return nullptr;
+  if (document->dict == nullptr) document->dict = xmlDictCreate();
+  return document->dict == nullptr ? nullptr : std::move(document);
+}
+
+std::string DeclarationOf(const xmlDoc& document) {
+  constexpr int kNoDeclaration = -1;
+  if (document.standalone == kNoDeclaration) return {};
+  std::string text = "<?xml version=\"";
+  text += document.version == nullptr ? "1.0" : AsChars(document.version);
+  text += '"';
+  if (document.encoding != nullptr) {
+    text += " encoding=\"";
+    text += AsChars(document.encoding);
+    text += '"';
+  }
+  if (document.standalone == 0) text += " standalone=\"no\"";
+  if (document.standalone == 1) text += " standalone=\"yes\"";
+  return text + "?>\n";
+}
+
+int AppendToString(void* target, const char* bytes, int length) {
+  static_cast<std::string*>(target)->append(bytes, static_cast<std::size_t>(length));
+  return length;
+}
+
+bool Serialize(xmlDoc& document, std::string& bytes) {
+  const char* const encoding = document.encoding == nullptr ? "UTF-8" : AsChars(document.encoding);
+  xmlCharEncodingHandler* const encoder = xmlFindCharEncodingHandler(encoding);
+  if (encoder == nullptr) return false;
+  xmlOutputBuffer* const out = xmlOutputBufferCreateIO(AppendToString, nullptr, &bytes, encoder);
+  if (out == nullptr) {
+    if (encoder != nullptr) xmlCharEncCloseFunc(encoder);
+    return false;
+  }
+  xmlOutputBufferWriteString(out, DeclarationOf(document).c_str());
+  for (xmlNode* node = document.children; node != nullptr; node = node->next) {
+    xmlNodeDumpOutput(out, &document, node, 0, 0, encoding);
+    xmlOutputBufferWriteString(out, "\n");
+  }
+  const int error = out->error;
+  return xmlOutputBufferClose(out) >= 0 && error == 0;
+}
+
+class LibXml2Document : public XmlDocument, private XmlNodeOperations {
+ public:
+  explicit LibXml2Document(FileSystem& files) : files_(files) {}
+
+  bool Load(const std::wstring& path) override {
+    std::string bytes;
+    if (files_.ReadBytes(path, bytes) != kSystemOk) return false;
+    detached_.reset();
+    document_ = Parse(bytes);
+    if (document_ == nullptr) return false;
+    detached_.reset(NewElement(*document_, kDetachedName));
+    return detached_ != nullptr;
+  }
+
+  XmlNode Root() override {
+    return {*this, document_ == nullptr ? nullptr : xmlDocGetRootElement(document_.get())};
+  }
+
+  XmlNode CreateElement(std::string_view name) override {
+    if (document_ == nullptr) return {};
+    const std::string terminated(name);
+    if (xmlValidateName(AsXmlText(terminated), 0) != 0) return {};
+    xmlNode* const element = NewElement(*document_, AsXmlText(terminated));
+    if (element != nullptr) LinkAsLastChild(*detached_, *element);
+    return {*this, element};
+  }
+
+  bool Save(const std::wstring& path) override {
+    std::string bytes;
+    return document_ != nullptr && Serialize(*document_, bytes) &&
+           files_.WriteBytes(path, bytes) == kSystemOk;
+  }
+
+ private:
+  void AddReference(Handle) const override {}
+  void DropReference(Handle) const override {}
+
+  XmlNodeKind Kind(Handle handle) const override {
+    switch (AsNode(handle)->type) {
+      case XML_ELEMENT_NODE:
+        return XmlNodeKind::kElement;
+      case XML_TEXT_NODE:
+        return XmlNodeKind::kText;
+      default:
+        return XmlNodeKind::kOther;
+    }
+  }
+
+  std::string_view Name(Handle handle) const override {
+    const xmlNode& node = *AsNode(handle);
+    if (node.type == XML_TEXT_NODE) return "#text";
+    if (node.type == XML_COMMENT_NODE) return "#comment";
+    if (node.type == XML_CDATA_SECTION_NODE) return "#cdata-section";
+    if (node.type != XML_ELEMENT_NODE || node.ns == nullptr || node.ns->prefix == nullptr) {
+      return AsChars(node.name);
+    }
+    return AsChars(xmlDictQLookup(node.doc->dict, node.ns->prefix, node.name));
+  }
+
+  Handle FirstChild(Handle handle) const override {
+    const xmlNode& node = *AsNode(handle);
+    return node.type == XML_ELEMENT_NODE ? node.children : nullptr;
+  }
+
+  Handle NextSibling(Handle handle) const override { return AsNode(handle)->next; }
+
+  std::wstring Text(Handle handle) const override {
+    const xmlNode& node = *AsNode(handle);
+    return node.type == XML_ELEMENT_NODE ? FromUtf8(TextBelow(node))
+                                         : FromUtf8(AsChars(ContentOf(node)));
+  }
+
+  bool SetText(Handle handle, std::wstring_view text) const override {
+    xmlNode& node = *AsNode(handle);
+    const std::string utf8 = ToUtf8(text);
+    if (node.type != XML_ELEMENT_NODE) {
+      xmlNodeSetContent(&node, AsXmlText(utf8));
+      return true;
+    }
+    xmlNode* const content = xmlNewDocText(node.doc, AsXmlText(utf8));
+    if (content == nullptr) return false;
+    MoveChildrenOut(node);
+    LinkAsLastChild(node, *content);
+    return true;
+  }
+
+  bool CopyText(Handle target, Handle source) const override {
+    xmlNode& to = *AsNode(target);
+    const xmlChar* const text = ContentOf(*AsNode(source));
+    if (!xmlStrEqual(ContentOf(to), text)) xmlNodeSetContent(&to, text);
+    return true;
+  }
+
+  bool AppendChild(Handle parent, Handle child) const override {
+    xmlUnlinkNode(AsNode(child));
+    LinkAsLastChild(*AsNode(parent), *AsNode(child));
+    return true;
+  }
+
+  Handle AppendCopy(Handle parent, Handle source) const override {
+    return AppendDeepCopy(*AsNode(parent), *AsNode(source));
+  }
+
+  bool RemoveChild(Handle parent, Handle child) const override {
+    if (AsNode(child)->parent != AsNode(parent)) return false;
+    return AppendChild(detached_.get(), child);
+  }
+
+  // Nodes that somebody may still refer to stay alive with the document.
+  void MoveChildrenOut(xmlNode& element) const {
+    while (element.children != nullptr) AppendChild(detached_.get(), element.children);
+  }
+
+  FileSystem& files_;
+  DocOwner document_;
+  NodeOwner detached_;  // parent of the elements that are in no tree; freed before the document
+};
+
+class LibXml2Session : public XmlSession {
+ public:
+  explicit LibXml2Session(FileSystem& files) : files_(files) {}
+
+  bool Started() const override { return true; }
+
+  std::unique_ptr<XmlDocument> NewDocument() override {
+    return std::make_unique<LibXml2Document>(files_);
+  }
+
+ private:
+  FileSystem& files_;
+};
+
+}  // namespace
+
+std::unique_ptr<XmlSession> LibXml2Dom::Begin() { return std::make_unique<LibXml2Session>(files_); }
+
+}  // namespace carrovan
