@@ -15,12 +15,12 @@ enum class ArchiveResult : std::uint32_t {
   kDone = 0,
   kNoSuchItem = 1,
   kSourceMissing = 2,
-  kSourceUnreadable = 3,      // locked, denied, or a read that failed half way
-  kNameRefused = 4,           // empty, stored already, or a name that would leave the destination
-  kDamaged = 5,               // broken structure, broken data or a checksum that does not match
+  kSourceUnreadable = 3,  // locked, denied, or a read that failed half way
+  kNameRefused = 4,       // empty, stored already, or a name that would leave the destination
+  kDamaged = 5,           // broken structure, broken data or a checksum that does not match
   kEncrypted = 6,
-  kMethodUnsupported = 7,     // compressed in a way that is not deflate or stored
-  kTargetNotWritable = 8,     // denied, read-only, in use, or its folder cannot be made
+  kMethodUnsupported = 7,  // compressed in a way that is not deflate or stored
+  kTargetNotWritable = 8,  // denied, read-only, in use, or its folder cannot be made
   kDiskFull = 9,
   kOutOfMemory = 10,
 };
@@ -29,7 +29,8 @@ enum class ArchiveResult : std::uint32_t {
 std::wstring DescribeArchiveResult(ArchiveResult result);
 
 struct ArchiveItem {
-  std::wstring name;  // as stored, forward slashes turned into backslashes; empty if it does not decode
+  std::wstring
+      name;  // as stored, forward slashes turned into backslashes; empty if it does not decode
   std::uint64_t sizeBytes = 0;
   std::uint64_t packedSizeBytes = 0;
 };
@@ -60,7 +61,8 @@ class ArchiveReader {
   // Writes an item to a file, creating missing parent folders; an existing file is replaced only by
   // complete data. Refuses an item whose stored name would leave a destination folder. An item that
   // is a folder (its name ends in a separator) becomes one.
-  [[nodiscard]] virtual ArchiveResult Extract(std::size_t index, const std::wstring& targetPath) = 0;
+  [[nodiscard]] virtual ArchiveResult Extract(std::size_t index,
+                                              const std::wstring& targetPath) = 0;
 };
 
 // An archive that can be looked into without writing to disk.

@@ -18,9 +18,9 @@ class ProfileReader {
 
 class ProfileFile : public ProfileReader {
  public:
-  // Sets a key, appending the section and the key when they are new and creating the file when it is
-  // missing. A file that begins with FF FE stays UTF-16; any other is 8-bit text in the system's code
-  // page. False when the file cannot be written.
+  // Sets a key, appending the section and the key when they are new and creating the file when it
+  // is missing. A file that begins with FF FE stays UTF-16; any other is 8-bit text in the system's
+  // code page. False when the file cannot be written.
   virtual bool WriteValue(const std::wstring& section, const std::wstring& key,
                           const std::wstring& value, const std::wstring& filePath) = 0;
 };

@@ -18,8 +18,8 @@ class RegistryReader {
   virtual bool CanOpenKey(RegistryHive hive, const std::wstring& keyPath) const = 0;
 
   // Names of the subkeys in the registry's own order; nothing when the key cannot be opened.
-  virtual std::optional<std::vector<std::wstring>> SubkeyNames(RegistryHive hive,
-                                                               const std::wstring& keyPath) const = 0;
+  virtual std::optional<std::vector<std::wstring>> SubkeyNames(
+      RegistryHive hive, const std::wstring& keyPath) const = 0;
 };
 
 }  // namespace carrovan

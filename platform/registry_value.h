@@ -16,8 +16,8 @@ inline constexpr std::uint32_t kRegDwordBigEndian = 5;
 inline constexpr std::uint32_t kRegMultiSz = 7;
 inline constexpr std::uint32_t kRegQword = 11;
 
-// One value of a registry key. The data is what the registry stores: little-endian numbers, UTF-16LE
-// text with its terminating zero.
+// One value of a registry key. The data is what the registry stores: little-endian numbers,
+// UTF-16LE text with its terminating zero.
 struct RegistryValue {
   std::wstring name;  // empty for the key's default value
   std::uint32_t type = kRegNone;

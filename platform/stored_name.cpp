@@ -21,7 +21,9 @@ bool IsDeviceName(std::wstring_view component) {
   while (!base.empty() && base.back() == L' ') base.remove_suffix(1);
   constexpr std::array<std::wstring_view, 6> kDevices = {L"CON", L"PRN",    L"AUX",
                                                          L"NUL", L"CONIN$", L"CONOUT$"};
-  const auto isBase = [&](std::wstring_view device) { return EqualsIgnoringAsciiCase(base, device); };
+  const auto isBase = [&](std::wstring_view device) {
+    return EqualsIgnoringAsciiCase(base, device);
+  };
   if (std::any_of(kDevices.begin(), kDevices.end(), isBase)) return true;
   if (base.size() != 4 || !IsPortDigit(base[3])) return false;
   const std::wstring_view port = base.substr(0, 3);

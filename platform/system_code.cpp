@@ -26,6 +26,8 @@ const wchar_t* Phrase(SystemCode code) {
       return L"invalid name";
     case kFolderNotEmpty:
       return L"the folder is not empty";
+    case kNotAFolder:
+      return L"not a folder";
     case kNameTooLong:
       return L"the name is too long";
     case kCopySkipped:

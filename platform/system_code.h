@@ -21,6 +21,7 @@ inline constexpr SystemCode kInvalidName = 123;
 inline constexpr SystemCode kFolderNotEmpty = 145;
 inline constexpr SystemCode kAlreadyExists = 183;
 inline constexpr SystemCode kNameTooLong = 206;
+inline constexpr SystemCode kNotAFolder = 267;
 inline constexpr SystemCode kGeneralFailure = 31;
 inline constexpr SystemCode kCopySkipped = 1235;  // ERROR_REQUEST_ABORTED
 

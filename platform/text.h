@@ -27,7 +27,8 @@ bool EqualsIgnoringAsciiCase(std::wstring_view a, std::wstring_view b);
 // case. Negative, zero or positive; zero means the same name.
 int CompareNames(std::wstring_view a, std::wstring_view b);
 
-// Every occurrence, found from left to right without overlap; an empty search text replaces nothing.
+// Every occurrence, found from left to right without overlap; an empty search text replaces
+// nothing.
 std::wstring ReplaceAll(std::wstring_view text, std::wstring_view search,
                         std::wstring_view replacement);
 

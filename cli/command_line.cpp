@@ -1,0 +1,136 @@
+#include "cli/command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <sstream>
+
+#include "cli/verbs.h"
+#include "platform/text.h"
+
+namespace carrovan {
+namespace {
+
+constexpr char kExamples[] =
+    "Examples:\n"
+    "  carrovan-cli versions\n"
+    "  carrovan-cli export --version 2026 --all --output settings.ucex\n"
+    "  carrovan-cli export --version 2026 --category Options \"Shortcut key\" --output keys.ucex\n"
+    "  carrovan-cli inspect settings.ucex\n"
+    "  carrovan-cli extract settings.ucex folder\n"
+    "\n"
+    "Exit status: 0 done; 1 failed or refused; 2 wrong usage; 3 done in part, with each item that\n"
+    "was skipped named on standard error. 'carrovan-cli VERB --help' explains one verb.";
+
+using Verb = std::function<ExitStatus(const Session&)>;
+
+// CLI11 keeps text as UTF-8; it is turned into the program's own text as it is stored.
+CLI::Option* AddText(CLI::App& app, const std::string& name, std::wstring& target,
+                     const std::string& description) {
+  return app.add_option_function<std::string>(
+      name, [&target](const std::string& value) { target = FromUtf8(value); }, description);
+}
+
+void AddVersions(CLI::App& app, VersionsOptions& options, Verb& chosen) {
+  CLI::App* verb = app.add_subcommand(
+      "versions",
+      "List the installed versions of the CAD product and where each keeps its settings");
+  verb->add_flag("--json", options.json, "Print the same as JSON, for programs");
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunVersionsVerb(session, options); };
+  });
+}
+
+void AddExport(CLI::App& app, ExportOptions& options, Verb& chosen) {
+  CLI::App* verb =
+      app.add_subcommand("export", "Write the settings of one installed version into a package");
+  AddText(*verb, "--version", options.year, "Release year of the version to export, such as 2026")
+      ->required()
+      ->type_name("YEAR");
+  auto* what = verb->add_option_group("what", "What to export (one of these)");
+  what->add_flag("--all", options.all, "Every category that the version has");
+  what->add_option_function<std::vector<std::string>>(
+          "--category",
+          [&options](const std::vector<std::string>& labels) {
+            for (const std::string& label : labels) options.labels.push_back(FromUtf8(label));
+          },
+          "Categories by label, such as Options \"Shortcut key\"")
+      ->type_name("LABEL");
+  what->require_option(1);
+  AddText(*verb, "--output", options.output,
+          "Package to write (.ucex); one that is there is replaced")
+      ->required()
+      ->type_name("FILE");
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunExportVerb(session, options); };
+  });
+}
+
+void AddInspect(CLI::App& app, InspectOptions& options, Verb& chosen) {
+  CLI::App* verb = app.add_subcommand(
+      "inspect", "Show what a package holds and what an import of it would refuse");
+  AddText(*verb, "PACKAGE", options.package, "The package (.ucex or .ucx)")->required();
+  verb->add_flag("--json", options.json, "Print the same as JSON, for programs");
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunInspectVerb(session, options); };
+  });
+}
+
+void AddExtract(CLI::App& app, ExtractOptions& options, Verb& chosen) {
+  CLI::App* verb = app.add_subcommand("extract", "Unpack a package into a folder");
+  AddText(*verb, "PACKAGE", options.package, "The package (.ucex or .ucx)")->required();
+  AddText(*verb, "FOLDER", options.folder, "Folder to unpack into; created when it is missing")
+      ->required();
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunExtractVerb(session, options); };
+  });
+}
+
+std::vector<std::string> ReversedUtf8(const std::vector<std::wstring>& arguments) {
+  std::vector<std::string> reversed;
+  for (auto at = arguments.rbegin(); at != arguments.rend(); ++at) reversed.push_back(ToUtf8(*at));
+  return reversed;
+}
+
+// Help and version texts go to standard output, everything else that stops parsing is wrong usage.
+ExitStatus Explain(const CLI::App& app, const CLI::ParseError& error, Console& console) {
+  std::ostringstream out;
+  std::ostringstream err;
+  const int code = app.exit(error, out, err);
+  console.Out(FromUtf8(out.str()));
+  console.Err(FromUtf8(err.str()));
+  return code == 0 ? ExitStatus::kDone : ExitStatus::kUsage;
+}
+
+}  // namespace
+
+ExitStatus RunCommandLine(const std::vector<std::wstring>& arguments, Console& console) {
+  CLI::App app("Carrovan moves a CAD user's settings between versions and machines.",
+               "carrovan-cli");
+  app.set_version_flag("--version", "carrovan-cli " CARROVAN_VERSION);
+  app.footer(kExamples);
+  app.require_subcommand(1);
+  app.fallthrough();
+
+  Session session(console);
+  AddText(app, "--root", session.root,
+          "Work on the machine kept in this folder instead of this one")
+      ->type_name("DIR");
+  VersionsOptions versions;
+  ExportOptions exportOptions;
+  InspectOptions inspect;
+  ExtractOptions extract;
+  Verb chosen;
+  AddVersions(app, versions, chosen);
+  AddExport(app, exportOptions, chosen);
+  AddInspect(app, inspect, chosen);
+  AddExtract(app, extract, chosen);
+
+  try {
+    app.parse(ReversedUtf8(arguments));
+  } catch (const CLI::ParseError& error) {
+    return Explain(app, error, console);
+  }
+  return chosen(session);
+}
+
+}  // namespace carrovan

@@ -1,0 +1,96 @@
+#include <nlohmann/json.hpp>
+#include <numeric>
+
+#include "cli/json_text.h"
+#include "cli/verbs.h"
+#include "package/package_inspection.h"
+
+namespace carrovan {
+namespace {
+
+nlohmann::json EntriesToJson(const PackageInspection& inspection) {
+  nlohmann::json entries = nlohmann::json::array();
+  for (const ArchiveItem& item : inspection.entries) {
+    entries.push_back({{"name", ToUtf8(item.name)},
+                       {"sizeBytes", item.sizeBytes},
+                       {"packedSizeBytes", item.packedSizeBytes}});
+  }
+  return entries;
+}
+
+nlohmann::json ToJson(const PackageInspection& inspection) {
+  nlohmann::json categories = nlohmann::json::array();
+  for (const std::wstring& label : inspection.categories) categories.push_back(ToUtf8(label));
+  nlohmann::json refused = nlohmann::json::array();
+  for (const RefusedItem& item : inspection.refused) {
+    refused.push_back({{"name", ToUtf8(item.name)}, {"reason", ToUtf8(item.reason)}});
+  }
+  return {{"legacy", inspection.legacy},
+          {"product", ToUtf8(inspection.product)},
+          {"company", ToUtf8(inspection.company)},
+          {"releaseVersion", ToUtf8(inspection.releaseVersion)},
+          {"internalVersion", ToUtf8(inspection.internalVersion)},
+          {"categories", categories},
+          {"entries", EntriesToJson(inspection)},
+          {"refused", refused}};
+}
+
+std::wstring RightAligned(std::uint64_t number, std::size_t width) {
+  std::wstring text = std::to_wstring(number);
+  if (text.size() < width) text.insert(0, width - text.size(), L' ');
+  return text;
+}
+
+void PrintDescription(const Session& session, const PackageInspection& inspection) {
+  if (inspection.legacy) {
+    session.Print(L"Legacy package");
+    return;
+  }
+  session.Print(L"Product     " + inspection.company + L" " + inspection.product);
+  session.Print(L"Version     " + inspection.releaseVersion + L" (" + inspection.internalVersion +
+                L")");
+  session.Print(L"Categories");
+  for (const std::wstring& label : inspection.categories) session.Print(L"  " + label);
+}
+
+void PrintEntries(const Session& session, const std::vector<ArchiveItem>& entries) {
+  constexpr std::size_t kSizeWidth = 12;
+  const std::uint64_t total = std::accumulate(
+      entries.begin(), entries.end(), std::uint64_t{0},
+      [](std::uint64_t sum, const ArchiveItem& item) { return sum + item.sizeBytes; });
+  session.Print(L"Entries     " + std::to_wstring(entries.size()) + L" with " +
+                std::to_wstring(total) + L" bytes");
+  session.Print(L"        size      packed  name");
+  for (const ArchiveItem& item : entries) {
+    session.Print(RightAligned(item.sizeBytes, kSizeWidth) +
+                  RightAligned(item.packedSizeBytes, kSizeWidth) + L"  " + item.name);
+  }
+}
+
+void PrintRefused(const Session& session, const std::vector<RefusedItem>& refused) {
+  session.Print(L"Refused     " + (refused.empty() ? L"nothing" : std::to_wstring(refused.size())));
+  for (const RefusedItem& item : refused) session.Print(L"  " + item.name + L": " + item.reason);
+}
+
+}  // namespace
+
+ExitStatus RunInspectVerb(const Session& session, const InspectOptions& options) {
+  const auto files = session.OpenFiles();
+  if (!files) return ExitStatus::kFailed;
+  const auto archive = files->Examine(options.package);
+  if (!archive) return session.Fail(options.package + L" is missing or is not a package");
+
+  const auto inspection = InspectPackage(*archive, IsLegacyPackageName(options.package));
+  if (options.json) {
+    PrintJsonText(session, ToJson(inspection));
+  } else {
+    PrintDescription(session, inspection);
+    PrintEntries(session, inspection.entries);
+    PrintRefused(session, inspection.refused);
+  }
+  if (inspection.refused.empty()) return ExitStatus::kDone;
+  return session.Fail(L"An import would refuse " + std::to_wstring(inspection.refused.size()) +
+                      L" of this package's items");
+}
+
+}  // namespace carrovan

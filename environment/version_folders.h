@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+
+#include "environment/product_context.h"
+
+namespace carrovan {
+
+// Where the settings of one product version lie. The folder names are the product's own; the
+// release of 2025 keeps its 2D drafting settings in the folder of 2024, subfolder "25.0".
+
+// "HKEY_CURRENT_USER\SOFTWARE\company\product version". The per-user key has the version behind a
+// blank in the product's component, unlike the machine key, which has it as a subkey.
+std::wstring RegistryRoot(const ProductContext& context);
+
+// The same key without its hive's name.
+std::wstring LiveKey(const ProductContext& context);
+
+// Fills `localFolder` for `selectedVersion`, its version subfolder included: the only subfolder
+// found there, otherwise the last two characters of the version and ".0". Left as it was when the
+// system cannot tell the user's Local folder.
+void BuildLocalFolder(ProductContext& context, const Machine& machine);
+
+// Fills `stagingLocalFolder` for a year: the same folder below the staging folder's "Local",
+// without a version subfolder. Left as it was for an unknown company.
+void BuildStagingLocalFolder(ProductContext& context, const std::wstring& year);
+
+// Fills the registry root, both key lists, both product folders and `localFolder` (without version
+// subfolder) of the version at hand, as an export needs them. False when the product is not known
+// or the system cannot tell the user's folders.
+bool PrepareVersionFolders(ProductContext& context, const Machine& machine);
+
+// Fills both key lists from `registryRoot`.
+void FillRegistryKeyLists(ProductContext& context);
+
+}  // namespace carrovan

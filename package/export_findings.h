@@ -1,0 +1,16 @@
+#pragma once
+
+#include "package/export_run.h"
+
+namespace carrovan {
+
+// The registry file of the staging folder that a key is exported to. The Register key has no option
+// subkey in its path and is named after the product and its release.
+std::wstring RegistryFileOf(const ProductContext& context, const std::wstring& key);
+
+// Compares what was asked for with what was stored and fills the report's missing keys and empty
+// categories. An archive that was not written has no findings.
+void FindWhatIsMissing(const ExportRun& run, const ExportSelection& selection,
+                       ExportReport& report);
+
+}  // namespace carrovan

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "environment/setting_category.h"
+#include "package/package_writer.h"
+#include "package/registry_tool.h"
+#include "platform/category_tree.h"
+#include "platform/wizard_view.h"
+
+namespace carrovan {
+
+// What an export works with. The context holds the version's folders (PrepareVersionFolders) and a
+// staging folder that exists; `packageDescriptionPath` lies in it.
+struct ExportRun {
+  ProductContext& context;
+  const Machine& machine;
+  RegistryTool& registryTool;
+  WizardView& view;
+  const CategoryTree& tree;
+};
+
+// The user's choice: the checked categories in tree order and where their files lie.
+struct ExportSelection {
+  std::vector<SettingCategory> checked;
+  std::vector<std::wstring> categoryFolders;  // Roaming, per language
+  std::vector<std::wstring> furtherFolders;   // Local and 2D drafting
+};
+
+// How an export went, for a face that tells more than the wizard does.
+struct ExportReport {
+  std::wstring archivePath;
+  PackageReport package;
+  std::vector<std::wstring> missingKeys;         // keys that are there but gave no registry file
+  std::vector<SettingCategory> emptyCategories;  // checked, but the user has nothing of them
+};
+
+// Reads the tree and empties the key lists of registry categories that are not checked. Nothing
+// when no category is checked.
+std::optional<ExportSelection> CollectExportSelection(const CategoryTree& tree,
+                                                      ProductContext& context);
+
+// One registry file per key in the staging folder, each appended to `packageSources`.
+void ExportRegistryKeys(ProductContext& context, RegistryTool& tool,
+                        const std::vector<std::wstring>& keys);
+
+// Fills `packageSources`: the description, the selection's folders, then the registry files, which
+// it has the registry tool write.
+void BuildPackageSources(ProductContext& context, RegistryTool& tool,
+                         const ExportSelection& selection);
+
+// The whole export. Nothing when the user has to stay on the category page: no category is checked
+// (the view is told) or no file was chosen. Failures to write are not shown to the view; an archive
+// that was there before is then still whole.
+std::optional<ExportReport> RunExport(const ExportRun& run);
+
+}  // namespace carrovan

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <span>
+
+#include "environment/product_context.h"
+#include "environment/setting_category.h"
+
+namespace carrovan {
+
+// File name of a package's description, in the archive and in the staging folder.
+inline constexpr wchar_t kPackageDescriptionName[] = L"config.ini";
+
+// Sections and keys of the description. Readers ask for the base section in capitals: profile names
+// compare without regard to case.
+inline constexpr wchar_t kSelectedSection[] = L"Selected";
+inline constexpr wchar_t kBaseSection[] = L"Base";
+inline constexpr wchar_t kCompanyKey[] = L"COMPANY";
+inline constexpr wchar_t kInternalVersionKey[] = L"INTERNAL VERSION";
+inline constexpr wchar_t kReleaseVersionKey[] = L"RELEASE VERSION";
+inline constexpr wchar_t kProductKey[] = L"PRODUCT";
+
+// Writes the description afresh at `packageDescriptionPath`: "1" under each category's label, in
+// the order given, then where the package comes from.
+void WritePackageDescription(const ProductContext& context, const Machine& machine,
+                             std::span<const SettingCategory> checkedCategories);
+
+}  // namespace carrovan

@@ -1,0 +1,114 @@
+#include "package/package_inspection.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "environment/setting_category.h"
+#include "package/package_description.h"
+#include "platform/path_text.h"
+#include "platform/profile_text.h"
+#include "platform/stored_name.h"
+#include "platform/text.h"
+#include "platform/text_encoding.h"
+
+namespace carrovan {
+namespace {
+
+// Far more than thirteen categories and four values need.
+constexpr std::size_t kLongestDescriptionBytes = 64 * 1024;
+
+bool IsFolderName(const std::wstring& name) { return EndsInSeparator(name); }
+
+bool IsRootXml(const ArchiveItem& item) {
+  constexpr std::size_t kExtensionLength = 4;
+  if (item.name.size() < kExtensionLength || item.name.find(L'\\') != std::wstring::npos) {
+    return false;
+  }
+  const auto extension = std::wstring_view(item.name).substr(item.name.size() - kExtensionLength);
+  return EqualsIgnoringAsciiCase(extension, L".xml");
+}
+
+std::optional<std::wstring> RefusalOfItem(ArchiveExaminer& archive, std::size_t index,
+                                          const ArchiveItem& item) {
+  if (auto refusal = RefusalOfStoredName(item.name)) return L"the name " + *refusal;
+  if (IsFolderName(item.name)) return std::nullopt;
+  const ArchiveResult result = archive.Check(index);
+  if (result == ArchiveResult::kDone) return std::nullopt;
+  return DescribeArchiveResult(result);
+}
+
+void ReadEntries(ArchiveExaminer& archive, PackageInspection& inspection) {
+  for (std::size_t index = 0; auto item = archive.Item(index); ++index) {
+    if (auto refusal = RefusalOfItem(archive, index, *item)) {
+      inspection.refused.push_back({item->name, *refusal});
+    }
+    inspection.entries.push_back(std::move(*item));
+  }
+}
+
+std::optional<std::wstring> DescriptionText(ArchiveExaminer& archive,
+                                            const std::vector<ArchiveItem>& entries) {
+  const auto at = std::ranges::find_if(entries, [](const ArchiveItem& item) {
+    return CompareNames(item.name, kPackageDescriptionName) == 0;
+  });
+  if (at == entries.end()) return std::nullopt;
+  const auto index = static_cast<std::size_t>(at - entries.begin());
+  const auto bytes = archive.Read(index, kLongestDescriptionBytes);
+  if (!bytes) return std::nullopt;
+  return DecodeText(*bytes).text;
+}
+
+void ReadDescription(const std::wstring& text, PackageInspection& inspection) {
+  const auto read = [&](const wchar_t* key, std::wstring& value) {
+    value = ProfileValue(text, kBaseSection, key);
+    if (value.empty()) {
+      inspection.refused.push_back(
+          {kPackageDescriptionName, L"the key " + std::wstring(key) + L" is missing"});
+    }
+  };
+  read(kCompanyKey, inspection.company);
+  read(kProductKey, inspection.product);
+  read(kReleaseVersionKey, inspection.releaseVersion);
+  read(kInternalVersionKey, inspection.internalVersion);
+  for (const CategoryRecord& record : CategoryTable()) {
+    if (ProfileValue(text, kSelectedSection, Text(record.label)) == L"1") {
+      inspection.categories.emplace_back(Text(record.label));
+    }
+  }
+}
+
+void InspectDescription(ArchiveExaminer& archive, PackageInspection& inspection) {
+  if (const auto text = DescriptionText(archive, inspection.entries)) {
+    ReadDescription(*text, inspection);
+  } else {
+    inspection.refused.push_back({kPackageDescriptionName, L"the description is missing"});
+  }
+}
+
+void InspectLegacyContent(PackageInspection& inspection) {
+  if (std::ranges::count_if(inspection.entries, IsRootXml) != 1) {
+    inspection.refused.push_back({L"*.xml", L"a legacy package holds exactly one XML document"});
+  }
+}
+
+}  // namespace
+
+bool IsLegacyPackageName(const std::wstring& path) {
+  const std::wstring name = FileNameOf(path);
+  const std::size_t dot = name.rfind(L'.');
+  return dot != std::wstring::npos && EqualsIgnoringAsciiCase(name.substr(dot), L".ucx");
+}
+
+PackageInspection InspectPackage(ArchiveExaminer& archive, bool legacy) {
+  PackageInspection inspection;
+  inspection.legacy = legacy;
+  ReadEntries(archive, inspection);
+  if (legacy) {
+    InspectLegacyContent(inspection);
+  } else {
+    InspectDescription(archive, inspection);
+  }
+  return inspection;
+}
+
+}  // namespace carrovan

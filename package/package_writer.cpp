@@ -1,0 +1,110 @@
+#include "package/package_writer.h"
+
+#include "package/package_description.h"
+#include "platform/text.h"
+
+namespace carrovan {
+namespace {
+
+constexpr wchar_t kNeverStored[] = L".config";
+
+bool IsFatal(ArchiveResult result) {
+  return result == ArchiveResult::kDiskFull || result == ArchiveResult::kOutOfMemory;
+}
+
+// One archive on its way: adds sources and keeps the report.
+class PackageInProgress {
+ public:
+  PackageInProgress(const ProductContext& context, const FileReader& files, ArchiveWriter& archive,
+                    PackageReport& report)
+      : context_(context), files_(files), archive_(archive), report_(report) {}
+
+  void AddSource(const std::wstring& path) {
+    report_.storedPerSource.push_back(0);
+    if (!files_.Exists(path)) return;
+    if (files_.IsFolder(path)) {
+      AddFolderToPackage(path);
+    } else if (!Contains(path, kNeverStored)) {
+      AddFile(EntryNameOfFile(context_, path), path);
+    }
+  }
+
+  // True when nothing more can be stored, so that going on would only lose files.
+  bool Failed() const { return IsFatal(failure_); }
+  ArchiveResult Failure() const { return failure_; }
+
+ private:
+  void AddFolderToPackage(const std::wstring& folder) {
+    if (!files_.IsFolder(folder)) return;
+    for (const FolderEntry& entry : files_.ListFolder(folder)) {
+      if (Failed()) return;
+      const std::wstring path = folder + L"\\" + entry.name;
+      if (entry.isFolder) {
+        AddFolderToPackage(path);
+        continue;
+      }
+      const std::wstring entryName = EntryNameInFolder(context_, path);
+      if (!Contains(entryName, kNeverStored)) AddFile(entryName, path);
+    }
+  }
+
+  void AddFile(const std::wstring& entryName, const std::wstring& path) {
+    const ArchiveResult result =
+        files_.Exists(path) ? archive_.Add(entryName, path) : ArchiveResult::kSourceMissing;
+    if (result == ArchiveResult::kDone) {
+      ++report_.storedPerSource.back();
+    } else {
+      report_.skipped.push_back({path, result});
+    }
+    failure_ = result;
+  }
+
+  const ProductContext& context_;
+  const FileReader& files_;
+  ArchiveWriter& archive_;
+  PackageReport& report_;
+  ArchiveResult failure_ = ArchiveResult::kDone;
+};
+
+}  // namespace
+
+std::wstring EntryNameOfFile(const ProductContext& context, const std::wstring& path) {
+  const std::wstring registerName = context.productName + context.humanReadableVersion + L".reg";
+  if (const std::size_t at = path.find(registerName); at != std::wstring::npos) {
+    return L"Register\\" + path.substr(at);
+  }
+  if (const std::size_t at = path.find(kPackageDescriptionName); at != std::wstring::npos) {
+    return path.substr(at);
+  }
+  if (Contains(path, context.stagingFolder)) {
+    return L"Options\\" + path.substr(context.stagingFolder.size());
+  }
+  return {};
+}
+
+std::wstring EntryNameInFolder(const ProductContext& context, const std::wstring& path) {
+  if (Contains(path, context.stagingFolder)) return path.substr(context.stagingFolder.size());
+  for (const wchar_t* root : {L"Local\\", L"Roaming\\"}) {
+    if (const std::size_t at = path.find(root); at != std::wstring::npos) return path.substr(at);
+  }
+  return {};
+}
+
+PackageReport WritePackage(const ProductContext& context, const Machine& machine,
+                           std::span<const std::wstring> sources, const std::wstring& archivePath) {
+  PackageReport report;
+  const auto archive = machine.archives.Create(archivePath);
+  if (!archive) return report;
+  PackageInProgress package(context, machine.files, *archive, report);
+  for (const std::wstring& source : sources) {
+    package.AddSource(source);
+    if (package.Failed()) {
+      report.outcome = package.Failure();
+      return report;
+    }
+  }
+  report.outcome = archive->Close();
+  return report;
+}
+
+}  // namespace carrovan

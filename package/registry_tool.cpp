@@ -1,0 +1,37 @@
+#include "package/registry_tool.h"
+
+namespace carrovan {
+namespace {
+
+// Enough for the tool to write one key of ordinary size.
+constexpr std::chrono::milliseconds kPauseAfterExport{100};
+
+}  // namespace
+
+RegistryTool::RegistryTool(CommandInterpreter& interpreter, Clock& clock, RegistryToolPace pace)
+    : interpreter_(interpreter), clock_(clock), pace_(pace) {}
+
+bool RegistryTool::RegExportKey(const std::wstring& keyPath, const std::wstring& filePath) {
+  const auto command = Start(L"reg export \"" + keyPath + L"\" \"" + filePath + L"\" /y");
+  if (pace_ == RegistryToolPace::kFixedPause) {
+    clock_.Pause(kPauseAfterExport);
+  } else {
+    WaitForEnd(command);
+  }
+  return true;
+}
+
+void RegistryTool::RegImportFile(const std::wstring& filePath) {
+  const auto command = Start(L"reg import \"" + filePath + L"\"");
+  if (pace_ == RegistryToolPace::kWaitForEnd) WaitForEnd(command);
+}
+
+std::unique_ptr<RunningCommand> RegistryTool::Start(const std::wstring& command) {
+  return interpreter_.Start(L"/C " + command);
+}
+
+void RegistryTool::WaitForEnd(const std::unique_ptr<RunningCommand>& command) const {
+  if (command) command->WaitForEnd();
+}
+
+}  // namespace carrovan

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+
+#include "platform/clock.h"
+#include "platform/command_interpreter.h"
+
+namespace carrovan {
+
+// How the program keeps step with the registry tool, which runs as a process of its own.
+enum class RegistryToolPace {
+  kFixedPause,  // 100 ms after each export, nothing after an import: a window must stay alive
+  kWaitForEnd,  // each command has ended before the next one starts: nothing is missed
+};
+
+// Moves registry keys to and from ".reg" files through the system's own registry tool. No failure
+// is seen here: what went wrong shows in a file that is not there.
+class RegistryTool {
+ public:
+  RegistryTool(CommandInterpreter& interpreter, Clock& clock, RegistryToolPace pace);
+
+  // `keyPath` begins with its hive's full name. An existing file is overwritten. Always true.
+  bool RegExportKey(const std::wstring& keyPath, const std::wstring& filePath);
+
+  void RegImportFile(const std::wstring& filePath);
+
+ private:
+  std::unique_ptr<RunningCommand> Start(const std::wstring& command);
+  void WaitForEnd(const std::unique_ptr<RunningCommand>& command) const;
+
+  CommandInterpreter& interpreter_;
+  Clock& clock_;
+  RegistryToolPace pace_;
+};
+
+}  // namespace carrovan

@@ -1,0 +1,40 @@
+#include "platform/windows/windows_command_interpreter.h"
+
+#include <windows.h>
+
+#include <shellapi.h>
+
+#include "platform/windows/handles.h"
+
+namespace carrovan {
+namespace {
+
+class RunningProcess : public RunningCommand {
+ public:
+  explicit RunningProcess(ProcessHandle process) : process_(std::move(process)) {}
+
+  void WaitForEnd() override {
+    if (process_) WaitForSingleObject(process_.Get(), INFINITE);
+  }
+
+ private:
+  ProcessHandle process_;
+};
+
+}  // namespace
+
+std::unique_ptr<RunningCommand> WindowsCommandInterpreter::Start(const std::wstring& parameters) {
+  SHELLEXECUTEINFOW start = {};
+  start.cbSize = sizeof(start);
+  // What ShellExecuteW does, which itself gives no process to wait for: no message box on failure,
+  // and the start is over when the call returns.
+  start.fMask = SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI | SEE_MASK_NOASYNC;
+  start.lpVerb = L"open";
+  start.lpFile = L"cmd.exe";
+  start.lpParameters = parameters.c_str();
+  start.nShow = SW_HIDE;
+  if (ShellExecuteExW(&start) == FALSE) return nullptr;
+  return std::make_unique<RunningProcess>(ProcessHandle(start.hProcess));
+}
+
+}  // namespace carrovan

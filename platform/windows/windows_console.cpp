@@ -1,0 +1,56 @@
+#include <windows.h>
+
+#include <algorithm>
+
+#include "platform/console.h"
+#include "platform/text.h"
+
+namespace carrovan {
+namespace {
+
+bool IsTerminal(HANDLE stream) {
+  DWORD mode = 0;
+  return GetConsoleMode(stream, &mode) != FALSE;
+}
+
+void WriteBytes(HANDLE stream, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const auto part = static_cast<DWORD>(std::min<std::size_t>(bytes.size(), 1 << 20));
+    DWORD written = 0;
+    if (WriteFile(stream, bytes.data(), part, &written, nullptr) == FALSE || written == 0) return;
+    bytes.remove_prefix(written);
+  }
+}
+
+// A console takes no more than some ten thousand characters at once.
+void WriteToTerminal(HANDLE stream, std::wstring_view text) {
+  while (!text.empty()) {
+    const auto part = static_cast<DWORD>(std::min<std::size_t>(text.size(), 8192));
+    DWORD written = 0;
+    if (WriteConsoleW(stream, text.data(), part, &written, nullptr) == FALSE || written == 0) {
+      return;
+    }
+    text.remove_prefix(written);
+  }
+}
+
+void Write(HANDLE stream, std::wstring_view text) {
+  if (IsTerminal(stream)) {
+    WriteToTerminal(stream, text);
+  } else {
+    WriteBytes(stream, ToUtf8(text));
+  }
+}
+
+class WindowsConsole : public Console {
+ public:
+  void Out(std::wstring_view text) override { Write(GetStdHandle(STD_OUTPUT_HANDLE), text); }
+  void Err(std::wstring_view text) override { Write(GetStdHandle(STD_ERROR_HANDLE), text); }
+  bool ErrIsTerminal() const override { return IsTerminal(GetStdHandle(STD_ERROR_HANDLE)); }
+};
+
+}  // namespace
+
+std::unique_ptr<Console> OpenConsole() { return std::make_unique<WindowsConsole>(); }
+
+}  // namespace carrovan

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/file_system.h"
+
+namespace carrovan {
+
+// The files of this Windows machine.
+class WindowsFileSystem : public FileSystem {
+ public:
+  bool Exists(const std::wstring& path) const override;
+  bool IsFolder(const std::wstring& path) const override;
+  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override;
+
+  [[nodiscard]] SystemCode CreateFolder(const std::wstring& path) override;
+  [[nodiscard]] SystemCode CreateEmptyFile(const std::wstring& path) override;
+  [[nodiscard]] SystemCode RemoveFile(const std::wstring& path) override;
+  [[nodiscard]] SystemCode RemoveFolder(const std::wstring& path) override;
+};
+
+}  // namespace carrovan

@@ -1,0 +1,49 @@
+#include "platform/native_machine.h"
+#include "platform/windows/tarvik_archive_library.h"
+#include "platform/windows/tarvik_library.h"
+#include "platform/windows/tarvik_product.h"
+#include "platform/windows/windows_clock.h"
+#include "platform/windows/windows_command_interpreter.h"
+#include "platform/windows/windows_file_system.h"
+#include "platform/windows/windows_guid_source.h"
+#include "platform/windows/windows_known_folders.h"
+#include "platform/windows/windows_profile_file.h"
+#include "platform/windows/windows_registry.h"
+
+namespace carrovan {
+namespace {
+
+class WindowsMachine : public OwnedMachine {
+ public:
+  explicit WindowsMachine(std::unique_ptr<TarvikLibrary> tarvik)
+      : tarvik_(std::move(tarvik)),
+        product_(tarvik_->Functions()),
+        archives_(tarvik_->Functions()) {}
+
+  Machine Ports() override {
+    return {files_,   registry_, folders_,     guids_, profiles_,
+            product_, archives_, interpreter_, clock_};
+  }
+
+ private:
+  std::unique_ptr<TarvikLibrary> tarvik_;
+  WindowsFileSystem files_;
+  WindowsRegistry registry_;
+  WindowsKnownFolders folders_;
+  WindowsGuidSource guids_;
+  WindowsProfileFile profiles_;
+  TarvikProduct product_;
+  TarvikArchiveLibrary archives_;
+  WindowsCommandInterpreter interpreter_;
+  WindowsClock clock_;
+};
+
+}  // namespace
+
+MachineOrReason OpenNativeMachine() {
+  TarvikOrReason tarvik = LoadTarvik(TarvikPath());
+  if (!tarvik.library) return {nullptr, tarvik.reason};
+  return {std::make_unique<WindowsMachine>(std::move(tarvik.library)), L""};
+}
+
+}  // namespace carrovan

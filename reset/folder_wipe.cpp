@@ -1,0 +1,38 @@
+#include "reset/folder_wipe.h"
+
+namespace carrovan {
+namespace {
+
+bool WipeContent(FileSystem& files, const std::wstring& folder);
+
+// A subfolder that still holds something has reported that by its own result.
+bool RemoveSubfolder(FileSystem& files, const std::wstring& folder) {
+  const SystemCode code = files.RemoveFolder(folder);
+  return code == kSystemOk || code == kFolderNotEmpty;
+}
+
+bool WipeEntry(FileSystem& files, const FolderEntry& entry, const std::wstring& path) {
+  if (!entry.isFolder) return files.RemoveFile(path) == kSystemOk;
+  const bool emptied = entry.isLink || WipeContent(files, path);
+  return RemoveSubfolder(files, path) && emptied;
+}
+
+bool WipeContent(FileSystem& files, const std::wstring& folder) {
+  bool complete = true;
+  for (const FolderEntry& entry : files.ListFolder(folder)) {
+    if (!WipeEntry(files, entry, folder + L"\\" + entry.name)) complete = false;
+  }
+  return complete;
+}
+
+}  // namespace
+
+bool WipeFolder(FileSystem& files, const std::wstring& folder) {
+  if (!files.IsFolder(folder)) return !files.Exists(folder);
+  if (!WipeContent(files, folder)) return false;
+  // Everything below is gone; an empty folder that somebody holds open does no harm.
+  static_cast<void>(files.RemoveFolder(folder));
+  return true;
+}
+
+}  // namespace carrovan

@@ -1,0 +1,91 @@
+#include "support/zip/zip_writer.h"
+
+#include <algorithm>
+#include <new>
+#include <set>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "platform/stored_name.h"
+#include "platform/text.h"
+#include "support/zip/archive_file.h"
+#include "support/zip/entry_spool.h"
+
+namespace carrovan {
+
+class ZipWriter::Contents {
+ public:
+  Contents(std::filesystem::path archive, std::unique_ptr<EntrySpool> spool)
+      : archive_(std::move(archive)), spool_(std::move(spool)) {}
+
+  ArchiveResult Add(std::wstring name, const std::filesystem::path& source) {
+    std::replace(name.begin(), name.end(), L'/', L'\\');
+    if (name.ends_with(L'\\') || RefusalOfStoredName(name) || names_.contains(name)) {
+      return ArchiveResult::kNameRefused;
+    }
+    OsFile file;
+    const FileStatus status = file.OpenToRead(source);
+    if (status == FileStatus::kMissing) return ArchiveResult::kSourceMissing;
+    const auto facts = status == FileStatus::kDone ? file.Facts() : std::nullopt;
+    if (!facts) return ArchiveResult::kSourceUnreadable;
+
+    StoredEntry entry;
+    entry.nameUtf8 = ToUtf8(name);
+    entry.modifiedSeconds = facts->modifiedSeconds;
+    const ArchiveResult result = spool_->Store(file, entry);
+    if (result != ArchiveResult::kDone) return result;
+    names_.insert(std::move(name));
+    entries_.push_back(std::move(entry));
+    return result;
+  }
+
+  ArchiveResult Close() { return WriteArchiveFile(archive_, spool_->File(), entries_); }
+
+ private:
+  struct NameLess {
+    bool operator()(const std::wstring& a, const std::wstring& b) const {
+      return CompareNames(a, b) < 0;
+    }
+  };
+
+  std::filesystem::path archive_;
+  std::unique_ptr<EntrySpool> spool_;
+  std::vector<StoredEntry> entries_;
+  std::set<std::wstring, NameLess> names_;
+};
+
+ZipWriter::ZipWriter(std::unique_ptr<Contents> contents) : contents_(std::move(contents)) {}
+
+ZipWriter::~ZipWriter() = default;
+
+std::unique_ptr<ZipWriter> ZipWriter::Create(const std::filesystem::path& archive) {
+  std::error_code error;
+  // The current folder may be another one when the archive is closed.
+  const std::filesystem::path absolute = std::filesystem::absolute(archive, error);
+  if (error || !absolute.has_filename() || IsFolder(absolute) || !MayReplace(absolute)) {
+    return nullptr;
+  }
+  auto spool = EntrySpool::Create(absolute.parent_path());
+  if (!spool) return nullptr;
+  auto contents = std::make_unique<Contents>(absolute, std::move(spool));
+  return std::unique_ptr<ZipWriter>(new ZipWriter(std::move(contents)));
+}
+
+ArchiveResult ZipWriter::Add(const std::wstring& entryName, const std::filesystem::path& source) {
+  try {
+    return contents_->Add(entryName, source);
+  } catch (const std::bad_alloc&) {
+    return ArchiveResult::kOutOfMemory;
+  }
+}
+
+ArchiveResult ZipWriter::Close() {
+  try {
+    return contents_->Close();
+  } catch (const std::bad_alloc&) {
+    return ArchiveResult::kOutOfMemory;
+  }
+}
+
+}  // namespace carrovan

@@ -1,0 +1,107 @@
+"""An export that dies at any moment leaves the old package or the new one, never a mixture."""
+
+import subprocess
+import time
+import unittest
+import zipfile
+
+from machines import CLI, EXPORT_ALL, SandboxTest, digest, make_sandbox, small_sandbox
+
+KILLS = 60
+
+
+class KilledExportTest(SandboxTest):
+    def setUp(self):
+        super().setUp()
+        self.machine = small_sandbox(self.folder / "machine")
+        self.command = [CLI, "--root", self.machine.root, *EXPORT_ALL, self.package]
+
+    def run_to_its_end(self):
+        started = time.monotonic()
+        subprocess.run(self.command, capture_output=True, check=False)
+        return time.monotonic() - started
+
+    def kill_after(self, seconds):
+        """True when the run was still going."""
+        with subprocess.Popen(self.command, stdout=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL) as run:
+            try:
+                run.wait(seconds)
+                return False
+            except subprocess.TimeoutExpired:
+                run.kill()
+                return True
+
+    def assert_whole_package(self):
+        with zipfile.ZipFile(self.package) as archive:
+            self.assertIsNone(archive.testzip())
+            self.assertEqual(archive.namelist(), self.names)
+
+    def test_package_is_old_or_new_whenever_the_export_is_killed(self):
+        duration = self.run_to_its_end()
+        with zipfile.ZipFile(self.package) as archive:
+            self.names = archive.namelist()
+        old = b"the package of last week" * 1000
+        killed = replaced = 0
+        for number in range(KILLS):
+            self.package.write_bytes(old)
+            killed += self.kill_after(1.1 * duration * number / KILLS)
+            if self.package.read_bytes() != old:
+                self.assert_whole_package()
+                replaced += 1
+        self.assertGreater(killed, 0)
+        self.assertLess(replaced, KILLS)
+        self.run_to_its_end()
+        self.assert_whole_package()
+
+    def test_new_package_is_absent_empty_or_whole_when_the_export_is_killed(self):
+        duration = self.run_to_its_end()
+        with zipfile.ZipFile(self.package) as archive:
+            self.names = archive.namelist()
+        for number in range(KILLS // 3):
+            self.package.unlink(missing_ok=True)
+            self.kill_after(3.3 * duration * number / KILLS)
+            if self.package.exists() and self.package.stat().st_size > 0:
+                self.assert_whole_package()
+
+
+class FullDiskTest(SandboxTest):
+    """The disk is a small file system of memory in a mount namespace of the test's own."""
+
+    def setUp(self):
+        super().setUp()
+        self.machine = make_sandbox(self.folder / "machine")
+        self.disk = self.folder / "disk"
+        self.disk.mkdir()
+
+    def in_namespace(self, script, *arguments):
+        for options in (["-m"], ["-rm"]):
+            if subprocess.run(["unshare", *options, "mount", "-t", "tmpfs", "none", self.disk],
+                              capture_output=True, check=False).returncode == 0:
+                return subprocess.run(["unshare", *options, "sh", "-c", script, "sh", *arguments],
+                                      capture_output=True, check=False, encoding="utf-8")
+        raise unittest.SkipTest("this system lets nobody mount a small file system")
+
+    def test_full_target_disk_keeps_the_old_package_and_leaves_no_litter(self):
+        done = self.in_namespace(
+            'disk=$1; shift; mount -t tmpfs -o size=2m none "$disk" || exit 99\n'
+            'head -c 100000 /dev/zero >"$disk/settings.ucex"\n'
+            '"$@" "$disk/settings.ucex"; status=$?\n'
+            'ls -A "$disk"; sha256sum <"$disk/settings.ucex"; exit $status\n',
+            self.disk, CLI, "--root", self.machine.root, *EXPORT_ALL)
+        self.package.write_bytes(bytes(100000))
+        self.assertEqual(done.stdout, f"settings.ucex\n{digest(self.package)}  -\n", done.stderr)
+        self.assertEqual((done.returncode, done.stderr.count("\n")), (1, 1), done.stderr)
+        self.assertIn("disk is full", done.stderr)
+        self.assertEqual(self.machine.temporary_files(), [])
+
+    def test_full_temporary_disk_names_what_it_could_not_prepare(self):
+        done = self.in_namespace(
+            'temp=$1; shift; mount -t tmpfs -o size=16k none "$temp" || exit 99\n'
+            '"$@"; status=$?; ls -A "$temp"; exit $status\n',
+            self.machine.local / "Temp", CLI, "--root", self.machine.root, *EXPORT_ALL,
+            self.package)
+        self.assertIn(done.returncode, (1, 3), done.stderr)
+        self.assertGreater(done.stderr.count("\n"), 0)
+        self.assertNotIn("-", done.stdout.splitlines()[-1:])
+

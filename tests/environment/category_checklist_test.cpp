@@ -1,0 +1,61 @@
+#include "environment/category_checklist.h"
+
+#include <gtest/gtest.h>
+
+#include "environment/category_tree_walk.h"
+
+namespace carrovan {
+namespace {
+
+ProductContext VantricContext(const wchar_t* year) {
+  ProductContext context;
+  context.brandFlag = 1;
+  context.humanReadableVersion = year;
+  return context;
+}
+
+std::vector<int> LeavesOf(const CategoryTree& tree) {
+  std::vector<int> values;
+  VisitLeaves(tree, tree.Root(),
+              [&](CategoryTree::Item leaf) { values.push_back(tree.ItemData(leaf)); });
+  return values;
+}
+
+TEST(CategoryChecklist, ListsTheOfferedCategoriesInValueOrder) {
+  EXPECT_EQ(LeavesOf(CategoryChecklist::ForExport(VantricContext(L"2026"))),
+            (std::vector<int>{2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14}));
+  EXPECT_EQ(LeavesOf(CategoryChecklist::ForExport(VantricContext(L"2025"))),
+            (std::vector<int>{2, 3, 4, 5, 6, 8, 9, 10, 11, 12, 13, 14}));
+}
+
+TEST(CategoryChecklist, OrmaBrandListsNoCatalogLibraryAndNothingShifts) {
+  ProductContext context = VantricContext(L"2026");
+  context.brandFlag = 0;
+  EXPECT_EQ(LeavesOf(CategoryChecklist::ForExport(context)),
+            (std::vector<int>{2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 13, 14}));
+}
+
+TEST(CategoryChecklist, EverythingIsCheckedAtStart) {
+  const auto list = CategoryChecklist::ForExport(VantricContext(L"2026"));
+  EXPECT_TRUE(list.IsChecked(list.Root()));
+  EXPECT_EQ(list.ItemData(list.Root()), 1);
+  VisitLeaves(list, list.Root(),
+              [&](CategoryTree::Item leaf) { EXPECT_TRUE(list.IsChecked(leaf)); });
+}
+
+TEST(CategoryChecklist, RootIsCheckedOnlyWhileAllAre) {
+  auto list = CategoryChecklist::ForExport(VantricContext(L"2026"));
+  EXPECT_TRUE(list.SetChecked(SettingCategory::Register, false));
+  EXPECT_FALSE(list.IsChecked(list.Root()));
+  EXPECT_TRUE(list.SetChecked(SettingCategory::Register, true));
+  EXPECT_TRUE(list.IsChecked(list.Root()));
+}
+
+TEST(CategoryChecklist, CategoryThatIsNotOfferedCannotBeChecked) {
+  auto list = CategoryChecklist::ForExport(VantricContext(L"2025"));
+  EXPECT_FALSE(list.SetChecked(SettingCategory::Bom3dConfiguration, true));
+  EXPECT_FALSE(list.SetChecked(SettingCategory::SelectAll, true));
+}
+
+}  // namespace
+}  // namespace carrovan

@@ -1,0 +1,201 @@
+#include <algorithm>
+
+#include "environment/version_folders.h"
+#include "tests/package/export_fixture.h"
+
+namespace carrovan {
+namespace {
+
+using Names = std::vector<std::wstring>;
+using enum SettingCategory;
+
+constexpr char kOldPackage[] = "the user's older package, which must never be lost";
+
+// Exports on machines where something goes wrong.
+class ExportTrouble : public ExportFixture {
+ protected:
+  Machine WithArchives(ArchiveLibrary& archives) {
+    const Machine p = Ports();
+    return {p.files,   p.registry, p.folders,     p.guids, p.profiles,
+            p.product, archives,   p.interpreter, p.clock};
+  }
+
+  Names SkippedPaths(const ExportReport& report) const {
+    Names paths;
+    for (const SkippedItem& item : report.package.skipped) paths.push_back(item.path);
+    return paths;
+  }
+};
+
+TEST_F(ExportTrouble, MissingCategoryFolderOfOneLanguageIsPassedOver) {
+  machine_->DeletePath(Local(L"zh-cn\\materials"));
+  CheckOnly({CustomMaterials});
+  const auto report = Export();
+  ASSERT_TRUE(report);
+  EXPECT_EQ(EntryNames().size(), 2u);
+  EXPECT_TRUE(report->package.skipped.empty());
+  EXPECT_TRUE(report->emptyCategories.empty());
+}
+
+TEST_F(ExportTrouble, CategoryOfWhichTheUserHasNothingIsNamed) {
+  machine_->DeletePath(Local(L"zh-cn\\materials"));
+  machine_->DeletePath(Local(L"en-us\\materials"));
+  CheckOnly({CustomMaterials, CosmeticThread});
+  const auto report = Export();
+  ASSERT_TRUE(report);
+  EXPECT_EQ(report->emptyCategories, std::vector<SettingCategory>{CustomMaterials});
+  EXPECT_EQ(EntryNames().size(), 3u);
+}
+
+TEST_F(ExportTrouble, LockedFileIsPassedOverAndNamed) {
+  const std::wstring locked = Local(L"en-us\\materials\\locked.mat");
+  machine_->PutFile(locked, "in use");
+  machine_->MakeUnreadable(locked);
+  CheckOnly({CustomMaterials});
+  const auto report = Export();
+  ASSERT_TRUE(report);
+  EXPECT_EQ(SkippedPaths(*report), Names{locked});
+  EXPECT_EQ(report->package.skipped[0].reason, ArchiveResult::kSourceUnreadable);
+  EXPECT_EQ(EntryNames().size(), 3u);
+}
+
+// Lists a file that is gone when it is asked for.
+class VanishingFiles : public FileSystem {
+ public:
+  VanishingFiles(FileSystem& files, std::wstring vanished)
+      : files_(files), vanished_(std::move(vanished)) {}
+
+  bool Exists(const std::wstring& path) const override {
+    return path != vanished_ && files_.Exists(path);
+  }
+  bool IsFolder(const std::wstring& path) const override { return files_.IsFolder(path); }
+  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override {
+    return files_.ListFolder(folder);
+  }
+  SystemCode CreateFolder(const std::wstring& path) override { return files_.CreateFolder(path); }
+  SystemCode CreateEmptyFile(const std::wstring& path) override {
+    return files_.CreateEmptyFile(path);
+  }
+  SystemCode RemoveFile(const std::wstring& path) override { return files_.RemoveFile(path); }
+  SystemCode RemoveFolder(const std::wstring& path) override { return files_.RemoveFolder(path); }
+
+ private:
+  FileSystem& files_;
+  std::wstring vanished_;
+};
+
+TEST_F(ExportTrouble, FileThatVanishesAfterListingIsPassedOver) {
+  const std::wstring vanished = Local(L"en-us\\materials\\steel.mat");
+  const Machine p = Ports();
+  VanishingFiles files(p.files, vanished);
+  CheckOnly({CustomMaterials});
+  const auto report = ExportOn({files, p.registry, p.folders, p.guids, p.profiles, p.product,
+                                p.archives, p.interpreter, p.clock});
+  ASSERT_TRUE(report);
+  EXPECT_EQ(report->package.outcome, ArchiveResult::kDone);
+  EXPECT_EQ(SkippedPaths(*report), Names{vanished});
+  EXPECT_EQ(EntryNames().size(), 2u);
+}
+
+TEST_F(ExportTrouble, UnwritableTargetFolderReportsSuccessAndLeavesNothing) {
+  const std::wstring folder = machine_->ScratchFolder() + L"closed";
+  machine_->MakeFolder(folder);
+  machine_->MakeFolderUnwritable(folder);
+  view_.answer = folder + L"\\x.ucex";
+  const auto report = Export();
+  ASSERT_TRUE(report);
+  EXPECT_EQ(report->package.outcome, ArchiveResult::kTargetNotWritable);
+  EXPECT_EQ(view_.finishText,
+            L"Your settings have been successfully exported to  " + *view_.answer);
+  EXPECT_TRUE(Ports().files.ListFolder(folder).empty());
+}
+
+TEST_F(ExportTrouble, MissingTargetFolderIsNotMade) {
+  view_.answer = machine_->ScratchFolder() + L"missing\\x.ucex";
+  const auto report = Export();
+  ASSERT_TRUE(report);
+  EXPECT_EQ(report->package.outcome, ArchiveResult::kTargetNotWritable);
+  EXPECT_FALSE(Ports().files.Exists(machine_->ScratchFolder() + L"missing"));
+}
+
+TEST_F(ExportTrouble, ReadOnlyPackageStaysWhole) {
+  machine_->PutFile(PackagePath(), kOldPackage);
+  machine_->MakeReadOnly(PackagePath());
+  const auto report = Export();
+  ASSERT_TRUE(report);
+  EXPECT_NE(report->package.outcome, ArchiveResult::kDone);
+  EXPECT_EQ(machine_->FileBytes(PackagePath()), kOldPackage);
+}
+
+TEST_F(ExportTrouble, FullDiskAtAnyFileLeavesTheOldPackageWhole) {
+  machine_->PutFile(PackagePath(), kOldPackage);
+  constexpr std::size_t kMoreThanThereAre = 40;
+  std::size_t survived = 0;
+  for (std::size_t n = 0; n < kMoreThanThereAre; ++n) {
+    FailingArchives archives(Ports().archives, ArchiveResult::kDiskFull, n);
+    const auto report = ExportOn(WithArchives(archives));
+    ASSERT_TRUE(report);
+    if (report->package.outcome == ArchiveResult::kDone) break;
+    EXPECT_EQ(report->package.outcome, ArchiveResult::kDiskFull);
+    EXPECT_FALSE(archives.closed);
+    EXPECT_EQ(machine_->FileBytes(PackagePath()), kOldPackage) << n;
+    ++survived;
+  }
+  EXPECT_GT(survived, 20u);
+  EXPECT_GT(EntryNames().size(), 20u);
+}
+
+TEST_F(ExportTrouble, FullDiskWhileClosingLeavesTheOldPackageWhole) {
+  machine_->PutFile(PackagePath(), kOldPackage);
+  FailingArchives archives(Ports().archives, ArchiveResult::kDone, 1000);
+  archives.closeResult = ArchiveResult::kDiskFull;
+  const auto report = ExportOn(WithArchives(archives));
+  ASSERT_TRUE(report);
+  EXPECT_EQ(report->package.outcome, ArchiveResult::kDiskFull);
+  EXPECT_EQ(machine_->FileBytes(PackagePath()), kOldPackage);
+}
+
+TEST_F(ExportTrouble, FailedExportOfANewPackageLeavesNoEmptyFile) {
+  FailingArchives archives(Ports().archives, ArchiveResult::kDiskFull, 3);
+  ASSERT_TRUE(ExportOn(WithArchives(archives)));
+  EXPECT_FALSE(Ports().files.Exists(PackagePath()));
+}
+
+TEST_F(ExportTrouble, UnreadableFilesDoNotStopTheOthers) {
+  FailingArchives archives(Ports().archives, ArchiveResult::kSourceUnreadable, 3);
+  const auto report = ExportOn(WithArchives(archives));
+  ASSERT_TRUE(report);
+  EXPECT_EQ(report->package.outcome, ArchiveResult::kDone);
+  EXPECT_EQ(EntryNames().size(), 3u);
+  EXPECT_GT(report->package.skipped.size(), 20u);
+}
+
+TEST_F(ExportTrouble, InterpreterThatCannotStartGivesAPackageWithoutRegistryFiles) {
+  RecordingInterpreter interpreter;
+  interpreter.canStart = false;
+  const Machine p = Ports();
+  CheckOnly({Options, Register, ShortcutKey});
+  const auto report = ExportOn({p.files, p.registry, p.folders, p.guids, p.profiles, p.product,
+                                p.archives, interpreter, p.clock});
+  ASSERT_TRUE(report);
+  EXPECT_EQ(EntryNames().size(), 2u);
+  EXPECT_EQ(report->emptyCategories, (std::vector<SettingCategory>{Options, Register}));
+  const std::wstring root = RegistryRoot(context_);
+  EXPECT_EQ(report->missingKeys,
+            (Names{root + L"\\General", root + L"\\SheetMetal", root + L"\\Point Snap", root}));
+}
+
+TEST_F(ExportTrouble, UnreadableKeyIsNamed) {
+  const std::wstring key = LiveKey(context_) + L"\\General";
+  if (!machine_->MakeKeyUnreadable(RegistryHive::kCurrentUser, key)) {
+    GTEST_SKIP() << "this system lets its administrator read every key";
+  }
+  CheckOnly({Options});
+  const auto report = Export();
+  ASSERT_TRUE(report);
+  EXPECT_EQ(report->missingKeys, Names{RegistryRoot(context_) + L"\\General"});
+  EXPECT_EQ(EntryNames().size(), 3u);
+}
+
+}  // namespace
+}  // namespace carrovan

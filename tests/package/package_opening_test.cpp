@@ -1,0 +1,155 @@
+#include "package/package_opening.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/fakes.h"
+#include "tests/support/test_machine.h"
+
+namespace carrovan {
+namespace {
+
+using Names = std::vector<std::wstring>;
+
+class ExtractArchiveTest : public testing::Test {
+ protected:
+  // An archive with these names; a name that must not be stored as it is is written under one of
+  // equal length and patched afterwards, in the local and the central header.
+  void MakeArchive(const std::vector<std::string>& names) {
+    const Machine ports = machine_->Ports();
+    auto writer = ports.archives.Create(Archive());
+    ASSERT_TRUE(writer);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      const std::wstring source = machine_->ScratchFolder() + L"source";
+      machine_->PutFile(source, "content of " + names[i]);
+      ASSERT_EQ(writer->Add(Placeholder(i, names[i].size()), source), ArchiveResult::kDone);
+    }
+    ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
+    std::string bytes = machine_->FileBytes(Archive()).value_or("");
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      const std::wstring wide = Placeholder(i, names[i].size());
+      Patch(bytes, std::string(wide.begin(), wide.end()), names[i]);
+    }
+    machine_->PutFile(Archive(), bytes);
+  }
+
+  static std::wstring Placeholder(std::size_t index, std::size_t length) {
+    return L"p" + std::to_wstring(index) + std::wstring(length - 2, L'_');
+  }
+
+  static void Patch(std::string& bytes, const std::string& from, const std::string& to) {
+    for (std::size_t at = bytes.find(from); at != std::string::npos; at = bytes.find(from, at)) {
+      bytes.replace(at, from.size(), to);
+    }
+  }
+
+  ExtractReport Extract() {
+    const Machine ports = machine_->Ports();
+    return ExtractArchive(ports.archives, ports.files, view_, Archive(), Destination());
+  }
+
+  std::wstring Archive() const { return machine_->ScratchFolder() + L"x.ucex"; }
+  std::wstring Destination() const { return machine_->ScratchFolder() + L"in\\"; }
+
+  std::unique_ptr<TestMachine> machine_ = NewTestMachine();
+  RecordingView view_;
+};
+
+TEST_F(ExtractArchiveTest, ItemsLandBelowTheFolder) {
+  MakeArchive({"config.ini", "Local\\a\\b\\x.xml"});
+  const auto report = Extract();
+  EXPECT_TRUE(report.opened);
+  EXPECT_EQ(report.extracted, 2u);
+  EXPECT_EQ(machine_->FileBytes(Destination() + L"config.ini"), "content of config.ini");
+  EXPECT_EQ(machine_->FileBytes(Destination() + L"Local\\a\\b\\x.xml"),
+            "content of Local\\a\\b\\x.xml");
+  EXPECT_TRUE(view_.messages.empty());
+}
+
+TEST_F(ExtractArchiveTest, ForwardSlashesAreSeparators) {
+  MakeArchive({"Local/a/x.xml"});
+  EXPECT_EQ(Extract().extracted, 1u);
+  EXPECT_TRUE(machine_->Ports().files.Exists(Destination() + L"Local\\a\\x.xml"));
+}
+
+TEST_F(ExtractArchiveTest, NamesThatLeadOutAreToldAndTheOthersExtracted) {
+  const std::vector<std::string> kHostile = {
+      "..\\evil.txt", "a\\..\\..\\evil.txt",
+      "../evil.txt",  "\\evil.txt",
+      "/evil.txt",    "C:\\evil.txt",
+      "C:evil.txt",   "a:stream",
+      "\\\\s\\h\\e",  "NUL",
+      "a\\con.txt",   "COM1",
+      ".. \\evil",    "x\\..",
+      "dot.",         "lpt9.a.b",
+      "a\\\\b",
+  };
+  std::vector<std::string> names = kHostile;
+  names.push_back("good.txt");
+  MakeArchive(names);
+  const auto report = Extract();
+  EXPECT_EQ(report.extracted, 1u);
+  EXPECT_EQ(report.failed, kHostile.size());
+  ASSERT_EQ(view_.messages.size(), kHostile.size());
+  EXPECT_EQ(view_.messages[0], L"Failed to extract file: " + Destination() + L"..\\evil.txt");
+  const auto inside = machine_->Ports().files.ListFolder(machine_->ScratchFolder() + L"in");
+  ASSERT_EQ(inside.size(), 1u) << "a refused item makes no folder either";
+  EXPECT_EQ(inside[0].name, L"good.txt");
+  EXPECT_FALSE(machine_->Ports().files.Exists(machine_->ScratchFolder() + L"evil.txt"));
+}
+
+TEST_F(ExtractArchiveTest, SecondExtractionOverwritesInPlaceAndKeepsOthers) {
+  MakeArchive({"x.txt"});
+  machine_->PutFile(Destination() + L"x.txt", "older and longer than the new one");
+  machine_->PutFile(Destination() + L"other.txt", "other");
+  EXPECT_EQ(Extract().extracted, 1u);
+  EXPECT_EQ(machine_->FileBytes(Destination() + L"x.txt"), "content of x.txt");
+  EXPECT_EQ(machine_->FileBytes(Destination() + L"other.txt"), "other");
+}
+
+TEST_F(ExtractArchiveTest, FileThatCannotBeReplacedIsToldAndStays) {
+  MakeArchive({"locked.txt", "x.txt"});
+  machine_->PutFile(Destination() + L"locked.txt", "mine");
+  machine_->MakeReadOnly(Destination() + L"locked.txt");
+  const auto report = Extract();
+  EXPECT_EQ(report.failed, 1u);
+  EXPECT_EQ(view_.messages, Names{L"Failed to extract file: " + Destination() + L"locked.txt"});
+  EXPECT_EQ(machine_->FileBytes(Destination() + L"locked.txt"), "mine");
+  EXPECT_TRUE(machine_->Ports().files.Exists(Destination() + L"x.txt"));
+}
+
+TEST_F(ExtractArchiveTest, PlaceholdersInNamesAreJustText) {
+  MakeArchive({"%s%n%d.txt"});
+  EXPECT_EQ(Extract().extracted, 1u);
+  MakeArchive({"..\\%s%n%d"});
+  Extract();
+  EXPECT_EQ(view_.messages, Names{L"Failed to extract file: " + Destination() + L"..\\%s%n%d"});
+}
+
+TEST_F(ExtractArchiveTest, WhatIsNotAnArchiveIsSilent) {
+  EXPECT_FALSE(Extract().opened);
+  for (const char* bytes : {"", "PK", "this is not an archive"}) {
+    machine_->PutFile(Archive(), bytes);
+    EXPECT_FALSE(Extract().opened);
+  }
+  EXPECT_TRUE(view_.messages.empty());
+  EXPECT_FALSE(machine_->Ports().files.Exists(Destination()));
+}
+
+TEST_F(ExtractArchiveTest, ArchiveCutAnywhereNeverGivesWrongContent) {
+  MakeArchive({"a.txt", "b\\c.txt"});
+  const std::string whole = machine_->FileBytes(Archive()).value_or("");
+  for (std::size_t length = 0; length < whole.size(); length += 7) {
+    machine_->PutFile(Archive(), whole.substr(0, length));
+    machine_->DeletePath(machine_->ScratchFolder() + L"in");
+    Extract();
+    for (const char* name : {"a.txt", "b\\c.txt"}) {
+      const std::string narrow = name;
+      const auto bytes =
+          machine_->FileBytes(Destination() + std::wstring(narrow.begin(), narrow.end()));
+      if (bytes) EXPECT_EQ(*bytes, "content of " + narrow) << length;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace carrovan

@@ -1,0 +1,117 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/machine.h"
+#include "platform/wizard_view.h"
+
+namespace carrovan {
+
+// A face that answers from its fields and notes what it was shown.
+class RecordingView : public WizardView {
+ public:
+  std::vector<std::wstring> messages;
+  std::vector<SaveFileQuestion> questions;
+  std::optional<std::wstring> answer;  // to the save-file question
+  std::wstring finishText;
+  bool closeAsked = false;
+
+  void ShowMessage(const std::wstring& text) override { messages.push_back(text); }
+  std::optional<std::wstring> ChooseSaveFile(const SaveFileQuestion& question) override {
+    questions.push_back(question);
+    return answer;
+  }
+  void SetFinishText(const std::wstring& text) override { finishText = text; }
+  void CloseWizard() override { closeAsked = true; }
+};
+
+class FixedFolders : public KnownFolders {
+ public:
+  std::optional<std::wstring> roaming = L"C:\\Users\\u\\AppData\\Roaming";
+  std::optional<std::wstring> local = L"C:\\Users\\u\\AppData\\Local";
+  std::optional<std::wstring> temp = L"C:\\Users\\u\\AppData\\Local\\Temp\\";
+
+  std::optional<std::wstring> RoamingAppData() const override { return roaming; }
+  std::optional<std::wstring> LocalAppData() const override { return local; }
+  std::optional<std::wstring> TempPath() const override { return temp; }
+};
+
+class FixedGuids : public GuidSource {
+ public:
+  std::optional<std::wstring> guid = L"{00112233-4455-6677-8899-AABBCCDDEEFF}";
+
+  std::optional<std::wstring> NewGuid() override { return guid; }
+};
+
+// Starts nothing and notes what it was asked to start.
+class RecordingInterpreter : public CommandInterpreter {
+ public:
+  std::vector<std::wstring> started;
+  int waits = 0;
+  bool canStart = true;
+
+  std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override {
+    started.push_back(parameters);
+    if (!canStart) return nullptr;
+    return std::make_unique<Command>(*this);
+  }
+
+ private:
+  class Command : public RunningCommand {
+   public:
+    explicit Command(RecordingInterpreter& owner) : owner_(owner) {}
+    void WaitForEnd() override { ++owner_.waits; }
+
+   private:
+    RecordingInterpreter& owner_;
+  };
+};
+
+// Passes everything to another library, but adding fails with `result` from the given file on.
+class FailingArchives : public ArchiveLibrary {
+ public:
+  FailingArchives(ArchiveLibrary& library, ArchiveResult result, std::size_t firstFailure)
+      : library_(library), result_(result), remaining_(firstFailure) {}
+
+  ArchiveResult closeResult = ArchiveResult::kDone;  // anything else: Close fails without closing
+  bool closed = false;
+
+  std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath) override {
+    auto writer = library_.Create(archivePath);
+    return writer ? std::make_unique<Writer>(*this, std::move(writer)) : nullptr;
+  }
+  std::unique_ptr<ArchiveReader> Open(const std::wstring& archivePath) override {
+    return library_.Open(archivePath);
+  }
+
+ private:
+  class Writer : public ArchiveWriter {
+   public:
+    Writer(FailingArchives& owner, std::unique_ptr<ArchiveWriter> writer)
+        : owner_(owner), writer_(std::move(writer)) {}
+    ArchiveResult Add(const std::wstring& entryName, const std::wstring& sourcePath) override {
+      if (owner_.remaining_ == 0) return owner_.result_;
+      --owner_.remaining_;
+      return writer_->Add(entryName, sourcePath);
+    }
+    ArchiveResult Close() override {
+      owner_.closed = true;
+      if (owner_.closeResult != ArchiveResult::kDone) return owner_.closeResult;
+      return writer_->Close();
+    }
+
+   private:
+    FailingArchives& owner_;
+    std::unique_ptr<ArchiveWriter> writer_;
+  };
+
+  ArchiveLibrary& library_;
+  ArchiveResult result_;
+  std::size_t remaining_;
+};
+
+}  // namespace carrovan

@@ -1,0 +1,1 @@
+"""The sample: a made-up CAD product as it stands on a user's machine."""
