@@ -97,7 +97,8 @@ void ChildIndex::ReadIdAgain(Position position) {
   Child& child = children_[position];
   if (child.id || ContainerKindOf(child.name) == ContainerKind::kNone) return;
   const Position known = child.kept == nullptr ? kNone : child.kept->FirstNamed("ID");
-  const XmlNode idElement = known == kNone ? FirstChildElement(child.node, "ID") : child.kept->Node(known);
+  const XmlNode idElement =
+      known == kNone ? FirstChildElement(child.node, "ID") : child.kept->Node(known);
   const ElementIdReading reading = ReadIdText(child.node);
   if (numbersContainers_) summary_.TakeLateId(reading);
   child.id = reading.id;

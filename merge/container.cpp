@@ -28,9 +28,7 @@ ElementIdReading ReadIdText(const XmlNode& element) {
   return {true, ReadWholeInteger(text.Text())};
 }
 
-std::optional<std::int32_t> ReadElementId(const XmlNode& element) {
-  return ReadIdText(element).id;
-}
+std::optional<std::int32_t> ReadElementId(const XmlNode& element) { return ReadIdText(element).id; }
 
 XmlNode FindContainerSizeText(const XmlNode& element) {
   if (!HoldsNumberedContainers(element.Name())) return {};

@@ -19,7 +19,7 @@ XmlNode LeadingText(const XmlNode& element);
 
 // What the first "ID" child of a container says. Other elements have no ID.
 struct ElementIdReading {
-  bool hasText = false;             // the "ID" child begins with a text node,
+  bool hasText = false;            // the "ID" child begins with a text node,
   std::optional<std::int32_t> id;  // which reads as this number
 };
 ElementIdReading ReadIdText(const XmlNode& element);

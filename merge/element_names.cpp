@@ -9,8 +9,11 @@ namespace carrovan {
 namespace {
 
 constexpr std::array<std::string_view, 10> kValueElementNames = {
-    "Size", "Major",      "Minor",             "ID",            "Name",
-    "Style", "UserDefine", "UserDefinePanelID", "CollapseOrder", "IsAutoFindPanelIcon"};
+    "Size",          "Major",
+    "Minor",         "ID",
+    "Name",          "Style",
+    "UserDefine",    "UserDefinePanelID",
+    "CollapseOrder", "IsAutoFindPanelIcon"};
 
 }  // namespace
 

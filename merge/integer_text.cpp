@@ -29,7 +29,8 @@ NumberAtStart ReadNumber(std::basic_string_view<Char> text) {
   NumberAtStart number;
   while (number.end < text.size() && IsSpace(text[number.end])) ++number.end;
   bool negative = false;
-  if (number.end < text.size() && (text[number.end] == Char{'-'} || text[number.end] == Char{'+'})) {
+  if (number.end < text.size() &&
+      (text[number.end] == Char{'-'} || text[number.end] == Char{'+'})) {
     negative = text[number.end++] == Char{'-'};
   }
   for (; number.end < text.size() && IsDigit(text[number.end]); ++number.end) {

@@ -7,8 +7,8 @@
 
 namespace carrovan {
 
-// Decimal numbers as the customization files hold them. Leading white space and a sign are accepted;
-// only the digits 0 to 9 are digits.
+// Decimal numbers as the customization files hold them. Leading white space and a sign are
+// accepted; only the digits 0 to 9 are digits.
 
 // The number, when nothing but digits follows up to the end and it fits 32 bits.
 std::optional<std::int32_t> ReadWholeInteger(std::string_view text);
