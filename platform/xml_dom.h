@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/file_system.h"
 #include "platform/xml_node.h"
 
 namespace carrovan {
@@ -39,5 +40,8 @@ class XmlDom {
   virtual ~XmlDom() = default;
   virtual std::unique_ptr<XmlSession> Begin() = 0;
 };
+
+// The DOM of this system, its documents read and written through the given files.
+std::unique_ptr<XmlDom> OpenXmlDom(FileSystem& files);
 
 }  // namespace carrovan

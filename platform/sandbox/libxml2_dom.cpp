@@ -1,5 +1,3 @@
-#include "platform/sandbox/libxml2_dom.h"
-
 #include <libxml/parser.h>
 
 #include <libxml/dict.h>
@@ -10,6 +8,7 @@
 #include "platform/sandbox/libxml2_copy.h"
 #include "platform/sandbox/libxml2_text_filter.h"
 #include "platform/text.h"
+#include "platform/xml_dom.h"
 
 namespace carrovan {
 namespace {
@@ -253,8 +252,20 @@ class LibXml2Session : public XmlSession {
   FileSystem& files_;
 };
 
+class LibXml2Dom : public XmlDom {
+ public:
+  explicit LibXml2Dom(FileSystem& files) : files_(files) {}
+
+  std::unique_ptr<XmlSession> Begin() override { return std::make_unique<LibXml2Session>(files_); }
+
+ private:
+  FileSystem& files_;
+};
+
 }  // namespace
 
-std::unique_ptr<XmlSession> LibXml2Dom::Begin() { return std::make_unique<LibXml2Session>(files_); }
+std::unique_ptr<XmlDom> OpenXmlDom(FileSystem& files) {
+  return std::make_unique<LibXml2Dom>(files);
+}
 
 }  // namespace carrovan

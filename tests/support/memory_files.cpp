@@ -1,0 +1,188 @@
+#include "tests/support/memory_files.h"
+
+#include <algorithm>
+
+#include "platform/path_text.h"
+#include "platform/text.h"
+
+namespace carrovan {
+namespace {
+
+std::wstring Folded(const std::wstring& path) {
+  std::wstring folded;
+  for (const wchar_t c : path) {
+    const bool separator = c == L'\\' || c == L'/';
+    if (separator && folded.ends_with(L'\\')) continue;
+    folded.push_back(separator ? L'\\'
+                               : (c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + 32) : c));
+  }
+  if (folded.ends_with(L'\\')) folded.pop_back();
+  return folded;
+}
+
+std::wstring ParentOf(const std::wstring& folded) {
+  const std::size_t separator = folded.rfind(L'\\');
+  return separator == std::wstring::npos ? std::wstring() : folded.substr(0, separator);
+}
+
+}  // namespace
+
+SystemCode MemoryFiles::Fault(const std::string& operation, const std::wstring& path) const {
+  return fault ? fault(operation, path) : kSystemOk;
+}
+
+const MemoryFiles::Entry* MemoryFiles::Find(const std::wstring& path) const {
+  const auto found = entries_.find(Folded(path));
+  return found == entries_.end() ? nullptr : &found->second;
+}
+
+MemoryFiles::Entry& MemoryFiles::Add(const std::wstring& path) {
+  const auto [place, added] = entries_.try_emplace(Folded(path));
+  if (added) {
+    std::wstring trimmed = path;
+    while (EndsInSeparator(trimmed)) trimmed.pop_back();
+    place->second.name = FileNameOf(trimmed);
+    place->second.order = made_++;
+  }
+  return place->second;
+}
+
+SystemCode MemoryFiles::Done(const std::string& operation, const std::wstring& path) {
+  changes.push_back(FromUtf8(operation) + L" " + path);
+  return kSystemOk;
+}
+
+void MemoryFiles::PutFolder(const std::wstring& path) {
+  const std::wstring folded = Folded(path);
+  if (folded.empty()) return;
+  if (const std::wstring parent = ParentOf(folded); !parent.empty()) {
+    PutFolder(path.substr(0, parent.size()));
+  }
+  Add(path).isFolder = true;
+}
+
+void MemoryFiles::Put(const std::wstring& path, const std::string& bytes) {
+  PutFolder(path.substr(0, ParentOf(Folded(path)).size()));
+  Add(path).bytes = bytes;
+}
+
+void MemoryFiles::MakeReadOnly(const std::wstring& path) {
+  entries_.at(Folded(path)).readOnly = true;
+}
+
+bool MemoryFiles::Has(const std::wstring& path) const { return Find(path) != nullptr; }
+
+std::string MemoryFiles::Bytes(const std::wstring& path) const {
+  const Entry* const entry = Find(path);
+  return entry == nullptr || entry->isFolder ? "<missing>" : entry->bytes;
+}
+
+std::vector<std::wstring> MemoryFiles::Names(const std::wstring& folder) const {
+  std::vector<std::wstring> names;
+  for (const FolderEntry& entry : ListFolder(folder)) names.push_back(entry.name);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+bool MemoryFiles::Exists(const std::wstring& path) const { return Find(path) != nullptr; }
+
+bool MemoryFiles::IsFolder(const std::wstring& path) const {
+  const Entry* const entry = Find(path);
+  return entry != nullptr && entry->isFolder;
+}
+
+std::vector<FolderEntry> MemoryFiles::ListFolder(const std::wstring& folder) const {
+  const std::wstring parent = Folded(folder);
+  std::vector<const Entry*> found;
+  for (const auto& [path, entry] : entries_) {
+    if (ParentOf(path) == parent) found.push_back(&entry);
+  }
+  std::sort(found.begin(), found.end(),
+            [](const Entry* a, const Entry* b) { return a->order < b->order; });
+  std::vector<FolderEntry> listed;
+  for (const Entry* const entry : found) {
+    FolderEntry& added = listed.emplace_back();
+    added.name = entry->name;
+    added.isFolder = entry->isFolder;
+  }
+  return listed;
+}
+
+SystemCode MemoryFiles::ReadFolder(const std::wstring& folder,
+                                   std::vector<FolderEntry>& entries) const {
+  if (const SystemCode code = Fault("list", folder); code != kSystemOk) return code;
+  if (!IsFolder(folder)) return kPathNotFound;
+  entries = ListFolder(folder);
+  return kSystemOk;
+}
+
+SystemCode MemoryFiles::ReadBytes(const std::wstring& path, std::string& bytes) const {
+  if (const SystemCode code = Fault("read", path); code != kSystemOk) return code;
+  const Entry* const entry = Find(path);
+  if (entry == nullptr) return kFileNotFound;
+  if (entry->isFolder) return kAccessDenied;
+  bytes = entry->bytes;
+  return kSystemOk;
+}
+
+SystemCode MemoryFiles::Store(const std::wstring& path, std::string bytes) {
+  const Entry* const there = Find(path);
+  if (there != nullptr && (there->isFolder || there->readOnly)) return kAccessDenied;
+  const std::wstring parent = ParentOf(Folded(path));
+  if (!parent.empty() && !IsFolder(parent)) return kPathNotFound;
+  Add(path).bytes = std::move(bytes);
+  return kSystemOk;
+}
+
+SystemCode MemoryFiles::CreateFolder(const std::wstring& path) {
+  if (const SystemCode code = Fault("create folder", path); code != kSystemOk) return code;
+  if (Exists(path)) return kAlreadyExists;
+  Add(path).isFolder = true;
+  return Done("create folder", path);
+}
+
+SystemCode MemoryFiles::CreateEmptyFile(const std::wstring& path) { return WriteBytes(path, ""); }
+
+SystemCode MemoryFiles::RemoveFile(const std::wstring& path) {
+  if (const SystemCode code = Fault("remove", path); code != kSystemOk) return code;
+  const Entry* const entry = Find(path);
+  if (entry == nullptr) return kFileNotFound;
+  if (entry->isFolder || entry->readOnly) return kAccessDenied;
+  entries_.erase(Folded(path));
+  return Done("remove", path);
+}
+
+SystemCode MemoryFiles::RemoveFolder(const std::wstring& path) {
+  if (const SystemCode code = Fault("remove folder", path); code != kSystemOk) return code;
+  if (!IsFolder(path)) return kPathNotFound;
+  if (!ListFolder(path).empty()) return kFolderNotEmpty;
+  entries_.erase(Folded(path));
+  return Done("remove folder", path);
+}
+
+SystemCode MemoryFiles::WriteBytes(const std::wstring& path, std::string_view bytes) {
+  if (const SystemCode code = Fault("write", path); code != kSystemOk) return code;
+  const SystemCode code = Store(path, std::string(bytes));
+  return code == kSystemOk ? Done("write", path) : code;
+}
+
+SystemCode MemoryFiles::CopyOver(const std::wstring& source, const std::wstring& target) {
+  if (const SystemCode code = Fault("copy", source); code != kSystemOk) return code;
+  const Entry* const entry = Find(source);
+  if (entry == nullptr || entry->isFolder) return kFileNotFound;
+  const SystemCode code = Store(target, entry->bytes);
+  return code == kSystemOk ? Done("copy", target) : code;
+}
+
+SystemCode MemoryFiles::MoveTo(const std::wstring& source, const std::wstring& target) {
+  if (const SystemCode code = Fault("move", source); code != kSystemOk) return code;
+  const Entry* const entry = Find(source);
+  if (entry == nullptr) return kFileNotFound;
+  if (Exists(target)) return kAlreadyExists;
+  const SystemCode code = Store(target, entry->bytes);
+  if (code != kSystemOk) return code;
+  entries_.erase(Folded(source));
+  return Done("move", target);
+}
+
+}  // namespace carrovan

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/file_system.h"
+
+namespace carrovan {
+
+// Files in memory, for tests that need many of them or need them to fail. Lists a folder in the
+// order in which its entries were made. Both slashes separate, case does not count.
+class MemoryFiles : public FileSystem {
+ public:
+  // Asked before every operation that answers with a code, with the operation's name and its
+  // (source) path; anything but kSystemOk is the answer, and nothing is done.
+  std::function<SystemCode(const std::string& operation, const std::wstring& path)> fault;
+
+  std::vector<std::wstring> changes;  // "operation path" for each change that was made
+
+  void Put(const std::wstring& path, const std::string& bytes);  // and its folders
+  void PutFolder(const std::wstring& path);                      // and those above
+  void MakeReadOnly(const std::wstring& path);
+  bool Has(const std::wstring& path) const;
+  std::string Bytes(const std::wstring& path) const;  // "<missing>" when there is no such file
+  std::vector<std::wstring> Names(const std::wstring& folder) const;  // in code unit order
+
+  bool Exists(const std::wstring& path) const override;
+  bool IsFolder(const std::wstring& path) const override;
+  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override;
+  SystemCode ReadFolder(const std::wstring& folder,
+                        std::vector<FolderEntry>& entries) const override;
+  SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override;
+  SystemCode CreateFolder(const std::wstring& path) override;
+  SystemCode CreateEmptyFile(const std::wstring& path) override;
+  SystemCode RemoveFile(const std::wstring& path) override;
+  SystemCode RemoveFolder(const std::wstring& path) override;
+  SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override;
+  SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override;
+  SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
+
+ private:
+  struct Entry {
+    std::wstring name;
+    std::string bytes;
+    std::size_t order = 0;
+    bool isFolder = false;
+    bool readOnly = false;
+  };
+
+  SystemCode Fault(const std::string& operation, const std::wstring& path) const;
+  const Entry* Find(const std::wstring& path) const;
+  SystemCode Store(const std::wstring& path, std::string bytes);
+  SystemCode Done(const std::string& operation, const std::wstring& path);
+  Entry& Add(const std::wstring& path);
+
+  std::map<std::wstring, Entry> entries_;  // by folded path
+  std::size_t made_ = 0;
+};
+
+}  // namespace carrovan
