@@ -12,7 +12,7 @@ bool IsSeparator(wchar_t c) { return c == L'\\' || c == L'/'; }
 
 // The system takes superscript one, two and three for the digits of a port.
 bool IsPortDigit(wchar_t c) {
-  return (c >= L'1' && c <= L'9') || c == 0xB9 || c == 0xB2 || c == 0xB3;
+  return (c >= L'0' && c <= L'9') || c == 0xB9 || c == 0xB2 || c == 0xB3;
 }
 
 // A device answers to its name with any extension, and with blanks in front of the dot.
