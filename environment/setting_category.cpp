@@ -75,8 +75,9 @@ constexpr std::wstring_view kOptionSubkeys[] = {
 // The release year after which the export page offers the categories that came with 2026.
 constexpr double kLastYearWithout3dBom = 2025;
 
-// The first value of the table; values are consecutive from there.
+// The values of the table are consecutive.
 constexpr int kFirstValue = static_cast<int>(Options);
+constexpr int kLastValue = static_cast<int>(CosmeticThread);
 
 std::vector<std::wstring> PerLanguage(const std::wstring& root, const CategoryRecord& record,
                                       const ProductContext& context) {
@@ -92,8 +93,8 @@ std::vector<std::wstring> PerLanguage(const std::wstring& root, const CategoryRe
 std::span<const CategoryRecord> CategoryTable() { return kCategories; }
 
 const CategoryRecord* FindCategory(int value) {
-  const int index = value - kFirstValue;
-  return index >= 0 && index < std::ssize(kCategories) ? &kCategories[index] : nullptr;
+  if (value < kFirstValue || value > kLastValue) return nullptr;
+  return &kCategories[value - kFirstValue];
 }
 
 const CategoryRecord* FindCategoryByLabel(std::wstring_view label) {

@@ -20,7 +20,7 @@ const wchar_t* Phrase(SystemCode code) {
     case kFileExists:
     case kAlreadyExists:
       return L"already exists";
-    case kDiskFull:
+    case kSystemDiskFull:
       return L"the disk is full";
     case kInvalidName:
       return L"invalid name";

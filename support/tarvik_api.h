@@ -1,8 +1,9 @@
 #pragma once
 
 // The part of tarvik.dll that Carrovan calls, as plain C: loaded at run time, each function found
-// by its undecorated name. Texts are UTF-16 and end in zero. No function throws; a handle that is
-// null, closed or of the other kind and a null pointer are failures like any other.
+// by its undecorated name. Texts are UTF-16 and end in zero. No function throws. A null pointer, or
+// a handle that is null, closed or of the wrong kind, gives ArchiveResult::kNoSuchItem or no
+// handle. Calls come from one thread at a time.
 
 #include <stddef.h>
 #include <stdint.h>

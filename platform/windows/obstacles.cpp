@@ -109,8 +109,8 @@ bool SetReadOnly(const std::wstring& path, bool readOnly) {
   const std::wstring systemPath = SystemPath(path);
   const DWORD attributes = GetFileAttributesW(systemPath.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES) return false;
-  const DWORD changed =
-      readOnly ? attributes | FILE_ATTRIBUTE_READONLY : attributes & ~FILE_ATTRIBUTE_READONLY;
+  constexpr DWORD kReadOnly = FILE_ATTRIBUTE_READONLY;
+  const DWORD changed = readOnly ? attributes | kReadOnly : attributes & ~kReadOnly;
   return SetFileAttributesW(systemPath.c_str(), changed) != FALSE;
 }
 

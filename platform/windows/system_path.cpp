@@ -23,7 +23,7 @@ std::wstring FullPath(const std::wstring& path) {
 
 std::wstring SystemPath(const std::wstring& path) {
   if (path.size() <= kLongestPlainPath || IsMarked(path)) return path;
-  const std::wstring full = FullPath(path);
+  std::wstring full = FullPath(path);
   if (IsMarked(full)) return full;
   if (full.starts_with(L"\\\\")) return L"\\\\?\\UNC" + full.substr(1);
   return L"\\\\?\\" + full;

@@ -14,7 +14,7 @@ namespace {
 // is named by its short alias. Where the disk keeps no aliases the marked path has to do.
 std::wstring ProfilePath(const std::wstring& path) {
   if (path.size() <= kLongestPlainPath) return path;
-  const std::wstring full = SystemPath(path);
+  std::wstring full = SystemPath(path);
   std::array<wchar_t, kFixedPathBuffer> alias = {};
   const DWORD length = GetShortPathNameW(RemoveFileSpec(full).c_str(), alias.data(),
                                          static_cast<DWORD>(alias.size()));

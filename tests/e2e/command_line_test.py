@@ -76,5 +76,5 @@ class VersionsTest(SandboxTest):
         self.assert_refused(run_cli("versions"), 1, "--root")
 
     def test_folder_that_is_no_machine_is_refused(self):
-        for folder in (self.folder, self.folder / "missing"):
-            self.assert_refused(run_cli("--root", folder, "versions"), 1, "product.ini")
+        self.assert_refused(run_cli("--root", self.folder, "versions"), 1, "product.ini")
+        self.assert_refused(run_cli("--root", self.folder / "missing", "versions"), 1, "missing")

@@ -205,8 +205,8 @@ TEST_F(ExportRunTest, ConfigFilesOfTheMachineStayBehind) {
 }
 
 TEST_F(ExportRunTest, NamesOutsideTheCodePageAndLongPathsTravel) {
-  const std::wstring deep = Local(L"Customization\\" + std::wstring(120, L'深') + L"\\" +
-                                  std::wstring(100, L'y') + L"\\" + std::wstring(80, L'z'));
+  const std::wstring deep = Local(L"Customization\\" + std::wstring(70, L'深') + L"\\" +
+                                  std::wstring(100, L'y') + L"\\" + std::wstring(130, L'z'));
   const std::wstring emoji = L"\\keys \U0001F600.xml";
   machine_->PutFile(deep + emoji, "far away");
   CheckOnly({ShortcutKey});

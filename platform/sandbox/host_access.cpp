@@ -1,0 +1,54 @@
+#include "platform/sandbox/host_access.h"
+
+#include <utility>
+
+namespace carrovan {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool HasPermission(const fs::path& path, fs::perms permission) {
+  std::error_code error;
+  const fs::file_status status = fs::status(path, error);
+  if (!fs::exists(status) || status.permissions() == fs::perms::unknown) return true;
+  return (status.permissions() & permission) != fs::perms::none;
+}
+
+constexpr std::pair<std::errc, SystemCode> kCodes[] = {
+    {std::errc::no_such_file_or_directory, kFileNotFound},
+    {std::errc::not_a_directory, kPathNotFound},
+    {std::errc::too_many_symbolic_link_levels, kPathNotFound},
+    {std::errc::permission_denied, kAccessDenied},
+    {std::errc::operation_not_permitted, kAccessDenied},
+    {std::errc::read_only_file_system, kAccessDenied},
+    {std::errc::is_a_directory, kAccessDenied},
+    {std::errc::file_exists, kAlreadyExists},
+    {std::errc::directory_not_empty, kFolderNotEmpty},
+    {std::errc::no_space_on_device, kSystemDiskFull},
+    {std::errc::file_too_large, kSystemDiskFull},
+    {std::errc::filename_too_long, kNameTooLong},
+    {std::errc::device_or_resource_busy, kSharingViolation},
+    {std::errc::text_file_busy, kSharingViolation},
+    {std::errc::invalid_argument, kInvalidName},
+    {std::errc::illegal_byte_sequence, kInvalidName},
+};
+
+}  // namespace
+
+bool OwnerMayRead(const fs::path& path) { return HasPermission(path, fs::perms::owner_read); }
+
+bool OwnerMayWrite(const fs::path& path) { return HasPermission(path, fs::perms::owner_write); }
+
+bool MayPutFile(const fs::path& path) {
+  return OwnerMayWrite(path) && OwnerMayWrite(path.parent_path());
+}
+
+SystemCode SystemCodeOf(const std::error_code& error) {
+  if (!error) return kSystemOk;
+  for (const auto& [condition, code] : kCodes) {
+    if (error == condition) return code;
+  }
+  return kGeneralFailure;
+}
+
+}  // namespace carrovan

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <filesystem>
+#include <system_error>
+
+#include "platform/system_code.h"
+
+namespace carrovan {
+
+// Permissions do not bind the host's administrator. On a machine in a folder they bind everybody:
+// what the owner of a file may not do, nobody may, so a read-only file is one for every user. Where
+// nothing can be learned about the file, the answer is true and the operation itself will fail.
+bool OwnerMayRead(const std::filesystem::path& path);
+bool OwnerMayWrite(const std::filesystem::path& path);
+
+// True when a file may be created at the path, or the one that is there replaced.
+bool MayPutFile(const std::filesystem::path& path);
+
+// The number that Windows has for a host's error.
+SystemCode SystemCodeOf(const std::error_code& error);
+
+}  // namespace carrovan

@@ -1,0 +1,136 @@
+#include "platform/sandbox/host_file_system.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <system_error>
+
+#include "platform/sandbox/host_access.h"
+#include "platform/sandbox/host_path.h"
+#include "platform/text.h"
+
+namespace carrovan {
+namespace {
+
+namespace fs = std::filesystem;
+
+// What lies at a path itself, not where a link leads.
+fs::file_status StatusAt(const fs::path& path) {
+  std::error_code error;
+  return fs::symlink_status(path, error);
+}
+
+bool LeadsToFolder(const fs::path& path) {
+  std::error_code error;
+  return fs::is_directory(path, error);
+}
+
+// "Path not found" is said of a folder on the way, "file not found" of the last name.
+SystemCode MissingCode(const fs::path& path) {
+  const fs::path parent = path.parent_path();
+  return parent.empty() || LeadsToFolder(parent) ? kFileNotFound : kPathNotFound;
+}
+
+SystemCode CheckParent(const fs::path& path) {
+  const fs::path parent = path.parent_path();
+  if (parent.empty()) return kSystemOk;
+  if (!LeadsToFolder(parent)) return kPathNotFound;
+  return OwnerMayWrite(parent) ? kSystemOk : kAccessDenied;
+}
+
+SystemCode Remove(const fs::path& path) {
+  if (const SystemCode code = CheckParent(path); code != kSystemOk) return code;
+  std::error_code error;
+  fs::remove(path, error);
+  return SystemCodeOf(error);
+}
+
+SystemCode OpenEmptied(const fs::path& path) {
+  errno = 0;
+  const std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  if (file) return kSystemOk;
+  const SystemCode code = SystemCodeOf(std::error_code(errno, std::generic_category()));
+  return code == kSystemOk ? kGeneralFailure : code;
+}
+
+bool ListedBefore(const FolderEntry& a, const FolderEntry& b) {
+  const int order = CompareNames(a.name, b.name);
+  return order != 0 ? order < 0 : a.name < b.name;
+}
+
+}  // namespace
+
+bool HostFileSystem::Exists(const std::wstring& path) const {
+  const auto host = paths_.ToHost(path);
+  std::error_code error;
+  return host && fs::exists(*host, error);
+}
+
+bool HostFileSystem::IsFolder(const std::wstring& path) const {
+  const auto host = paths_.ToHost(path);
+  return host && LeadsToFolder(*host);
+}
+
+std::vector<FolderEntry> HostFileSystem::ListFolder(const std::wstring& folder) const {
+  std::vector<FolderEntry> entries;
+  const auto host = paths_.ToHost(folder);
+  if (!host || !OwnerMayRead(*host)) return entries;
+  std::error_code error;
+  for (fs::directory_iterator entry(*host, error), end; !error && entry != end;
+       entry.increment(error)) {
+    const fs::file_type type = StatusAt(entry->path()).type();
+    entries.push_back({TextFromHostName(entry->path().filename()), type == fs::file_type::directory,
+                       type == fs::file_type::symlink});
+  }
+  std::sort(entries.begin(), entries.end(), ListedBefore);
+  return entries;
+}
+
+SystemCode HostFileSystem::CreateFolder(const std::wstring& path) {
+  const auto host = paths_.ToHost(path);
+  if (!host || !paths_.IsNameAllowed(path)) return kInvalidName;
+  if (fs::exists(StatusAt(*host))) return kAlreadyExists;
+  if (const SystemCode code = CheckParent(*host); code != kSystemOk) return code;
+  std::error_code error;
+  fs::create_directory(*host, error);
+  return SystemCodeOf(error);
+}
+
+SystemCode HostFileSystem::CreateEmptyFile(const std::wstring& path) {
+  const auto host = paths_.ToHost(path);
+  if (!host || !paths_.IsNameAllowed(path)) return kInvalidName;
+  std::error_code error;
+  const fs::file_status there = fs::status(*host, error);
+  // Opening a pipe or a device would wait for somebody at its other end.
+  if (fs::exists(there) && !fs::is_regular_file(there)) return kAccessDenied;
+  if (fs::exists(there)) return OwnerMayWrite(*host) ? OpenEmptied(*host) : kAccessDenied;
+  if (const SystemCode code = CheckParent(*host); code != kSystemOk) return code;
+  return OpenEmptied(*host);
+}
+
+SystemCode HostFileSystem::RemoveFile(const std::wstring& path) {
+  const auto host = paths_.ToHost(path);
+  if (!host) return kInvalidName;
+  switch (StatusAt(*host).type()) {
+    case fs::file_type::not_found:
+      return MissingCode(*host);
+    case fs::file_type::directory:
+      return kAccessDenied;
+    case fs::file_type::symlink:
+      return Remove(*host);
+    default:
+      return OwnerMayWrite(*host) ? Remove(*host) : kAccessDenied;
+  }
+}
+
+SystemCode HostFileSystem::RemoveFolder(const std::wstring& path) {
+  const auto host = paths_.ToHost(path);
+  if (!host) return kInvalidName;
+  const fs::file_type type = StatusAt(*host).type();
+  if (type == fs::file_type::not_found) return MissingCode(*host);
+  if (!LeadsToFolder(*host)) return kNotAFolder;
+  if (type != fs::file_type::symlink && !OwnerMayWrite(*host)) return kAccessDenied;
+  return Remove(*host);
+}
+
+}  // namespace carrovan

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "platform/file_system.h"
+#include "platform/sandbox/path_mapper.h"
+
+namespace carrovan {
+
+// Host files behind Windows paths and error numbers. A symbolic link is listed as a link and never
+// as a folder, so that a walk through folders ends and stays below the folder it began in; removing
+// a link leaves what it leads to alone.
+class HostFileSystem : public FileSystem {
+ public:
+  explicit HostFileSystem(const PathMapper& paths) : paths_(paths) {}
+
+  bool Exists(const std::wstring& path) const override;
+  bool IsFolder(const std::wstring& path) const override;
+  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override;
+
+  SystemCode CreateFolder(const std::wstring& path) override;
+  SystemCode CreateEmptyFile(const std::wstring& path) override;
+  SystemCode RemoveFile(const std::wstring& path) override;
+  SystemCode RemoveFolder(const std::wstring& path) override;
+
+ private:
+  const PathMapper& paths_;
+};
+
+}  // namespace carrovan

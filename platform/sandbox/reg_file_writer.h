@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "platform/registry.h"
+#include "platform/sandbox/registry_key.h"
+
+namespace carrovan {
+
+enum class RegFileForm {
+  // As the system's tool exports a key, byte for byte. A string value loses what quotes cannot
+  // hold:
+  // text behind its first zero, a missing terminating zero, an odd last byte.
+  kExport,
+  // The same, but a string that would lose something is written as bytes.
+  kLossless,
+};
+
+// The text of a registry file with a key and everything below it. The key's path is relative to the
+// hive and is written as it is given.
+std::wstring WriteRegFile(RegistryHive hive, const std::wstring& keyPath, const RegistryKey& key,
+                          RegFileForm form);
+
+// The root as it is written in full, for example "HKEY_CURRENT_USER".
+std::wstring RootName(RegistryHive hive);
+
+}  // namespace carrovan

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/registry_value.h"
+#include "platform/text.h"
+
+namespace carrovan {
+
+struct NameLess {
+  using is_transparent = void;
+  bool operator()(std::wstring_view a, std::wstring_view b) const { return CompareNames(a, b) < 0; }
+};
+
+// A registry key with its values and everything below it. Names are found without regard to case
+// and keep the spelling they were made with. Key paths are relative; backslashes without a name
+// between them count as one.
+class RegistryKey {
+ public:
+  using Subkeys = std::map<std::wstring, std::unique_ptr<RegistryKey>, NameLess>;
+
+  // The limits of the system.
+  static constexpr std::size_t kMostLevels = 512;
+  static constexpr std::size_t kLongestName = 255;
+  static constexpr std::size_t kLongestValueName = 16383;
+
+  // Null when the key is missing. An empty path is this key.
+  const RegistryKey* Find(std::wstring_view path) const;
+
+  // The key at the path, made with its parents where it is missing. The caller keeps to the limits.
+  RegistryKey& Make(std::wstring_view path);
+
+  // Removes a key with everything below it. False when it is missing or the path is empty.
+  bool Remove(std::wstring_view path);
+
+  // In the order in which the system keeps keys: by name.
+  const Subkeys& AllSubkeys() const { return subkeys_; }
+
+  // Null when the value is missing.
+  const RegistryValue* Value(std::wstring_view name) const;
+
+  // In the order in which the system keeps values: as they were made.
+  std::vector<const RegistryValue*> AllValues() const;
+
+  // A value that is there keeps its place and the spelling of its name.
+  void SetValue(RegistryValue value);
+  void RemoveValue(std::wstring_view name);
+
+ private:
+  struct PlacedValue {
+    std::uint64_t place = 0;
+    RegistryValue value;
+  };
+
+  Subkeys subkeys_;
+  std::map<std::wstring, PlacedValue, NameLess> values_;
+  std::uint64_t nextPlace_ = 0;
+};
+
+// The first name of a key path, taken off its front; empty at the end of the path.
+std::wstring_view TakeKeyName(std::wstring_view& path);
+
+}  // namespace carrovan

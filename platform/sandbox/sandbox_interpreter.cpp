@@ -1,0 +1,80 @@
+#include "platform/sandbox/sandbox_interpreter.h"
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "platform/sandbox/host_file.h"
+#include "platform/sandbox/reg_file_parser.h"
+#include "platform/sandbox/reg_file_writer.h"
+#include "platform/text_encoding.h"
+
+namespace carrovan {
+namespace {
+
+class EndedCommand : public RunningCommand {
+ public:
+  void WaitForEnd() override {}
+};
+
+// Takes the text in front of a mark, and the mark, off a command line.
+std::optional<std::wstring> TakeUntil(std::wstring_view& line, std::wstring_view mark) {
+  const std::size_t end = line.find(mark);
+  if (end == std::wstring_view::npos) return std::nullopt;
+  std::wstring taken(line.substr(0, end));
+  line.remove_prefix(end + mark.size());
+  return taken;
+}
+
+bool Take(std::wstring_view& line, std::wstring_view text) {
+  if (!line.starts_with(text)) return false;
+  line.remove_prefix(text.size());
+  return true;
+}
+
+// One backslash between two names and none at the ends.
+std::wstring TidyKeyPath(std::wstring_view path) {
+  std::wstring tidy;
+  for (auto name = TakeKeyName(path); !name.empty(); name = TakeKeyName(path)) {
+    if (!tidy.empty()) tidy.push_back(L'\\');
+    tidy.append(name);
+  }
+  return tidy;
+}
+
+}  // namespace
+
+std::unique_ptr<RunningCommand> SandboxInterpreter::Start(const std::wstring& parameters) {
+  std::wstring_view line = parameters;
+  if (Take(line, L"/C reg export \"")) {
+    const auto key = TakeUntil(line, L"\" \"");
+    const auto file = TakeUntil(line, L"\" /y");
+    if (key && file && line.empty()) Export(*key, *file);
+  } else if (Take(line, L"/C reg import \"")) {
+    const auto file = TakeUntil(line, L"\"");
+    if (file && line.empty()) Import(*file);
+  }
+  return std::make_unique<EndedCommand>();
+}
+
+void SandboxInterpreter::Export(std::wstring_view key, const std::wstring& file) const {
+  const auto target = paths_.ToHost(file);
+  const auto hive = HiveOfRoot(TakeKeyName(key));
+  if (!target || !hive) return;
+  const RegistryKey* found = registry_.Find(*hive, key);
+  if (found == nullptr) return;
+  const std::wstring text = WriteRegFile(*hive, TidyKeyPath(key), *found, RegFileForm::kExport);
+  // The tool's failures are nobody's to hear.
+  static_cast<void>(ReplaceHostFile(*target, EncodeText({text, true})));
+}
+
+void SandboxInterpreter::Import(const std::wstring& file) {
+  const auto source = paths_.ToHost(file);
+  std::vector<std::uint8_t> content;
+  if (!source || ReadHostFile(*source, content) != FileStatus::kDone) return;
+  const auto parsed = ParseRegFile(DecodeText(content).text);
+  if (parsed) static_cast<void>(registry_.Merge(*parsed));
+}
+
+}  // namespace carrovan

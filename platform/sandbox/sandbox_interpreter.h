@@ -1,0 +1,33 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/command_interpreter.h"
+#include "platform/sandbox/path_mapper.h"
+#include "platform/sandbox/sandbox_registry.h"
+
+namespace carrovan {
+
+// A command interpreter that knows the registry tool and nothing else:
+//   /C reg export "KEY" "FILE" /y
+//   /C reg import "FILE"
+// The work is done, or has failed without a word, when Start returns. Any other command line does
+// nothing.
+class SandboxInterpreter : public CommandInterpreter {
+ public:
+  SandboxInterpreter(SandboxRegistry& registry, const PathMapper& paths)
+      : registry_(registry), paths_(paths) {}
+
+  // Never null.
+  std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override;
+
+ private:
+  void Export(std::wstring_view key, const std::wstring& file) const;
+  void Import(const std::wstring& file);
+
+  SandboxRegistry& registry_;
+  const PathMapper& paths_;
+};
+
+}  // namespace carrovan

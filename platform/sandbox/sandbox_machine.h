@@ -1,0 +1,62 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "platform/native_machine.h"
+#include "platform/sandbox/host_file_system.h"
+#include "platform/sandbox/path_mapper.h"
+#include "platform/sandbox/random_guid_source.h"
+#include "platform/sandbox/sandbox_folders.h"
+#include "platform/sandbox/sandbox_interpreter.h"
+#include "platform/sandbox/sandbox_product.h"
+#include "platform/sandbox/sandbox_profile_file.h"
+#include "platform/sandbox/sandbox_registry.h"
+#include "platform/sandbox/sleeping_clock.h"
+#include "platform/sandbox/zip_archive_library.h"
+
+namespace carrovan {
+
+// A whole machine kept in a folder:
+//   product.ini   section "Product": CompanyShortName, ProductName, ProductVersion,
+//                 HumanReadableVersion, StartupFolder, Language, UserName
+//   registry/     one registry file per hive
+//   C/            drive C:, and so on for other drives
+class SandboxMachine : public OwnedMachine {
+ public:
+  // No machine when the folder or its product.ini is missing, when that names no user or one who
+  // cannot have a folder, or when a hive cannot be read. Makes the user's temporary folder, which
+  // every user of a real machine has.
+  static MachineOrReason Open(const std::wstring& rootFolder);
+
+  Machine Ports() override;
+
+  // For whoever fills the machine.
+  const PathMapper& Paths() const { return paths_; }
+  SandboxRegistry& Registry() { return registry_; }
+
+ private:
+  SandboxMachine(const std::filesystem::path& root, SandboxProduct product);
+
+  DrivePathMapper paths_;
+  HostFileSystem files_;
+  SandboxRegistry registry_;
+  SandboxProduct product_;
+  SandboxFolders folders_;
+  RandomGuidSource guids_;
+  SandboxProfileFile profiles_;
+  ZipArchiveLibrary archives_;
+  SandboxInterpreter interpreter_;
+  SleepingClock clock_;
+};
+
+struct FilesOrReason {
+  std::unique_ptr<HostFiles> files;  // null when there are none
+  std::wstring reason;               // then: one line that says why
+};
+
+// Only the files of a sandbox, for what needs no product: its product.ini may be missing.
+FilesOrReason OpenSandboxFiles(const std::wstring& rootFolder);
+
+}  // namespace carrovan

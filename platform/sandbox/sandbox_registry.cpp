@@ -1,0 +1,120 @@
+#include "platform/sandbox/sandbox_registry.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/sandbox/host_file.h"
+#include "platform/sandbox/host_path.h"
+#include "platform/sandbox/reg_file_writer.h"
+#include "platform/text_encoding.h"
+#include "support/zip/part_file.h"
+
+namespace carrovan {
+namespace {
+
+std::size_t IndexOf(RegistryHive hive) { return static_cast<std::size_t>(hive); }
+
+constexpr RegistryHive kHives[] = {RegistryHive::kCurrentUser, RegistryHive::kLocalMachine};
+
+void ApplyKeyChange(const RegKeyChange& change, RegistryKey& root) {
+  if (change.remove) {
+    root.Remove(change.keyPath);
+    return;
+  }
+  RegistryKey& key = root.Make(change.keyPath);
+  for (const RegValueChange& value : change.values) {
+    if (value.remove) {
+      key.RemoveValue(value.value.name);
+    } else {
+      key.SetValue(value.value);
+    }
+  }
+}
+
+void Apply(const RegFile& file, RegistryHive hive, RegistryKey& root) {
+  for (const RegKeyChange& change : file.keys) {
+    if (change.hive == hive) ApplyKeyChange(change, root);
+  }
+}
+
+bool Concerns(const RegFile& file, RegistryHive hive) {
+  return std::any_of(file.keys.begin(), file.keys.end(),
+                     [hive](const RegKeyChange& change) { return change.hive == hive; });
+}
+
+// What keeps a text from being the whole content of one hive.
+std::optional<std::wstring> ProblemOf(const std::optional<RegFile>& file, RegistryHive hive) {
+  if (!file) return L"not a registry file";
+  if (!file->problems.empty()) {
+    const RegFileProblem& first = file->problems.front();
+    return L"line " + std::to_wstring(first.line) + L": " + first.text;
+  }
+  for (const RegistryHive other : kHives) {
+    if (other != hive && Concerns(*file, other)) return L"keys of another root";
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<std::wstring> SandboxRegistry::Load() {
+  for (const RegistryHive hive : kHives) {
+    if (auto problem = LoadHive(hive, hives_[IndexOf(hive)])) return problem;
+  }
+  return std::nullopt;
+}
+
+bool SandboxRegistry::CanOpenKey(RegistryHive hive, const std::wstring& keyPath) const {
+  return Find(hive, keyPath) != nullptr;
+}
+
+std::optional<std::vector<std::wstring>> SandboxRegistry::SubkeyNames(
+    RegistryHive hive, const std::wstring& keyPath) const {
+  const RegistryKey* key = Find(hive, keyPath);
+  if (key == nullptr) return std::nullopt;
+  std::vector<std::wstring> names;
+  for (const auto& [name, subkey] : key->AllSubkeys()) names.push_back(name);
+  return names;
+}
+
+const RegistryKey* SandboxRegistry::Find(RegistryHive hive, std::wstring_view keyPath) const {
+  return hives_[IndexOf(hive)].Find(keyPath);
+}
+
+bool SandboxRegistry::Change(RegistryHive hive, const std::function<void(RegistryKey&)>& change) {
+  RegistryKey root;
+  if (LoadHive(hive, root)) return false;
+  change(root);
+  const std::wstring text = WriteRegFile(hive, L"", root, RegFileForm::kLossless);
+  if (MakeFolders(folder_) != FileStatus::kDone) return false;
+  if (ReplaceHostFile(FileOf(hive), EncodeText({text, true})) != FileStatus::kDone) return false;
+  hives_[IndexOf(hive)] = std::move(root);
+  return true;
+}
+
+bool SandboxRegistry::Merge(const RegFile& file) {
+  bool merged = true;
+  for (const RegistryHive hive : kHives) {
+    if (!Concerns(file, hive)) continue;
+    merged = Change(hive, [&](RegistryKey& root) { Apply(file, hive, root); }) && merged;
+  }
+  return merged;
+}
+
+std::filesystem::path SandboxRegistry::FileOf(RegistryHive hive) const {
+  return folder_ / HostPathFromText(RootName(hive) + L".reg");
+}
+
+std::optional<std::wstring> SandboxRegistry::LoadHive(RegistryHive hive, RegistryKey& root) const {
+  std::vector<std::uint8_t> content;
+  const FileStatus status = ReadHostFile(FileOf(hive), content);
+  if (status == FileStatus::kMissing) return std::nullopt;
+  const std::wstring name = RootName(hive) + L".reg: ";
+  if (status != FileStatus::kDone) return name + L"the file cannot be read";
+  const auto file = ParseRegFile(DecodeText(content).text);
+  if (auto problem = ProblemOf(file, hive)) return name + *problem;
+  Apply(*file, hive, root);
+  return std::nullopt;
+}
+
+}  // namespace carrovan

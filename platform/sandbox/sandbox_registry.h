@@ -1,0 +1,48 @@
+#pragma once
+
+#include <array>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/registry.h"
+#include "platform/sandbox/reg_file_parser.h"
+#include "platform/sandbox/registry_key.h"
+
+namespace carrovan {
+
+// The registry of a machine in a folder: one registry file per hive, "HKEY_CURRENT_USER.reg" and
+// "HKEY_LOCAL_MACHINE.reg". A missing file is an empty hive.
+class SandboxRegistry : public RegistryReader {
+ public:
+  explicit SandboxRegistry(std::filesystem::path folder) : folder_(std::move(folder)) {}
+
+  // Reads both hives. Nothing on success, otherwise one line that names the file and what is wrong
+  // with it. Until then both hives are empty.
+  [[nodiscard]] std::optional<std::wstring> Load();
+
+  bool CanOpenKey(RegistryHive hive, const std::wstring& keyPath) const override;
+  std::optional<std::vector<std::wstring>> SubkeyNames(RegistryHive hive,
+                                                       const std::wstring& keyPath) const override;
+
+  // Null when the key is missing.
+  const RegistryKey* Find(RegistryHive hive, std::wstring_view keyPath) const;
+
+  // Changes a hive as its file has it now, so that nothing is lost that somebody else wrote, and
+  // saves it in one step. False, with file and hive as they were, when that fails.
+  [[nodiscard]] bool Change(RegistryHive hive, const std::function<void(RegistryKey&)>& change);
+
+  // Does what a registry file says. False when a hive that it concerns could not be changed.
+  [[nodiscard]] bool Merge(const RegFile& file);
+
+ private:
+  std::filesystem::path FileOf(RegistryHive hive) const;
+  std::optional<std::wstring> LoadHive(RegistryHive hive, RegistryKey& root) const;
+
+  std::filesystem::path folder_;
+  std::array<RegistryKey, 2> hives_;  // by RegistryHive
+};
+
+}  // namespace carrovan

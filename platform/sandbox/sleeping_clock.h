@@ -1,0 +1,14 @@
+#pragma once
+
+#include <thread>
+
+#include "platform/clock.h"
+
+namespace carrovan {
+
+class SleepingClock : public Clock {
+ public:
+  void Pause(std::chrono::milliseconds duration) override { std::this_thread::sleep_for(duration); }
+};
+
+}  // namespace carrovan

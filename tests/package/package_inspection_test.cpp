@@ -1,0 +1,138 @@
+#include "package/package_inspection.h"
+
+#include <gtest/gtest.h>
+
+namespace carrovan {
+namespace {
+
+// An archive in memory whose items may be broken.
+class MemoryArchive : public ArchiveExaminer {
+ public:
+  void Add(std::wstring name, std::string content, ArchiveResult state = ArchiveResult::kDone) {
+    items_.push_back({{std::move(name), content.size(), content.size() / 2}, content, state});
+  }
+
+  std::optional<ArchiveItem> Item(std::size_t index) const override {
+    if (index >= items_.size()) return std::nullopt;
+    return items_[index].item;
+  }
+  ArchiveResult Extract(std::size_t, const std::wstring&) override {
+    ADD_FAILURE() << "an inspection writes nothing";
+    return ArchiveResult::kTargetNotWritable;
+  }
+  std::optional<std::vector<std::uint8_t>> Read(std::size_t index, std::size_t limit) override {
+    const Stored& stored = items_.at(index);
+    if (stored.state != ArchiveResult::kDone || stored.content.size() > limit) return std::nullopt;
+    return std::vector<std::uint8_t>(stored.content.begin(), stored.content.end());
+  }
+  ArchiveResult Check(std::size_t index) override { return items_.at(index).state; }
+
+ private:
+  struct Stored {
+    ArchiveItem item;
+    std::string content;
+    ArchiveResult state;
+  };
+
+  std::vector<Stored> items_;
+};
+
+constexpr char kDescription[] =
+    "[Selected]\r\nOptions=1\r\nCosmetic Thread=1\r\nRegister=0\r\n[Base]\r\nCOMPANY=Vantric\r\n"
+    "INTERNAL VERSION=28.0\r\nRELEASE VERSION=2026\r\nPRODUCT=VANTRIC\r\n";
+
+using Labels = std::vector<std::wstring>;
+
+TEST(PackageInspection, TellsWhereASoundPackageComesFrom) {
+  MemoryArchive archive;
+  archive.Add(L"config.ini", kDescription);
+  archive.Add(L"Options\\General.reg", "1234");
+  const auto inspection = InspectPackage(archive, false);
+  EXPECT_EQ(inspection.company, L"Vantric");
+  EXPECT_EQ(inspection.product, L"VANTRIC");
+  EXPECT_EQ(inspection.releaseVersion, L"2026");
+  EXPECT_EQ(inspection.internalVersion, L"28.0");
+  EXPECT_EQ(inspection.categories, (Labels{L"Options", L"Cosmetic Thread"}));
+  ASSERT_EQ(inspection.entries.size(), 2u);
+  EXPECT_EQ(inspection.entries[1].name, L"Options\\General.reg");
+  EXPECT_EQ(inspection.entries[1].sizeBytes, 4u);
+  EXPECT_TRUE(inspection.refused.empty());
+}
+
+TEST(PackageInspection, ReadsAUtf16Description) {
+  std::string utf16 = "\xFF\xFE";
+  for (const char c : std::string(kDescription)) utf16 += {c, '\0'};
+  MemoryArchive archive;
+  archive.Add(L"CONFIG.INI", utf16);
+  EXPECT_EQ(InspectPackage(archive, false).releaseVersion, L"2026");
+}
+
+TEST(PackageInspection, NamesEveryItemThatAnImportWouldRefuse) {
+  MemoryArchive archive;
+  archive.Add(L"config.ini", kDescription);
+  archive.Add(L"..\\evil.txt", "x");
+  archive.Add(L"Local\\damaged.xml", "x", ArchiveResult::kDamaged);
+  archive.Add(L"Local\\secret.xml", "x", ArchiveResult::kEncrypted);
+  archive.Add(L"Local\\", "");
+  const auto inspection = InspectPackage(archive, false);
+  ASSERT_EQ(inspection.refused.size(), 3u);
+  EXPECT_EQ(inspection.refused[0].name, L"..\\evil.txt");
+  EXPECT_EQ(inspection.refused[0].reason, L"the name leads out of the folder");
+  EXPECT_EQ(inspection.refused[1].reason, L"the data is damaged");
+  EXPECT_EQ(inspection.refused[2].reason, L"the data is encrypted");
+  EXPECT_EQ(inspection.entries.size(), 5u);
+}
+
+TEST(PackageInspection, MissingDescriptionIsNamed) {
+  MemoryArchive archive;
+  archive.Add(L"Local\\config.ini", kDescription);
+  const auto inspection = InspectPackage(archive, false);
+  ASSERT_EQ(inspection.refused.size(), 1u);
+  EXPECT_EQ(inspection.refused[0].name, L"config.ini");
+  EXPECT_EQ(inspection.refused[0].reason, L"the description is missing");
+}
+
+TEST(PackageInspection, DescriptionWithoutItsValuesIsNamedOncePerKey) {
+  MemoryArchive archive;
+  archive.Add(L"config.ini", "[Base]\r\nCOMPANY=Vantric\r\nPRODUCT=\r\n");
+  const auto inspection = InspectPackage(archive, false);
+  ASSERT_EQ(inspection.refused.size(), 3u);
+  EXPECT_EQ(inspection.refused[0].reason, L"the key PRODUCT is missing");
+  EXPECT_EQ(inspection.refused[1].reason, L"the key RELEASE VERSION is missing");
+  EXPECT_EQ(inspection.refused[2].reason, L"the key INTERNAL VERSION is missing");
+}
+
+TEST(PackageInspection, HugeDescriptionIsNotRead) {
+  MemoryArchive archive;
+  archive.Add(L"config.ini", kDescription + std::string(1 << 20, ';'));
+  EXPECT_EQ(InspectPackage(archive, false).refused.size(), 1u);
+}
+
+TEST(PackageInspection, LegacyPackageHoldsExactlyOneXmlAtItsRoot) {
+  MemoryArchive one;
+  one.Add(L"Scene_UI.XML", "<x/>");
+  one.Add(L"sub\\other.xml", "<x/>");
+  one.Add(L"readme.txt", "x");
+  EXPECT_TRUE(InspectPackage(one, true).refused.empty());
+
+  MemoryArchive two;
+  two.Add(L"a.xml", "<x/>");
+  two.Add(L"b.xml", "<x/>");
+  EXPECT_EQ(InspectPackage(two, true).refused.size(), 1u);
+
+  MemoryArchive none;
+  none.Add(L"a.txt", "x");
+  EXPECT_EQ(InspectPackage(none, true).refused.size(), 1u);
+}
+
+TEST(PackageInspection, LegacyPackagesAreToldByTheirExtensionInAnyCase) {
+  for (const wchar_t* path : {L"a.ucx", L"C:\\P\\PACKAGE.UCX", L"/tmp/package.Ucx"}) {
+    EXPECT_TRUE(IsLegacyPackageName(path)) << testing::PrintToString(path);
+  }
+  for (const wchar_t* path : {L"a.ucex", L"a.zip", L"ucx", L"a.ucx\\b", L"", L"a.ucx.zip"}) {
+    EXPECT_FALSE(IsLegacyPackageName(path)) << testing::PrintToString(path);
+  }
+}
+
+}  // namespace
+}  // namespace carrovan
