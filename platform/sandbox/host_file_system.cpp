@@ -73,17 +73,27 @@ bool HostFileSystem::IsFolder(const std::wstring& path) const {
 
 std::vector<FolderEntry> HostFileSystem::ListFolder(const std::wstring& folder) const {
   std::vector<FolderEntry> entries;
+  static_cast<void>(ReadFolder(folder, entries));
+  return entries;
+}
+
+SystemCode HostFileSystem::ReadFolder(const std::wstring& folder,
+                                      std::vector<FolderEntry>& entries) const {
   const auto host = paths_.ToHost(folder);
-  if (!host || !OwnerMayRead(*host)) return entries;
+  if (!host) return kInvalidName;
+  if (!OwnerMayRead(*host)) return kAccessDenied;
+  std::vector<FolderEntry> read;
   std::error_code error;
   for (fs::directory_iterator entry(*host, error), end; !error && entry != end;
        entry.increment(error)) {
     const fs::file_type type = StatusAt(entry->path()).type();
-    entries.push_back({TextFromHostName(entry->path().filename()), type == fs::file_type::directory,
-                       type == fs::file_type::symlink});
+    read.push_back({TextFromHostName(entry->path().filename()), type == fs::file_type::directory,
+                    type == fs::file_type::symlink});
   }
-  std::sort(entries.begin(), entries.end(), ListedBefore);
-  return entries;
+  if (error) return SystemCodeOf(error);
+  std::sort(read.begin(), read.end(), ListedBefore);
+  entries = std::move(read);
+  return kSystemOk;
 }
 
 SystemCode HostFileSystem::CreateFolder(const std::wstring& path) {

@@ -1,5 +1,7 @@
 #include "platform/windows/windows_file_system.h"
 
+#include <algorithm>
+
 #include "platform/path_text.h"
 #include "platform/windows/handles.h"
 #include "platform/windows/system_path.h"
@@ -11,6 +13,23 @@ namespace {
 DWORD Attributes(const std::wstring& path) { return GetFileAttributesW(SystemPath(path).c_str()); }
 
 SystemCode CodeOf(BOOL succeeded) { return succeeded != FALSE ? kSystemOk : GetLastError(); }
+
+constexpr std::size_t kTransferBytes = std::size_t{16} << 20;
+
+SystemCode WriteNewFile(const std::wstring& systemPath, std::string_view bytes) {
+  const FileHandle file(CreateFileW(systemPath.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file) return GetLastError();
+  while (!bytes.empty()) {
+    const auto part = static_cast<DWORD>(std::min(bytes.size(), kTransferBytes));
+    DWORD written = 0;
+    if (WriteFile(file.Get(), bytes.data(), part, &written, nullptr) == FALSE) {
+      return GetLastError();
+    }
+    bytes.remove_prefix(written);
+  }
+  return kSystemOk;
+}
 
 bool IsDotEntry(const std::wstring& name) { return name == L"." || name == L".."; }
 
@@ -34,16 +53,45 @@ bool WindowsFileSystem::IsFolder(const std::wstring& path) const {
 
 std::vector<FolderEntry> WindowsFileSystem::ListFolder(const std::wstring& folder) const {
   std::vector<FolderEntry> entries;
+  static_cast<void>(ReadFolder(folder, entries));
+  return entries;
+}
+
+SystemCode WindowsFileSystem::ReadFolder(const std::wstring& folder,
+                                         std::vector<FolderEntry>& entries) const {
   WIN32_FIND_DATAW found = {};
   const std::wstring pattern = SystemPath(WithTrailingBackslash(folder) + L"*");
   const FindHandle search(FindFirstFileW(pattern.c_str(), &found));
-  if (!search) return entries;
+  if (!search) return GetLastError();
+  std::vector<FolderEntry> read;
   do {
     const std::wstring name = found.cFileName;
     const bool isFolder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    if (!IsDotEntry(name)) entries.push_back({name, isFolder, IsLink(found)});
+    if (!IsDotEntry(name)) read.push_back({name, isFolder, IsLink(found)});
   } while (FindNextFileW(search.Get(), &found) != FALSE);
-  return entries;
+  if (const DWORD code = GetLastError(); code != ERROR_NO_MORE_FILES) return code;
+  entries = std::move(read);
+  return kSystemOk;
+}
+
+SystemCode WindowsFileSystem::ReadBytes(const std::wstring& path, std::string& bytes) const {
+  const FileHandle file(CreateFileW(SystemPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  LARGE_INTEGER size = {};
+  if (!file || GetFileSizeEx(file.Get(), &size) == FALSE) return GetLastError();
+  std::string read(static_cast<std::size_t>(size.QuadPart), '\0');
+  std::size_t filled = 0;
+  DWORD count = 0;
+  do {
+    const auto part = static_cast<DWORD>(std::min(read.size() - filled, kTransferBytes));
+    if (ReadFile(file.Get(), read.data() + filled, part, &count, nullptr) == FALSE) {
+      return GetLastError();
+    }
+    filled += count;
+  } while (count > 0 && filled < read.size());
+  read.resize(filled);
+  bytes = std::move(read);
+  return kSystemOk;
 }
 
 SystemCode WindowsFileSystem::CreateFolder(const std::wstring& path) {
@@ -62,6 +110,25 @@ SystemCode WindowsFileSystem::RemoveFile(const std::wstring& path) {
 
 SystemCode WindowsFileSystem::RemoveFolder(const std::wstring& path) {
   return CodeOf(RemoveDirectoryW(SystemPath(path).c_str()));
+}
+
+// The file appears under its own name once everything is in it.
+SystemCode WindowsFileSystem::WriteBytes(const std::wstring& path, std::string_view bytes) {
+  const std::wstring part = SystemPath(path + L".part");
+  SystemCode code = WriteNewFile(part, bytes);
+  if (code == kSystemOk) {
+    code = CodeOf(MoveFileExW(part.c_str(), SystemPath(path).c_str(), MOVEFILE_REPLACE_EXISTING));
+  }
+  if (code != kSystemOk) DeleteFileW(part.c_str());
+  return code;
+}
+
+SystemCode WindowsFileSystem::CopyOver(const std::wstring& source, const std::wstring& target) {
+  return CodeOf(CopyFileW(SystemPath(source).c_str(), SystemPath(target).c_str(), FALSE));
+}
+
+SystemCode WindowsFileSystem::MoveTo(const std::wstring& source, const std::wstring& target) {
+  return CodeOf(MoveFileW(SystemPath(source).c_str(), SystemPath(target).c_str()));
 }
 
 }  // namespace carrovan

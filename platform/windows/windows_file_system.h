@@ -10,11 +10,18 @@ class WindowsFileSystem : public FileSystem {
   bool Exists(const std::wstring& path) const override;
   bool IsFolder(const std::wstring& path) const override;
   std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override;
+  [[nodiscard]] SystemCode ReadFolder(const std::wstring& folder,
+                                      std::vector<FolderEntry>& entries) const override;
+  [[nodiscard]] SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override;
 
   [[nodiscard]] SystemCode CreateFolder(const std::wstring& path) override;
   [[nodiscard]] SystemCode CreateEmptyFile(const std::wstring& path) override;
   [[nodiscard]] SystemCode RemoveFile(const std::wstring& path) override;
   [[nodiscard]] SystemCode RemoveFolder(const std::wstring& path) override;
+  [[nodiscard]] SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override;
+  [[nodiscard]] SystemCode CopyOver(const std::wstring& source,
+                                    const std::wstring& target) override;
+  [[nodiscard]] SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
 };
 
 }  // namespace carrovan

@@ -133,7 +133,7 @@ TEST_F(FolderMerge, TakesTheNewVersionOfAFileThatDoesNotMerge) {
 }
 
 TEST_F(FolderMerge, TakesNamesInTheOrderOfTheirUnitsWithCase) {
-  for (const wchar_t* name : {L"a.xml", L"B.xml", L"\xFF21.xml", L"b.xml"}) PutOld(name, "<r/>");
+  for (const wchar_t* name : {L"a.xml", L"B.xml", L"\xFF21.xml", L"c.xml"}) PutOld(name, "<r/>");
   PutOld(FromUtf8("\xF0\x90\x80\x80.xml"), "<r/>");
   Merge();
   Lines order;

@@ -1,0 +1,89 @@
+#include <span>
+#include <system_error>
+
+#include "platform/sandbox/host_access.h"
+#include "platform/sandbox/host_file_system.h"
+#include "support/zip/part_file.h"
+
+namespace carrovan {
+namespace {
+
+namespace fs = std::filesystem;
+
+SystemCode CodeOf(FileStatus status) {
+  switch (status) {
+    case FileStatus::kDone:
+      return kSystemOk;
+    case FileStatus::kMissing:
+      return kFileNotFound;
+    case FileStatus::kExists:
+      return kAlreadyExists;
+    case FileStatus::kDiskFull:
+      return kSystemDiskFull;
+    default:
+      return kAccessDenied;
+  }
+}
+
+std::uint8_t* AsBytes(char* text) { return static_cast<std::uint8_t*>(static_cast<void*>(text)); }
+
+const std::uint8_t* AsBytes(const char* text) {
+  return static_cast<const std::uint8_t*>(static_cast<const void*>(text));
+}
+
+SystemCode ReadWhole(const fs::path& path, std::string& bytes) {
+  if (!OwnerMayRead(path)) return kAccessDenied;
+  OsFile file;
+  if (const SystemCode code = CodeOf(file.OpenToRead(path)); code != kSystemOk) return code;
+  const auto facts = file.Facts();
+  if (!facts) return kGeneralFailure;
+  std::string read(static_cast<std::size_t>(facts->sizeBytes), '\0');
+  const auto count = file.ReadAt(0, {AsBytes(read.data()), read.size()});
+  if (!count) return kGeneralFailure;
+  read.resize(*count);
+  bytes = std::move(read);
+  return kSystemOk;
+}
+
+// Complete or not at all: the file appears under its own name once everything is in it.
+SystemCode ReplaceWhole(const fs::path& path, std::string_view bytes) {
+  if (!MayPutFile(path)) return kAccessDenied;
+  PartFile part;
+  FileStatus status = part.CreateForItem(path);
+  if (status == FileStatus::kDone) {
+    status = part.File().WriteAt(0, {AsBytes(bytes.data()), bytes.size()});
+  }
+  return CodeOf(status == FileStatus::kDone ? part.Complete() : status);
+}
+
+}  // namespace
+
+SystemCode HostFileSystem::ReadBytes(const std::wstring& path, std::string& bytes) const {
+  const auto host = paths_.ToHost(path);
+  return host ? ReadWhole(*host, bytes) : kInvalidName;
+}
+
+SystemCode HostFileSystem::WriteBytes(const std::wstring& path, std::string_view bytes) {
+  const auto host = paths_.ToHost(path);
+  return host && paths_.IsNameAllowed(path) ? ReplaceWhole(*host, bytes) : kInvalidName;
+}
+
+SystemCode HostFileSystem::CopyOver(const std::wstring& source, const std::wstring& target) {
+  std::string bytes;
+  const SystemCode code = ReadBytes(source, bytes);
+  return code == kSystemOk ? WriteBytes(target, bytes) : code;
+}
+
+SystemCode HostFileSystem::MoveTo(const std::wstring& source, const std::wstring& target) {
+  const auto from = paths_.ToHost(source);
+  const auto to = paths_.ToHost(target);
+  if (!from || !to || !paths_.IsNameAllowed(target)) return kInvalidName;
+  std::error_code error;
+  if (!fs::exists(fs::symlink_status(*from, error))) return kFileNotFound;
+  if (fs::exists(fs::symlink_status(*to, error))) return kAlreadyExists;
+  if (!MayPutFile(*to) || !OwnerMayWrite(from->parent_path())) return kAccessDenied;
+  fs::rename(*from, *to, error);
+  return SystemCodeOf(error);
+}
+
+}  // namespace carrovan

@@ -1,0 +1,142 @@
+#include <windows.h>
+
+#include <msxml2.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "platform/text.h"
+#include "platform/windows/com_handles.h"
+#include "platform/windows/msxml_node_operations.h"
+#include "platform/xml_dom.h"
+
+namespace carrovan {
+namespace {
+
+// DOMDocument60 and its IXMLDOMDocument, which the compiler's import libraries do not name.
+constexpr CLSID kDomDocument60 = {
+    0x88d96a05, 0xf192, 0x11d4, {0xa6, 0x5f, 0x00, 0x40, 0x96, 0x32, 0x51, 0xe5}};
+constexpr IID kXmlDomDocument = {
+    0x2933bf81, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
+
+// The bytes of a file as the DOM takes them. An empty variant when there is no memory.
+void PutBytes(const std::string& bytes, Variant& variant) {
+  SAFEARRAY* const array = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(bytes.size()));
+  if (array == nullptr) return;
+  variant.Edit().vt = VT_ARRAY | VT_UI1;
+  variant.Edit().parray = array;
+  void* data = nullptr;
+  if (FAILED(SafeArrayAccessData(array, &data))) return;
+  std::copy(bytes.begin(), bytes.end(), static_cast<char*>(data));
+  SafeArrayUnaccessData(array);
+}
+
+// What was written to a stream over memory of the system.
+std::string BytesOf(IStream* stream) {
+  STATSTG facts = {};
+  HGLOBAL memory = nullptr;
+  if (FAILED(stream->Stat(&facts, STATFLAG_NONAME)) ||
+      FAILED(GetHGlobalFromStream(stream, &memory))) {
+    return {};
+  }
+  const auto* const data = static_cast<const char*>(GlobalLock(memory));
+  if (data == nullptr) return {};
+  std::string bytes(data, static_cast<std::size_t>(facts.cbSize.QuadPart));
+  GlobalUnlock(memory);
+  return bytes;
+}
+
+class MsXmlDocument : public XmlDocument {
+ public:
+  MsXmlDocument(FileSystem& files, ComPointer<IXMLDOMDocument> document)
+      : files_(files), document_(std::move(document)) {}
+
+  bool Load(const std::wstring& path) override {
+    loaded_ = false;
+    std::string bytes;
+    if (files_.ReadBytes(path, bytes) != kSystemOk || bytes.empty()) return false;
+    if (bytes.size() > std::size_t{std::numeric_limits<LONG>::max()}) return false;
+    Variant source;
+    PutBytes(bytes, source);
+    VARIANT_BOOL success = VARIANT_FALSE;
+    const HRESULT result = document_.Get()->load(source.Get(), &success);
+    loaded_ = result == S_OK && success == VARIANT_TRUE && !HasTypeDefinition();
+    return loaded_;
+  }
+
+  XmlNode Root() override {
+    ComPointer<IXMLDOMElement> root;
+    if (!loaded_ || document_.Get()->get_documentElement(root.Receive()) != S_OK) return {};
+    return {nodes_, static_cast<IXMLDOMNode*>(root.Release())};
+  }
+
+  XmlNode CreateElement(std::string_view name) override {
+    ComPointer<IXMLDOMElement> element;
+    const Bstr text = NewBstr(FromUtf8(name));
+    if (document_.Get()->createElement(text.Get(), element.Receive()) != S_OK) return {};
+    return {nodes_, static_cast<IXMLDOMNode*>(element.Release())};
+  }
+
+  bool Save(const std::wstring& path) override {
+    ComPointer<IStream> stream;
+    if (!loaded_ || FAILED(CreateStreamOnHGlobal(nullptr, TRUE, stream.Receive()))) return false;
+    Variant target;
+    target.Edit().vt = VT_UNKNOWN;
+    target.Edit().punkVal = stream.Get();
+    stream.Get()->AddRef();
+    if (document_.Get()->save(target.Get()) != S_OK) return false;
+    const std::string bytes = BytesOf(stream.Get());
+    return !bytes.empty() && files_.WriteBytes(path, bytes) == kSystemOk;
+  }
+
+ private:
+  bool HasTypeDefinition() const {
+    ComPointer<IXMLDOMDocumentType> definition;
+    return document_.Get()->get_doctype(definition.Receive()) == S_OK && definition;
+  }
+
+  FileSystem& files_;
+  ComPointer<IXMLDOMDocument> document_;
+  MsXmlNodeOperations nodes_;
+  bool loaded_ = false;
+};
+
+class MsXmlSession : public XmlSession {
+ public:
+  explicit MsXmlSession(FileSystem& files) : files_(files) {}
+
+  bool Started() const override { return apartment_.Entered(); }
+
+  std::unique_ptr<XmlDocument> NewDocument() override {
+    void* object = nullptr;
+    if (FAILED(CoCreateInstance(kDomDocument60, nullptr, CLSCTX_INPROC_SERVER, kXmlDomDocument,
+                                &object))) {
+      return nullptr;
+    }
+    ComPointer<IXMLDOMDocument> document(static_cast<IXMLDOMDocument*>(object));
+    document.Get()->put_async(VARIANT_FALSE);
+    document.Get()->put_resolveExternals(VARIANT_FALSE);
+    document.Get()->put_validateOnParse(VARIANT_FALSE);
+    return std::make_unique<MsXmlDocument>(files_, std::move(document));
+  }
+
+ private:
+  FileSystem& files_;
+  ComApartment apartment_;
+};
+
+class MsXmlDom : public XmlDom {
+ public:
+  explicit MsXmlDom(FileSystem& files) : files_(files) {}
+
+  std::unique_ptr<XmlSession> Begin() override { return std::make_unique<MsXmlSession>(files_); }
+
+ private:
+  FileSystem& files_;
+};
+
+}  // namespace
+
+std::unique_ptr<XmlDom> OpenXmlDom(FileSystem& files) { return std::make_unique<MsXmlDom>(files); }
+
+}  // namespace carrovan
