@@ -11,7 +11,8 @@ from pathlib import Path
 import registry_file
 from machines import EXPORT_ALL, MAKE_SAMPLE, PROJECT, RELEASE_CLI, SandboxTest, make_sandbox, run_cli
 
-PREFIX = PROJECT / "build/test/wine"
+WINDOWS_BUILD = os.environ.get("CARROVAN_WINDOWS_BUILD", PROJECT / "build/windows")
+PREFIX = PROJECT / "build/wine-test"  # the one that tools/test-windows uses
 STARTUP_FOLDER = PREFIX / "drive_c/Program Files/ORMA/VANTRIC 2026/Bin"
 
 
@@ -32,7 +33,7 @@ class WineExportTest(SandboxTest):
     def setUpClass(cls):
         subprocess.run([PROJECT / "tools/wine-prefix", PREFIX], check=True)
         subprocess.run([sys.executable, MAKE_SAMPLE, "--wine", PREFIX,
-                        "--programs", PROJECT / "build/windows"], check=True)
+                        "--programs", WINDOWS_BUILD], check=True)
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
         cls.machine = make_sandbox(Path(folder.name) / "machine")
