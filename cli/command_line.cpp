@@ -4,6 +4,7 @@
 #include <functional>
 #include <sstream>
 
+#include "cli/merge_verbs.h"
 #include "cli/verbs.h"
 #include "platform/text.h"
 
@@ -85,6 +86,62 @@ void AddExtract(CLI::App& app, ExtractOptions& options, Verb& chosen) {
   });
 }
 
+struct MergeOptions {
+  MergeXmlOptions xml;
+  MergeFoldersOptions folders;
+  MergeShortcutsOptions shortcuts;
+};
+
+void AddMergeXml(CLI::App& app, MergeXmlOptions& options, Verb& chosen) {
+  CLI::App* verb = app.add_subcommand(
+      "merge-xml", "Merge a customization document of an older version into that of a newer one");
+  AddText(*verb, "OLD", options.oldPath, "The older version's document")->required();
+  AddText(*verb, "NEW", options.newPath, "The newer version's document, the base")->required();
+  AddText(*verb, "OUTPUT", options.output, "The document to write")->required();
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunMergeXmlVerb(session, options); };
+  });
+}
+
+void AddMergeFolders(CLI::App& app, MergeFoldersOptions& options, Verb& chosen) {
+  CLI::App* verb = app.add_subcommand(
+      "merge-folders", "Bring the XML files of an older version's folder up to date, with a log");
+  AddText(*verb, "OLD", options.oldFolder, "The folder to update; its files are backed up")
+      ->required();
+  AddText(*verb, "NEW", options.newFolder, "The newer version's folder; gains files it lacks")
+      ->required();
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunMergeFoldersVerb(session, options); };
+  });
+}
+
+void AddMergeShortcuts(CLI::App& app, MergeShortcutsOptions& options, Verb& chosen) {
+  CLI::App* verb = app.add_subcommand(
+      "merge-shortcuts", "Carry keyboard shortcuts of an older version into a newer one's files");
+  AddText(*verb, "OLD", options.oldFolder, "The older version's folder")->required();
+  AddText(*verb, "NEW", options.newFolder, "The folder to update")->required();
+  AddText(*verb, "TABLE", options.table, "Name of the element that holds the shortcuts")
+      ->required();
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunMergeShortcutsVerb(session, options); };
+  });
+}
+
+void AddMerges(CLI::App& app, MergeOptions& options, Verb& chosen) {
+  AddMergeXml(app, options.xml, chosen);
+  AddMergeFolders(app, options.folders, chosen);
+  AddMergeShortcuts(app, options.shortcuts, chosen);
+}
+
+void AddRibbon(CLI::App& app, Verb& chosen) {
+  app.add_subcommand("ribbon-decode",
+                     "Turn a ribbon record's hexadecimal text on standard input into JSON")
+      ->callback([&] { chosen = RunRibbonDecodeVerb; });
+  app.add_subcommand("ribbon-encode",
+                     "Turn the JSON of a ribbon record on standard input into hexadecimal text")
+      ->callback([&] { chosen = RunRibbonEncodeVerb; });
+}
+
 std::vector<std::string> ReversedUtf8(const std::vector<std::wstring>& arguments) {
   std::vector<std::string> reversed;
   for (auto at = arguments.rbegin(); at != arguments.rend(); ++at) reversed.push_back(ToUtf8(*at));
@@ -119,11 +176,14 @@ ExitStatus RunCommandLine(const std::vector<std::wstring>& arguments, Console& c
   ExportOptions exportOptions;
   InspectOptions inspect;
   ExtractOptions extract;
+  MergeOptions merge;
   Verb chosen;
   AddVersions(app, versions, chosen);
   AddExport(app, exportOptions, chosen);
   AddInspect(app, inspect, chosen);
   AddExtract(app, extract, chosen);
+  AddMerges(app, merge, chosen);
+  AddRibbon(app, chosen);
 
   try {
     app.parse(ReversedUtf8(arguments));

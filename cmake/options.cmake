@@ -1,5 +1,6 @@
 # How every target of the project is compiled.
 option(CARROVAN_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+option(CARROVAN_FUZZ "Build the fuzz targets, with clang" OFF)
 
 add_library(carrovan_options INTERFACE)
 target_compile_features(carrovan_options INTERFACE cxx_std_20)
@@ -24,4 +25,10 @@ if(WIN32)
   target_link_options(carrovan_options INTERFACE -static -municode)
   target_compile_definitions(carrovan_options INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
     _WIN32_WINNT=0x0601)
+endif()
+
+if(CARROVAN_FUZZ)
+  # Every part that a target calls reports its branches to the fuzzer.
+  target_compile_options(carrovan_options INTERFACE -fsanitize=fuzzer-no-link)
+  target_link_options(carrovan_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()

@@ -223,7 +223,7 @@ TEST_F(ShortcutMerge, PutsTheOldFileInPlaceWhenTheMoveFails) {
 TEST_F(ShortcutMerge, LeavesTheNewFileWhenTheResultCannotBeSaved) {
   PutPair(L"a.xml", Table("1", Entry(0, 5, 5, 5)), Table("1", Entry(0, 1, 1, 1)));
   bench.files.fault = [](const std::string& operation, const std::wstring&) {
-    return operation == "write" ? kDiskFull : kSystemOk;
+    return operation == "write" ? kSystemDiskFull : kSystemOk;
   };
   EXPECT_FALSE(Merge());
   EXPECT_EQ(New(L"a.xml"), Table("1", Entry(0, 1, 1, 1)));

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+namespace carrovan {
+
+// One run of each fuzz target on one input. A finding ends the program. Two documents of one input
+// are separated by a line of three hyphens.
+
+// The engine's merge must end and give what its rules give word for word.
+void FuzzXmlMerge(const std::string& input);
+void FuzzShortcutMerge(const std::string& input);
+
+// A record that reads must read back the same from what it is written as.
+void FuzzRibbonDecode(const std::string& input);
+
+}  // namespace carrovan
