@@ -38,8 +38,8 @@ ExitStatus RunMergeFoldersVerb(const Session& session, const MergeFoldersOptions
   const auto dom = OpenXmlDom(files->Files());
   ConsoleLog log(session);
   try {
-    return StatusOf(
-        MergeAndSyncFolders(options.oldFolder, options.newFolder, {files->Files(), *dom, log}));
+    const FolderMergePorts ports{files->Files(), *dom, log};
+    if (MergeAndSyncFolders(options.oldFolder, options.newFolder, ports)) return ExitStatus::kDone;
   } catch (const FileSystemError& error) {
     return session.Fail(error.Description());
   }
