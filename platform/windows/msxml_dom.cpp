@@ -8,6 +8,7 @@
 #include "platform/text.h"
 #include "platform/windows/com_handles.h"
 #include "platform/windows/msxml_node_operations.h"
+#include "platform/windows/windows_file_system.h"
 #include "platform/xml_dom.h"
 
 namespace carrovan {
@@ -31,20 +32,27 @@ void PutBytes(const std::string& bytes, Variant& variant) {
   SafeArrayUnaccessData(array);
 }
 
-// What was written to a stream over memory of the system.
-std::string BytesOf(IStream* stream) {
-  STATSTG facts = {};
-  HGLOBAL memory = nullptr;
-  if (FAILED(stream->Stat(&facts, STATFLAG_NONAME)) ||
-      FAILED(GetHGlobalFromStream(stream, &memory))) {
-    return {};
+// A file of the system's temporary folder, gone at the end. Not every version of the DOM minds the
+// document's encoding when it saves to memory; all do when they save to a file.
+class TemporaryFile {
+ public:
+  TemporaryFile() {
+    wchar_t folder[MAX_PATH + 1] = {};
+    wchar_t path[MAX_PATH + 1] = {};
+    if (GetTempPathW(MAX_PATH, folder) == 0) return;
+    if (GetTempFileNameW(folder, L"xml", 0, path) != 0) path_ = path;
   }
-  const auto* const data = static_cast<const char*>(GlobalLock(memory));
-  if (data == nullptr) return {};
-  std::string bytes(data, static_cast<std::size_t>(facts.cbSize.QuadPart));
-  GlobalUnlock(memory);
-  return bytes;
-}
+  ~TemporaryFile() {
+    if (!path_.empty()) DeleteFileW(path_.c_str());
+  }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+  const std::wstring& Path() const { return path_; }  // empty when none could be made
+
+ private:
+  std::wstring path_;
+};
 
 class MsXmlDocument : public XmlDocument {
  public:
@@ -78,15 +86,15 @@ class MsXmlDocument : public XmlDocument {
   }
 
   bool Save(const std::wstring& path) override {
-    ComPointer<IStream> stream;
-    if (!loaded_ || FAILED(CreateStreamOnHGlobal(nullptr, TRUE, stream.Receive()))) return false;
+    const TemporaryFile file;
+    if (!loaded_ || file.Path().empty()) return false;
     Variant target;
-    target.Edit().vt = VT_UNKNOWN;
-    target.Edit().punkVal = stream.Get();
-    stream.Get()->AddRef();
-    if (document_.Get()->save(target.Get()) != S_OK) return false;
-    const std::string bytes = BytesOf(stream.Get());
-    return !bytes.empty() && files_.WriteBytes(path, bytes) == kSystemOk;
+    target.Edit().bstrVal = NewBstr(file.Path()).Release();
+    target.Edit().vt = VT_BSTR;
+    std::string bytes;
+    return document_.Get()->save(target.Get()) == S_OK &&
+           WindowsFileSystem().ReadBytes(file.Path(), bytes) == kSystemOk &&
+           files_.WriteBytes(path, bytes) == kSystemOk;
   }
 
  private:

@@ -23,12 +23,13 @@ void ExpectMerges(const std::vector<Row>& rows) {
 }
 
 TEST(MergeXmlNodes, CarriesOldTextIntoAMatchedElement) {
-  ExpectMerges({{"<r><Caption>old</Caption></r>", "<r><Caption>new</Caption></r>",
-                 "<r><Caption>old</Caption></r>"},
-                {"<r>old</r>", "<r>new</r>", "<r>old</r>"},
-                {"<r><a> x &amp; &lt; </a></r>", "<r><a>y</a></r>", "<r><a> x &amp; &lt; </a></r>"},
-                {"<r><a>\xE4\xB8\xAD\xF0\x9F\x98\x80</a></r>", "<r><a>y</a></r>",
-                 "<r><a>\xE4\xB8\xAD\xF0\x9F\x98\x80</a></r>"}});
+  ExpectMerges(
+      {{"<r><Caption>old</Caption></r>", "<r><Caption>new</Caption></r>",
+        "<r><Caption>old</Caption></r>"},
+       {"<r>old</r>", "<r>new</r>", "<r>old</r>"},
+       {"<r><a> x &amp; &lt;y </a></r>", "<r><a>y</a></r>", "<r><a> x &amp; &lt;y </a></r>"},
+       {"<r><a>\xE4\xB8\xAD\xF0\x9F\x98\x80</a></r>", "<r><a>y</a></r>",
+        "<r><a>\xE4\xB8\xAD\xF0\x9F\x98\x80</a></r>"}});
 }
 
 TEST(MergeXmlNodes, KeepsTheNewTextOfValueElements) {
