@@ -12,10 +12,10 @@ std::string Element(const std::string& name, const std::string& content) {
   return "<" + name + ">" + content + "</" + name + ">\n";
 }
 
-DocumentPair Wide(int elements) {
+DocumentPair Wide(int elements, int names) {
   DocumentPair pair{"<r>", "<r>"};
   for (int i = 0; i < elements; ++i) {
-    const std::string name = "Element" + std::to_string(i);
+    const std::string name = "Element" + std::to_string(i % names);
     pair.oldXml += Element(name, "old text");
     if (i % kOnlyOldEvery != 0) pair.newXml += Element(name, "new text");
   }
@@ -71,7 +71,8 @@ std::string RibbonContent() {
 }  // namespace
 
 DocumentPair MakePair(const std::string& shape, int elements) {
-  if (shape == "wide") return Wide(elements);
+  if (shape == "wide") return Wide(elements, 1000);
+  if (shape == "numbered") return Wide(elements, elements);
   if (shape == "names") return SameName(elements);
   if (shape == "panels") return Panels(elements, Element("Caption", "text"));
   if (shape == "ribbon") return Panels(elements, RibbonContent());

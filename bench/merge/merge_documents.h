@@ -10,9 +10,11 @@ struct DocumentPair {
   std::string newXml;
 };
 
-// Shapes: "wide" (all elements under one parent, each with a text, every tenth only in the old
-// one), "panels" (numbered panels with IDs under one category, every tenth unmatched), "names" (one
-// name for all), "deep" (each element inside the one before), "ribbon" (panels of ribbon records).
+// Shapes: "wide" (all elements under one parent, each with a text, of a thousand names, every tenth
+// name only in the old document), "numbered" (the same with a name for each element, which the
+// parser's own dictionary of names is slow at), "names" (one name for all), "deep" (each element
+// inside the one before), "panels" (numbered panels with IDs under one category, every tenth
+// unmatched), "ribbon" (such panels with ribbon records).
 DocumentPair MakePair(const std::string& shape, int elements);
 
 // A pair of shortcut tables; every tenth old shortcut is to be added.

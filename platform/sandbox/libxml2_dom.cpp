@@ -120,7 +120,7 @@ bool Serialize(xmlDoc& document, std::string& bytes) {
   return xmlOutputBufferClose(out) >= 0 && error == 0;
 }
 
-class LibXml2Document : public XmlDocument, private XmlNodeOperations {
+class LibXml2Document : private XmlNodeOperations, public XmlDocument {
  public:
   explicit LibXml2Document(FileSystem& files) : files_(files) {}
 
@@ -129,6 +129,7 @@ class LibXml2Document : public XmlDocument, private XmlNodeOperations {
     if (files_.ReadBytes(path, bytes) != kSystemOk) return false;
     detached_.reset();
     document_ = Parse(bytes);
+    loadedBytes_ = bytes.size();
     if (document_ == nullptr) return false;
     detached_.reset(NewElement(*document_, kDetachedName));
     return detached_ != nullptr;
@@ -149,6 +150,7 @@ class LibXml2Document : public XmlDocument, private XmlNodeOperations {
 
   bool Save(const std::wstring& path) override {
     std::string bytes;
+    bytes.reserve(loadedBytes_ + loadedBytes_ / 4);  // growing step by step would copy it often
     return document_ != nullptr && Serialize(*document_, bytes) &&
            files_.WriteBytes(path, bytes) == kSystemOk;
   }
@@ -234,6 +236,7 @@ class LibXml2Document : public XmlDocument, private XmlNodeOperations {
   }
 
   FileSystem& files_;
+  std::size_t loadedBytes_ = 0;
   DocOwner document_;
   NodeOwner detached_;  // parent of the elements that are in no tree; freed before the document
 };
