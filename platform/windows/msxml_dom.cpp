@@ -8,6 +8,7 @@
 #include "platform/text.h"
 #include "platform/windows/com_handles.h"
 #include "platform/windows/msxml_node_operations.h"
+#include "platform/windows/saved_encoding.h"
 #include "platform/windows/windows_file_system.h"
 #include "platform/xml_dom.h"
 
@@ -32,8 +33,7 @@ void PutBytes(const std::string& bytes, Variant& variant) {
   SafeArrayUnaccessData(array);
 }
 
-// A file of the system's temporary folder, gone at the end. Not every version of the DOM minds the
-// document's encoding when it saves to memory; all do when they save to a file.
+// A file of the system's temporary folder, gone at the end.
 class TemporaryFile {
  public:
   TemporaryFile() {
@@ -94,10 +94,19 @@ class MsXmlDocument : public XmlDocument {
     std::string bytes;
     return document_.Get()->save(target.Get()) == S_OK &&
            WindowsFileSystem().ReadBytes(file.Path(), bytes) == kSystemOk &&
-           files_.WriteBytes(path, bytes) == kSystemOk;
+           MakeTrueToDeclaration(bytes) && files_.WriteBytes(path, bytes) == kSystemOk;
   }
 
  private:
+  // Bytes that were written as UTF-8 under another name are written again. A document that the DOM
+  // encoded itself is not valid UTF-8, unless every character is in ASCII.
+  static bool MakeTrueToDeclaration(std::string& bytes) {
+    const std::wstring encoding = DeclaredEightBitEncoding(bytes);
+    if (encoding.empty() || !IsUtf8(bytes)) return true;
+    bytes = EncodeDocument(bytes, encoding);
+    return !bytes.empty();
+  }
+
   bool HasTypeDefinition() const {
     ComPointer<IXMLDOMDocumentType> definition;
     return document_.Get()->get_doctype(definition.Receive()) == S_OK && definition;
