@@ -81,8 +81,10 @@ ArchiveResult ZipWriter::Add(const std::wstring& entryName, const std::filesyste
 }
 
 ArchiveResult ZipWriter::Close() {
+  // Its spool goes with it.
+  const std::unique_ptr<Contents> contents = std::move(contents_);
   try {
-    return contents_->Close();
+    return contents->Close();
   } catch (const std::bad_alloc&) {
     return ArchiveResult::kOutOfMemory;
   }
