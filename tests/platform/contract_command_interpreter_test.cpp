@@ -91,16 +91,16 @@ TEST_F(CommandInterpreterContract, WritesAFileOfTheToolsForm) {
   machine_->PutValue(kUser, Key(L"\\K"), MakeStringValue(L"", L"d"));
   machine_->PutValue(kUser, Key(L"\\K"), MakeDwordValue(L"a", 26));
   machine_->PutValue(kUser, Key(L"\\K"), {L"b", kRegBinary, std::vector<std::uint8_t>(30, 0xAB)});
-  machine_->PutKey(kUser, Key(L"\\K\\SubB"));
-  machine_->PutKey(kUser, Key(L"\\K\\sub_a"));
+  machine_->PutKey(kUser, Key(L"\\K\\Sub b"));
+  machine_->PutKey(kUser, Key(L"\\K\\sub a"));
   Export(Key(L"\\K"));
   std::wstring bytes;
   for (int i = 0; i < 23; ++i) bytes += L"ab,";
   const std::wstring key = L"[HKEY_CURRENT_USER\\" + Key(L"\\K");
   EXPECT_EQ(FileText(), L"Windows Registry Editor Version 5.00\r\n\r\n" + key +
                             L"]\r\n@=\"d\"\r\n\"a\"=dword:0000001a\r\n\"b\"=hex:" + bytes +
-                            L"\\\r\n  ab,ab,ab,ab,ab,ab,ab\r\n\r\n" + key + L"\\SubB]\r\n\r\n" +
-                            key + L"\\sub_a]\r\n\r\n");
+                            L"\\\r\n  ab,ab,ab,ab,ab,ab,ab\r\n\r\n" + key + L"\\sub a]\r\n\r\n" +
+                            key + L"\\Sub b]\r\n\r\n");
 }
 
 TEST_F(CommandInterpreterContract, OverwritesAnOlderExport) {
