@@ -34,6 +34,7 @@ bool WindowsFileSystem::IsFolder(const std::wstring& path) const {
 
 std::vector<FolderEntry> WindowsFileSystem::ListFolder(const std::wstring& folder) const {
   std::vector<FolderEntry> entries;
+  if (folder.empty()) return entries;
   WIN32_FIND_DATAW found = {};
   const std::wstring pattern = SystemPath(WithTrailingBackslash(folder) + L"*");
   const FindHandle search(FindFirstFileW(pattern.c_str(), &found));
