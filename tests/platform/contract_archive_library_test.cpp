@@ -184,6 +184,7 @@ TEST_F(ArchiveLibraryContract, RefusesItemsThatWouldLeaveTheDestination) {
                                           "\\evil",   "C:\\evil", "C:evil",       "a\\..\\..\\evil",
                                           "x:stream", "NUL",      "a/..",         "evil."};
   std::vector<RawItem> items;
+  items.reserve(names.size());
   for (const std::string& name : names) items.push_back({.name = name, .data = "evil"});
   const auto reader = Stored(items);
   ASSERT_NE(reader, nullptr);

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <numeric>
 
 #include "platform/text.h"
 #include "platform/text_encoding.h"
@@ -46,8 +47,8 @@ class CommandInterpreterContract : public testing::Test {
 };
 
 std::vector<RegistryValue> ValuesOfEveryType() {
-  std::vector<std::uint8_t> bytes;
-  for (int i = 0; i < 300; ++i) bytes.push_back(static_cast<std::uint8_t>(i));
+  std::vector<std::uint8_t> bytes(300);
+  std::iota(bytes.begin(), bytes.end(), std::uint8_t{0});
   const std::wstring emoji = FromUtf8("\xF0\x9F\x98\x80");
   return {
       MakeStringValue(L"", L"default"),

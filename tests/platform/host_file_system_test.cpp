@@ -11,6 +11,7 @@ namespace fs = std::filesystem;
 
 std::vector<std::wstring> Names(const std::vector<FolderEntry>& entries) {
   std::vector<std::wstring> names;
+  names.reserve(entries.size());
   for (const FolderEntry& entry : entries) names.push_back(entry.name);
   return names;
 }

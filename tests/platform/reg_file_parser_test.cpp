@@ -231,7 +231,7 @@ TEST(RegFileParser, RejectsValuesWithoutAKey) {
                                  L"[-HKEY_CURRENT_USER\\K]\r\n\"c\"=\"1\"\r\n");
   ASSERT_TRUE(file);
   ASSERT_EQ(file->problems.size(), 4u);
-  for (const std::size_t i : {0, 2, 3}) {
+  for (const std::size_t i : {0u, 2u, 3u}) {
     EXPECT_EQ(file->problems[i].text, L"a value that belongs to no key");
   }
   EXPECT_EQ(file->problems[3].line, 7u);

@@ -99,7 +99,8 @@ TEST(RegFileWriter, WritesEveryKindOfValueAsTheToolDoes) {
       {MakeStringValue(L"a", L"a\r\nb"), L"\"a\"=\"a\\r\\nb\""},
       {MakeStringValue(L"a", L"a\tb\x01"), L"\"a\"=\"a\tb\x01\""},
       {MakeStringValue(L"a", L"\x4E2D" + kEmoji), L"\"a\"=\"\x4E2D" + kEmoji + L"\""},
-      {Text(L"lone\xD83D", u"a\xDE00z\0"), FromUtf16(u"\"lone\xD83D\"=\"a\xDE00z\"")},
+      {Text(L"lone\xD83D", std::u16string(u"a\xDE00z\0", 4)),
+       FromUtf16(u"\"lone\xD83D\"=\"a\xDE00z\"")},
       {Text(L"none", u""), L"\"none\"=\"\""},
       {Text(L"unterminated", u"abc"), L"\"unterminated\"=\"abc\""},
       {Text(L"zero inside", std::u16string(u"ab\0cd\0", 6)), L"\"zero inside\"=\"ab\""},
@@ -195,7 +196,7 @@ TEST(RegFileWriter, LosesNothingWhenItIsAskedTo) {
   key.SetValue(Text(L"unterminated", u"abc"));
   key.SetValue(Text(L"zero inside", std::u16string(u"ab\0cd\0", 6)));
   key.SetValue({L"odd", kRegSz, {0x61, 0, 0x62}});
-  key.SetValue(Text(L"lone", u"\xD83D\0"));
+  key.SetValue(Text(L"lone", std::u16string(u"\xD83D\0", 2)));
   key.SetValue({L"short number", kRegDword, {1, 2, 3}});
   key.SetValue({L"bytes", kRegBinary, Counting(200)});
   const auto file = ParseRegFile(WriteRegFile(kUser, L"K", key, RegFileForm::kLossless));
