@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "support/zip/buffer_size.h"
 #include "support/zip/zip_archive.h"
 #include "tests/zip/raw_zip.h"
 #include "tests/zip/zip_test_files.h"
@@ -16,8 +17,6 @@ namespace {
 namespace fs = std::filesystem;
 
 using Names = std::vector<std::wstring>;
-
-constexpr std::size_t kBufferBytes = std::size_t{16} << 20;  // what is unpacked in one call
 
 // The archive of one item after a change to its bytes.
 class DamagedArchive {

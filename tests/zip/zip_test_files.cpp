@@ -52,7 +52,7 @@ fs::path TempFolder::operator/(const std::wstring& name) const {
 }
 
 fs::path TempFolder::Put(const std::wstring& name, const std::string& bytes) const {
-  const fs::path path = *this / name;
+  fs::path path = *this / name;
   fs::create_directories(path.parent_path());
   std::ofstream(path, std::ios::binary) << bytes;
   return path;

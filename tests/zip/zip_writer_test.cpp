@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/text.h"
+#include "support/zip/buffer_size.h"
 #include "support/zip/os_file.h"
 #include "support/zip/zip_archive.h"
 #include "tests/zip/raw_zip.h"
@@ -13,8 +14,6 @@ namespace carrovan {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::size_t kBufferBytes = std::size_t{16} << 20;  // what is packed in one call
 
 std::vector<NamedFile> Contents(const fs::path& archive) {
   const auto reader = ZipReader::Open(archive);
