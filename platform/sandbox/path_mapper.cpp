@@ -71,7 +71,7 @@ fs::path Below(fs::path folder, const fs::path& name) {
 }
 
 fs::path FindChild(const fs::path& folder, const std::wstring& component) {
-  const fs::path exact = Below(folder, HostPathFromText(component));
+  fs::path exact = Below(folder, HostPathFromText(component));
   if (IsThere(exact)) return exact;
   const std::wstring name(WithoutTrailing(component, L" ."));
   const fs::path found = FindIgnoringCase(folder, name);

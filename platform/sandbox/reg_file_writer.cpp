@@ -1,7 +1,6 @@
 #include "platform/sandbox/reg_file_writer.h"
 
 #include <cstddef>
-#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -53,7 +52,9 @@ std::wstring TextOf(const RegistryValue& value) {
 
 std::uint32_t NumberOf(const RegistryValue& value) {
   std::uint32_t number = 0;
-  for (const std::uint8_t byte : value.data | std::views::reverse) number = (number << 8) | byte;
+  for (auto byte = value.data.rbegin(); byte != value.data.rend(); ++byte) {
+    number = (number << 8) | *byte;
+  }
   return number;
 }
 
@@ -106,8 +107,10 @@ std::wstring WriteRegFile(RegistryHive hive, const std::wstring& keyPath, const 
     for (const RegistryValue* value : current->AllValues()) {
       text.append(ValueLine(*value, form)).append(kLineEnd);
     }
-    for (const auto& [name, subkey] : current->AllSubkeys() | std::views::reverse) {
-      pending.emplace_back(path + L"\\" + name, subkey.get());
+    // The last one goes on the pile first.
+    const RegistryKey::Subkeys& subkeys = current->AllSubkeys();
+    for (auto subkey = subkeys.rbegin(); subkey != subkeys.rend(); ++subkey) {
+      pending.emplace_back(path + L"\\" + subkey->first, subkey->second.get());
     }
   }
   return text.append(kLineEnd);

@@ -59,6 +59,7 @@ std::vector<FolderEntry> WindowsFileSystem::ListFolder(const std::wstring& folde
 
 SystemCode WindowsFileSystem::ReadFolder(const std::wstring& folder,
                                          std::vector<FolderEntry>& entries) const {
+  if (folder.empty()) return kPathNotFound;
   WIN32_FIND_DATAW found = {};
   const std::wstring pattern = SystemPath(WithTrailingBackslash(folder) + L"*");
   const FindHandle search(FindFirstFileW(pattern.c_str(), &found));

@@ -1,5 +1,6 @@
 #include "support/tarvik/zip_handles.h"
 
+#include <bit>
 #include <utility>
 
 #include "support/zip/os_file.h"
@@ -7,7 +8,7 @@
 namespace carrovan {
 namespace {
 
-std::uintptr_t NumberOf(EyeZipHandle zip) { return reinterpret_cast<std::uintptr_t>(zip); }
+std::uintptr_t NumberOf(EyeZipHandle zip) { return std::bit_cast<std::uintptr_t>(zip); }
 
 }  // namespace
 
@@ -65,7 +66,7 @@ ArchiveResult ZipHandles::CloseReaderOrGiveUp(EyeZipHandle zip) {
 EyeZipHandle ZipHandles::Keep(OpenArchive archive) {
   if (!archive.writer && !archive.reader) return nullptr;
   archives_.emplace(++lastHandle_, std::move(archive));
-  return reinterpret_cast<EyeZipHandle>(lastHandle_);
+  return std::bit_cast<EyeZipHandle>(lastHandle_);
 }
 
 ZipHandles::OpenArchive* ZipHandles::Find(EyeZipHandle zip) {

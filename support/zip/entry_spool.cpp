@@ -5,15 +5,14 @@
 
 #include <new>
 
+#include "support/zip/buffer_size.h"
 #include "support/zip/write_result.h"
 
 namespace carrovan {
 namespace {
 
-// Files up to this size are packed in one call, which is twice as fast as a stream.
-constexpr std::size_t kBufferBytes = std::size_t{16} << 20;
-
-// Measured: the fastest level of libdeflate whose packages are not larger than those of zip -6.
+// Measured on settings: smaller than zip -6 in less than half its time; higher levels gain next to
+// nothing.
 constexpr int kWholeLevel = 6;
 constexpr int kStreamLevel = 6;
 

@@ -3,14 +3,11 @@
 #include <libdeflate.h>
 
 #include <new>
-#include <optional>
+
+#include "support/zip/buffer_size.h"
 
 namespace carrovan {
 namespace {
-
-// Items up to this size, packed and unpacked, are unpacked in one call, which is faster than a
-// stream.
-constexpr std::size_t kBufferBytes = std::size_t{16} << 20;
 
 using OpenItem = std::unique_ptr<zip_file_t, decltype(&zip_fclose)>;
 

@@ -71,4 +71,7 @@ void RemoveFile(const std::filesystem::path& path);
 // The path that a text names.
 std::filesystem::path PathFromText(std::wstring_view text);
 
+// The path from the root on; empty when the system cannot tell.
+std::filesystem::path AbsolutePath(const std::filesystem::path& path);
+
 }  // namespace carrovan

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "platform/text.h"
@@ -186,6 +187,11 @@ void RemoveFile(const std::filesystem::path& path) { unlink(path.c_str()); }
 
 std::filesystem::path PathFromText(std::wstring_view text) {
   return std::filesystem::path(ToUtf8(text));
+}
+
+std::filesystem::path AbsolutePath(const std::filesystem::path& path) {
+  std::error_code error;
+  return std::filesystem::absolute(path, error);
 }
 
 }  // namespace carrovan

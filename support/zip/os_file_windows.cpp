@@ -194,4 +194,7 @@ void RemoveFile(const std::filesystem::path& path) { DeleteFileW(LongForm(path).
 
 std::filesystem::path PathFromText(std::wstring_view text) { return text; }
 
+// The C++ library takes the long form of a path for a relative one.
+std::filesystem::path AbsolutePath(const std::filesystem::path& path) { return FullPath(path); }
+
 }  // namespace carrovan

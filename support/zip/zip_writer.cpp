@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <new>
 #include <set>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -60,12 +59,9 @@ ZipWriter::ZipWriter(std::unique_ptr<Contents> contents) : contents_(std::move(c
 ZipWriter::~ZipWriter() = default;
 
 std::unique_ptr<ZipWriter> ZipWriter::Create(const std::filesystem::path& archive) {
-  std::error_code error;
   // The current folder may be another one when the archive is closed.
-  const std::filesystem::path absolute = std::filesystem::absolute(archive, error);
-  if (error || !absolute.has_filename() || IsFolder(absolute) || !MayReplace(absolute)) {
-    return nullptr;
-  }
+  const std::filesystem::path absolute = AbsolutePath(archive);
+  if (!absolute.has_filename() || IsFolder(absolute) || !MayReplace(absolute)) return nullptr;
   auto spool = EntrySpool::Create(absolute.parent_path());
   if (!spool) return nullptr;
   auto contents = std::make_unique<Contents>(absolute, std::move(spool));
@@ -81,8 +77,10 @@ ArchiveResult ZipWriter::Add(const std::wstring& entryName, const std::filesyste
 }
 
 ArchiveResult ZipWriter::Close() {
+  // Its spool goes with it.
+  const std::unique_ptr<Contents> contents = std::move(contents_);
   try {
-    return contents_->Close();
+    return contents->Close();
   } catch (const std::bad_alloc&) {
     return ArchiveResult::kOutOfMemory;
   }

@@ -4,7 +4,7 @@ import json
 import os
 import re
 
-from machines import SandboxTest, make_sandbox, run_cli, small_sandbox
+from machines import SandboxTest, make_sandbox, run_cli
 
 VERBS = ("versions", "export", "inspect", "extract")
 
@@ -53,7 +53,7 @@ class VersionsTest(SandboxTest):
             self.assertIn(text, done.stdout)
 
     def test_versions_as_json_hold_every_fact(self):
-        machine = small_sandbox(self.folder / "machine", "--user", "王小明")
+        machine = make_sandbox(self.folder / "machine", "--user", "王小明")
         done = machine.run("versions", "--json", env=dict(os.environ, LC_ALL="C"))
         self.assertEqual((done.returncode, done.stderr), (0, ""))
         versions = json.loads(done.stdout)["versions"]

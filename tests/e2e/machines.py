@@ -1,5 +1,7 @@
 """Sandboxes of the sample product, and running the program on them."""
 
+import atexit
+import functools
 import hashlib
 import os
 import pwd
@@ -76,17 +78,29 @@ def make_sandbox(root, *options):
     subprocess.run([sys.executable, MAKE_SAMPLE, "--sandbox", root, *options],
                    check=True, stdout=subprocess.DEVNULL)
     user = options[options.index("--user") + 1] if "--user" in options else None
-    return Sandbox(root, user or pwd.getpwuid(os.getuid()).pw_name)
+    return Sandbox(root, user or _current_user())
 
 
-def small_sandbox(root, *options):
-    """A machine whose large folders are gone, for tests that run the program many times."""
-    machine = make_sandbox(root, *options)
+def small_sandbox(root):
+    """A machine without its large folders, for tests that run the program many times."""
+    shutil.copytree(_small_template(), root)
+    return Sandbox(root, _current_user())
+
+
+@functools.cache
+def _small_template():
+    folder = Path(tempfile.mkdtemp())
+    atexit.register(shutil.rmtree, folder)
+    machine = make_sandbox(folder / "machine")
     for language in ("en-us", "zh-cn"):
         for name in ("ToolBox", "FavoriteCatalog", "PropertyTemplates", "materials"):
             shutil.rmtree(machine.product_local / language / name)
         shutil.rmtree(machine.product_roaming / language / "Template")
-    return machine
+    return machine.root
+
+
+def _current_user():
+    return pwd.getpwuid(os.getuid()).pw_name
 
 
 def snapshot(folder):

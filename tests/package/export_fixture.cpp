@@ -15,6 +15,8 @@ ExportFixture::ExportFixture() {
   EXPECT_TRUE(RenewStagingFolder(context_, Ports()));
   EXPECT_TRUE(PrepareVersionFolders(context_, Ports()));
   checklist_ = CategoryChecklist::ForExport(context_);
+  checklist_.SetChecked(SettingCategory::Options, false);
+  checklist_.SetChecked(SettingCategory::Register, false);
   view_.answer = PackagePath();
   FillMachine();
 }

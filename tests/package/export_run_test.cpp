@@ -67,6 +67,7 @@ TEST_F(ExportRunTest, WholeUserWith26SubkeysGives27RegistryFiles) {
     machine_->PutValue(RegistryHive::kCurrentUser, LiveKey(context_) + std::wstring(subkey),
                        MakeDwordValue(L"n", 1));
   }
+  checklist_.SetAllChecked(true);
   ASSERT_TRUE(Export());
   const Names names = EntryNames();
   EXPECT_EQ(std::ranges::count_if(names, [](const auto& n) { return n.ends_with(L".reg"); }), 27);
@@ -74,6 +75,7 @@ TEST_F(ExportRunTest, WholeUserWith26SubkeysGives27RegistryFiles) {
 }
 
 TEST_F(ExportRunTest, WizardPaceExportsEveryKeyInOrderWithItsPause) {
+  checklist_.SetAllChecked(true);
   RecordingInterpreter interpreter;
   const Machine p = Ports();
   const Machine machine{p.files,   p.registry, p.folders,   p.guids, p.profiles,

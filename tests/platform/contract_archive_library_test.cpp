@@ -1,0 +1,253 @@
+// What the engine may rely on, whatever machine it runs on.
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "platform/text.h"
+#include "tests/support/test_machine.h"
+#include "tests/zip/raw_zip.h"
+
+namespace carrovan {
+namespace {
+
+class ArchiveLibraryContract : public testing::Test {
+ protected:
+  std::wstring At(const std::wstring& name) const { return machine_->ScratchFolder() + name; }
+  ArchiveLibrary& Archives() { return machine_->Ports().archives; }
+
+  std::unique_ptr<ArchiveReader> Stored(const std::vector<RawItem>& items) {
+    machine_->PutFile(archive_, RawZip(items));
+    return Archives().Open(archive_);
+  }
+
+  std::vector<std::wstring> Names(const std::wstring& folder) {
+    std::vector<std::wstring> names;
+    for (const FolderEntry& entry : machine_->Ports().files.ListFolder(folder)) {
+      names.push_back(entry.name);
+    }
+    return names;
+  }
+
+  std::unique_ptr<TestMachine> machine_ = NewTestMachine();
+  std::wstring archive_ = At(L"archive.ucex");
+};
+
+std::string Pattern(std::size_t size) {
+  std::string bytes;
+  for (std::size_t i = 0; i < size; ++i) bytes.push_back(static_cast<char>(i * i >> 3));
+  return bytes;
+}
+
+TEST_F(ArchiveLibraryContract, GivesBackWhatWasStored) {
+  const struct {
+    std::wstring entryName;
+    std::string content;
+  } kFiles[] = {
+      {L"config.ini", "[Selected]\r\n"},
+      {L"Roaming\\ORMA\\en-us\\menu.xml", Pattern(1'000'000)},
+      {L"Local\\\x4E2D\x6587\\" + FromUtf8("\xF0\x9F\x98\x80") + L" \x00E4.xml", Pattern(3)},
+      {L"Local\\empty", ""},
+  };
+  auto writer = Archives().Create(archive_);
+  ASSERT_NE(writer, nullptr);
+  for (const auto& file : kFiles) {
+    machine_->PutFile(At(L"in\\" + file.entryName), file.content);
+    EXPECT_EQ(writer->Add(file.entryName, At(L"in\\" + file.entryName)), ArchiveResult::kDone);
+  }
+  ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
+
+  auto reader = Archives().Open(archive_);
+  ASSERT_NE(reader, nullptr);
+  std::size_t index = 0;
+  for (const auto& file : kFiles) {
+    const auto item = reader->Item(index);
+    ASSERT_TRUE(item);
+    EXPECT_EQ(item->name, file.entryName);
+    EXPECT_EQ(item->sizeBytes, file.content.size());
+    EXPECT_EQ(reader->Extract(index, At(L"out\\" + file.entryName)), ArchiveResult::kDone);
+    EXPECT_EQ(machine_->FileBytes(At(L"out\\" + file.entryName)), file.content);
+    ++index;
+  }
+  EXPECT_EQ(reader->Item(index), std::nullopt);
+  EXPECT_EQ(reader->Extract(index, At(L"out\\none")), ArchiveResult::kNoSuchItem);
+}
+
+TEST_F(ArchiveLibraryContract, KeepsTheModificationTimeBothWays) {
+  RawItem item = {.name = "old.txt", .data = "x"};
+  item.dosTime = (4 << 11) | (5 << 5) | (6 / 2);
+  item.dosDate = ((2001 - 1980) << 9) | (2 << 5) | 3;
+  const auto reader = Stored({item});
+  ASSERT_NE(reader, nullptr);
+  ASSERT_EQ(reader->Extract(0, At(L"old.txt")), ArchiveResult::kDone);
+  const auto writer = Archives().Create(At(L"again.ucex"));
+  ASSERT_NE(writer, nullptr);
+  ASSERT_EQ(writer->Add(L"old.txt", At(L"old.txt")), ArchiveResult::kDone);
+  ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
+  const std::string bytes = machine_->FileBytes(At(L"again.ucex")).value();
+  const std::size_t record = CentralRecord(bytes, 0);
+  EXPECT_EQ(NumberAt(bytes, record + 12, 2), item.dosTime);
+  EXPECT_EQ(NumberAt(bytes, record + 14, 2), item.dosDate);
+}
+
+TEST_F(ArchiveLibraryContract, SkipsWhatCannotBeReadAndGoesOn) {
+  machine_->PutFile(At(L"good.txt"), "good");
+  machine_->PutFile(At(L"secret.txt"), "secret");
+  machine_->MakeUnreadable(At(L"secret.txt"));
+  machine_->MakeFolder(At(L"folder"));
+  const auto writer = Archives().Create(archive_);
+  ASSERT_NE(writer, nullptr);
+  EXPECT_EQ(writer->Add(L"a", At(L"missing.txt")), ArchiveResult::kSourceMissing);
+  EXPECT_EQ(writer->Add(L"b", At(L"missing\\x.txt")), ArchiveResult::kSourceMissing);
+  EXPECT_EQ(writer->Add(L"c", At(L"secret.txt")), ArchiveResult::kSourceUnreadable);
+  EXPECT_EQ(writer->Add(L"d", At(L"folder")), ArchiveResult::kSourceUnreadable);
+  EXPECT_EQ(writer->Add(L"e", At(L"good.txt")), ArchiveResult::kDone);
+  ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
+  const auto reader = Archives().Open(archive_);
+  ASSERT_NE(reader, nullptr);
+  EXPECT_EQ(reader->Item(0)->name, L"e");
+  EXPECT_EQ(reader->Item(1), std::nullopt);
+}
+
+TEST_F(ArchiveLibraryContract, StoresNothingUnderANameThatIsUnfit) {
+  machine_->PutFile(At(L"good.txt"), "good");
+  const auto writer = Archives().Create(archive_);
+  ASSERT_NE(writer, nullptr);
+  EXPECT_EQ(writer->Add(L"Once.txt", At(L"good.txt")), ArchiveResult::kDone);
+  for (const wchar_t* name : {L"", L"Once.txt", L"ONCE.TXT", L"..\\x", L"C:\\x", L"\\x"}) {
+    EXPECT_EQ(writer->Add(name, At(L"good.txt")), ArchiveResult::kNameRefused) << ToUtf8(name);
+  }
+  ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
+  EXPECT_EQ(Archives().Open(archive_)->Item(1), std::nullopt);
+}
+
+TEST_F(ArchiveLibraryContract, LeavesTheOldArchiveWholeWithoutClose) {
+  machine_->PutFile(At(L"in\\good.txt"), Pattern(100'000));
+  machine_->PutFile(At(L"out\\archive.ucex"), "old");
+  auto writer = Archives().Create(At(L"out\\archive.ucex"));
+  ASSERT_NE(writer, nullptr);
+  ASSERT_EQ(writer->Add(L"a", At(L"in\\good.txt")), ArchiveResult::kDone);
+  EXPECT_EQ(machine_->FileBytes(At(L"out\\archive.ucex")), "old");
+  writer.reset();
+  EXPECT_EQ(machine_->FileBytes(At(L"out\\archive.ucex")), "old");
+  EXPECT_EQ(Names(At(L"out")), std::vector<std::wstring>{L"archive.ucex"});
+}
+
+TEST_F(ArchiveLibraryContract, PutsTheNewArchiveInPlaceOfTheOld) {
+  machine_->PutFile(At(L"good.txt"), "good");
+  machine_->PutFile(At(L"out\\archive.ucex"), std::string(10'000, 'x'));
+  const auto writer = Archives().Create(At(L"OUT\\Archive.ucex"));
+  ASSERT_NE(writer, nullptr);
+  ASSERT_EQ(writer->Add(L"a", At(L"good.txt")), ArchiveResult::kDone);
+  ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
+  EXPECT_EQ(Names(At(L"out")).size(), 1u);
+  const auto reader = Archives().Open(At(L"out\\archive.ucex"));
+  ASSERT_NE(reader, nullptr);
+  EXPECT_EQ(reader->Item(0)->name, L"a");
+}
+
+TEST_F(ArchiveLibraryContract, CreatesNothingWhereNothingCanBe) {
+  machine_->MakeFolder(At(L"folder"));
+  machine_->MakeFolder(At(L"closed"));
+  machine_->MakeFolderUnwritable(At(L"closed"));
+  EXPECT_EQ(Archives().Create(At(L"none\\archive.ucex")), nullptr);
+  EXPECT_EQ(Archives().Create(At(L"folder")), nullptr);
+  EXPECT_EQ(Archives().Create(At(L"closed\\archive.ucex")), nullptr);
+  EXPECT_EQ(Archives().Create(L""), nullptr);
+  EXPECT_FALSE(machine_->Ports().files.Exists(At(L"none")));
+}
+
+TEST_F(ArchiveLibraryContract, LeavesAReadOnlyArchiveAlone) {
+  machine_->PutFile(archive_, "old");
+  machine_->MakeReadOnly(archive_);
+  EXPECT_EQ(Archives().Create(archive_), nullptr);
+  EXPECT_EQ(machine_->FileBytes(archive_), "old");
+}
+
+TEST_F(ArchiveLibraryContract, OpensNothingThatIsNoArchive) {
+  machine_->PutFile(At(L"text.txt"), "no archive at all, but long enough to hold an end record");
+  machine_->PutFile(At(L"empty"), "");
+  machine_->MakeFolder(At(L"folder"));
+  for (const wchar_t* name : {L"missing", L"none\\missing", L"text.txt", L"empty", L"folder"}) {
+    EXPECT_EQ(Archives().Open(At(name)), nullptr) << ToUtf8(name);
+  }
+  EXPECT_EQ(Archives().Open(L""), nullptr);
+}
+
+TEST_F(ArchiveLibraryContract, TakesEitherSeparatorInAStoredName) {
+  const auto reader = Stored({{.name = "a/b\\c.txt", .data = "x"}});
+  ASSERT_NE(reader, nullptr);
+  EXPECT_EQ(reader->Item(0)->name, L"a\\b\\c.txt");
+}
+
+TEST_F(ArchiveLibraryContract, RefusesItemsThatWouldLeaveTheDestination) {
+  const std::vector<std::string> names = {"../evil",  "..\\evil", "a/../../evil", "/evil",
+                                          "\\evil",   "C:\\evil", "C:evil",       "a\\..\\..\\evil",
+                                          "x:stream", "NUL",      "a/..",         "evil."};
+  std::vector<RawItem> items;
+  items.reserve(names.size());
+  for (const std::string& name : names) items.push_back({.name = name, .data = "evil"});
+  const auto reader = Stored(items);
+  ASSERT_NE(reader, nullptr);
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    EXPECT_EQ(reader->Extract(i, At(L"out\\sub\\evil")), ArchiveResult::kNameRefused) << names[i];
+  }
+  EXPECT_FALSE(machine_->Ports().files.Exists(At(L"out")));
+}
+
+TEST_F(ArchiveLibraryContract, ReplacesAFileOnlyByCompleteData) {
+  RawItem damaged = {.name = "a", .data = Pattern(100'000)};
+  damaged.checksum = 12345;
+  RawItem encrypted = {.name = "b", .data = "x"};
+  encrypted.flags = 1;
+  RawItem unknown = {.name = "c", .data = "x"};
+  unknown.method = 98;
+  const auto reader = Stored({damaged, encrypted, unknown, {.name = "d", .data = "new"}});
+  ASSERT_NE(reader, nullptr);
+  machine_->PutFile(At(L"out\\file"), "old");
+  EXPECT_EQ(reader->Extract(0, At(L"out\\file")), ArchiveResult::kDamaged);
+  EXPECT_EQ(reader->Extract(1, At(L"out\\file")), ArchiveResult::kEncrypted);
+  EXPECT_EQ(reader->Extract(2, At(L"out\\file")), ArchiveResult::kMethodUnsupported);
+  EXPECT_EQ(machine_->FileBytes(At(L"out\\file")), "old");
+  EXPECT_EQ(reader->Extract(3, At(L"OUT\\File")), ArchiveResult::kDone);
+  EXPECT_EQ(machine_->FileBytes(At(L"out\\file")), "new");
+  EXPECT_EQ(Names(At(L"out")).size(), 1u);
+}
+
+TEST_F(ArchiveLibraryContract, WritesNothingWhereItMayNot) {
+  const auto reader = Stored({{.name = "a", .data = "new"}});
+  ASSERT_NE(reader, nullptr);
+  machine_->PutFile(At(L"file"), "old");
+  machine_->MakeReadOnly(At(L"file"));
+  machine_->MakeFolder(At(L"closed"));
+  machine_->MakeFolderUnwritable(At(L"closed"));
+  machine_->PutFile(At(L"plain"), "x");
+  for (const wchar_t* name : {L"file", L"closed\\file", L"closed\\sub\\file", L"plain\\file"}) {
+    EXPECT_EQ(reader->Extract(0, At(name)), ArchiveResult::kTargetNotWritable) << ToUtf8(name);
+  }
+  EXPECT_EQ(machine_->FileBytes(At(L"file")), "old");
+  EXPECT_TRUE(Names(At(L"closed")).empty());
+}
+
+TEST_F(ArchiveLibraryContract, MakesAFolderOfAnItemThatIsOne) {
+  const auto reader = Stored({{.name = "sub/", .data = ""}});
+  ASSERT_NE(reader, nullptr);
+  EXPECT_EQ(reader->Extract(0, At(L"out\\sub\\")), ArchiveResult::kDone);
+  EXPECT_TRUE(machine_->Ports().files.IsFolder(At(L"out\\sub")));
+}
+
+TEST_F(ArchiveLibraryContract, TakesPathsLongerThanTheFixedBuffers) {
+  std::wstring folder = At(L"long");
+  while (folder.size() < 300) folder += L"\\" + std::wstring(60, L'x');
+  machine_->PutFile(folder + L"\\in.txt", "content");
+  const auto writer = Archives().Create(folder + L"\\archive.ucex");
+  ASSERT_NE(writer, nullptr);
+  EXPECT_EQ(writer->Add(L"in.txt", folder + L"\\in.txt"), ArchiveResult::kDone);
+  ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
+  const auto reader = Archives().Open(folder + L"\\archive.ucex");
+  ASSERT_NE(reader, nullptr);
+  EXPECT_EQ(reader->Extract(0, folder + L"\\sub\\out.txt"), ArchiveResult::kDone);
+  EXPECT_EQ(machine_->FileBytes(folder + L"\\sub\\out.txt"), "content");
+}
+
+}  // namespace
+}  // namespace carrovan

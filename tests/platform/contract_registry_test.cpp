@@ -1,0 +1,83 @@
+// What the engine may rely on, whatever machine it runs on.
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "tests/support/test_machine.h"
+
+namespace carrovan {
+namespace {
+
+constexpr RegistryHive kUser = RegistryHive::kCurrentUser;
+
+class RegistryContract : public testing::Test {
+ protected:
+  std::wstring Key(const std::wstring& rest = {}) const {
+    return L"SOFTWARE\\Vantric\\" + machine_->product.productName + rest;
+  }
+  const RegistryReader& Registry() { return machine_->Ports().registry; }
+
+  std::unique_ptr<TestMachine> machine_ = NewTestMachine();
+};
+
+TEST_F(RegistryContract, OpensKeysThatAreThere) {
+  machine_->PutKey(kUser, Key(L"\\General\\Sub key"));
+  EXPECT_TRUE(Registry().CanOpenKey(kUser, Key()));
+  EXPECT_TRUE(Registry().CanOpenKey(kUser, Key(L"\\General")));
+  EXPECT_TRUE(Registry().CanOpenKey(kUser, Key(L"\\General\\Sub key")));
+  EXPECT_FALSE(Registry().CanOpenKey(kUser, Key(L"\\General\\Sub")));
+  EXPECT_FALSE(Registry().CanOpenKey(kUser, Key(L" 28.0")));
+}
+
+TEST_F(RegistryContract, KeepsTheHivesApart) {
+  machine_->PutKey(RegistryHive::kLocalMachine, Key(L"\\28.0"));
+  EXPECT_TRUE(Registry().CanOpenKey(RegistryHive::kLocalMachine, Key(L"\\28.0")));
+  EXPECT_FALSE(Registry().CanOpenKey(kUser, Key(L"\\28.0")));
+}
+
+TEST_F(RegistryContract, FindsKeysWithoutRegardToCase) {
+  machine_->PutKey(kUser, Key(L"\\General"));
+  EXPECT_TRUE(Registry().CanOpenKey(kUser, Key(L"\\GENERAL")));
+  EXPECT_TRUE(Registry().CanOpenKey(kUser, L"software\\VANTRIC\\" + machine_->product.productName));
+}
+
+// The few characters between "Z" and "a" are left out: Wine compares lower-case names and puts them
+// elsewhere than Windows does.
+TEST_F(RegistryContract, ListsSubkeysInTheRegistrysOrder) {
+  for (const wchar_t* name : {L"28.0", L"Beta", L"25.0", L"alpha", L"26.0", L"sub key"}) {
+    machine_->PutKey(kUser, Key(L"\\" + std::wstring(name)));
+  }
+  EXPECT_EQ(Registry().SubkeyNames(kUser, Key()),
+            (std::vector<std::wstring>{L"25.0", L"26.0", L"28.0", L"alpha", L"Beta", L"sub key"}));
+}
+
+TEST_F(RegistryContract, TellsAnEmptyKeyFromAMissingOne) {
+  machine_->PutKey(kUser, Key(L"\\Empty"));
+  EXPECT_EQ(Registry().SubkeyNames(kUser, Key(L"\\Empty")), std::vector<std::wstring>());
+  EXPECT_EQ(Registry().SubkeyNames(kUser, Key(L"\\Missing")), std::nullopt);
+}
+
+TEST_F(RegistryContract, KeepsNamesInEveryScript) {
+  machine_->PutKey(kUser, Key(L"\\\x4E2D\x6587"));
+  EXPECT_TRUE(Registry().CanOpenKey(kUser, Key(L"\\\x4E2D\x6587")));
+  EXPECT_EQ(Registry().SubkeyNames(kUser, Key()), std::vector<std::wstring>{L"\x4E2D\x6587"});
+}
+
+TEST_F(RegistryContract, ListsAKeyWithTheLongestName) {
+  const std::wstring longest(255, L'n');
+  machine_->PutKey(kUser, Key(L"\\" + longest));
+  EXPECT_EQ(Registry().SubkeyNames(kUser, Key()), std::vector<std::wstring>{longest});
+}
+
+TEST_F(RegistryContract, CannotOpenAKeyThatTheUserMayNotRead) {
+  machine_->PutKey(kUser, Key(L"\\Closed"));
+  if (!machine_->MakeKeyUnreadable(kUser, Key(L"\\Closed"))) {
+    GTEST_SKIP() << "this system cannot close a key";
+  }
+  EXPECT_FALSE(Registry().CanOpenKey(kUser, Key(L"\\Closed")));
+  EXPECT_EQ(Registry().SubkeyNames(kUser, Key(L"\\Closed")), std::nullopt);
+  EXPECT_EQ(Registry().SubkeyNames(kUser, Key()), std::vector<std::wstring>{L"Closed"});
+}
+
+}  // namespace
+}  // namespace carrovan

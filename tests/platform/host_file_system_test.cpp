@@ -1,0 +1,139 @@
+#include "platform/sandbox/host_file_system.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/temporary_folder.h"
+
+namespace carrovan {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::vector<std::wstring> Names(const std::vector<FolderEntry>& entries) {
+  std::vector<std::wstring> names;
+  names.reserve(entries.size());
+  for (const FolderEntry& entry : entries) names.push_back(entry.name);
+  return names;
+}
+
+// Drive C: of a root; what every machine does is tested by the contract.
+class HostFileSystemTest : public testing::Test {
+ protected:
+  HostFileSystemTest() { fs::create_directory(Host("")); }
+
+  fs::path Host(const std::string& path) const { return folder_.Path() / "C" / path; }
+  void Put(const std::string& path) { PutHostFile(Host(path), "content"); }
+
+  TemporaryFolder folder_;
+  DrivePathMapper paths_{folder_.Path()};
+  HostFileSystem files_{paths_};
+};
+
+TEST_F(HostFileSystemTest, RefusesNewNamesThatWindowsRefuses) {
+  EXPECT_EQ(files_.CreateFolder(L"C:\\a?b"), kInvalidName);
+  EXPECT_EQ(files_.CreateEmptyFile(L"C:\\a:b"), kInvalidName);
+  EXPECT_EQ(files_.CreateEmptyFile(std::wstring(L"C:\\a\0b", 6)), kInvalidName);
+  EXPECT_EQ(files_.RemoveFile(L""), kInvalidName);
+  EXPECT_EQ(files_.RemoveFolder(L""), kInvalidName);
+  EXPECT_TRUE(files_.ListFolder(L"C:\\").empty());
+}
+
+TEST_F(HostFileSystemTest, ReportsAFileWhereAFolderIsNeeded) {
+  Put("file");
+  EXPECT_EQ(files_.CreateFolder(L"C:\\file\\sub"), kPathNotFound);
+  EXPECT_EQ(files_.CreateEmptyFile(L"C:\\file\\sub"), kPathNotFound);
+  EXPECT_EQ(files_.RemoveFile(L"C:\\file\\sub"), kPathNotFound);
+  EXPECT_EQ(files_.RemoveFolder(L"C:\\file"), kNotAFolder);
+  EXPECT_TRUE(files_.ListFolder(L"C:\\file").empty());
+}
+
+TEST_F(HostFileSystemTest, ReportsANameThatIsTooLongForTheHost) {
+  EXPECT_EQ(files_.CreateFolder(L"C:\\" + std::wstring(300, L'x')), kNameTooLong);
+  EXPECT_EQ(files_.CreateEmptyFile(L"C:\\" + std::wstring(300, L'x')), kNameTooLong);
+}
+
+TEST_F(HostFileSystemTest, PrefersTheExactSpelling) {
+  Put("Name.txt");
+  Put("name.txt");
+  ASSERT_EQ(files_.RemoveFile(L"C:\\name.txt"), kSystemOk);
+  EXPECT_EQ(Names(files_.ListFolder(L"C:\\")), std::vector<std::wstring>{L"Name.txt"});
+}
+
+TEST_F(HostFileSystemTest, TellsTheFirstOfSeveralSpellingsEachTime) {
+  Put("NAME.txt");
+  Put("name.txt");
+  ASSERT_EQ(files_.RemoveFile(L"C:\\Name.TXT"), kSystemOk);
+  EXPECT_EQ(Names(files_.ListFolder(L"C:\\")), std::vector<std::wstring>{L"name.txt"});
+}
+
+TEST_F(HostFileSystemTest, ListsALinkAsALinkAndRemovesOnlyIt) {
+  Put("target/inside.txt");
+  Put("file.txt");
+  fs::create_directory_symlink(Host("target"), Host("to folder"));
+  fs::create_symlink(Host("file.txt"), Host("to file"));
+  fs::create_symlink(Host("nowhere"), Host("to nothing"));
+  for (const FolderEntry& entry : files_.ListFolder(L"C:\\")) {
+    EXPECT_EQ(entry.isLink, entry.name.starts_with(L"to "));
+    EXPECT_EQ(entry.isFolder, entry.name == L"target");
+  }
+  EXPECT_TRUE(files_.IsFolder(L"C:\\to folder"));
+  EXPECT_TRUE(files_.Exists(L"C:\\to folder\\inside.txt"));
+  EXPECT_FALSE(files_.Exists(L"C:\\to nothing"));
+  EXPECT_EQ(files_.CreateFolder(L"C:\\to nothing"), kAlreadyExists);
+  EXPECT_EQ(files_.RemoveFolder(L"C:\\to folder"), kSystemOk);
+  EXPECT_EQ(files_.RemoveFile(L"C:\\to file"), kSystemOk);
+  EXPECT_EQ(files_.RemoveFile(L"C:\\to nothing"), kSystemOk);
+  EXPECT_EQ(Names(files_.ListFolder(L"C:\\")), (std::vector<std::wstring>{L"file.txt", L"target"}));
+  EXPECT_TRUE(files_.Exists(L"C:\\target\\inside.txt"));
+}
+
+TEST_F(HostFileSystemTest, RemovesALinkToAFolderAsAFile) {
+  Put("target/inside.txt");
+  fs::create_directory_symlink(Host("target"), Host("link"));
+  EXPECT_EQ(files_.RemoveFile(L"C:\\link"), kSystemOk);
+  EXPECT_TRUE(files_.Exists(L"C:\\target\\inside.txt"));
+}
+
+TEST_F(HostFileSystemTest, ComesToAnEndInALoopOfLinks) {
+  fs::create_directory(Host("a"));
+  fs::create_directory_symlink(Host("a"), Host("a/self"));
+  fs::create_symlink(Host("ping"), Host("pong"));
+  fs::create_symlink(Host("pong"), Host("ping"));
+  EXPECT_FALSE(files_.Exists(L"C:\\ping"));
+  EXPECT_FALSE(files_.IsFolder(L"C:\\ping"));
+  EXPECT_TRUE(files_.ListFolder(L"C:\\ping").empty());
+  EXPECT_EQ(files_.CreateEmptyFile(L"C:\\ping\\x"), kPathNotFound);
+  const auto entries = files_.ListFolder(L"C:\\a");
+  ASSERT_EQ(entries.size(), 1u);
+  EXPECT_FALSE(entries[0].isFolder);
+  EXPECT_EQ(files_.RemoveFile(L"C:\\pong"), kSystemOk);
+}
+
+// The permissions hold for everybody, so this passes for the host's administrator too.
+TEST_F(HostFileSystemTest, LeavesAClosedFolderAsItIs) {
+  Put("closed/file.txt");
+  fs::create_directory(Host("closed/sub"));
+  folder_.TakePermission(Host("closed"), fs::perms::owner_write);
+  EXPECT_EQ(files_.CreateFolder(L"C:\\closed\\new"), kAccessDenied);
+  EXPECT_EQ(files_.CreateEmptyFile(L"C:\\closed\\new"), kAccessDenied);
+  EXPECT_EQ(files_.RemoveFile(L"C:\\closed\\file.txt"), kAccessDenied);
+  EXPECT_EQ(files_.RemoveFolder(L"C:\\closed\\sub"), kAccessDenied);
+  EXPECT_EQ(Names(files_.ListFolder(L"C:\\closed")),
+            (std::vector<std::wstring>{L"file.txt", L"sub"}));
+}
+
+TEST_F(HostFileSystemTest, DoesNotEmptyAReadOnlyFile) {
+  Put("file.txt");
+  folder_.TakePermission(Host("file.txt"), fs::perms::owner_write);
+  EXPECT_EQ(files_.CreateEmptyFile(L"C:\\file.txt"), kAccessDenied);
+  EXPECT_EQ(HostFileBytes(Host("file.txt")), "content");
+}
+
+TEST_F(HostFileSystemTest, ListsNothingOfAFolderThatNobodyMayRead) {
+  Put("closed/file.txt");
+  folder_.TakePermission(Host("closed"), fs::perms::owner_read);
+  EXPECT_TRUE(files_.ListFolder(L"C:\\closed").empty());
+}
+
+}  // namespace
+}  // namespace carrovan
