@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
-#include <ranges>
 #include <set>
 #include <unordered_set>
 
@@ -50,6 +49,10 @@ std::vector<std::wstring> ListShortcutFiles(const FileReader& files, const std::
   return names;
 }
 
+std::wstring PathIn(const std::wstring& folder, const std::wstring& name) {
+  return folder + L"\\" + name;
+}
+
 // Puts the merged file in the new one's place. When that fails after the new one is gone, the old
 // file takes the place, and the file does not count as updated.
 bool ReplaceByMerged(const std::wstring& oldPath, const std::wstring& newPath,
@@ -66,9 +69,7 @@ bool ReplaceByMerged(const std::wstring& oldPath, const std::wstring& newPath,
 std::vector<AcceleratorRecord> RecordsToAdd(const AcceleratorTable& oldTable,
                                             const AcceleratorTable& newTable) {
   std::unordered_set<std::uint64_t> taken;
-  for (const AcceleratorRecord& record : std::views::values(newTable)) {
-    taken.insert(Combination(record));
-  }
+  for (const auto& [command, record] : newTable) taken.insert(Combination(record));
   std::vector<AcceleratorRecord> added;
   for (auto it = oldTable.begin(); it != oldTable.end();) {
     const std::int32_t command = it->first;
@@ -106,9 +107,9 @@ bool MergeShortcutFolders(const std::wstring& oldFolder, const std::wstring& new
   bool updated = false;
   for (const std::wstring& name : ListShortcutFiles(files, newFolder)) {
     if (!oldNames.contains(name)) continue;
-    const std::wstring oldPath = oldFolder + L"\\" + name;
-    const std::wstring newPath = newFolder + L"\\" + name;
-    const std::wstring temporaryPath = newFolder + L"\\" + L"temp_" + name;
+    const std::wstring oldPath = PathIn(oldFolder, name);
+    const std::wstring newPath = PathIn(newFolder, name);
+    const std::wstring temporaryPath = PathIn(newFolder, L"temp_" + name);
     if (!MergeShortcutFile(oldPath, newPath, temporaryPath, table, dom)) {
       static_cast<void>(files.RemoveFile(temporaryPath));
     } else if (ReplaceByMerged(oldPath, newPath, temporaryPath, files)) {
