@@ -32,13 +32,16 @@ TEST(MergeXmlNodes, CarriesOldTextIntoAMatchedElement) {
         "<r><a>\xE4\xB8\xAD\xF0\x9F\x98\x80</a></r>"}});
 }
 
+std::string RootWith(const std::string& name, const std::string& content) {
+  return "<r><" + name + ">" + content + "</" + name + "></r>";
+}
+
 TEST(MergeXmlNodes, KeepsTheNewTextOfValueElements) {
   for (const char* name : {"Size", "Major", "Minor", "ID", "Name", "Style", "UserDefine",
                            "UserDefinePanelID", "CollapseOrder", "IsAutoFindPanelIcon"}) {
-    const std::string element = name;
-    const std::string oldXml = "<r><" + element + ">1<sub/></" + element + "></r>";
-    const std::string newXml = "<r><" + element + ">2</" + element + "></r>";
     DomBench bench;
+    const std::string oldXml = RootWith(name, "1<sub/>");
+    const std::string newXml = RootWith(name, "2");
     EXPECT_EQ(bench.MergeXml(oldXml, newXml), newXml) << name;
   }
 }
@@ -203,8 +206,7 @@ TEST(MergeXmlNodes, AppendsPlainCopiesWhenTheSummaryIsInvalid) {
       "<Size>3</Size><EyeCustomRibbonPanel-1/>",
       "<Size>3</Size><EyeCustomRibbonPanel><ID>1</ID></EyeCustomRibbonPanel>",
       "<Size>3</Size>" + panel + "<EyeCustomRibbonPanel-2><ID>x</ID></EyeCustomRibbonPanel-2>",
-      "<Size>3</Size><EyeCustomRibbonPanel-99999999999><ID>1</ID></"
-      "EyeCustomRibbonPanel-99999999999>",
+      "<Size>3</Size><EyeRibbonState-99999999999><ID>1</ID></EyeRibbonState-99999999999>",
   };
   for (const std::string& content : contents) {
     DomBench bench;
