@@ -78,9 +78,8 @@ std::vector<FolderEntry> HostFileSystem::ListFolder(const std::wstring& folder) 
   std::error_code error;
   for (fs::directory_iterator entry(*host, error), end; !error && entry != end;
        entry.increment(error)) {
-    const fs::file_type type = StatusAt(entry->path()).type();
-    entries.push_back({TextFromHostName(entry->path().filename()), type == fs::file_type::directory,
-                       type == fs::file_type::symlink});
+    entries.push_back({TextFromHostName(entry->path().filename()), LeadsToFolder(entry->path()),
+                       fs::is_symlink(StatusAt(entry->path()))});
   }
   std::sort(entries.begin(), entries.end(), ListedBefore);
   return entries;
@@ -88,7 +87,7 @@ std::vector<FolderEntry> HostFileSystem::ListFolder(const std::wstring& folder) 
 
 SystemCode HostFileSystem::CreateFolder(const std::wstring& path) {
   const auto host = paths_.ToHost(path);
-  if (!host || !paths_.IsNameAllowed(path)) return kInvalidName;
+  if (!host || !paths_.MayBeMade(path)) return kInvalidName;
   if (fs::exists(StatusAt(*host))) return kAlreadyExists;
   if (const SystemCode code = CheckParent(*host); code != kSystemOk) return code;
   std::error_code error;
@@ -98,7 +97,7 @@ SystemCode HostFileSystem::CreateFolder(const std::wstring& path) {
 
 SystemCode HostFileSystem::CreateEmptyFile(const std::wstring& path) {
   const auto host = paths_.ToHost(path);
-  if (!host || !paths_.IsNameAllowed(path)) return kInvalidName;
+  if (!host || !paths_.MayBeMade(path)) return kInvalidName;
   std::error_code error;
   const fs::file_status there = fs::status(*host, error);
   // Opening a pipe or a device would wait for somebody at its other end.
