@@ -116,7 +116,7 @@ SystemCode HostFileSystem::RemoveFile(const std::wstring& path) {
     case fs::file_type::directory:
       return kAccessDenied;
     case fs::file_type::symlink:
-      return Remove(*host);
+      return LeadsToFolder(*host) ? kAccessDenied : Remove(*host);
     default:
       return OwnerMayWrite(*host) ? Remove(*host) : kAccessDenied;
   }
