@@ -60,27 +60,16 @@ TEST_F(ExportTrouble, LockedFileIsPassedOverAndNamed) {
 }
 
 // Lists a file that is gone when it is asked for.
-class VanishingFiles : public FileSystem {
+class VanishingFiles : public ForwardingFiles {
  public:
   VanishingFiles(FileSystem& files, std::wstring vanished)
-      : files_(files), vanished_(std::move(vanished)) {}
+      : ForwardingFiles(files), vanished_(std::move(vanished)) {}
 
   bool Exists(const std::wstring& path) const override {
-    return path != vanished_ && files_.Exists(path);
+    return path != vanished_ && ForwardingFiles::Exists(path);
   }
-  bool IsFolder(const std::wstring& path) const override { return files_.IsFolder(path); }
-  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override {
-    return files_.ListFolder(folder);
-  }
-  SystemCode CreateFolder(const std::wstring& path) override { return files_.CreateFolder(path); }
-  SystemCode CreateEmptyFile(const std::wstring& path) override {
-    return files_.CreateEmptyFile(path);
-  }
-  SystemCode RemoveFile(const std::wstring& path) override { return files_.RemoveFile(path); }
-  SystemCode RemoveFolder(const std::wstring& path) override { return files_.RemoveFolder(path); }
 
  private:
-  FileSystem& files_;
   std::wstring vanished_;
 };
 

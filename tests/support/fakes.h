@@ -71,6 +71,27 @@ class RecordingInterpreter : public CommandInterpreter {
   };
 };
 
+// Passes everything to another file system; a test overrides what shall differ.
+class ForwardingFiles : public FileSystem {
+ public:
+  explicit ForwardingFiles(FileSystem& files) : files_(files) {}
+
+  bool Exists(const std::wstring& path) const override { return files_.Exists(path); }
+  bool IsFolder(const std::wstring& path) const override { return files_.IsFolder(path); }
+  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override {
+    return files_.ListFolder(folder);
+  }
+  SystemCode CreateFolder(const std::wstring& path) override { return files_.CreateFolder(path); }
+  SystemCode CreateEmptyFile(const std::wstring& path) override {
+    return files_.CreateEmptyFile(path);
+  }
+  SystemCode RemoveFile(const std::wstring& path) override { return files_.RemoveFile(path); }
+  SystemCode RemoveFolder(const std::wstring& path) override { return files_.RemoveFolder(path); }
+
+ private:
+  FileSystem& files_;
+};
+
 // Passes everything to another library, but adding fails with `result` from the given file on.
 class FailingArchives : public ArchiveLibrary {
  public:
