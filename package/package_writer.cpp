@@ -23,7 +23,7 @@ class PackageInProgress {
     report_.storedPerSource.push_back(0);
     if (!files_.Exists(path)) return;
     if (files_.IsFolder(path)) {
-      AddFolderToPackage(path);
+      AddFolderToPackage(path, false);
     } else if (!Contains(path, kNeverStored)) {
       AddFile(EntryNameOfFile(context_, path), path);
     }
@@ -34,17 +34,22 @@ class PackageInProgress {
   ArchiveResult Failure() const { return failure_; }
 
  private:
-  void AddFolderToPackage(const std::wstring& folder) {
+  void AddFolderToPackage(const std::wstring& folder, bool isBelowLink) {
     if (!files_.IsFolder(folder)) return;
     for (const FolderEntry& entry : files_.ListFolder(folder)) {
       if (Failed()) return;
-      const std::wstring path = folder + L"\\" + entry.name;
-      if (entry.isFolder) {
-        AddFolderToPackage(path);
-        continue;
-      }
-      const std::wstring entryName = EntryNameInFolder(context_, path);
-      if (!Contains(entryName, kNeverStored)) AddFile(entryName, path);
+      AddEntry(entry, folder + L"\\" + entry.name, isBelowLink);
+    }
+  }
+
+  void AddEntry(const FolderEntry& entry, const std::wstring& path, bool isBelowLink) {
+    if (entry.isFolder && entry.isLink && isBelowLink) {
+      report_.skipped.push_back({path, ArchiveResult::kSourceUnreadable});
+    } else if (entry.isFolder) {
+      AddFolderToPackage(path, isBelowLink || entry.isLink);
+    } else if (const auto entryName = EntryNameInFolder(context_, path);
+               !Contains(entryName, kNeverStored)) {
+      AddFile(entryName, path);
     }
   }
 

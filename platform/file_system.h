@@ -9,9 +9,9 @@
 namespace carrovan {
 
 struct FolderEntry {
-  std::wstring name;  // as spelled on disk
-  bool isFolder = false;
-  bool isLink = false;  // leads to a file or folder elsewhere; removing it leaves that one alone
+  std::wstring name;      // as spelled on disk
+  bool isFolder = false;  // also for a link that leads to a folder
+  bool isLink = false;    // leads to a file or folder elsewhere; removing it leaves that one alone
 };
 
 // Looks at files and folders and cannot change them. Paths are Windows paths of any length; names

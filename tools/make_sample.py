@@ -40,8 +40,9 @@ def parse_arguments():
                              "startup folder (with --wine)")
     parser.add_argument("--scale", type=positive, default=1,
                         help="1 is about 300 files and 30 MB, 10 ten times that (default 1)")
-    parser.add_argument("--user", help="whose settings (default: the user who runs this, who is "
-                                       "also Wine's user)")
+    parser.add_argument("--user", type=folder_name,
+                        help="whose settings (default: the user who runs this, who is also Wine's "
+                             "user)")
     parser.add_argument("--seed", type=int, default=1, help="another number, another sample")
     arguments = parser.parse_args()
     if arguments.programs and not arguments.wine:
@@ -50,10 +51,17 @@ def parse_arguments():
 
 
 def positive(text):
-    number = int(text)
-    if number < 1:
+    number = float(text)
+    if not 0 < number < float("inf"):
         raise ValueError
     return number
+
+
+def folder_name(text):
+    """A user's name is the name of a folder whose product folders are replaced."""
+    if text in ("", ".", "..") or set(text) & set('\\/:*?"<>|'):
+        raise ValueError
+    return text
 
 
 if __name__ == "__main__":

@@ -65,7 +65,7 @@ SystemCode HostFileSystem::ReadBytes(const std::wstring& path, std::string& byte
 
 SystemCode HostFileSystem::WriteBytes(const std::wstring& path, std::string_view bytes) {
   const auto host = paths_.ToHost(path);
-  return host && paths_.IsNameAllowed(path) ? ReplaceWhole(*host, bytes) : kInvalidName;
+  return host && paths_.MayBeMade(path) ? ReplaceWhole(*host, bytes) : kInvalidName;
 }
 
 SystemCode HostFileSystem::CopyOver(const std::wstring& source, const std::wstring& target) {
@@ -77,7 +77,7 @@ SystemCode HostFileSystem::CopyOver(const std::wstring& source, const std::wstri
 SystemCode HostFileSystem::MoveTo(const std::wstring& source, const std::wstring& target) {
   const auto from = paths_.ToHost(source);
   const auto to = paths_.ToHost(target);
-  if (!from || !to || !paths_.IsNameAllowed(target)) return kInvalidName;
+  if (!from || !to || !paths_.MayBeMade(target)) return kInvalidName;
   std::error_code error;
   if (!fs::exists(fs::symlink_status(*from, error))) return kFileNotFound;
   if (fs::exists(fs::symlink_status(*to, error))) return kAlreadyExists;

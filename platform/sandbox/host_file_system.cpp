@@ -86,9 +86,8 @@ SystemCode HostFileSystem::ReadFolder(const std::wstring& folder,
   std::error_code error;
   for (fs::directory_iterator entry(*host, error), end; !error && entry != end;
        entry.increment(error)) {
-    const fs::file_type type = StatusAt(entry->path()).type();
-    read.push_back({TextFromHostName(entry->path().filename()), type == fs::file_type::directory,
-                    type == fs::file_type::symlink});
+    read.push_back({TextFromHostName(entry->path().filename()), LeadsToFolder(entry->path()),
+                    fs::is_symlink(StatusAt(entry->path()))});
   }
   if (error) return SystemCodeOf(error);
   std::sort(read.begin(), read.end(), ListedBefore);
@@ -98,7 +97,7 @@ SystemCode HostFileSystem::ReadFolder(const std::wstring& folder,
 
 SystemCode HostFileSystem::CreateFolder(const std::wstring& path) {
   const auto host = paths_.ToHost(path);
-  if (!host || !paths_.IsNameAllowed(path)) return kInvalidName;
+  if (!host || !paths_.MayBeMade(path)) return kInvalidName;
   if (fs::exists(StatusAt(*host))) return kAlreadyExists;
   if (const SystemCode code = CheckParent(*host); code != kSystemOk) return code;
   std::error_code error;
@@ -108,7 +107,7 @@ SystemCode HostFileSystem::CreateFolder(const std::wstring& path) {
 
 SystemCode HostFileSystem::CreateEmptyFile(const std::wstring& path) {
   const auto host = paths_.ToHost(path);
-  if (!host || !paths_.IsNameAllowed(path)) return kInvalidName;
+  if (!host || !paths_.MayBeMade(path)) return kInvalidName;
   std::error_code error;
   const fs::file_status there = fs::status(*host, error);
   // Opening a pipe or a device would wait for somebody at its other end.
@@ -127,7 +126,7 @@ SystemCode HostFileSystem::RemoveFile(const std::wstring& path) {
     case fs::file_type::directory:
       return kAccessDenied;
     case fs::file_type::symlink:
-      return Remove(*host);
+      return LeadsToFolder(*host) ? kAccessDenied : Remove(*host);
     default:
       return OwnerMayWrite(*host) ? Remove(*host) : kAccessDenied;
   }

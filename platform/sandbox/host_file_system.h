@@ -9,9 +9,9 @@
 
 namespace carrovan {
 
-// Host files behind Windows paths and error numbers. A symbolic link is listed as a link and never
-// as a folder, so that a walk through folders ends and stays below the folder it began in; removing
-// a link leaves what it leads to alone.
+// Host files behind Windows paths and error numbers. A symbolic link is what it leads to, and is
+// listed as a link; one that leads nowhere is a file that cannot be opened. Removing a link leaves
+// what it leads to alone.
 class HostFileSystem : public FileSystem {
  public:
   explicit HostFileSystem(const PathMapper& paths) : paths_(paths) {}

@@ -18,9 +18,9 @@ bool BeginsWithDrive(std::wstring_view path) {
   return path.size() >= 2 && path[1] == L':' && IsDriveLetter(path[0]);
 }
 
-bool IsForbiddenInName(wchar_t c) {
-  return static_cast<char32_t>(c) < 32 ||
-         std::wstring_view(L"<>:\"/\\|?*").find(c) != std::wstring_view::npos;
+bool IsForbiddenInPath(wchar_t c) {
+  constexpr std::wstring_view kForbidden = L"<>:\"|?*";
+  return static_cast<char32_t>(c) < 32 || kForbidden.find(c) != std::wstring_view::npos;
 }
 
 std::wstring_view WithoutTrailing(std::wstring_view text, std::wstring_view characters) {
@@ -88,7 +88,7 @@ std::optional<fs::path> HostPathMapper::ToHost(const std::wstring& path) const {
   return host.has_filename() || !host.has_relative_path() ? host : host.parent_path();
 }
 
-bool HostPathMapper::IsNameAllowed(const std::wstring&) const { return true; }
+bool HostPathMapper::MayBeMade(const std::wstring&) const { return true; }
 
 std::optional<fs::path> DrivePathMapper::ToHost(const std::wstring& path) const {
   if (!BeginsWithDrive(path)) return HostPathMapper().ToHost(path);
@@ -101,11 +101,9 @@ std::optional<fs::path> DrivePathMapper::ToHost(const std::wstring& path) const 
   return found;
 }
 
-bool DrivePathMapper::IsNameAllowed(const std::wstring& path) const {
+bool DrivePathMapper::MayBeMade(const std::wstring& path) const {
   if (!BeginsWithDrive(path)) return true;
-  const std::vector<std::wstring> components = Components(std::wstring_view(path).substr(2));
-  return components.empty() ||
-         std::none_of(components.back().begin(), components.back().end(), IsForbiddenInName);
+  return std::none_of(path.begin() + 2, path.end(), IsForbiddenInPath);
 }
 
 }  // namespace carrovan

@@ -15,15 +15,15 @@ class PathMapper {
   // The host path of a file or folder that may be missing; nothing when no file can have this path.
   virtual std::optional<std::filesystem::path> ToHost(const std::wstring& path) const = 0;
 
-  // False for a last component that Windows would not give to a new file.
-  virtual bool IsNameAllowed(const std::wstring& path) const = 0;
+  // False when the path holds a character that Windows gives to no new file or folder.
+  virtual bool MayBeMade(const std::wstring& path) const = 0;
 };
 
 // Every path is the host's own.
 class HostPathMapper : public PathMapper {
  public:
   std::optional<std::filesystem::path> ToHost(const std::wstring& path) const override;
-  bool IsNameAllowed(const std::wstring& path) const override;
+  bool MayBeMade(const std::wstring& path) const override;
 };
 
 // A path that begins with a drive letter lies below a root folder, in a folder named after the
@@ -35,7 +35,7 @@ class DrivePathMapper : public PathMapper {
   explicit DrivePathMapper(std::filesystem::path root) : root_(std::move(root)) {}
 
   std::optional<std::filesystem::path> ToHost(const std::wstring& path) const override;
-  bool IsNameAllowed(const std::wstring& path) const override;
+  bool MayBeMade(const std::wstring& path) const override;
 
  private:
   std::filesystem::path root_;

@@ -61,7 +61,7 @@ std::unique_ptr<RunningCommand> SandboxInterpreter::Start(const std::wstring& pa
 void SandboxInterpreter::Export(std::wstring_view key, const std::wstring& file) const {
   const auto target = paths_.ToHost(file);
   const auto hive = HiveOfRoot(TakeKeyName(key));
-  if (!target || !hive) return;
+  if (!target || !paths_.MayBeMade(file) || !hive) return;
   const RegistryKey* found = registry_.Find(*hive, key);
   if (found == nullptr) return;
   const std::wstring text = WriteRegFile(*hive, TidyKeyPath(key), *found, RegFileForm::kExport);

@@ -48,7 +48,7 @@ std::wstring SandboxProfileFile::ReadValue(const std::wstring& section, const st
 bool SandboxProfileFile::WriteValue(const std::wstring& section, const std::wstring& key,
                                     const std::wstring& value, const std::wstring& filePath) {
   const auto file = paths_.ToHost(filePath);
-  if (!file || !paths_.IsNameAllowed(filePath)) return false;
+  if (!file || !paths_.MayBeMade(filePath)) return false;
   Bytes content;
   const FileStatus status = ReadHostFile(*file, content);
   if (status != FileStatus::kDone && status != FileStatus::kMissing) return false;

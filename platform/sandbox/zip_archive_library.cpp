@@ -37,7 +37,8 @@ class MappedReader : public ArchiveExaminer {
 
   ArchiveResult Extract(std::size_t index, const std::wstring& targetPath) override {
     const auto target = paths_.ToHost(targetPath);
-    return target ? reader_->Extract(index, *target) : ArchiveResult::kTargetNotWritable;
+    if (!target || !paths_.MayBeMade(targetPath)) return ArchiveResult::kTargetNotWritable;
+    return reader_->Extract(index, *target);
   }
 
   std::optional<std::vector<std::uint8_t>> Read(std::size_t index,
@@ -56,7 +57,8 @@ class MappedReader : public ArchiveExaminer {
 
 std::unique_ptr<ArchiveWriter> ZipArchiveLibrary::Create(const std::wstring& archivePath) {
   const auto archive = paths_.ToHost(archivePath);
-  auto writer = archive ? ZipWriter::Create(*archive) : nullptr;
+  if (!archive || !paths_.MayBeMade(archivePath)) return nullptr;
+  auto writer = ZipWriter::Create(*archive);
   if (!writer) return nullptr;
   return std::make_unique<MappedWriter>(paths_, std::move(writer));
 }

@@ -25,6 +25,9 @@ struct TarvikFunctions {
   CloseZipFunction closeZipU = nullptr;
 };
 
+// A text of the library; no text is taken for an empty one.
+inline std::wstring TextFromTarvik(const wchar_t* text) { return text == nullptr ? L"" : text; }
+
 // The address of an exported function; null when there is none of that name.
 using FunctionLookup = std::function<void*(const char* name)>;
 

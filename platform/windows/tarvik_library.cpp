@@ -30,6 +30,17 @@ std::wstring ProgramPath() {
   }
 }
 
+SystemCode LoadModule(const std::wstring& path, ModuleHandle& module) {
+  // Of a damaged library the system would tell the user itself, in a message box.
+  DWORD oldMode = 0;
+  SetThreadErrorMode(SEM_FAILCRITICALERRORS, &oldMode);
+  module.Reset(LoadLibraryExW(path.c_str(), nullptr,
+                              LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32));
+  const SystemCode code = module ? kSystemOk : GetLastError();
+  SetThreadErrorMode(oldMode, nullptr);
+  return code;
+}
+
 std::wstring ReasonNotLoaded(const std::wstring& path, SystemCode code) {
   // The system gives one number for a library that is missing and for one that misses another.
   if (!WindowsFileSystem().Exists(path)) {
@@ -49,10 +60,9 @@ std::wstring ReasonMissingFunction(const std::wstring& path, const std::string& 
 }  // namespace
 
 TarvikOrReason LoadTarvik(const std::wstring& libraryPath) {
-  ModuleHandle module(
-      LoadLibraryExW(libraryPath.c_str(), nullptr,
-                     LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32));
-  if (!module) return {nullptr, ReasonNotLoaded(libraryPath, GetLastError())};
+  ModuleHandle module;
+  const SystemCode code = LoadModule(libraryPath, module);
+  if (!module) return {nullptr, ReasonNotLoaded(libraryPath, code)};
   const auto lookup = [&module](const char* name) {
     return reinterpret_cast<void*>(GetProcAddress(module.Get(), name));
   };

@@ -3,10 +3,7 @@
 namespace carrovan {
 namespace {
 
-std::wstring TextOf(EyeTextFunction function) {
-  const wchar_t* text = function();
-  return text == nullptr ? std::wstring() : text;
-}
+std::wstring TextOf(EyeTextFunction function) { return TextFromTarvik(function()); }
 
 }  // namespace
 

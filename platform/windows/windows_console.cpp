@@ -25,7 +25,8 @@ void WriteBytes(HANDLE stream, std::string_view bytes) {
 // A console takes no more than some ten thousand characters at once.
 void WriteToTerminal(HANDLE stream, std::wstring_view text) {
   while (!text.empty()) {
-    const auto part = static_cast<DWORD>(std::min<std::size_t>(text.size(), 8192));
+    auto part = static_cast<DWORD>(std::min<std::size_t>(text.size(), 8192));
+    if (part < text.size() && IS_HIGH_SURROGATE(text[part - 1])) --part;
     DWORD written = 0;
     if (WriteConsoleW(stream, text.data(), part, &written, nullptr) == FALSE || written == 0) {
       return;

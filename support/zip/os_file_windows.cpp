@@ -1,7 +1,7 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <array>
+#include <bit>
 #include <string>
 #include <utility>
 
@@ -35,7 +35,7 @@ FileStatus StatusOfError() {
 
 FileStatus StatusOf(BOOL succeeded) { return succeeded ? FileStatus::kDone : StatusOfError(); }
 
-HANDLE Handle(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
+HANDLE Handle(std::intptr_t handle) { return std::bit_cast<HANDLE>(handle); }
 
 std::wstring FullPath(const std::filesystem::path& path) {
   std::wstring full(MAX_PATH, L'\0');
@@ -49,7 +49,7 @@ std::wstring FullPath(const std::filesystem::path& path) {
 
 // The form in which a path may be longer than MAX_PATH.
 std::wstring LongForm(const std::filesystem::path& path) {
-  const std::wstring full = FullPath(path);
+  std::wstring full = FullPath(path);
   if (full.starts_with(LR"(\\?\)") || full.starts_with(LR"(\\.\)")) return full;
   if (full.starts_with(LR"(\\)")) return LR"(\\?\UNC\)" + full.substr(2);
   return LR"(\\?\)" + full;
@@ -57,7 +57,7 @@ std::wstring LongForm(const std::filesystem::path& path) {
 
 std::intptr_t OpenHandle(const std::filesystem::path& path, DWORD access, DWORD share,
                          DWORD disposition, DWORD flags) {
-  return reinterpret_cast<std::intptr_t>(
+  return std::bit_cast<std::intptr_t>(
       CreateFileW(LongForm(path).c_str(), access, share, nullptr, disposition, flags, nullptr));
 }
 

@@ -1,5 +1,6 @@
 #include "support/zip/part_file.h"
 
+#include <algorithm>
 #include <string>
 
 namespace carrovan {

@@ -12,25 +12,33 @@
 #include "support/zip/entry_spool.h"
 
 namespace carrovan {
+namespace {
+
+constexpr std::size_t kLongestName = 0xFFFF;  // in bytes, as the format counts it
+
+}  // namespace
 
 class ZipWriter::Contents {
  public:
   Contents(std::filesystem::path archive, std::unique_ptr<EntrySpool> spool)
       : archive_(std::move(archive)), spool_(std::move(spool)) {}
 
-  ArchiveResult Add(std::wstring name, const std::filesystem::path& source) {
-    std::replace(name.begin(), name.end(), L'/', L'\\');
-    if (name.ends_with(L'\\') || RefusalOfStoredName(name) || names_.contains(name)) {
+  ArchiveResult Add(const std::wstring& entryName, const std::filesystem::path& source) {
+    StoredEntry entry;
+    entry.nameUtf8 = ToUtf8(entryName);
+    std::replace(entry.nameUtf8.begin(), entry.nameUtf8.end(), '/', '\\');
+    // Read back, as names that differ outside of Unicode only are stored as one.
+    std::wstring name = FromUtf8(entry.nameUtf8);
+    if (entry.nameUtf8.size() > kLongestName || name.ends_with(L'\\') ||
+        RefusalOfStoredName(name) || names_.contains(name)) {
       return ArchiveResult::kNameRefused;
     }
+
     OsFile file;
     const FileStatus status = file.OpenToRead(source);
     if (status == FileStatus::kMissing) return ArchiveResult::kSourceMissing;
     const auto facts = status == FileStatus::kDone ? file.Facts() : std::nullopt;
     if (!facts) return ArchiveResult::kSourceUnreadable;
-
-    StoredEntry entry;
-    entry.nameUtf8 = ToUtf8(name);
     entry.modifiedSeconds = facts->modifiedSeconds;
     const ArchiveResult result = spool_->Store(file, entry);
     if (result != ArchiveResult::kDone) return result;

@@ -62,6 +62,7 @@ class SampleMakingTest(unittest.TestCase):
 
     def test_says_what_is_wrong_with_its_arguments(self):
         for arguments in ([], ["--sandbox", "x", "--scale", "0"],
+                          ["--sandbox", "x", "--scale", "nan"], ["--sandbox", "x", "--user", "a/b"],
                           ["--sandbox", "x", "--programs", "y"]):
             done = subprocess.run([sys.executable, MAKE_SAMPLE, *arguments], cwd=self.folder,
                                   capture_output=True, text=True, check=False)

@@ -60,43 +60,16 @@ TEST_F(ExportTrouble, LockedFileIsPassedOverAndNamed) {
 }
 
 // Lists a file that is gone when it is asked for.
-class VanishingFiles : public FileSystem {
+class VanishingFiles : public ForwardingFiles {
  public:
   VanishingFiles(FileSystem& files, std::wstring vanished)
-      : files_(files), vanished_(std::move(vanished)) {}
+      : ForwardingFiles(files), vanished_(std::move(vanished)) {}
 
   bool Exists(const std::wstring& path) const override {
-    return path != vanished_ && files_.Exists(path);
-  }
-  bool IsFolder(const std::wstring& path) const override { return files_.IsFolder(path); }
-  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override {
-    return files_.ListFolder(folder);
-  }
-  SystemCode ReadFolder(const std::wstring& folder,
-                        std::vector<FolderEntry>& entries) const override {
-    return files_.ReadFolder(folder, entries);
-  }
-  SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override {
-    return files_.ReadBytes(path, bytes);
-  }
-  SystemCode CreateFolder(const std::wstring& path) override { return files_.CreateFolder(path); }
-  SystemCode CreateEmptyFile(const std::wstring& path) override {
-    return files_.CreateEmptyFile(path);
-  }
-  SystemCode RemoveFile(const std::wstring& path) override { return files_.RemoveFile(path); }
-  SystemCode RemoveFolder(const std::wstring& path) override { return files_.RemoveFolder(path); }
-  SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override {
-    return files_.WriteBytes(path, bytes);
-  }
-  SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override {
-    return files_.CopyOver(source, target);
-  }
-  SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override {
-    return files_.MoveTo(source, target);
+    return path != vanished_ && ForwardingFiles::Exists(path);
   }
 
  private:
-  FileSystem& files_;
   std::wstring vanished_;
 };
 

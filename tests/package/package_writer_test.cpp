@@ -62,6 +62,18 @@ TEST(EntryName, WithoutAStagingFolderNoPathIsTakenForAStagedFile) {
   EXPECT_EQ(EntryNameInFolder(context, L"D:\\x.xml"), L"");
 }
 
+// Shows every folder named "link" as a link.
+class LinkingFiles : public ForwardingFiles {
+ public:
+  using ForwardingFiles::ForwardingFiles;
+
+  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override {
+    auto entries = ForwardingFiles::ListFolder(folder);
+    for (FolderEntry& entry : entries) entry.isLink = entry.name == L"link";
+    return entries;
+  }
+};
+
 class WritePackageTest : public testing::Test {
  protected:
   WritePackageTest() {
@@ -167,6 +179,20 @@ TEST_F(WritePackageTest, FileThatNoRuleNamesIsReported) {
   EXPECT_EQ(report.skipped[0].path, stray);
   EXPECT_EQ(report.skipped[0].reason, ArchiveResult::kNameRefused);
   EXPECT_EQ(EntryNames(), Names{L"Options\\A.reg"});
+}
+
+TEST_F(WritePackageTest, LinkToAFolderIsFollowedOnceAndALinkBelowItIsReported) {
+  const std::wstring folder = machine_->ScratchFolder() + L"Local\\V";
+  machine_->PutFile(folder + L"\\link\\a.xml", "x");
+  machine_->PutFile(folder + L"\\link\\link\\b.xml", "x");
+  const Machine p = machine_->Ports();
+  LinkingFiles files(p.files);
+  const Machine linking{files,     p.registry, p.folders,     p.guids, p.profiles,
+                        p.product, p.archives, p.interpreter, p.clock};
+  const auto report = WritePackage(context_, linking, Names{folder}, Archive());
+  EXPECT_EQ(EntryNames(), Names{FromFirstLocal(folder + L"\\link\\a.xml")});
+  ASSERT_EQ(report.skipped.size(), 1u);
+  EXPECT_EQ(report.skipped[0].path, folder + L"\\link\\link");
 }
 
 TEST_F(WritePackageTest, ArchiveThatCannotBeCreatedIsReportedAndNothingMore) {

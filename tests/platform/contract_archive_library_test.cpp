@@ -221,7 +221,8 @@ TEST_F(ArchiveLibraryContract, WritesNothingWhereItMayNot) {
   machine_->MakeFolder(At(L"closed"));
   machine_->MakeFolderUnwritable(At(L"closed"));
   machine_->PutFile(At(L"plain"), "x");
-  for (const wchar_t* name : {L"file", L"closed\\file", L"closed\\sub\\file", L"plain\\file"}) {
+  for (const wchar_t* name :
+       {L"file", L"a?b", L"c?d\\file", L"closed\\file", L"closed\\sub\\file", L"plain\\file"}) {
     EXPECT_EQ(reader->Extract(0, At(name)), ArchiveResult::kTargetNotWritable) << ToUtf8(name);
   }
   EXPECT_EQ(machine_->FileBytes(At(L"file")), "old");

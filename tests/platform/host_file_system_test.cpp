@@ -66,7 +66,7 @@ TEST_F(HostFileSystemTest, TellsTheFirstOfSeveralSpellingsEachTime) {
   EXPECT_EQ(Names(files_.ListFolder(L"C:\\")), std::vector<std::wstring>{L"name.txt"});
 }
 
-TEST_F(HostFileSystemTest, ListsALinkAsALinkAndRemovesOnlyIt) {
+TEST_F(HostFileSystemTest, ListsALinkAsOneAndRemovesOnlyIt) {
   Put("target/inside.txt");
   Put("file.txt");
   fs::create_directory_symlink(Host("target"), Host("to folder"));
@@ -74,7 +74,7 @@ TEST_F(HostFileSystemTest, ListsALinkAsALinkAndRemovesOnlyIt) {
   fs::create_symlink(Host("nowhere"), Host("to nothing"));
   for (const FolderEntry& entry : files_.ListFolder(L"C:\\")) {
     EXPECT_EQ(entry.isLink, entry.name.starts_with(L"to "));
-    EXPECT_EQ(entry.isFolder, entry.name == L"target");
+    EXPECT_EQ(entry.isFolder, entry.name == L"target" || entry.name == L"to folder");
   }
   EXPECT_TRUE(files_.IsFolder(L"C:\\to folder"));
   EXPECT_TRUE(files_.Exists(L"C:\\to folder\\inside.txt"));
@@ -87,10 +87,11 @@ TEST_F(HostFileSystemTest, ListsALinkAsALinkAndRemovesOnlyIt) {
   EXPECT_TRUE(files_.Exists(L"C:\\target\\inside.txt"));
 }
 
-TEST_F(HostFileSystemTest, RemovesALinkToAFolderAsAFile) {
+TEST_F(HostFileSystemTest, TakesALinkToAFolderForAFolderWhenItIsRemoved) {
   Put("target/inside.txt");
   fs::create_directory_symlink(Host("target"), Host("link"));
-  EXPECT_EQ(files_.RemoveFile(L"C:\\link"), kSystemOk);
+  EXPECT_EQ(files_.RemoveFile(L"C:\\link"), kAccessDenied);
+  EXPECT_EQ(files_.RemoveFolder(L"C:\\link"), kSystemOk);
   EXPECT_TRUE(files_.Exists(L"C:\\target\\inside.txt"));
 }
 
@@ -105,7 +106,9 @@ TEST_F(HostFileSystemTest, ComesToAnEndInALoopOfLinks) {
   EXPECT_EQ(files_.CreateEmptyFile(L"C:\\ping\\x"), kPathNotFound);
   const auto entries = files_.ListFolder(L"C:\\a");
   ASSERT_EQ(entries.size(), 1u);
-  EXPECT_FALSE(entries[0].isFolder);
+  EXPECT_TRUE(entries[0].isFolder && entries[0].isLink);
+  EXPECT_EQ(files_.RemoveFolder(L"C:\\a\\self"), kSystemOk);
+  EXPECT_TRUE(files_.IsFolder(L"C:\\a"));
   EXPECT_EQ(files_.RemoveFile(L"C:\\pong"), kSystemOk);
 }
 

@@ -89,13 +89,13 @@ TEST_F(DrivePathMapperTest, LeavesOtherPathsToTheHost) {
   EXPECT_EQ(mapper_.ToHost(L"relative"), fs::path("relative"));
 }
 
-TEST_F(DrivePathMapperTest, KnowsTheCharactersThatNoNewNameHas) {
+TEST_F(DrivePathMapperTest, KnowsTheCharactersThatNoNewFileHas) {
   for (const wchar_t* path : {L"C:\\a<b", L"C:\\a>b", L"C:\\a:b", L"C:\\a\"b", L"C:\\a|b",
-                              L"C:\\a?b", L"C:\\*", L"C:\\x\\a\tb"}) {
-    EXPECT_FALSE(mapper_.IsNameAllowed(path)) << ToUtf8(path);
+                              L"C:\\a?b", L"C:\\*", L"C:\\x?y\\a", L"C:\\x\\a\tb"}) {
+    EXPECT_FALSE(mapper_.MayBeMade(path)) << ToUtf8(path);
   }
-  for (const wchar_t* path : {L"C:\\a b", L"C:\\", L"C:\\x?y\\a", L"C:\\\x4E2D", L"C:\\a\\"}) {
-    EXPECT_TRUE(mapper_.IsNameAllowed(path)) << ToUtf8(path);
+  for (const wchar_t* path : {L"C:\\a b", L"C:\\", L"C:\\\x4E2D", L"C:\\a\\"}) {
+    EXPECT_TRUE(mapper_.MayBeMade(path)) << ToUtf8(path);
   }
 }
 

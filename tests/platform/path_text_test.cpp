@@ -49,7 +49,7 @@ TEST(PathText, RemovesTheLastComponent) {
 
 TEST(PathText, TakesTheNameBehindTheLastSeparator) {
   EXPECT_EQ(FileNameOf(L"C:\\A\\b.txt"), L"b.txt");
-  EXPECT_EQ(FileNameOf(L"/tmp/b.txt"), L"b.txt");
+  EXPECT_EQ(FileNameOf(L"/folder/b.txt"), L"b.txt");
   EXPECT_EQ(FileNameOf(L"b.txt"), L"b.txt");
   EXPECT_EQ(FileNameOf(L"C:\\A\\"), L"");
   EXPECT_EQ(FileNameOf(L""), L"");

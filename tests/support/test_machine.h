@@ -36,8 +36,8 @@ class RecordingClock : public Clock {
   void Pause(std::chrono::milliseconds duration) override { pauses.push_back(duration); }
 };
 
-// A machine that a test may fill and spoil: a sandbox folder natively, the real registry and profile
-// in the Windows program. Everything it made is gone when it is destroyed.
+// A machine that a test may fill and spoil: a sandbox folder natively, the real registry and
+// profile in the Windows program. Everything it made is gone when it is destroyed.
 class TestMachine {
  public:
   virtual ~TestMachine() = default;
@@ -48,11 +48,11 @@ class TestMachine {
   FixedProduct product;
   RecordingClock clock;
 
-  // A fresh folder for the test's own files, with a trailing backslash. The product's startup folder
-  // is set below it: scratch + "Program Files\Product\Bin".
+  // A fresh folder for the test's own files, with a trailing backslash. The product's startup
+  // folder is set below it: scratch + "Program Files\Product\Bin".
   virtual std::wstring ScratchFolder() const = 0;
 
-  virtual void MakeFolder(const std::wstring& path) = 0;  // and its parents
+  virtual void MakeFolder(const std::wstring& path) = 0;                         // and its parents
   virtual void PutFile(const std::wstring& path, const std::string& bytes) = 0;  // and its parents
   virtual std::optional<std::string> FileBytes(const std::wstring& path) const = 0;
   virtual void DeletePath(const std::wstring& path) = 0;  // a file, or a folder with its content

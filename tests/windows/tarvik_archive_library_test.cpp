@@ -120,6 +120,16 @@ TEST_F(TarvikArchiveLibraryTest, PassesItems) {
   EXPECT_EQ(archive_.calls, (Calls{"GetZipItem 3", "UnzipItem 3"}));
 }
 
+TEST_F(TarvikArchiveLibraryTest, TakesNoNameForAnEmptyOne) {
+  TarvikFunctions functions = FakeFunctions();
+  functions.getZipItem = [](EyeZipHandle, std::uint32_t, EyeZipEntry*) -> std::uint32_t {
+    return 0;
+  };
+  const auto item = TarvikArchiveLibrary(functions).Open(Path())->Item(0);
+  ASSERT_TRUE(item.has_value());
+  EXPECT_EQ(item->name, L"");
+}
+
 TEST_F(TarvikArchiveLibraryTest, HasNoItemWhereTheLibraryReportsNone) {
   const auto reader = library_.Open(Path());
   archive_.result = 1;

@@ -7,7 +7,8 @@
 #include "support/zip/zip_archive.h"
 #include "tests/zip/zip_test_files.h"
 
-// What only Windows knows: files that somebody else keeps locked, and names of devices.
+// What only Windows knows: files that somebody else keeps locked, names of devices, and paths whose
+// mark says that they may be long.
 
 namespace carrovan {
 namespace {
@@ -53,6 +54,22 @@ TEST(ZipLocks, ReadsNoDevice) {
   const auto writer = ZipWriter::Create(folder / L"a.zip");
   EXPECT_EQ(writer->Add(L"device", L"NUL"), ArchiveResult::kSourceUnreadable);
   EXPECT_EQ(ZipReader::Open(L"NUL"), nullptr);
+}
+
+TEST(ZipLongPaths, TakesPathsThatAreMarkedAsLong) {
+  const TempFolder folder;
+  const auto marked = [&](const std::wstring& name) {
+    return std::filesystem::path(LR"(\\?\)" + folder.Path().wstring() + L"\\" + name);
+  };
+  const auto writer = ZipWriter::Create(marked(L"a.zip"));
+  ASSERT_NE(writer, nullptr);
+  folder.Put(L"source", "content");
+  EXPECT_EQ(writer->Add(L"item", marked(L"source")), ArchiveResult::kDone);
+  EXPECT_EQ(writer->Close(), ArchiveResult::kDone);
+  const auto reader = ZipReader::Open(marked(L"a.zip"));
+  ASSERT_NE(reader, nullptr);
+  EXPECT_EQ(reader->Extract(0, marked(L"new\\folder\\item")), ArchiveResult::kDone);
+  EXPECT_EQ(FileBytes(folder / L"new\\folder\\item"), "content");
 }
 
 }  // namespace

@@ -191,6 +191,28 @@ TEST(ZipWriter, RefusesANameThatIsStoredAlready) {
   ExpectContents(folder / L"a.zip", {{L"Local\\Äb.txt", "x"}});
 }
 
+TEST(ZipWriter, RefusesANameThatBecomesAnotherWhenItIsStored) {
+  const TempFolder folder;
+  const fs::path source = folder.Put(L"source", "x");
+  const auto writer = ZipWriter::Create(folder / L"a.zip");
+  // Halves of surrogate pairs, which are no text.
+  EXPECT_EQ(writer->Add(std::wstring(1, wchar_t{0xD800}), source), ArchiveResult::kDone);
+  EXPECT_EQ(writer->Add(std::wstring(1, wchar_t{0xDC00}), source), ArchiveResult::kNameRefused);
+  EXPECT_EQ(writer->Close(), ArchiveResult::kDone);
+  ExpectContents(folder / L"a.zip", {{L"\xFFFD", "x"}});
+}
+
+TEST(ZipWriter, StoresNamesUpToTheLengthThatTheFormatCounts) {
+  const TempFolder folder;
+  const fs::path source = folder.Put(L"source", "x");
+  const auto writer = ZipWriter::Create(folder / L"a.zip");
+  const std::wstring longest(0xFFFF, L'n');
+  EXPECT_EQ(writer->Add(longest + L"n", source), ArchiveResult::kNameRefused);
+  EXPECT_EQ(writer->Add(longest, source), ArchiveResult::kDone);
+  EXPECT_EQ(writer->Close(), ArchiveResult::kDone);
+  ExpectContents(folder / L"a.zip", {{longest, "x"}});
+}
+
 TEST(ZipWriter, TakesANameAgainWhoseFileCouldNotBeRead) {
   const TempFolder folder;
   const auto writer = ZipWriter::Create(folder / L"a.zip");
