@@ -26,7 +26,7 @@ std::unique_ptr<Obstacle> DenyReadingKey(RegistryHive hive, const std::wstring& 
 // Sets or clears the read-only attribute of a file; false when that fails.
 bool SetReadOnly(const std::wstring& path, bool readOnly);
 
-// A name that no other process of the user has at the same time, also not one that died.
+// The name is taken: nobody else can claim it. It is free again when its process ends in any way.
 std::unique_ptr<Obstacle> ClaimName(const std::wstring& name);
 
 unsigned long OwnProcessId();
