@@ -20,12 +20,12 @@ struct FindHandleTraits {
 };
 using FindHandle = UniqueHandle<FindHandleTraits>;
 
-struct ProcessHandleTraits {
+struct KernelObjectTraits {
   using Handle = HANDLE;
   static Handle Invalid() { return nullptr; }
   static void Close(Handle handle) { CloseHandle(handle); }
 };
-using ProcessHandle = UniqueHandle<ProcessHandleTraits>;
+using KernelObject = UniqueHandle<KernelObjectTraits>;
 
 struct ModuleHandleTraits {
   using Handle = HMODULE;

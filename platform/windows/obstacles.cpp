@@ -17,12 +17,14 @@ struct LocalMemoryTraits {
 };
 using LocalMemory = UniqueHandle<LocalMemoryTraits>;
 
-class LockedFile : public Obstacle {
+// Stands as long as a handle is open.
+template <typename Handle>
+class Held : public Obstacle {
  public:
-  explicit LockedFile(FileHandle file) : file_(std::move(file)) {}
+  explicit Held(Handle handle) : handle_(std::move(handle)) {}
 
  private:
-  FileHandle file_;
+  Handle handle_;
 };
 
 // Takes rights from everybody by an entry in the access list of an open object, and puts the old
@@ -90,7 +92,7 @@ std::unique_ptr<Obstacle> LockFileForOthers(const std::wstring& path) {
   FileHandle file(CreateFileW(SystemPath(path).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
                               FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!file) return nullptr;
-  return std::make_unique<LockedFile>(std::move(file));
+  return std::make_unique<Held<FileHandle>>(std::move(file));
 }
 
 std::unique_ptr<Obstacle> DenyCreatingIn(const std::wstring& folder) {
@@ -114,9 +116,10 @@ bool SetReadOnly(const std::wstring& path, bool readOnly) {
   return SetFileAttributesW(systemPath.c_str(), changed) != FALSE;
 }
 
-bool IsProcessRunning(unsigned long processId) {
-  const ProcessHandle process(OpenProcess(SYNCHRONIZE, FALSE, processId));
-  return process && WaitForSingleObject(process.Get(), 0) == WAIT_TIMEOUT;
+std::unique_ptr<Obstacle> ClaimName(const std::wstring& name) {
+  KernelObject mutex(CreateMutexW(nullptr, FALSE, name.c_str()));
+  if (!mutex || GetLastError() == ERROR_ALREADY_EXISTS) return nullptr;
+  return std::make_unique<Held<KernelObject>>(std::move(mutex));
 }
 
 unsigned long OwnProcessId() { return GetCurrentProcessId(); }

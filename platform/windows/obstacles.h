@@ -26,8 +26,9 @@ std::unique_ptr<Obstacle> DenyReadingKey(RegistryHive hive, const std::wstring& 
 // Sets or clears the read-only attribute of a file; false when that fails.
 bool SetReadOnly(const std::wstring& path, bool readOnly);
 
-// True while a process of that number runs.
-bool IsProcessRunning(unsigned long processId);
+// The name is taken: nobody else can claim it. It is free again when its process ends in any way.
+std::unique_ptr<Obstacle> ClaimName(const std::wstring& name);
+
 unsigned long OwnProcessId();
 
 }  // namespace carrovan

@@ -11,14 +11,14 @@ namespace {
 
 class RunningProcess : public RunningCommand {
  public:
-  explicit RunningProcess(ProcessHandle process) : process_(std::move(process)) {}
+  explicit RunningProcess(KernelObject process) : process_(std::move(process)) {}
 
   void WaitForEnd() override {
     if (process_) WaitForSingleObject(process_.Get(), INFINITE);
   }
 
  private:
-  ProcessHandle process_;
+  KernelObject process_;
 };
 
 }  // namespace
@@ -34,7 +34,7 @@ std::unique_ptr<RunningCommand> WindowsCommandInterpreter::Start(const std::wstr
   start.lpParameters = parameters.c_str();
   start.nShow = SW_HIDE;
   if (ShellExecuteExW(&start) == FALSE) return nullptr;
-  return std::make_unique<RunningProcess>(ProcessHandle(start.hProcess));
+  return std::make_unique<RunningProcess>(KernelObject(start.hProcess));
 }
 
 }  // namespace carrovan

@@ -24,11 +24,9 @@ std::wstring TestNameIn(const std::wstring& text) {
   return std::regex_search(text, match, pattern) ? match.str() : std::wstring();
 }
 
-bool BelongsToDeadProcess(const std::wstring& name) {
+bool HasNoMachine(const std::wstring& name) {
   const std::wstring testName = TestNameIn(name);
-  if (testName.empty()) return false;
-  const std::wstring processId = testName.substr(testName.find(L'T', testName.find(L'-')) + 1);
-  return !IsProcessRunning(std::stoul(processId));
+  return !testName.empty() && ClaimName(testName) != nullptr;
 }
 
 // Neither folders nor files can be removed while they are read-only.
@@ -67,7 +65,7 @@ TestTraces::TestTraces() : temp_(WindowsKnownFolders().TempPath().value()) {
       keys_.push_back({hive, key});
     }
   }
-  RemoveNames(BelongsToDeadProcess);
+  RemoveNames(HasNoMachine);
   for (Folder& folder : folders_) folder.wasThere = WindowsFileSystem().Exists(folder.path);
   for (Key& key : keys_) key.wasThere = WindowsRegistry().CanOpenKey(key.hive, key.path);
   TakeName();
@@ -89,17 +87,16 @@ bool TestTraces::IsShared(RegistryHive hive, const std::wstring& keyPath) const 
   });
 }
 
-// The folder that can be made is the proof that nobody else has the name.
 void TestTraces::TakeName() {
   const std::wstring prefix = L"VANTRIC-T" + std::to_wstring(OwnProcessId()) + L"-";
-  for (int number = 1;; ++number) {
+  for (int number = 1; claim_ == nullptr; ++number) {
     name_ = prefix + std::to_wstring(number);
-    scratch_ = temp_ + L"Carrovan test " + name_ + L"\\";
-    const SystemCode code = WindowsFileSystem().CreateFolder(scratch_);
-    if (code == kSystemOk) return;
-    if (code != kAlreadyExists) {
-      throw std::runtime_error("no scratch folder: error " + std::to_string(code));
-    }
+    claim_ = ClaimName(name_);
+  }
+  scratch_ = temp_ + L"Carrovan test " + name_ + L"\\";
+  const SystemCode code = WindowsFileSystem().CreateFolder(scratch_);
+  if (code != kSystemOk) {
+    throw std::runtime_error("no scratch folder: error " + std::to_string(code));
   }
 }
 

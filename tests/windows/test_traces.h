@@ -1,10 +1,12 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "platform/registry.h"
+#include "platform/windows/obstacles.h"
 
 namespace carrovan {
 
@@ -51,7 +53,8 @@ class TestTraces {
 
   std::wstring temp_;
   std::vector<Folder> folders_;
-  std::vector<Key> keys_;  // inner before outer
+  std::vector<Key> keys_;            // inner before outer
+  std::unique_ptr<Obstacle> claim_;  // keeps the name from being taken for a dead machine's
   std::wstring name_;
   std::wstring scratch_;
 };

@@ -15,6 +15,7 @@ TEST(WindowsTestMachine, GivesEachMachineItsOwnNameAndFolder) {
   const auto second = NewTestMachine();
   EXPECT_NE(first->product.productName, second->product.productName);
   EXPECT_NE(first->ScratchFolder(), second->ScratchFolder());
+  EXPECT_TRUE(WindowsFileSystem().Exists(first->ScratchFolder()));
 }
 
 TEST(WindowsTestMachine, LeavesNothingBehind) {
@@ -50,7 +51,6 @@ TEST(WindowsTestMachine, LeavesNothingBehind) {
   EXPECT_EQ(DeleteRegistryTree(kLocal, defaults), kFileNotFound);
 }
 
-// A number that no process of the system has: they are multiples of four.
 TEST(WindowsTestMachine, RemovesWhatADeadTestProgramLeft) {
   const auto earlier = NewTestMachine();
   WindowsFileSystem files;
