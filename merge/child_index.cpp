@@ -96,13 +96,17 @@ void ChildIndex::EnterId(Position position) {
 void ChildIndex::ReadIdAgain(Position position) {
   Child& child = children_[position];
   if (child.id || ContainerKindOf(child.name) == ContainerKind::kNone) return;
-  const Position known = child.kept == nullptr ? kNone : child.kept->FirstNamed("ID");
-  const XmlNode idElement =
-      known == kNone ? FirstChildElement(child.node, "ID") : child.kept->Node(known);
-  const ElementIdReading reading = ReadIdText(child.node);
+  // A kept index finds the "ID" child of a child that is matched again and again without a walk.
+  const ElementIdReading reading =
+      child.kept == nullptr ? ReadIdText(child.node) : ReadIdChild(child.kept->FirstElement("ID"));
   if (numbersContainers_) summary_.TakeLateId(reading);
   child.id = reading.id;
   if (tables_ != nullptr) EnterId(position);
+}
+
+XmlNode ChildIndex::FirstElement(std::string_view name) const {
+  const Position position = FirstNamed(name);
+  return position == kNone ? XmlNode() : Node(position);
 }
 
 ChildIndex* ChildIndex::KeptIndexOf(Position position) {

@@ -50,6 +50,7 @@ class ChildIndex {
     PositionTable byId;
   };
 
+  XmlNode FirstElement(std::string_view name) const;  // none when there is none
   void Add(XmlNode child);
   void EnterName(Position position);
   void EnterId(Position position);

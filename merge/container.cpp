@@ -22,8 +22,11 @@ XmlNode LeadingText(const XmlNode& element) {
 
 ElementIdReading ReadIdText(const XmlNode& element) {
   if (ContainerKindOf(element.Name()) == ContainerKind::kNone) return {};
-  const XmlNode id = FirstChildElement(element, "ID");
-  const XmlNode text = id ? LeadingText(id) : XmlNode();
+  return ReadIdChild(FirstChildElement(element, "ID"));
+}
+
+ElementIdReading ReadIdChild(const XmlNode& idElement) {
+  const XmlNode text = idElement ? LeadingText(idElement) : XmlNode();
   if (!text) return {};
   return {true, ReadWholeInteger(text.Text())};
 }

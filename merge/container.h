@@ -24,6 +24,9 @@ struct ElementIdReading {
 };
 ElementIdReading ReadIdText(const XmlNode& element);
 
+// The same, of the "ID" child itself or of none.
+ElementIdReading ReadIdChild(const XmlNode& idElement);
+
 std::optional<std::int32_t> ReadElementId(const XmlNode& element);
 
 // The text node of the first "Size" child that has children, when that is where its text begins.
