@@ -59,8 +59,9 @@ bool ReplaceByMerged(const std::wstring& oldPath, const std::wstring& newPath,
                      const std::wstring& temporaryPath, FileSystem& files) {
   const bool removed = files.RemoveFile(newPath) == kSystemOk;
   if (removed && files.MoveTo(temporaryPath, newPath) == kSystemOk) return true;
-  if (removed) static_cast<void>(files.CopyOver(oldPath, newPath));
-  static_cast<void>(files.RemoveFile(temporaryPath));
+  const bool nothingInPlace = removed && files.CopyOver(oldPath, newPath) != kSystemOk;
+  // The merged file is then the only one left of the three.
+  if (!nothingInPlace) static_cast<void>(files.RemoveFile(temporaryPath));
   return false;
 }
 
