@@ -220,6 +220,16 @@ TEST_F(ShortcutMerge, PutsTheOldFileInPlaceWhenTheMoveFails) {
   EXPECT_FALSE(bench.files.Has(L"C:\\d\\new\\temp_a.xml"));
 }
 
+TEST_F(ShortcutMerge, KeepsTheMergedFileWhenNothingCanTakeTheNewFilesPlace) {
+  PutPair(L"a.xml", Table("1", Entry(0, 5, 5, 5)), Table("1", Entry(0, 1, 1, 1)));
+  bench.files.fault = [](const std::string& operation, const std::wstring&) {
+    return operation == "move" || operation == "copy" ? kSystemDiskFull : kSystemOk;
+  };
+  EXPECT_FALSE(Merge());
+  EXPECT_FALSE(bench.files.Has(L"C:\\d\\new\\a.xml"));
+  EXPECT_TRUE(bench.files.Has(L"C:\\d\\new\\temp_a.xml"));
+}
+
 TEST_F(ShortcutMerge, LeavesTheNewFileWhenTheResultCannotBeSaved) {
   PutPair(L"a.xml", Table("1", Entry(0, 5, 5, 5)), Table("1", Entry(0, 1, 1, 1)));
   bench.files.fault = [](const std::string& operation, const std::wstring&) {
