@@ -9,7 +9,7 @@ import zlib
 from pathlib import Path
 
 import registry_file
-from machines import MAKE_SAMPLE, make_sandbox, snapshot
+from machines import MAKE_SAMPLE, make_sandbox, run_cli, snapshot
 
 
 class SampleMakingTest(unittest.TestCase):
@@ -79,12 +79,12 @@ class SampleMakingTest(unittest.TestCase):
 class SampleContentTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        folder = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(folder.cleanup)
-        cls.machine = make_sandbox(Path(folder.name) / "machine")
+        cls.folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(cls.folder.cleanup)
+        cls.machine = make_sandbox(Path(cls.folder.name) / "machine")
 
-    def ribbon(self, language):
-        folder = self.machine.roaming / "Vantric/VANTRIC/28.0" / language / "Customization"
+    def ribbon(self, language, version="28.0"):
+        folder = self.machine.roaming / "Vantric/VANTRIC" / version / language / "Customization"
         return folder / "VANTRIC-Scene.xml"
 
     def test_has_the_promised_size_and_packs_to_under_half(self):
@@ -113,6 +113,26 @@ class SampleContentTest(unittest.TestCase):
         for record in records:
             data = bytes.fromhex(record)
             self.assertEqual(end_of_record(data, 0), len(data))
+
+    def test_older_version_has_customization_that_the_running_one_lacks(self):
+        merged = Path(self.folder.name) / "merged.xml"
+        old, new = (self.ribbon("en-us", version) for version in ("27.0", "28.0"))
+        done = run_cli("merge-xml", old, new, merged)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertNotIn("我的", new.read_text("utf-8"))
+        self.assertIn("我的", merged.read_text("utf-8"))
+
+        folders = []
+        for version in ("27.0", "28.0"):
+            folder = Path(self.folder.name) / version
+            folder.mkdir()
+            folders.append(folder)
+            source = self.machine.local / "Vantric/VANTRIC" / version / "Customization"
+            for path in source.glob("*.xml"):
+                text = path.read_text("utf-8").replace("VANTRIC27.0", "VANTRIC28.0")
+                (folder / path.name).write_text(text, "utf-8")
+        done = run_cli("merge-shortcuts", *folders, "VANTRIC28.0")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
 
     def test_registry_holds_every_type_and_all_option_keys(self):
         data = self.machine.registry_bytes("HKEY_CURRENT_USER")

@@ -12,6 +12,9 @@ _TITLES = {"en-us": ("Part", "Surface", "Assembly", "Sheet Metal", "Drawing", "T
            "zh-cn": ("零件", "曲面", "装配", "钣金", "工程图", "工具")}
 _CONTROL = 8
 
+# A panel that the user made in an older version and the running one does not have.
+_OWN_PANEL = 80
+
 
 def ribbon_file(rng, version, language, user):
     """A ribbon with its states, categories and panels; newer versions have more of each."""
@@ -54,6 +57,8 @@ def _state(rng, version, language, number):
 def _category(rng, version, title, number):
     panels = [_panel(rng, title, 100 * number + index)
               for index in range(int(float(version)) - 24)]
+    if version != product.RUNNING_VERSION:
+        panels.append(_panel(rng, "我的 " + title, 100 * number + _OWN_PANEL))
     return _element_of(f"EyeCustomRibbonCategory-{number}", [
         _element("ID", number + 1), _element("Name", title), _element("Caption", title + " *"),
         _element("UserDefine", number % 2), _element("Size", len(panels)), *panels])
