@@ -2,9 +2,11 @@
 
 import json
 import os
+import pty
 import re
+import subprocess
 
-from machines import SandboxTest, make_sandbox, run_cli
+from machines import CLI, SandboxTest, make_sandbox, run_cli, small_sandbox
 
 VERBS = ("versions", "export", "inspect", "extract")
 
@@ -78,3 +80,18 @@ class VersionsTest(SandboxTest):
     def test_folder_that_is_no_machine_is_refused(self):
         self.assert_refused(run_cli("--root", self.folder, "versions"), 1, "product.ini")
         self.assert_refused(run_cli("--root", self.folder / "missing", "versions"), 1, "missing")
+
+
+class ProgressTest(SandboxTest):
+    def test_progress_is_shown_on_a_terminal_and_results_stay_apart(self):
+        machine = small_sandbox(self.folder / "machine")
+        terminal, program_side = pty.openpty()
+        self.addCleanup(os.close, terminal)
+        command = [CLI, "--root", machine.root, "export", "--version", "2026",
+                   "--category", "Interface layout", "--output", self.package]
+        done = subprocess.run(command, stdout=subprocess.PIPE, stderr=program_side, check=False)
+        os.close(program_side)
+        self.assertEqual(done.returncode, 0)
+        self.assertIn(b" files", os.read(terminal, 4096))
+        self.assertEqual(done.stdout.count(b"\n"), 1)
+        self.assertNotIn(b" files", done.stdout)

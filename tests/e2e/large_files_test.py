@@ -3,7 +3,9 @@ take memory of their own."""
 
 import os
 import subprocess
+import unittest
 import zipfile
+from pathlib import Path
 
 from machines import RELEASE_CLI, SandboxTest, small_sandbox
 
@@ -12,6 +14,7 @@ MEMORY_LIMIT_BYTES = 100 << 20
 HUGE_BYTES = (4 << 30) + 12345
 
 
+@unittest.skipUnless(Path(RELEASE_CLI).exists(), "the release build is not there: tools/build host")
 class LargeFilesTest(SandboxTest):
     def test_huge_files_need_little_memory_and_make_a_readable_package(self):
         machine = small_sandbox(self.folder / "machine")
