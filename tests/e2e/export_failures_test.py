@@ -6,7 +6,8 @@ import subprocess
 import zipfile
 
 import expected_package
-from machines import AS_PLAIN_USER, CLI, EXPORT_ALL, SandboxTest, make_sandbox, run_cli, small_sandbox
+from machines import (AS_PLAIN_USER, CLI, EXPORT_ALL, SandboxTest, make_sandbox, run_cli,
+                      small_sandbox)
 
 OLD_PACKAGE = b"the package of last week"
 

@@ -9,7 +9,8 @@ import zipfile
 from pathlib import Path
 
 import registry_file
-from machines import EXPORT_ALL, MAKE_SAMPLE, PROJECT, RELEASE_CLI, SandboxTest, make_sandbox, run_cli
+from machines import (EXPORT_ALL, MAKE_SAMPLE, PROJECT, RELEASE_CLI, SandboxTest, make_sandbox,
+                      run_cli)
 
 WINDOWS_BUILD = os.environ.get("CARROVAN_WINDOWS_BUILD", PROJECT / "build/windows")
 PREFIX = PROJECT / "build/wine-test"  # the one that tools/test-windows uses

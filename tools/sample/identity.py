@@ -1,4 +1,4 @@
-"""The file that tells who the product is: product.ini of a sandbox, tarvik.ini beside the library."""
+"""The file that tells who the product is: a sandbox's product.ini, the library's tarvik.ini."""
 
 from sample import product
 

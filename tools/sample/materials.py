@@ -1,13 +1,15 @@
 """Material libraries and tables: text that users edit by hand."""
 
+from sample import product
+
 _PROPERTIES = ("Density", "YoungModulus", "PoissonRatio", "YieldStrength", "TensileStrength",
                "ThermalConductivity", "SpecificHeat", "Hardness", "Roughness", "Reflection")
 
 
-def material_file(rng, name, other_user):
+def material_file(rng, name):
     rows = "".join(f"  <{prop} unit=\"SI\">{rng.uniform(0, 1000):.5f}</{prop}>\r\n"
                    for prop in _PROPERTIES)
-    texture = rf"C:\Users\{other_user}\Pictures\{name}.bmp"
+    texture = rf"C:\Users\{product.OTHER_USER}\Pictures\{name}.bmp"
     text = (f'<?xml version="1.0" encoding="UTF-8"?>\r\n<Material name="{name}">\r\n{rows}'
             f"  <Texture>{texture}</Texture>\r\n</Material>\r\n")
     return text.encode()

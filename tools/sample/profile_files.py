@@ -16,7 +16,6 @@ _RIBBONS = ("VANTRIC-PartTemplate.xml", "VANTRIC-Assembly.xml", "VANTRIC-Drawing
             "VANTRIC-Scene.xml", "VANTRIC-SheetMetal.xml", "功能区.xml")
 _SHORTCUTS = (("Accelerators.xml", 120), ("Assembly-Accelerators.xml", 60), ("快捷键.xml", 40))
 
-
 _FIRST_DAY = int(datetime(2024, 6, 3, 8, tzinfo=timezone.utc).timestamp())
 _SPAN_SECONDS = 400 * 24 * 3600
 
@@ -105,11 +104,12 @@ class ProfileFiles:
         for index in range(_share(6, share)):
             name = f"钢 {index:03}"
             rng = self._random(folder + name)
-            yield folder + f"materials/{name}.mat", material_file(rng, name, product.OTHER_USER)
+            yield folder + f"materials/{name}.mat", material_file(rng, name)
         for path, rows, encoding in (
                 ("3DBOM/bom.csv", 200, "utf-16"), ("3DBOM/列宽.txt", 40, "gbk"),
                 ("SheetMetal/K-Factor.txt", 300, "gbk"), ("SheetMetal/折弯表.txt", 500, "utf-8"),
-                ("CosmeticThread/Metric.txt", 250, "utf-8"), ("CosmeticThread/管螺纹.txt", 90, "gbk")):
+                ("CosmeticThread/Metric.txt", 250, "utf-8"),
+                ("CosmeticThread/管螺纹.txt", 90, "gbk")):
             title = path.rpartition("/")[2]
             yield folder + path, table_file(self._random(folder + path), title, rows, encoding)
 
@@ -154,7 +154,7 @@ class ProfileFiles:
                 path = f"{root}{row.folder}/{row.name.format(index)}"
                 rng = self._random(path)
                 size = int(row.size_bytes * rng.uniform(0.4, 1.6))
-                yield path, self._parts.make(rng, size, row.folder[:8].upper()[:4])
+                yield path, self._parts.make(rng, size, row.folder[:4].upper())
 
     def _random(self, path):
         return random.Random(f"{self._seed}/{path}")

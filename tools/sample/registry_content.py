@@ -1,4 +1,4 @@
-"""What the product keeps in the registry: the machine's versions, factory defaults, live settings."""
+"""What the product keeps in the registry: installed versions, factory defaults, live settings."""
 
 import random
 
