@@ -5,13 +5,12 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <iostream>
 #include <string_view>
 
 #include "bench/merge/merge_documents.h"
+#include "bench/merge/pair_on_disk.h"
 #include "merge/shortcut_merge.h"
 #include "merge/xml_merge.h"
 #include "platform/native_machine.h"
@@ -24,35 +23,9 @@
 namespace carrovan {
 namespace {
 
-namespace fs = std::filesystem;
-
 class SilentLog : public LineLog {
  public:
   void WriteLine(std::wstring_view) override {}
-};
-
-// A pair of documents on disk, gone at the end.
-class PairOnDisk {
- public:
-  explicit PairOnDisk(const DocumentPair& pair)
-      : folder_(fs::temp_directory_path() / ("carrovan-bench-" + std::to_string(getpid()))) {
-    fs::create_directories(folder_);
-    std::ofstream(Old()) << pair.oldXml;
-    std::ofstream(New()) << pair.newXml;
-  }
-  ~PairOnDisk() {
-    std::error_code error;
-    fs::remove_all(folder_, error);
-  }
-  PairOnDisk(const PairOnDisk&) = delete;
-  PairOnDisk& operator=(const PairOnDisk&) = delete;
-
-  std::string Old() const { return folder_ / "old.xml"; }
-  std::string New() const { return folder_ / "new.xml"; }
-  std::string Out() const { return folder_ / "out.xml"; }
-
- private:
-  fs::path folder_;
 };
 
 void Require(bool done) {

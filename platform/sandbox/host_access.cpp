@@ -43,6 +43,23 @@ bool MayPutFile(const fs::path& path) {
   return OwnerMayWrite(path) && OwnerMayWrite(path.parent_path());
 }
 
+bool LeadsToFolder(const fs::path& path) {
+  std::error_code error;
+  return fs::is_directory(path, error);
+}
+
+SystemCode MissingCode(const fs::path& path) {
+  const fs::path parent = path.parent_path();
+  return parent.empty() || LeadsToFolder(parent) ? kFileNotFound : kPathNotFound;
+}
+
+SystemCode CodeOfParent(const fs::path& path) {
+  const fs::path parent = path.parent_path();
+  if (parent.empty()) return kSystemOk;
+  if (!LeadsToFolder(parent)) return kPathNotFound;
+  return OwnerMayWrite(parent) ? kSystemOk : kAccessDenied;
+}
+
 SystemCode SystemCodeOf(const std::error_code& error) {
   if (!error) return kSystemOk;
   for (const auto& [condition, code] : kCodes) {

@@ -34,7 +34,10 @@ const std::uint8_t* AsBytes(const char* text) {
 SystemCode ReadWhole(const fs::path& path, std::string& bytes) {
   if (!OwnerMayRead(path)) return kAccessDenied;
   OsFile file;
-  if (const SystemCode code = CodeOf(file.OpenToRead(path)); code != kSystemOk) return code;
+  const FileStatus status = file.OpenToRead(path);
+  if (status != FileStatus::kDone) {
+    return status == FileStatus::kMissing ? MissingCode(path) : CodeOf(status);
+  }
   const auto facts = file.Facts();
   if (!facts) return kGeneralFailure;
   std::string read(static_cast<std::size_t>(facts->sizeBytes), '\0');
@@ -47,7 +50,8 @@ SystemCode ReadWhole(const fs::path& path, std::string& bytes) {
 
 // Complete or not at all: the file appears under its own name once everything is in it.
 SystemCode ReplaceWhole(const fs::path& path, std::string_view bytes) {
-  if (!MayPutFile(path)) return kAccessDenied;
+  if (const SystemCode code = CodeOfParent(path); code != kSystemOk) return code;
+  if (!OwnerMayWrite(path)) return kAccessDenied;
   PartFile part;
   FileStatus status = part.CreateForItem(path);
   if (status == FileStatus::kDone) {
@@ -79,9 +83,10 @@ SystemCode HostFileSystem::MoveTo(const std::wstring& source, const std::wstring
   const auto to = paths_.ToHost(target);
   if (!from || !to || !paths_.MayBeMade(target)) return kInvalidName;
   std::error_code error;
-  if (!fs::exists(fs::symlink_status(*from, error))) return kFileNotFound;
+  if (!fs::exists(fs::symlink_status(*from, error))) return MissingCode(*from);
   if (fs::exists(fs::symlink_status(*to, error))) return kAlreadyExists;
-  if (!MayPutFile(*to) || !OwnerMayWrite(from->parent_path())) return kAccessDenied;
+  if (const SystemCode code = CodeOfParent(*to); code != kSystemOk) return code;
+  if (!OwnerMayWrite(from->parent_path())) return kAccessDenied;
   fs::rename(*from, *to, error);
   return SystemCodeOf(error);
 }

@@ -20,26 +20,8 @@ fs::file_status StatusAt(const fs::path& path) {
   return fs::symlink_status(path, error);
 }
 
-bool LeadsToFolder(const fs::path& path) {
-  std::error_code error;
-  return fs::is_directory(path, error);
-}
-
-// "Path not found" is said of a folder on the way, "file not found" of the last name.
-SystemCode MissingCode(const fs::path& path) {
-  const fs::path parent = path.parent_path();
-  return parent.empty() || LeadsToFolder(parent) ? kFileNotFound : kPathNotFound;
-}
-
-SystemCode CheckParent(const fs::path& path) {
-  const fs::path parent = path.parent_path();
-  if (parent.empty()) return kSystemOk;
-  if (!LeadsToFolder(parent)) return kPathNotFound;
-  return OwnerMayWrite(parent) ? kSystemOk : kAccessDenied;
-}
-
 SystemCode Remove(const fs::path& path) {
-  if (const SystemCode code = CheckParent(path); code != kSystemOk) return code;
+  if (const SystemCode code = CodeOfParent(path); code != kSystemOk) return code;
   std::error_code error;
   fs::remove(path, error);
   return SystemCodeOf(error);
@@ -81,6 +63,7 @@ SystemCode HostFileSystem::ReadFolder(const std::wstring& folder,
                                       std::vector<FolderEntry>& entries) const {
   const auto host = paths_.ToHost(folder);
   if (!host) return kInvalidName;
+  if (!LeadsToFolder(*host)) return fs::exists(StatusAt(*host)) ? kNotAFolder : kPathNotFound;
   if (!OwnerMayRead(*host)) return kAccessDenied;
   std::vector<FolderEntry> read;
   std::error_code error;
@@ -99,7 +82,7 @@ SystemCode HostFileSystem::CreateFolder(const std::wstring& path) {
   const auto host = paths_.ToHost(path);
   if (!host || !paths_.MayBeMade(path)) return kInvalidName;
   if (fs::exists(StatusAt(*host))) return kAlreadyExists;
-  if (const SystemCode code = CheckParent(*host); code != kSystemOk) return code;
+  if (const SystemCode code = CodeOfParent(*host); code != kSystemOk) return code;
   std::error_code error;
   fs::create_directory(*host, error);
   return SystemCodeOf(error);
@@ -113,7 +96,7 @@ SystemCode HostFileSystem::CreateEmptyFile(const std::wstring& path) {
   // Opening a pipe or a device would wait for somebody at its other end.
   if (fs::exists(there) && !fs::is_regular_file(there)) return kAccessDenied;
   if (fs::exists(there)) return OwnerMayWrite(*host) ? OpenEmptied(*host) : kAccessDenied;
-  if (const SystemCode code = CheckParent(*host); code != kSystemOk) return code;
+  if (const SystemCode code = CodeOfParent(*host); code != kSystemOk) return code;
   return OpenEmptied(*host);
 }
 

@@ -16,10 +16,7 @@ SystemCode CodeOf(BOOL succeeded) { return succeeded != FALSE ? kSystemOk : GetL
 
 constexpr std::size_t kTransferBytes = std::size_t{16} << 20;
 
-SystemCode WriteNewFile(const std::wstring& systemPath, std::string_view bytes) {
-  const FileHandle file(CreateFileW(systemPath.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
-  if (!file) return GetLastError();
+SystemCode WriteAll(const FileHandle& file, std::string_view bytes) {
   while (!bytes.empty()) {
     const auto part = static_cast<DWORD>(std::min(bytes.size(), kTransferBytes));
     DWORD written = 0;
@@ -29,6 +26,54 @@ SystemCode WriteNewFile(const std::wstring& systemPath, std::string_view bytes) 
     bytes.remove_prefix(written);
   }
   return kSystemOk;
+}
+
+// A new file beside the one that it is to become. Its name does not grow with the other's, which
+// may be as long as a name can be.
+class PartFile {
+ public:
+  explicit PartFile(const std::wstring& target) : target_(target) {
+    constexpr int kMostAttempts = 1000;
+    const std::wstring folder = target.substr(0, target.size() - FileNameOf(target).size());
+    code_ = ERROR_FILE_EXISTS;
+    for (int i = 0; i < kMostAttempts && code_ == ERROR_FILE_EXISTS; ++i) {
+      path_ = SystemPath(folder + L"~carrovan" + std::to_wstring(i) + L".part");
+      file_ = FileHandle(CreateFileW(path_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                     FILE_ATTRIBUTE_NORMAL, nullptr));
+      code_ = file_ ? kSystemOk : GetLastError();
+    }
+    created_ = code_ == kSystemOk;
+  }
+  ~PartFile() {
+    file_ = FileHandle();
+    if (created_) DeleteFileW(path_.c_str());
+  }
+  PartFile(const PartFile&) = delete;
+  PartFile& operator=(const PartFile&) = delete;
+
+  // Gives the target these bytes and nothing else.
+  SystemCode Become(std::string_view bytes) {
+    if (!created_) return code_;
+    if (const SystemCode code = WriteAll(file_, bytes); code != kSystemOk) return code;
+    file_ = FileHandle();
+    const BOOL moved =
+        MoveFileExW(path_.c_str(), SystemPath(target_).c_str(), MOVEFILE_REPLACE_EXISTING);
+    created_ = moved == FALSE;
+    return CodeOf(moved);
+  }
+
+ private:
+  std::wstring target_;
+  std::wstring path_;
+  FileHandle file_;
+  SystemCode code_ = kSystemOk;
+  bool created_ = false;
+};
+
+// Not every system that runs this program asks it before replacing a file.
+bool IsReadOnlyFile(const std::wstring& path) {
+  const DWORD attributes = Attributes(path);
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
 }
 
 bool IsDotEntry(const std::wstring& name) { return name == L"." || name == L".."; }
@@ -63,7 +108,9 @@ SystemCode WindowsFileSystem::ReadFolder(const std::wstring& folder,
   WIN32_FIND_DATAW found = {};
   const std::wstring pattern = SystemPath(WithTrailingBackslash(folder) + L"*");
   const FindHandle search(FindFirstFileW(pattern.c_str(), &found));
-  if (!search) return GetLastError();
+  if (const DWORD code = search ? kSystemOk : GetLastError(); code != kSystemOk) {
+    return Exists(folder) && !IsFolder(folder) ? kNotAFolder : code;
+  }
   std::vector<FolderEntry> read;
   do {
     const std::wstring name = found.cFileName;
@@ -115,13 +162,7 @@ SystemCode WindowsFileSystem::RemoveFolder(const std::wstring& path) {
 
 // The file appears under its own name once everything is in it.
 SystemCode WindowsFileSystem::WriteBytes(const std::wstring& path, std::string_view bytes) {
-  const std::wstring part = SystemPath(path + L".part");
-  SystemCode code = WriteNewFile(part, bytes);
-  if (code == kSystemOk) {
-    code = CodeOf(MoveFileExW(part.c_str(), SystemPath(path).c_str(), MOVEFILE_REPLACE_EXISTING));
-  }
-  if (code != kSystemOk) DeleteFileW(part.c_str());
-  return code;
+  return IsReadOnlyFile(path) ? kAccessDenied : PartFile(path).Become(bytes);
 }
 
 SystemCode WindowsFileSystem::CopyOver(const std::wstring& source, const std::wstring& target) {

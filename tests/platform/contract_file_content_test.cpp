@@ -1,0 +1,264 @@
+// What the engine may rely on when it reads and writes whole files.
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "platform/text.h"
+#include "tests/support/test_machine.h"
+
+namespace carrovan {
+namespace {
+
+class FileContentContract : public testing::Test {
+ protected:
+  std::wstring At(const std::wstring& name) const { return machine_->ScratchFolder() + name; }
+  FileSystem& Files() { return machine_->Ports().files; }
+  void Put(const std::wstring& name, const std::string& bytes) {
+    machine_->PutFile(At(name), bytes);
+  }
+
+  // What a file holds; "none" when it is not there.
+  std::string Content(const std::wstring& name) const {
+    return machine_->FileBytes(At(name)).value_or("none");
+  }
+
+  std::vector<std::wstring> Listed(const std::wstring& folder) {
+    std::vector<std::wstring> names;
+    for (const FolderEntry& entry : Files().ListFolder(At(folder))) names.push_back(entry.name);
+    return names;
+  }
+
+  SystemCode Read(const std::wstring& name) {
+    std::string bytes = "before";
+    const SystemCode code = Files().ReadBytes(At(name), bytes);
+    EXPECT_TRUE(code == kSystemOk || bytes == "before") << ToUtf8(name);
+    return code;
+  }
+
+  SystemCode List(const std::wstring& name) {
+    std::vector<FolderEntry> entries = {{L"before"}};
+    const SystemCode code = Files().ReadFolder(At(name), entries);
+    EXPECT_TRUE(code == kSystemOk || entries.size() == 1) << ToUtf8(name);
+    return code;
+  }
+
+  SystemCode Write(const std::wstring& name, std::string_view bytes) {
+    return Files().WriteBytes(At(name), bytes);
+  }
+  SystemCode Copy(const std::wstring& source, const std::wstring& target) {
+    return Files().CopyOver(At(source), At(target));
+  }
+  SystemCode Move(const std::wstring& source, const std::wstring& target) {
+    return Files().MoveTo(At(source), At(target));
+  }
+
+  std::unique_ptr<TestMachine> machine_ = NewTestMachine();
+};
+
+// Every byte, a zero and the end-of-text mark of older systems among them, in odd company.
+std::string BinaryBytes() {
+  std::string bytes = "\r\n\n\r\x1A";
+  for (int i = 0; i < 256; ++i) bytes += static_cast<char>(i);
+  return bytes + bytes;
+}
+
+// Characters of one, two and three bytes in UTF-8, and one outside the 16-bit range.
+const std::wstring kManyScripts = FromUtf8("a \xC3\xA4 \xE4\xB8\xAD\xE6\x96\x87 \xF0\x9F\x98\x80");
+
+TEST_F(FileContentContract, ReadsBackEveryByte) {
+  const std::string large(300'001, 'x');
+  for (const std::string& bytes : {std::string(), std::string("x"), BinaryBytes(), large}) {
+    EXPECT_EQ(Write(L"file.bin", bytes), kSystemOk);
+    EXPECT_EQ(machine_->FileBytes(At(L"file.bin")), bytes);
+    std::string read = "before";
+    EXPECT_EQ(Files().ReadBytes(At(L"file.bin"), read), kSystemOk);
+    EXPECT_EQ(read, bytes);
+  }
+  EXPECT_EQ(Listed(L""), std::vector<std::wstring>{L"file.bin"});
+}
+
+TEST_F(FileContentContract, TellsWhyAFileCannotBeRead) {
+  Put(L"folder\\file.txt", "x");
+  Put(L"secret.txt", "x");
+  machine_->MakeUnreadable(At(L"secret.txt"));
+  EXPECT_EQ(Read(L"none.txt"), kFileNotFound);
+  EXPECT_EQ(Read(L"none\\file.txt"), kPathNotFound);
+  EXPECT_EQ(Read(L"folder\\file.txt\\file.txt"), kPathNotFound);
+  EXPECT_EQ(Read(L"folder"), kAccessDenied);
+  EXPECT_NE(Read(L"secret.txt"), kSystemOk);
+}
+
+TEST_F(FileContentContract, ReadsAReadOnlyFile) {
+  Put(L"file.txt", "content");
+  machine_->MakeReadOnly(At(L"file.txt"));
+  EXPECT_EQ(Read(L"FILE.TXT"), kSystemOk);
+}
+
+TEST_F(FileContentContract, ReadsAFolder) {
+  Put(L"folder\\file.txt", "x");
+  machine_->MakeFolder(At(L"folder\\sub"));
+  machine_->MakeFolder(At(L"empty"));
+  for (const wchar_t* name : {L"folder", L"FOLDER\\"}) {
+    std::vector<FolderEntry> entries = {{L"before"}};
+    EXPECT_EQ(Files().ReadFolder(At(name), entries), kSystemOk);
+    ASSERT_EQ(entries.size(), 2u);
+    EXPECT_EQ(entries[0].name, L"file.txt");
+    EXPECT_FALSE(entries[0].isFolder);
+    EXPECT_EQ(entries[1].name, L"sub");
+    EXPECT_TRUE(entries[1].isFolder);
+  }
+  std::vector<FolderEntry> entries = {{L"before"}};
+  EXPECT_EQ(Files().ReadFolder(At(L"empty"), entries), kSystemOk);
+  EXPECT_TRUE(entries.empty());
+}
+
+TEST_F(FileContentContract, TellsWhyAFolderCannotBeRead) {
+  Put(L"file.txt", "x");
+  EXPECT_EQ(List(L"none"), kPathNotFound);
+  EXPECT_EQ(List(L"none\\none"), kPathNotFound);
+  EXPECT_EQ(List(L"file.txt"), kNotAFolder);
+}
+
+TEST_F(FileContentContract, WritesOverAFile) {
+  Put(L"File.txt", "a longer content");
+  EXPECT_EQ(Write(L"fILE.TXT", "short"), kSystemOk);
+  EXPECT_EQ(Content(L"File.txt"), "short");
+  EXPECT_EQ(Listed(L"").size(), 1u);
+}
+
+TEST_F(FileContentContract, WritesBesideNamesOfAnyKind) {
+  const std::wstring longest(255, L'x');
+  Put(L"file.txt.part", "of somebody else");
+  Put(L"~carrovan0.part", "of somebody else");
+  EXPECT_EQ(Write(L"file.txt", "x"), kSystemOk);
+  EXPECT_EQ(Write(longest, "x"), kSystemOk);
+  EXPECT_EQ(Content(L"file.txt.part"), "of somebody else");
+  EXPECT_EQ(Content(L"~carrovan0.part"), "of somebody else");
+  EXPECT_EQ(Content(longest), "x");
+  EXPECT_EQ(Listed(L"").size(), 4u);
+}
+
+TEST_F(FileContentContract, TellsWhyAFileCannotBeWritten) {
+  machine_->MakeFolder(At(L"folder"));
+  Put(L"file.txt", "x");
+  EXPECT_EQ(Write(L"none\\file.txt", "new"), kPathNotFound);
+  EXPECT_EQ(Write(L"file.txt\\file.txt", "new"), kPathNotFound);
+  EXPECT_EQ(Write(L"folder", "new"), kAccessDenied);
+  EXPECT_EQ(Write(L"a?b", "new"), kInvalidName);
+  EXPECT_EQ(Listed(L""), (std::vector<std::wstring>{L"file.txt", L"folder"}));
+  EXPECT_EQ(Content(L"file.txt"), "x");
+}
+
+TEST_F(FileContentContract, WritesNothingIntoAFolderThatIsClosed) {
+  Put(L"closed\\file.txt", "x");
+  machine_->MakeFolderUnwritable(At(L"closed"));
+  EXPECT_EQ(Write(L"closed\\new.txt", "new"), kAccessDenied);
+  EXPECT_EQ(Listed(L"closed"), std::vector<std::wstring>{L"file.txt"});
+}
+
+TEST_F(FileContentContract, NeverReplacesAReadOnlyFile) {
+  Put(L"source.txt", "new");
+  Put(L"target.txt", "old");
+  machine_->MakeReadOnly(At(L"target.txt"));
+  EXPECT_EQ(Write(L"target.txt", "new"), kAccessDenied);
+  EXPECT_EQ(Copy(L"source.txt", L"target.txt"), kAccessDenied);
+  EXPECT_EQ(Move(L"source.txt", L"target.txt"), kAlreadyExists);
+  EXPECT_EQ(Content(L"source.txt"), "new");
+  EXPECT_EQ(Content(L"target.txt"), "old");
+  EXPECT_EQ(Listed(L"").size(), 2u);
+}
+
+TEST_F(FileContentContract, CopiesAFile) {
+  Put(L"source.bin", BinaryBytes());
+  Put(L"empty.txt", "");
+  Put(L"old.bin", std::string(10'000, 'o'));
+  EXPECT_EQ(Copy(L"source.bin", L"copy.bin"), kSystemOk);
+  EXPECT_EQ(Copy(L"source.bin", L"OLD.bin"), kSystemOk);
+  EXPECT_EQ(Content(L"source.bin"), BinaryBytes());
+  EXPECT_EQ(Content(L"copy.bin"), BinaryBytes());
+  EXPECT_EQ(Content(L"old.bin"), BinaryBytes());
+  EXPECT_EQ(Copy(L"empty.txt", L"old.bin"), kSystemOk);
+  EXPECT_EQ(Content(L"old.bin"), "");
+  EXPECT_EQ(Listed(L"").size(), 4u);
+}
+
+TEST_F(FileContentContract, TellsWhyAFileCannotBeCopied) {
+  Put(L"source.txt", "new");
+  Put(L"target.txt", "old");
+  machine_->MakeFolder(At(L"folder"));
+  EXPECT_EQ(Copy(L"none.txt", L"target.txt"), kFileNotFound);
+  EXPECT_EQ(Copy(L"none\\none.txt", L"target.txt"), kPathNotFound);
+  EXPECT_EQ(Copy(L"folder", L"target.txt"), kAccessDenied);
+  EXPECT_EQ(Copy(L"source.txt", L"none\\target.txt"), kPathNotFound);
+  EXPECT_EQ(Copy(L"source.txt", L"folder"), kAccessDenied);
+  EXPECT_EQ(Copy(L"none.txt", L"new.txt"), kFileNotFound);
+  EXPECT_EQ(Content(L"target.txt"), "old");
+  EXPECT_EQ(Listed(L""), (std::vector<std::wstring>{L"folder", L"source.txt", L"target.txt"}));
+}
+
+TEST_F(FileContentContract, LeavesTheTargetOfAnUnreadableFileAlone) {
+  Put(L"secret.txt", "new");
+  Put(L"target.txt", "old");
+  machine_->MakeUnreadable(At(L"secret.txt"));
+  EXPECT_NE(Copy(L"secret.txt", L"target.txt"), kSystemOk);
+  EXPECT_EQ(Content(L"target.txt"), "old");
+}
+
+TEST_F(FileContentContract, MovesAFile) {
+  Put(L"source.bin", BinaryBytes());
+  machine_->MakeFolder(At(L"folder"));
+  EXPECT_EQ(Move(L"SOURCE.bin", L"folder\\moved.bin"), kSystemOk);
+  EXPECT_EQ(Content(L"folder\\moved.bin"), BinaryBytes());
+  EXPECT_EQ(Listed(L""), std::vector<std::wstring>{L"folder"});
+}
+
+TEST_F(FileContentContract, MovesOntoNothingThatIsThere) {
+  Put(L"source.txt", "new");
+  Put(L"target.txt", "old");
+  machine_->MakeFolder(At(L"folder"));
+  EXPECT_EQ(Move(L"source.txt", L"TARGET.txt"), kAlreadyExists);
+  EXPECT_EQ(Move(L"source.txt", L"folder"), kAlreadyExists);
+  EXPECT_EQ(Content(L"source.txt"), "new");
+  EXPECT_EQ(Content(L"target.txt"), "old");
+  EXPECT_TRUE(Files().IsFolder(At(L"folder")));
+}
+
+TEST_F(FileContentContract, TellsWhyAFileCannotBeMoved) {
+  Put(L"source.txt", "new");
+  EXPECT_EQ(Move(L"none.txt", L"target.txt"), kFileNotFound);
+  EXPECT_EQ(Move(L"none\\none.txt", L"target.txt"), kPathNotFound);
+  EXPECT_EQ(Move(L"source.txt", L"none\\target.txt"), kPathNotFound);
+  EXPECT_EQ(Listed(L""), std::vector<std::wstring>{L"source.txt"});
+  EXPECT_EQ(Content(L"source.txt"), "new");
+}
+
+TEST_F(FileContentContract, TakesNamesInEveryScript) {
+  const std::wstring inside = kManyScripts + L"\\" + kManyScripts;
+  machine_->MakeFolder(At(kManyScripts));
+  EXPECT_EQ(Write(inside, "x"), kSystemOk);
+  EXPECT_EQ(Copy(inside, inside + L" copy"), kSystemOk);
+  EXPECT_EQ(Move(inside, inside + L" moved"), kSystemOk);
+  EXPECT_EQ(Listed(kManyScripts),
+            (std::vector<std::wstring>{kManyScripts + L" copy", kManyScripts + L" moved"}));
+  EXPECT_EQ(Content(inside + L" copy"), "x");
+  EXPECT_EQ(Content(inside + L" moved"), "x");
+}
+
+TEST_F(FileContentContract, TakesPathsLongerThanTheFixedBuffers) {
+  std::wstring folder = L"long";
+  ASSERT_EQ(Files().CreateFolder(At(folder)), kSystemOk);
+  while (At(folder).size() < 300) {
+    folder += L"\\" + std::wstring(60, L'x');
+    ASSERT_EQ(Files().CreateFolder(At(folder)), kSystemOk);
+  }
+  EXPECT_EQ(Write(folder + L"\\file.txt", "x"), kSystemOk);
+  EXPECT_EQ(Read(folder + L"\\file.txt"), kSystemOk);
+  EXPECT_EQ(Copy(folder + L"\\file.txt", folder + L"\\copy.txt"), kSystemOk);
+  EXPECT_EQ(Move(folder + L"\\copy.txt", folder + L"\\moved.txt"), kSystemOk);
+  EXPECT_EQ(List(folder), kSystemOk);
+  EXPECT_EQ(Listed(folder), (std::vector<std::wstring>{L"file.txt", L"moved.txt"}));
+  EXPECT_EQ(Read(folder + L"\\none.txt"), kFileNotFound);
+}
+
+}  // namespace
+}  // namespace carrovan
