@@ -17,17 +17,11 @@ std::size_t HashOfId(std::int32_t id) {
   return static_cast<std::size_t>((static_cast<std::uint32_t>(id) * 0x9E3779B97F4A7C15ULL) >> 32);
 }
 
-std::size_t CountElements(const XmlNode& parent) {
-  std::size_t count = 0;
-  for (XmlNode child = parent.FirstChild(); child; child = child.NextSibling()) ++count;
-  return count;
-}
-
 }  // namespace
 
 ChildIndex::ChildIndex(const XmlNode& element)
     : numbersContainers_(HoldsNumberedContainers(element.Name())) {
-  children_.reserve(CountElements(element));
+  children_.reserve(element.CountChildren());
   for (XmlNode child = ThisOrNextElement(element.FirstChild()); child;) {
     XmlNode next = ThisOrNextElement(child.NextSibling());
     Add(std::move(child));

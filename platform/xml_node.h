@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -21,6 +22,7 @@ class XmlNodeOperations {
   virtual std::string_view Name(Handle node) const = 0;
   virtual Handle FirstChild(Handle node) const = 0;
   virtual Handle NextSibling(Handle node) const = 0;
+  virtual std::size_t CountChildren(Handle node) const = 0;
   virtual std::wstring Text(Handle node) const = 0;
   [[nodiscard]] virtual bool SetText(Handle node, std::wstring_view text) const = 0;
   [[nodiscard]] virtual bool CopyText(Handle target, Handle source) const = 0;
@@ -64,6 +66,8 @@ class XmlNode {
 
   XmlNode FirstChild() const { return {*operations_, operations_->FirstChild(handle_)}; }
   XmlNode NextSibling() const { return {*operations_, operations_->NextSibling(handle_)}; }
+  // Without making a node of each.
+  std::size_t CountChildren() const { return operations_->CountChildren(handle_); }
 
   // The text of the node, or of all text and CDATA below it, as stored: nothing is trimmed.
   std::wstring Text() const { return operations_->Text(handle_); }

@@ -188,6 +188,12 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
 
   Handle NextSibling(Handle handle) const override { return AsNode(handle)->next; }
 
+  std::size_t CountChildren(Handle handle) const override {
+    std::size_t count = 0;
+    for (Handle child = FirstChild(handle); child != nullptr; child = NextSibling(child)) ++count;
+    return count;
+  }
+
   std::wstring Text(Handle handle) const override {
     const xmlNode& node = *AsNode(handle);
     return node.type == XML_ELEMENT_NODE ? FromUtf8(TextBelow(node))

@@ -83,6 +83,13 @@ XmlNodeOperations::Handle MsXmlNodeOperations::NextSibling(Handle node) const {
   return NextSiblingOf(AsNode(node)).Release();
 }
 
+std::size_t MsXmlNodeOperations::CountChildren(Handle node) const {
+  ComPointer<IXMLDOMNodeList> children;
+  LONG count = 0;
+  if (AsNode(node)->get_childNodes(children.Receive()) != S_OK) return 0;
+  return SUCCEEDED(children.Get()->get_length(&count)) ? static_cast<std::size_t>(count) : 0;
+}
+
 std::wstring MsXmlNodeOperations::Text(Handle node) const {
   std::wstring text;
   if (TypeOf(AsNode(node)) == NODE_ELEMENT) {

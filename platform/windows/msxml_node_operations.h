@@ -18,6 +18,7 @@ class MsXmlNodeOperations : public XmlNodeOperations {
   std::string_view Name(Handle node) const override;
   Handle FirstChild(Handle node) const override;
   Handle NextSibling(Handle node) const override;
+  std::size_t CountChildren(Handle node) const override;
   std::wstring Text(Handle node) const override;
   [[nodiscard]] bool SetText(Handle node, std::wstring_view text) const override;
   [[nodiscard]] bool CopyText(Handle target, Handle source) const override;

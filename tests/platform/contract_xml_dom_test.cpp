@@ -231,6 +231,17 @@ TEST_F(XmlDomContract, CreatesAppendsAndRemovesElements) {
   EXPECT_EQ(Saved(*document), "<r><b-1>t</b-1><a/></r>");
 }
 
+TEST_F(XmlDomContract, CountsChildrenOfEveryKind) {
+  const auto document = Load("<r> <a><b/></a><!--n-->t<?p i?><![CDATA[d]]><a/></r>");
+  ASSERT_NE(document, nullptr);
+  const XmlNode root = document->Root();
+  EXPECT_EQ(root.CountChildren(), 6u);
+  EXPECT_EQ(root.FirstChild().CountChildren(), 1u);
+  EXPECT_EQ(root.FirstChild().FirstChild().CountChildren(), 0u);
+  ASSERT_TRUE(root.AppendChild(document->CreateElement("c")));
+  EXPECT_EQ(root.CountChildren(), 7u);
+}
+
 TEST_F(XmlDomContract, AppendsDeepCopiesAcrossDocuments) {
   const auto source =
       Load("<s><a k=\"v\" l=\"\"> t<b><c/></b><!--n--><?p i?><![CDATA[d]]></a><z/></s>");
