@@ -71,9 +71,10 @@ ArchiveResult WriteEntries(OsFile& file, const OsFile& spool,
     static_cast<void>(zip.release());  // closing has freed it
     return ArchiveResult::kDone;
   }
-  const bool isMemory = zip_error_code_zip(zip_get_error(zip.get())) == ZIP_ER_MEMORY;
+  if (zip_error_code_zip(zip_get_error(zip.get())) == ZIP_ER_MEMORY) {
+    return ArchiveResult::kOutOfMemory;
+  }
   const ArchiveResult result = ResultOfWriting(output.Status());
-  if (isMemory) return ArchiveResult::kOutOfMemory;
   return result == ArchiveResult::kDone ? ArchiveResult::kTargetNotWritable : result;
 }
 
