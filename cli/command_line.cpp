@@ -158,9 +158,7 @@ ExitStatus Explain(const CLI::App& app, const CLI::ParseError& error, Console& c
   return code == 0 ? ExitStatus::kDone : ExitStatus::kUsage;
 }
 
-}  // namespace
-
-ExitStatus RunCommandLine(const std::vector<std::wstring>& arguments, Console& console) {
+ExitStatus ParseAndRun(const std::vector<std::wstring>& arguments, Console& console) {
   CLI::App app("Carrovan moves a CAD user's settings between versions and machines.",
                "carrovan-cli");
   app.set_version_flag("--version", "carrovan-cli " CARROVAN_VERSION);
@@ -191,6 +189,14 @@ ExitStatus RunCommandLine(const std::vector<std::wstring>& arguments, Console& c
     return Explain(app, error, console);
   }
   return chosen(session);
+}
+
+}  // namespace
+
+ExitStatus RunCommandLine(const std::vector<std::wstring>& arguments, Console& console) {
+  const ExitStatus status = ParseAndRun(arguments, console);
+  // A result that nobody received is no result.
+  return console.IsOutWhole() ? status : Session(console).Fail(L"Standard output was not written");
 }
 
 }  // namespace carrovan

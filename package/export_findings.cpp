@@ -46,6 +46,18 @@ std::vector<std::wstring> SourcesOf(const CategoryRecord& record, const ProductC
   return sources;
 }
 
+// Sources of which something was there and could not be stored, which the report names already.
+bool AnyFailed(const ExportReport& report, const ProductContext& context,
+               const std::vector<std::wstring>& sources) {
+  std::vector<std::wstring> failed;
+  for (const SkippedItem& item : report.package.skipped) failed.push_back(item.path);
+  for (const std::wstring& key : report.missingKeys) failed.push_back(RegistryFileOf(context, key));
+  return std::ranges::any_of(sources, [&](const std::wstring& source) {
+    return std::ranges::any_of(failed,
+                               [&](const std::wstring& path) { return path.starts_with(source); });
+  });
+}
+
 }  // namespace
 
 std::wstring RegistryFileOf(const ProductContext& context, const std::wstring& key) {
@@ -62,14 +74,16 @@ void FindWhatIsMissing(const ExportRun& run, const ExportSelection& selection,
   if (report.package.outcome != ArchiveResult::kDone) return;
   const ProductContext& context = run.context;
   const StoredCounts counts = CountStored(context.packageSources, report.package);
-  for (const SettingCategory category : selection.checked) {
-    const CategoryRecord* record = FindCategory(static_cast<int>(category));
-    if (!AnyStored(counts, SourcesOf(*record, context))) report.emptyCategories.push_back(category);
-  }
   for (const auto* keys : {&context.optionKeys, &context.registerKeys}) {
     for (const std::wstring& key : *keys) {
       if (AnyStored(counts, {RegistryFileOf(context, key)})) continue;
       if (IsKeyThere(run.machine.registry, key)) report.missingKeys.push_back(key);
+    }
+  }
+  for (const SettingCategory category : selection.checked) {
+    const auto sources = SourcesOf(*FindCategory(static_cast<int>(category)), context);
+    if (!AnyStored(counts, sources) && !AnyFailed(report, context, sources)) {
+      report.emptyCategories.push_back(category);
     }
   }
 }

@@ -16,6 +16,9 @@ class Console {
   virtual void Out(std::wstring_view text) = 0;
   virtual void Err(std::wstring_view text) = 0;
   virtual bool ErrIsTerminal() const = 0;
+
+  // False once a text did not reach standard output whole: a full disk, a reader that has gone.
+  virtual bool IsOutWhole() const = 0;
 };
 
 // The console of this process.

@@ -9,18 +9,22 @@
 namespace carrovan {
 namespace {
 
-// Nobody can be told that a text cannot be written, so a failure stays without a word.
-void Write(std::FILE* stream, std::wstring_view text) {
+bool Write(std::FILE* stream, std::wstring_view text) {
   const std::string utf8 = ToUtf8(text);
-  std::fwrite(utf8.data(), 1, utf8.size(), stream);
-  std::fflush(stream);
+  const bool taken = std::fwrite(utf8.data(), 1, utf8.size(), stream) == utf8.size();
+  return std::fflush(stream) == 0 && taken;
 }
 
 class PosixConsole : public Console {
  public:
-  void Out(std::wstring_view text) override { Write(stdout, text); }
-  void Err(std::wstring_view text) override { Write(stderr, text); }
+  void Out(std::wstring_view text) override { outIsWhole_ = Write(stdout, text) && outIsWhole_; }
+  // Nobody can be told that an error text cannot be written.
+  void Err(std::wstring_view text) override { static_cast<void>(Write(stderr, text)); }
   bool ErrIsTerminal() const override { return isatty(STDERR_FILENO) != 0; }
+  bool IsOutWhole() const override { return outIsWhole_; }
+
+ private:
+  bool outIsWhole_ = true;
 };
 
 }  // namespace

@@ -78,6 +78,12 @@ TEST_F(CommandLine, PackageNameMustBeThatOfAPackage) {
   EXPECT_TRUE(Holds(console_.err, L".ucex"));
 }
 
+TEST_F(CommandLine, ResultThatNobodyReceivedIsAFailure) {
+  console_.outIsWhole = false;
+  EXPECT_EQ(Run({L"--version"}), ExitStatus::kFailed);
+  EXPECT_EQ(console_.err, L"Standard output was not written\n");
+}
+
 TEST_F(CommandLine, MissingSandboxIsAFailureOnOneLine) {
   EXPECT_EQ(Run({L"--root", L"no-such-folder", L"versions"}), ExitStatus::kFailed);
   EXPECT_EQ(console_.err.find(L'\n'), console_.err.size() - 1);

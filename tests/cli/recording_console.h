@@ -9,10 +9,12 @@ class RecordingConsole : public Console {
   std::wstring out;
   std::wstring err;
   bool terminal = false;
+  bool outIsWhole = true;
 
   void Out(std::wstring_view text) override { out += text; }
   void Err(std::wstring_view text) override { err += text; }
   bool ErrIsTerminal() const override { return terminal; }
+  bool IsOutWhole() const override { return outIsWhole; }
 };
 
 }  // namespace carrovan
