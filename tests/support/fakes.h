@@ -21,6 +21,7 @@ class RecordingView : public WizardView {
   bool closeAsked = false;
 
   void ShowMessage(const std::wstring& text) override { messages.push_back(text); }
+  void ShowApplicationMessage(const std::wstring& text) override { messages.push_back(text); }
   std::optional<std::wstring> ChooseSaveFile(const SaveFileQuestion& question) override {
     questions.push_back(question);
     return answer;
