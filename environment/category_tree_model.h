@@ -16,6 +16,10 @@ namespace carrovan {
 void BuildCategoryTree(EditableCategoryTree& tree,
                        const std::function<bool(const CategoryRecord&)>& isOffered);
 
+// Gives an item a state, gives it to everything below it and brings everything above it in line: an
+// item with others below it is checked when all of them are.
+void SetCheckedWithRelatives(EditableCategoryTree& tree, CategoryTree::Item item, bool checked);
+
 // What a mouse click on an item does, before the control's own handling of the click: the item
 // gets the caret, and a click on its check box gives the state that it is about to take to
 // everything below it and brings everything above it in line. The item itself is left as it was,

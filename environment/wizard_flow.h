@@ -48,7 +48,8 @@ struct WizardParts {
 };
 
 // What each button of the wizard does. Every message, check and page change happens before a
-// function returns.
+// function returns. A button that is pressed while a step is in progress, which a message box makes
+// possible, does nothing.
 class WizardFlow {
  public:
   explicit WizardFlow(WizardParts parts) : parts_(parts) {}
@@ -64,11 +65,14 @@ class WizardFlow {
   void Back();
   void Finish();
 
-  // Exports every category and stays on the reset page.
+  // Exports every category that the version offers and stays on the reset page.
   void OneClickBackup();
 
  private:
+  void RunAlone(void (*step)(const WizardParts&));
+
   WizardParts parts_;
+  bool inStep_ = false;
 };
 
 }  // namespace carrovan
