@@ -59,6 +59,31 @@ TEST_F(WizardImportFlow, RefusedPackageStaysOnThePathPage) {
   EXPECT_EQ(import_.calls, (Calls{"enter", "enter"}));
 }
 
+TEST_F(WizardImportFlow, PackageIsUnpackedIntoAFolderWithoutAnEarlierOne) {
+  import_.entry = ImportSteps::Entry::kRefused;
+  flow_.Next();
+  import_.whileWorking = [&] {
+    EXPECT_TRUE(HasStagingFolder());
+    EXPECT_TRUE(machine_->Ports().files.ListFolder(context_.stagingFolder).empty());
+    EXPECT_EQ(context_.packageDescriptionPath, context_.stagingFolder + L"config.ini");
+    machine_->PutFile(context_.stagingFolder + L"Local\\refused.xml", "refused");
+  };
+  flow_.Next();
+  flow_.Next();
+  EXPECT_EQ(import_.calls.size(), 2u);
+}
+
+TEST_F(WizardImportFlow, LegacyPackageKeepsWhatThePathPageUnpacked) {
+  state_.package.legacy = true;
+  flow_.Next();
+  machine_->PutFile(context_.stagingFolder + L"legacy.xml", "legacy");
+  import_.whileWorking = [&] {
+    EXPECT_EQ(machine_->FileBytes(context_.stagingFolder + L"legacy.xml"), "legacy");
+  };
+  flow_.Next();
+  EXPECT_EQ(import_.calls, (Calls{"legacy"}));
+}
+
 TEST_F(WizardImportFlow, EndedProgramShowsNothingMore) {
   import_.entry = ImportSteps::Entry::kEnded;
   flow_.Next();

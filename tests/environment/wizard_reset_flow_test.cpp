@@ -54,6 +54,13 @@ TEST_F(WizardResetFlow, CategoriesAreThoseOfTheBrandWhateverTheRelease) {
   EXPECT_EQ(Tree().texts.size(), 13u);  // without Catalog Library
 }
 
+TEST_F(WizardResetFlow, UnpackedPackageIsGoneBeforeTheReset) {
+  machine_->PutFile(context_.stagingFolder + L"Options\\General.reg", "of a package");
+  GoToCategories();
+  EXPECT_TRUE(HasStagingFolder());
+  EXPECT_TRUE(machine_->Ports().files.ListFolder(context_.stagingFolder).empty());
+}
+
 TEST_F(WizardResetFlow, VersionThatWasNeverRunIsToldOnEveryNext) {
   context_.productVersion = L"27.0";
   flow_.Next();
