@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "cli/command_line.h"
 #include "environment/category_tree_model.h"
 #include "environment/wizard_flow.h"

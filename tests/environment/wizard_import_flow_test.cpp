@@ -1,3 +1,5 @@
+#include <stdexcept>
+
 #include "environment/wizard_flow.h"
 #include "environment/wizard_pages.h"
 #include "tests/environment/wizard_fixture.h"

@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "environment/wizard_flow.h"
 #include "environment/wizard_pages.h"
 #include "tests/environment/wizard_fixture.h"
