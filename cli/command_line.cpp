@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "cli/merge_verbs.h"
+#include "cli/rewrite_verbs.h"
 #include "cli/verbs.h"
 #include "platform/text.h"
 
@@ -142,6 +143,73 @@ void AddRibbon(CLI::App& app, Verb& chosen) {
       ->callback([&] { chosen = RunRibbonEncodeVerb; });
 }
 
+struct RewritingOptions {
+  RewriteOptions rewrite;
+  RetargetOptions retarget;
+  MigrateOptions migrate;
+};
+
+void AddRewrite(CLI::App& app, RewriteOptions& options, Verb& chosen) {
+  CLI::App* verb = app.add_subcommand(
+      "rewrite", "Free an unpacked package of the old user's and the old version's paths");
+  AddText(*verb, "FOLDER", options.folder, "The unpacked package")->required();
+  RewriteInputs& inputs = options.inputs;
+  AddText(*verb, "--product", inputs.productName, "Product name of the package")->required();
+  AddText(*verb, "--package-release", inputs.packageReleaseVersion,
+          "Release year of the package, such as 2025")
+      ->required()
+      ->type_name("YEAR");
+  AddText(*verb, "--package-internal", inputs.packageInternalVersion,
+          "Internal version of the package, such as 27.0")
+      ->required()
+      ->type_name("VERSION");
+  AddText(*verb, "--target-release", inputs.targetReleaseYear, "Release year to rewrite to")
+      ->required()
+      ->type_name("YEAR");
+  AddText(*verb, "--target-internal", inputs.targetInternalVersion,
+          "Internal version to rewrite to")
+      ->required()
+      ->type_name("VERSION");
+  AddText(*verb, "--drafting-folder", inputs.firstDraftingFolder,
+          "Folder of the 2D drafting product of the target version")
+      ->required()
+      ->type_name("PATH");
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunRewriteVerb(session, options); };
+  });
+}
+
+void AddRetarget(CLI::App& app, RetargetOptions& options, Verb& chosen) {
+  CLI::App* verb = app.add_subcommand(
+      "retarget", "Replace the highest version that follows a product key in a legacy document");
+  AddText(*verb, "FILE", options.file, "The document")->required();
+  AddText(*verb, "KEY", options.key, "Product key, such as VANTRIC")->required();
+  AddText(*verb, "VERSION", options.version, "Version to put in its place, such as 27.0")
+      ->required();
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunRetargetVerb(session, options); };
+  });
+}
+
+void AddMigrateOptions(CLI::App& app, MigrateOptions& options, Verb& chosen) {
+  CLI::App* verb = app.add_subcommand(
+      "migrate-options", "Carry the values of an option document into existing registry values");
+  AddText(*verb, "XML", options.xmlPath, "The option document")->required();
+  AddText(*verb, "COMPANY", options.company, "Company part of the registry key")->required();
+  AddText(*verb, "PRODUCTKEY", options.productKey,
+          "Product part of the registry key, such as \"VANTRIC 27.0\"")
+      ->required();
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunMigrateOptionsVerb(session, options); };
+  });
+}
+
+void AddRewriting(CLI::App& app, RewritingOptions& options, Verb& chosen) {
+  AddRewrite(app, options.rewrite, chosen);
+  AddRetarget(app, options.retarget, chosen);
+  AddMigrateOptions(app, options.migrate, chosen);
+}
+
 std::vector<std::string> ReversedUtf8(const std::vector<std::wstring>& arguments) {
   std::vector<std::string> reversed;
   for (auto at = arguments.rbegin(); at != arguments.rend(); ++at) reversed.push_back(ToUtf8(*at));
@@ -175,12 +243,14 @@ ExitStatus ParseAndRun(const std::vector<std::wstring>& arguments, Console& cons
   InspectOptions inspect;
   ExtractOptions extract;
   MergeOptions merge;
+  RewritingOptions rewriting;
   Verb chosen;
   AddVersions(app, versions, chosen);
   AddExport(app, exportOptions, chosen);
   AddInspect(app, inspect, chosen);
   AddExtract(app, extract, chosen);
   AddMerges(app, merge, chosen);
+  AddRewriting(app, rewriting, chosen);
   AddRibbon(app, chosen);
 
   try {

@@ -47,8 +47,9 @@ std::unique_ptr<ArchiveReader> ProgressArchives::Open(const std::wstring& archiv
 }
 
 Machine WithArchives(const Machine& machine, ArchiveLibrary& archives) {
-  return {machine.files,   machine.registry, machine.folders,     machine.guids, machine.profiles,
-          machine.product, archives,         machine.interpreter, machine.clock};
+  return {machine.files,    machine.registry,       machine.folders, machine.guids,
+          machine.profiles, machine.product,        archives,        machine.interpreter,
+          machine.clock,    machine.registryEditor, machine.user,    machine.codePage};
 }
 
 }  // namespace carrovan

@@ -2,6 +2,7 @@
 
 #include "platform/archive_library.h"
 #include "platform/clock.h"
+#include "platform/code_page.h"
 #include "platform/command_interpreter.h"
 #include "platform/file_system.h"
 #include "platform/guid_source.h"
@@ -9,6 +10,8 @@
 #include "platform/product_identity.h"
 #include "platform/profile_file.h"
 #include "platform/registry.h"
+#include "platform/registry_editor.h"
+#include "platform/user_identity.h"
 
 namespace carrovan {
 
@@ -24,6 +27,9 @@ struct Machine {
   ArchiveLibrary& archives;
   CommandInterpreter& interpreter;
   Clock& clock;
+  RegistryEditor& registryEditor;
+  UserIdentity& user;
+  CodePage& codePage;
 };
 
 }  // namespace carrovan

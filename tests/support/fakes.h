@@ -89,6 +89,9 @@ class ForwardingFiles : public FileSystem {
   SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override {
     return files_.ReadBytes(path, bytes);
   }
+  SystemCode ReadInParts(const std::wstring& path, const TakePart& take) const override {
+    return files_.ReadInParts(path, take);
+  }
   SystemCode CreateFolder(const std::wstring& path) override { return files_.CreateFolder(path); }
   SystemCode CreateEmptyFile(const std::wstring& path) override {
     return files_.CreateEmptyFile(path);
