@@ -3,6 +3,7 @@
 import os
 import subprocess
 import time
+from pathlib import Path
 
 
 class Screen:
@@ -16,8 +17,9 @@ class Screen:
         os.close(write_end)
         with os.fdopen(read_end) as pipe:
             self.display = ":" + pipe.readline().strip()
-        self._manager = subprocess.Popen(["openbox", "--sm-disable"], env=self.environment(),
-                                         stderr=subprocess.DEVNULL)
+        self._manager = subprocess.Popen(
+            ["openbox", "--sm-disable", "--config-file", Path(__file__).with_name("openbox.xml")],
+            env=self.environment(), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def __enter__(self):
         return self
