@@ -5,6 +5,7 @@
 #include "app/about_dialog.h"
 #include "app/busy_window.h"
 #include "environment/running_product.h"
+#include "package/staging_folder.h"
 #include "platform/windows/file_questions.h"
 #include "platform/windows/message_boxes.h"
 #include "platform/windows/window_scale.h"
@@ -37,6 +38,7 @@ class RaisedFlag {
 CCarrovanDlg::CCarrovanDlg(const ResourceModule& resources, const Machine& machine,
                            const ProcessList& processes)
     : resources_(resources),
+      machine_(machine),
       processes_(processes),
       registryTool_(machine.interpreter, machine.clock, RegistryToolPace::kFixedPause),
       runs_(MakeWizardRuns({context_, state_, machine, registryTool_, *this})),
@@ -52,7 +54,10 @@ CCarrovanDlg::CCarrovanDlg(const ResourceModule& resources, const Machine& machi
       import_({resources, fonts_}),
       reset_({resources, fonts_}) {}
 
-void CCarrovanDlg::Run() { RunModal(resources_, IDD_WIZARD, nullptr); }
+void CCarrovanDlg::Run() {
+  RunModal(resources_, IDD_WIZARD, nullptr);
+  DeleteStagingFolder(context_, machine_);
+}
 
 void CCarrovanDlg::ShowMessage(const std::wstring& text) {
   ShowPlainMessageBox(Window(), text);
@@ -106,6 +111,7 @@ EditableCategoryTree& CCarrovanDlg::Tree(WizardPage categoryPage) {
 
 void CCarrovanDlg::EndProgram() {
   DestroyWindow(Window());
+  DeleteStagingFolder(context_, machine_);
   ExitProcess(0);
 }
 

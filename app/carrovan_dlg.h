@@ -61,6 +61,7 @@ class CCarrovanDlg : public Dialog, public WizardFrame {
   void TakeScale(int dotsPerInch);
 
   const ResourceModule& resources_;
+  const Machine machine_;
   const ProcessList& processes_;
   ProductContext context_;
   WizardState state_;
