@@ -37,10 +37,9 @@ bool EnsureStagingFolder(const WizardParts& parts) {
   return RenewStagingFolder(parts.context, parts.machine);
 }
 
-bool HasStagingFolder(const WizardParts& parts) {
-  if (EnsureStagingFolder(parts)) return true;
-  parts.frame.ShowMessage(L"No folder can be made in the temporary path");
-  return false;
+bool TellUnlessMade(const WizardParts& parts, bool hasStagingFolder) {
+  if (!hasStagingFolder) parts.frame.ShowMessage(L"No folder can be made in the temporary path");
+  return hasStagingFolder;
 }
 
 // Without its folders known, a run would look for them at the root of a drive.
@@ -75,7 +74,7 @@ bool EnterExportCategories(const WizardParts& parts) {
 }
 
 bool Export(const WizardParts& parts) {
-  if (!HasStagingFolder(parts)) return false;
+  if (!TellUnlessMade(parts, EnsureStagingFolder(parts))) return false;
   const ExportRun run{parts.context, parts.machine, parts.registryTool, parts.frame,
                       parts.frame.Tree(WizardPage::kExportCategories)};
   return RunExport(run).has_value();
@@ -91,9 +90,10 @@ void GoForwardInExport(const WizardParts& parts) {
   ShowPagesAt(parts, place);
 }
 
-// False when the user stays on the path page or the program ends.
+// False when the user stays on the path page or the program ends. What an earlier package left
+// behind must not be imported along with this one.
 bool EnterImportCategories(const WizardParts& parts) {
-  if (!HasStagingFolder(parts)) return false;
+  if (!TellUnlessMade(parts, RenewStagingFolder(parts.context, parts.machine))) return false;
   return parts.importSteps.EnterCategories(parts.frame.Tree(WizardPage::kImportCategories)) ==
          ImportSteps::Entry::kReady;
 }
@@ -106,7 +106,7 @@ void ImportLegacyPackage(const WizardParts& parts) {
 void GoForwardInImport(const WizardParts& parts) {
   const int place = parts.state.pageIndex + 1;
   if (place > kBeyondFinishPlace) return;
-  if (place == kPathPlace && !HasStagingFolder(parts)) return;
+  if (place == kPathPlace && !TellUnlessMade(parts, EnsureStagingFolder(parts))) return;
   if (place == kCategoriesPlace) {
     if (parts.state.package.path.empty()) return ShowMessage(parts, StringId::kSelectFile);
     if (parts.state.package.legacy) return ImportLegacyPackage(parts);
@@ -120,6 +120,8 @@ void GoForwardInImport(const WizardParts& parts) {
 
 bool EnterResetCategories(const WizardParts& parts) {
   if (!HasVersionFolders(parts)) return false;
+  // The last steps of a reset are those of an import; they must find no package to apply.
+  RenewStagingFolder(parts.context, parts.machine);
   BuildCategoryTree(
       parts.frame.Tree(WizardPage::kResetCategories),
       [&](const CategoryRecord& record) { return IsOfferedOnReset(record, parts.context); });
