@@ -16,9 +16,8 @@ void DropMessages(HWND window, UINT first, UINT last) {
 
 }  // namespace
 
-BusyWindow::BusyWindow(HWND window) : window_(window) {
-  RedrawWindow(window_, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
-  formerCursor_ = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+BusyWindow::BusyWindow(HWND window) : window_(window), formerCursor_(GetCursor()) {
+  Resume(window);
 }
 
 BusyWindow::~BusyWindow() {
@@ -30,6 +29,9 @@ BusyWindow::~BusyWindow() {
   SetCursor(formerCursor_);
 }
 
-void BusyWindow::ShowWaitCursor() { SetCursor(LoadCursorW(nullptr, IDC_WAIT)); }
+void BusyWindow::Resume(HWND window) {
+  RedrawWindow(window, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+}
 
 }  // namespace carrovan

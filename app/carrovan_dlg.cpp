@@ -61,23 +61,23 @@ void CCarrovanDlg::Run() {
 
 void CCarrovanDlg::ShowMessage(const std::wstring& text) {
   ShowPlainMessageBox(Window(), text);
-  if (busy_) BusyWindow::ShowWaitCursor();
+  if (busy_) BusyWindow::Resume(Window());
 }
 
 void CCarrovanDlg::ShowApplicationMessage(const std::wstring& text) {
   ShowApplicationMessageBox(Window(), text);
-  if (busy_) BusyWindow::ShowWaitCursor();
+  if (busy_) BusyWindow::Resume(Window());
 }
 
 std::optional<std::wstring> CCarrovanDlg::ChooseSaveFile(const SaveFileQuestion& question) {
   auto path = AskForSaveFile(Window(), question);
-  if (busy_) BusyWindow::ShowWaitCursor();
+  if (busy_) BusyWindow::Resume(Window());
   return path;
 }
 
 bool CCarrovanDlg::AskYesNo(const std::wstring& question) {
   const bool yes = AskInMessageBox(Window(), question);
-  if (busy_) BusyWindow::ShowWaitCursor();
+  if (busy_) BusyWindow::Resume(Window());
   return yes;
 }
 
