@@ -29,16 +29,6 @@ bool ArchiveChangedFiles(const Overlay& overlay, const std::wstring& archive,
   return package.outcome == ArchiveResult::kDone && package.skipped.empty();
 }
 
-bool LayOverProfile(const Overlay& overlay, ImportReport& report) {
-  const std::wstring archive = overlay.context.stagingFolder + kOverlayArchive;
-  const bool archived = ArchiveChangedFiles(overlay, archive, report);
-  const ExtractReport extracted =
-      ExtractArchive(overlay.machine.archives, overlay.machine.files, overlay.view, archive,
-                     overlay.applicationDataRoot);
-  report.unextracted += extracted.failed;
-  return archived && extracted.opened && extracted.failed == 0;
-}
-
 void KeepStagingFolder(const Overlay& overlay, ImportReport& report) {
   ProductContext& context = overlay.context;
   report.problems.push_back(L"What is not in place is kept in " + context.stagingFolder);
@@ -52,6 +42,16 @@ void ImportRegistryFolder(const std::wstring& folder, const FileReader& files, R
   for (const FolderEntry& entry : files.ListFolder(folder)) {
     if (!entry.isFolder) tool.RegImportFile(folder + L"\\" + entry.name);
   }
+}
+
+bool LayOverProfile(const Overlay& overlay, ImportReport& report) {
+  const std::wstring archive = overlay.context.stagingFolder + kOverlayArchive;
+  const bool archived = ArchiveChangedFiles(overlay, archive, report);
+  const ExtractReport extracted =
+      ExtractArchive(overlay.machine.archives, overlay.machine.files, overlay.view, archive,
+                     overlay.applicationDataRoot);
+  report.unextracted += extracted.failed;
+  return archived && extracted.opened && extracted.failed == 0;
 }
 
 void ApplyOverlay(const Overlay& overlay, ImportReport& report) {
