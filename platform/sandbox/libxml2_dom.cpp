@@ -4,6 +4,8 @@
 #include <libxml/xmlsave.h>
 
 #include <limits>
+#include <new>
+#include <string_view>
 
 #include "platform/sandbox/libxml2_copy.h"
 #include "platform/sandbox/libxml2_text_filter.h"
@@ -29,6 +31,7 @@ struct Freer {
   }
 };
 
+using DictOwner = std::unique_ptr<xmlDict, Freer<xmlDictFree>>;
 using DocOwner = std::unique_ptr<xmlDoc, Freer<xmlFreeDoc>>;
 using NodeOwner = std::unique_ptr<xmlNode, Freer<xmlFreeNode>>;
 using ParserOwner = std::unique_ptr<xmlParserCtxt, Freer<xmlFreeParserCtxt>>;
@@ -66,19 +69,36 @@ std::string TextBelow(const xmlNode& top) {
   return text;
 }
 
-DocOwner Parse(const std::string& bytes) {
-  if (bytes.size() > std::size_t{std::numeric_limits<int>::max()}) return nullptr;
+// Gives the parser what it asks for; `source` is the text that it has not read yet. Given all at
+// once, the text would be copied as a whole.
+int ReadOn(void* source, char* buffer, int length) {
+  auto& unread = *static_cast<std::string_view*>(source);
+  const std::size_t count = unread.copy(buffer, static_cast<std::size_t>(length));
+  unread.remove_prefix(count);
+  return static_cast<int>(count);
+}
+
+// A parser that keeps its names in the given dictionary; null when there is no memory.
+ParserOwner NewParser(xmlDict& names) {
   ParserOwner parser(xmlNewParserCtxt());
+  if (parser == nullptr) return nullptr;
+  xmlDictFree(parser->dict);
+  parser->dict = &names;
+  xmlDictReference(&names);
+  return parser;
+}
+
+DocOwner Parse(std::string_view bytes, xmlDict& names) {
+  if (bytes.size() > std::size_t{std::numeric_limits<int>::max()}) return nullptr;
+  const ParserOwner parser = NewParser(names);
   if (parser == nullptr) return nullptr;
   BlankTextFilter filter;
   filter.AttachTo(*parser);
-  DocOwner document(xmlCtxtReadMemory(parser.get(), bytes.data(), static_cast<int>(bytes.size()),
-                                      nullptr, nullptr, kParseOptions));
+  DocOwner document(
+      xmlCtxtReadIO(parser.get(), ReadOn, nullptr, &bytes, nullptr, nullptr, kParseOptions));
   const bool accepted = parser->wellFormed != 0 && parser->nsWellFormed != 0 &&
                         !filter.SawTypeDefinition() && document != nullptr;
-  if (!accepted) return nullptr;
-  if (document->dict == nullptr) document->dict = xmlDictCreate();
-  return document->dict == nullptr ? nullptr : std::move(document);
+  return accepted ? std::move(document) : nullptr;
 }
 
 std::string DeclarationOf(const xmlDoc& document) {
@@ -122,13 +142,13 @@ bool Serialize(xmlDoc& document, std::string& bytes) {
 
 class LibXml2Document : private XmlNodeOperations, public XmlDocument {
  public:
-  explicit LibXml2Document(FileSystem& files) : files_(files) {}
+  LibXml2Document(FileSystem& files, xmlDict& names) : files_(files), names_(names) {}
 
   bool Load(const std::wstring& path) override {
     std::string bytes;
     if (files_.ReadBytes(path, bytes) != kSystemOk) return false;
     detached_.reset();
-    document_ = Parse(bytes);
+    document_ = Parse(bytes, names_);
     loadedBytes_ = bytes.size();
     if (document_ == nullptr) return false;
     detached_.reset(NewElement(*document_, kDetachedName));
@@ -178,7 +198,10 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
     if (node.type != XML_ELEMENT_NODE || node.ns == nullptr || node.ns->prefix == nullptr) {
       return AsChars(node.name);
     }
-    return AsChars(xmlDictQLookup(node.doc->dict, node.ns->prefix, node.name));
+    const std::string name = std::string(AsChars(node.ns->prefix)) + ":" + AsChars(node.name);
+    const xmlChar* const kept = xmlDictLookup(&names_, AsXmlText(name), -1);
+    if (kept == nullptr) throw std::bad_alloc();
+    return AsChars(kept);
   }
 
   Handle FirstChild(Handle handle) const override {
@@ -187,12 +210,6 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
   }
 
   Handle NextSibling(Handle handle) const override { return AsNode(handle)->next; }
-
-  std::size_t CountChildren(Handle handle) const override {
-    std::size_t count = 0;
-    for (Handle child = FirstChild(handle); child != nullptr; child = NextSibling(child)) ++count;
-    return count;
-  }
 
   std::wstring Text(Handle handle) const override {
     const xmlNode& node = *AsNode(handle);
@@ -227,8 +244,8 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
     return true;
   }
 
-  Handle AppendCopy(Handle parent, Handle source) const override {
-    return AppendDeepCopy(*AsNode(parent), *AsNode(source));
+  bool AppendCopy(Handle parent, Handle source) const override {
+    return AppendDeepCopy(*AsNode(parent), *AsNode(source)) != nullptr;
   }
 
   bool RemoveChild(Handle parent, Handle child) const override {
@@ -242,6 +259,7 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
   }
 
   FileSystem& files_;
+  xmlDict& names_;
   std::size_t loadedBytes_ = 0;
   DocOwner document_;
   NodeOwner detached_;  // parent of the elements that are in no tree; freed before the document
@@ -249,16 +267,17 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
 
 class LibXml2Session : public XmlSession {
  public:
-  explicit LibXml2Session(FileSystem& files) : files_(files) {}
+  explicit LibXml2Session(FileSystem& files) : files_(files), names_(xmlDictCreate()) {}
 
-  bool Started() const override { return true; }
+  bool Started() const override { return names_ != nullptr; }
 
   std::unique_ptr<XmlDocument> NewDocument() override {
-    return std::make_unique<LibXml2Document>(files_);
+    return Started() ? std::make_unique<LibXml2Document>(files_, *names_) : nullptr;
   }
 
  private:
   FileSystem& files_;
+  DictOwner names_;  // of all documents, so that each name is there once
 };
 
 class LibXml2Dom : public XmlDom {
