@@ -50,7 +50,7 @@ bool ChildIndex::VisitNext() {
   if (numbersContainers_) summary_.Take(child, name, id);
   if (!idElement_ && name == kIdElementName) idElement_ = child;
   const bool canBeFound = FirstNamed(name) == kNone || (id.id && FirstWithId(*id.id) == kNone);
-  if (canBeFound) Add({std::move(child), name, id.id, false, nullptr});
+  if (canBeFound) Add({std::move(child), name, id.id});
   return true;
 }
 
@@ -123,18 +123,23 @@ void ChildIndex::ReadIdAgain(Position position) {
   Child& child = children_[position];
   if (child.id || ContainerKindOf(child.name) == ContainerKind::kNone) return;
   // A kept index finds the ID of a child that is matched again and again without a walk.
-  const ElementIdReading reading = child.kept == nullptr ? ReadIdText(child.node, child.name)
-                                                         : ReadIdChild(child.kept->IdElement());
+  const auto kept = kept_.find(position);
+  const ElementIdReading reading = kept == kept_.end() ? ReadIdText(child.node, child.name)
+                                                       : ReadIdChild(kept->second->IdElement());
   if (numbersContainers_) summary_.TakeLateId(reading);
   child.id = reading.id;
   if (tables_ != nullptr) EnterId(position);
 }
 
 ChildIndex* ChildIndex::KeptIndexOf(Position position) {
-  Child& child = children_[position];
-  if (!std::exchange(child.askedBefore, true)) return nullptr;
-  if (child.kept == nullptr) child.kept = std::make_unique<ChildIndex>(child.node, child.name);
-  return child.kept.get();
+  if (askedBefore_.size() <= position) askedBefore_.resize(children_.size());
+  if (!askedBefore_[position]) {
+    askedBefore_[position] = true;
+    return nullptr;
+  }
+  std::unique_ptr<ChildIndex>& kept = kept_[position];
+  if (kept == nullptr) kept = std::make_unique<ChildIndex>(Node(position), Name(position));
+  return kept.get();
 }
 
 }  // namespace carrovan

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "merge/container_summary.h"
@@ -51,8 +52,6 @@ class ChildIndex {
     XmlNode node;
     std::string_view name;
     std::optional<std::int32_t> id;
-    bool askedBefore = false;
-    std::unique_ptr<ChildIndex> kept;
   };
   struct Tables {
     PositionTable byName;
@@ -74,6 +73,8 @@ class ChildIndex {
   SummaryReader summary_;
   std::vector<Child> children_;     // of those visited, the ones that can be found
   std::unique_ptr<Tables> tables_;  // null while the children are few enough to look at each
+  std::vector<bool> askedBefore_;   // by position; a child behind the end was not
+  std::unordered_map<Position, std::unique_ptr<ChildIndex>> kept_;
 };
 
 }  // namespace carrovan

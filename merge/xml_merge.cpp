@@ -27,8 +27,8 @@ struct Level {
   XmlNode oldChild;  // the next one to merge; none when the pair is done
   XmlNode newElement;
   ChildIndex* newChildren = nullptr;
-  std::unique_ptr<ChildIndex> ownedChildren;  // null when another index keeps them
-  std::optional<ContainerSummary> summary;    // as it was at the start, counted on by this pair
+  std::optional<ChildIndex> ownedChildren;  // none when another index keeps them
+  std::optional<ContainerSummary> summary;  // as it was at the start, counted on by this pair
   ChildIndex::Position descendedInto = ChildIndex::kNone;
 };
 
@@ -41,7 +41,7 @@ class NodeMerge {
   void Run(const XmlNode& oldElement, const XmlNode& newElement) {
     const std::string_view name = newElement.Name();
     XmlNode oldChild = MergeOwnValue(oldElement, newElement, name);
-    if (oldChild) Enter(std::move(oldChild), newElement, name, nullptr);
+    if (oldChild) Start(levels_.emplace(), std::move(oldChild), newElement, name, nullptr);
     while (!levels_.empty()) MergeNextChild();
   }
 
@@ -49,8 +49,8 @@ class NodeMerge {
   // The old element's first child to be merged, when there is one.
   static XmlNode MergeOwnValue(const XmlNode& oldElement, const XmlNode& newElement,
                                std::string_view newName);
-  void Enter(XmlNode oldChild, const XmlNode& newElement, std::string_view newName,
-             ChildIndex* keptChildren);
+  static void Start(Level& level, XmlNode oldChild, const XmlNode& newElement,
+                    std::string_view newName, ChildIndex* keptChildren);
   void MergeNextChild();
   void MergeChild(Level& level, const XmlNode& oldChild);
   void Descend(Level& level, const XmlNode& oldElement, ChildIndex::Position match);
@@ -69,17 +69,13 @@ XmlNode NodeMerge::MergeOwnValue(const XmlNode& oldElement, const XmlNode& newEl
   return ThisOrNextElement(std::move(first));
 }
 
-void NodeMerge::Enter(XmlNode oldChild, const XmlNode& newElement, std::string_view newName,
-                      ChildIndex* keptChildren) {
-  Level level;
+void NodeMerge::Start(Level& level, XmlNode oldChild, const XmlNode& newElement,
+                      std::string_view newName, ChildIndex* keptChildren) {
   level.oldChild = std::move(oldChild);
   level.newElement = newElement;
-  if (keptChildren == nullptr) {
-    level.ownedChildren = std::make_unique<ChildIndex>(newElement, newName);
-  }
-  level.newChildren = keptChildren == nullptr ? level.ownedChildren.get() : keptChildren;
+  level.newChildren =
+      keptChildren == nullptr ? &level.ownedChildren.emplace(newElement, newName) : keptChildren;
   level.summary = level.newChildren->Summary();
-  levels_.push(std::move(level));
 }
 
 void NodeMerge::MergeNextChild() {
@@ -124,13 +120,13 @@ void NodeMerge::Descend(Level& level, const XmlNode& oldElement, ChildIndex::Pos
   if (!oldChild) return;
   // Nothing is left to do on this level after its last child, so a chain of any depth needs no
   // stack. An index that is kept must still learn of an ID that the child gains.
-  const bool lastOfLevel = !level.oldChild && level.ownedChildren != nullptr;
+  const bool lastOfLevel = !level.oldChild && level.ownedChildren.has_value();
   if (lastOfLevel) {
-    levels_.pop();
-    Enter(std::move(oldChild), newElement, name, nullptr);
+    Start(level, std::move(oldChild), newElement, name, nullptr);
   } else {
     level.descendedInto = match;
-    Enter(std::move(oldChild), newElement, name, level.newChildren->KeptIndexOf(match));
+    Start(levels_.emplace(), std::move(oldChild), newElement, name,
+          level.newChildren->KeptIndexOf(match));
   }
 }
 

@@ -170,7 +170,8 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
 
   bool Save(const std::wstring& path) override {
     std::string bytes;
-    bytes.reserve(loadedBytes_ + loadedBytes_ / 4);  // growing step by step would copy it often
+    // Growing step by step would copy it often; room that stays empty takes no memory.
+    bytes.reserve(2 * loadedBytes_);
     return document_ != nullptr && Serialize(*document_, bytes) &&
            files_.WriteBytes(path, bytes) == kSystemOk;
   }
