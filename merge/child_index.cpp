@@ -1,6 +1,7 @@
 #include "merge/child_index.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 #include "merge/element_names.h"
@@ -19,7 +20,7 @@ std::size_t Spread(std::uint64_t key) {
 bool IsSameName(std::string_view a, std::string_view b) { return a.data() == b.data(); }
 
 std::size_t HashOfName(std::string_view name) {
-  return Spread(reinterpret_cast<std::uintptr_t>(name.data()));
+  return Spread(std::hash<const void*>()(name.data()));
 }
 
 std::size_t HashOfId(std::int32_t id) { return Spread(static_cast<std::uint32_t>(id)); }
