@@ -3,6 +3,7 @@
 #include <libxml/dict.h>
 #include <libxml/xmlsave.h>
 
+#include <algorithm>
 #include <limits>
 #include <new>
 #include <string_view>
@@ -34,6 +35,10 @@ struct Freer {
 using DictOwner = std::unique_ptr<xmlDict, Freer<xmlDictFree>>;
 using DocOwner = std::unique_ptr<xmlDoc, Freer<xmlFreeDoc>>;
 using NodeOwner = std::unique_ptr<xmlNode, Freer<xmlFreeNode>>;
+struct TextFreer {
+  void operator()(xmlChar* text) const { xmlFree(text); }
+};
+using TextOwner = std::unique_ptr<xmlChar, TextFreer>;
 using ParserOwner = std::unique_ptr<xmlParserCtxt, Freer<xmlFreeParserCtxt>>;
 
 xmlNode* AsNode(XmlNodeOperations::Handle handle) { return static_cast<xmlNode*>(handle); }
@@ -69,6 +74,16 @@ std::string TextBelow(const xmlNode& top) {
   return text;
 }
 
+std::wstring ProblemOf(xmlParserCtxt& parser, bool hasTypeDefinition) {
+  if (hasTypeDefinition) return L"the document has a type definition";
+  const xmlError* const error = xmlCtxtGetLastError(&parser);
+  if (error == nullptr || error->message == nullptr) return L"the document is not well formed";
+  std::wstring text = FromUtf8(error->message);
+  while (!text.empty() && text.back() == L'\n') text.pop_back();
+  std::ranges::replace(text, L'\n', L' ');
+  return L"line " + std::to_wstring(error->line) + L": " + text;
+}
+
 // Gives the parser what it asks for; `source` is the text that it has not read yet. Given all at
 // once, the text would be copied as a whole.
 int ReadOn(void* source, char* buffer, int length) {
@@ -88,7 +103,9 @@ ParserOwner NewParser(xmlDict& names) {
   return parser;
 }
 
-DocOwner Parse(std::string_view bytes, xmlDict& names) {
+// Says what is wrong when there is no document.
+DocOwner Parse(std::string_view bytes, xmlDict& names, std::wstring& problem) {
+  problem = L"the document cannot be held in memory";
   if (bytes.size() > std::size_t{std::numeric_limits<int>::max()}) return nullptr;
   const ParserOwner parser = NewParser(names);
   if (parser == nullptr) return nullptr;
@@ -98,7 +115,9 @@ DocOwner Parse(std::string_view bytes, xmlDict& names) {
       xmlCtxtReadIO(parser.get(), ReadOn, nullptr, &bytes, nullptr, nullptr, kParseOptions));
   const bool accepted = parser->wellFormed != 0 && parser->nsWellFormed != 0 &&
                         !filter.SawTypeDefinition() && document != nullptr;
-  return accepted ? std::move(document) : nullptr;
+  if (accepted) return document;
+  problem = ProblemOf(*parser, filter.SawTypeDefinition());
+  return nullptr;
 }
 
 std::string DeclarationOf(const xmlDoc& document) {
@@ -146,14 +165,19 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
 
   bool Load(const std::wstring& path) override {
     std::string bytes;
-    if (files_.ReadBytes(path, bytes) != kSystemOk) return false;
+    if (const SystemCode code = files_.ReadBytes(path, bytes); code != kSystemOk) {
+      problem_ = DescribeSystemCode(code);
+      return false;
+    }
     detached_.reset();
-    document_ = Parse(bytes, names_);
+    document_ = Parse(bytes, names_, problem_);
     loadedBytes_ = bytes.size();
     if (document_ == nullptr) return false;
     detached_.reset(NewElement(*document_, kDetachedName));
     return detached_ != nullptr;
   }
+
+  std::wstring LoadProblem() const override { return problem_; }
 
   XmlNode Root() override {
     return {*this, document_ == nullptr ? nullptr : xmlDocGetRootElement(document_.get())};
@@ -218,6 +242,13 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
                                          : FromUtf8(AsChars(ContentOf(node)));
   }
 
+  std::optional<std::wstring> Attribute(Handle handle, std::string_view name) const override {
+    const std::string terminated(name);
+    const TextOwner value(xmlGetNoNsProp(AsNode(handle), AsXmlText(terminated)));
+    if (value == nullptr) return std::nullopt;
+    return FromUtf8(AsChars(value.get()));
+  }
+
   bool SetText(Handle handle, std::wstring_view text) const override {
     xmlNode& node = *AsNode(handle);
     const std::string utf8 = ToUtf8(text);
@@ -262,6 +293,7 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
   FileSystem& files_;
   xmlDict& names_;
   std::size_t loadedBytes_ = 0;
+  std::wstring problem_;
   DocOwner document_;
   NodeOwner detached_;  // parent of the elements that are in no tree; freed before the document
 };

@@ -19,6 +19,7 @@ class MsXmlNodeOperations : public XmlNodeOperations {
   Handle FirstChild(Handle node) const override;
   Handle NextSibling(Handle node) const override;
   std::wstring Text(Handle node) const override;
+  std::optional<std::wstring> Attribute(Handle node, std::string_view name) const override;
   [[nodiscard]] bool SetText(Handle node, std::wstring_view text) const override;
   [[nodiscard]] bool CopyText(Handle target, Handle source) const override;
   [[nodiscard]] bool AppendChild(Handle parent, Handle child) const override;
