@@ -16,8 +16,8 @@ class ExportTrouble : public ExportFixture {
  protected:
   Machine WithArchives(ArchiveLibrary& archives) {
     const Machine p = Ports();
-    return {p.files,   p.registry, p.folders,     p.guids, p.profiles,
-            p.product, archives,   p.interpreter, p.clock};
+    return {p.files,  p.registry,    p.folders, p.guids,          p.profiles, p.product,
+            archives, p.interpreter, p.clock,   p.registryEditor, p.user,     p.codePage};
   }
 
   Names SkippedPaths(const ExportReport& report) const {
@@ -99,8 +99,9 @@ TEST_F(ExportTrouble, FileThatVanishesAfterListingIsPassedOver) {
   const Machine p = Ports();
   VanishingFiles files(p.files, vanished);
   CheckOnly({CustomMaterials});
-  const auto report = ExportOn({files, p.registry, p.folders, p.guids, p.profiles, p.product,
-                                p.archives, p.interpreter, p.clock});
+  const auto report =
+      ExportOn({files, p.registry, p.folders, p.guids, p.profiles, p.product, p.archives,
+                p.interpreter, p.clock, p.registryEditor, p.user, p.codePage});
   ASSERT_TRUE(report);
   EXPECT_EQ(report->package.outcome, ArchiveResult::kDone);
   EXPECT_EQ(SkippedPaths(*report), Names{vanished});
@@ -185,8 +186,9 @@ TEST_F(ExportTrouble, InterpreterThatCannotStartGivesAPackageWithoutRegistryFile
   interpreter.canStart = false;
   const Machine p = Ports();
   CheckOnly({Options, Register, ShortcutKey});
-  const auto report = ExportOn({p.files, p.registry, p.folders, p.guids, p.profiles, p.product,
-                                p.archives, interpreter, p.clock});
+  const auto report =
+      ExportOn({p.files, p.registry, p.folders, p.guids, p.profiles, p.product, p.archives,
+                interpreter, p.clock, p.registryEditor, p.user, p.codePage});
   ASSERT_TRUE(report);
   EXPECT_EQ(EntryNames().size(), 2u);
   EXPECT_TRUE(report->emptyCategories.empty()) << "the keys are named, so there is something";

@@ -187,8 +187,9 @@ TEST_F(WritePackageTest, LinkToAFolderIsFollowedOnceAndALinkBelowItIsReported) {
   machine_->PutFile(folder + L"\\link\\link\\b.xml", "x");
   const Machine p = machine_->Ports();
   LinkingFiles files(p.files);
-  const Machine linking{files,     p.registry, p.folders,     p.guids, p.profiles,
-                        p.product, p.archives, p.interpreter, p.clock};
+  const Machine linking{files,      p.registry,       p.folders,  p.guids,
+                        p.profiles, p.product,        p.archives, p.interpreter,
+                        p.clock,    p.registryEditor, p.user,     p.codePage};
   const auto report = WritePackage(context_, linking, Names{folder}, Archive());
   EXPECT_EQ(EntryNames(), Names{FromFirstLocal(folder + L"\\link\\a.xml")});
   ASSERT_EQ(report.skipped.size(), 1u);

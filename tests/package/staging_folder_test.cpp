@@ -14,8 +14,9 @@ class StagingFolderTest : public testing::Test {
 
   Machine Ports() {
     const Machine ports = machine_->Ports();
-    return {ports.files,   ports.registry, folders_,          guids_,     ports.profiles,
-            ports.product, ports.archives, ports.interpreter, ports.clock};
+    return {ports.files,    ports.registry,       folders_,       guids_,
+            ports.profiles, ports.product,        ports.archives, ports.interpreter,
+            ports.clock,    ports.registryEditor, ports.user,     ports.codePage};
   }
 
   std::wstring Expected() const {
