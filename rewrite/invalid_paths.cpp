@@ -183,8 +183,8 @@ std::size_t DropInvalidPaths(std::string& fileBytes, const TextForm& form,
     CopyKept(body, form, verdict, fileBytes.data() + begin);
     fileBytes.resize(begin + verdict.keptBytes);
   } else {
-    std::string kept(begin + verdict.keptBytes, '\0');
-    std::memcpy(kept.data(), fileBytes.data(), begin);
+    std::string kept(form.Mark(fileBytes));
+    kept.resize(begin + verdict.keptBytes);
     CopyKept(body, form, verdict, kept.data() + begin);
     fileBytes.swap(kept);
   }
