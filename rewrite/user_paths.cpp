@@ -64,7 +64,10 @@ std::size_t ReplaceNamesBehind(std::u16string_view prefix, std::u16string& text,
     end += length;
     hit = FindUnits(all, prefix, end);
   }
-  if (count > 0) text = result.append(all.substr(copied));
+  if (count > 0) {
+    result.append(all.substr(copied));
+    text.swap(result);
+  }
   return count;
 }
 
