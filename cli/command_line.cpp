@@ -17,6 +17,8 @@ constexpr char kExamples[] =
     "  carrovan-cli versions\n"
     "  carrovan-cli export --version 2026 --all --output settings.ucex\n"
     "  carrovan-cli export --version 2026 --category Options \"Shortcut key\" --output keys.ucex\n"
+    "  carrovan-cli import settings.ucex --to 2026 --all\n"
+    "  carrovan-cli reset --category \"Interface layout\" --yes\n"
     "  carrovan-cli inspect settings.ucex\n"
     "  carrovan-cli extract settings.ucex folder\n"
     "\n"
@@ -42,28 +44,56 @@ void AddVersions(CLI::App& app, VersionsOptions& options, Verb& chosen) {
   });
 }
 
+void AddCategories(CLI::App& verb, CategoryChoice& choice, const std::string& allDescription) {
+  auto* what = verb.add_option_group("what", "Which categories (one of these)");
+  what->add_flag("--all", choice.all, allDescription);
+  what->add_option_function<std::vector<std::string>>(
+          "--category",
+          [&choice](const std::vector<std::string>& labels) {
+            for (const std::string& label : labels) choice.labels.push_back(FromUtf8(label));
+          },
+          "Categories by label, such as Options \"Shortcut key\"")
+      ->type_name("LABEL");
+  what->require_option(1);
+}
+
 void AddExport(CLI::App& app, ExportOptions& options, Verb& chosen) {
   CLI::App* verb =
       app.add_subcommand("export", "Write the settings of one installed version into a package");
   AddText(*verb, "--version", options.year, "Release year of the version to export, such as 2026")
       ->required()
       ->type_name("YEAR");
-  auto* what = verb->add_option_group("what", "What to export (one of these)");
-  what->add_flag("--all", options.all, "Every category that the version has");
-  what->add_option_function<std::vector<std::string>>(
-          "--category",
-          [&options](const std::vector<std::string>& labels) {
-            for (const std::string& label : labels) options.labels.push_back(FromUtf8(label));
-          },
-          "Categories by label, such as Options \"Shortcut key\"")
-      ->type_name("LABEL");
-  what->require_option(1);
+  AddCategories(*verb, options.categories, "Every category that the version has");
   AddText(*verb, "--output", options.output,
           "Package to write (.ucex); one that is there is replaced")
       ->required()
       ->type_name("FILE");
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunExportVerb(session, options); };
+  });
+}
+
+void AddImport(CLI::App& app, ImportOptions& options, Verb& chosen) {
+  CLI::App* verb = app.add_subcommand(
+      "import", "Bring a package's settings into an installed version, merged with what is there");
+  AddText(*verb, "PACKAGE", options.package, "The package (.ucex or .ucx)")->required();
+  AddText(*verb, "--to", options.year,
+          "Release year of the version to import into; a .ucx package names it itself")
+      ->type_name("YEAR");
+  AddCategories(*verb, options.categories, "Every category that the package holds");
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunImportVerb(session, options); };
+  });
+}
+
+void AddReset(CLI::App& app, ResetOptions& options, Verb& chosen) {
+  CLI::App* verb = app.add_subcommand(
+      "reset", "Put categories of the running version back to the factory defaults");
+  AddCategories(*verb, options.categories, "Every category");
+  verb->add_flag("--yes", options.yes, "Really reset; what is reset cannot be brought back")
+      ->required();
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunResetVerb(session, options); };
   });
 }
 
@@ -240,6 +270,8 @@ ExitStatus ParseAndRun(const std::vector<std::wstring>& arguments, Console& cons
       ->type_name("DIR");
   VersionsOptions versions;
   ExportOptions exportOptions;
+  ImportOptions importOptions;
+  ResetOptions reset;
   InspectOptions inspect;
   ExtractOptions extract;
   MergeOptions merge;
@@ -247,6 +279,8 @@ ExitStatus ParseAndRun(const std::vector<std::wstring>& arguments, Console& cons
   Verb chosen;
   AddVersions(app, versions, chosen);
   AddExport(app, exportOptions, chosen);
+  AddImport(app, importOptions, chosen);
+  AddReset(app, reset, chosen);
   AddInspect(app, inspect, chosen);
   AddExtract(app, extract, chosen);
   AddMerges(app, merge, chosen);

@@ -13,6 +13,7 @@ class CommandLineView : public WizardView {
       : session_(session), outputPath_(std::move(outputPath)) {}
 
   void ShowMessage(const std::wstring& text) override { session_.Complain(text); }
+  void ShowApplicationMessage(const std::wstring& text) override { ShowMessage(text); }
 
   std::optional<std::wstring> ChooseSaveFile(const SaveFileQuestion&) override {
     return outputPath_;

@@ -2,54 +2,79 @@
 
 #include <algorithm>
 
+#include "environment/category_tree_model.h"
+
 namespace carrovan {
-namespace {
-
-// Items count from the root, so a leaf's item is its position plus this.
-constexpr CategoryTree::Item kRootItem = 1;
-constexpr CategoryTree::Item kFirstLeaf = 2;
-
-}  // namespace
 
 CategoryChecklist CategoryChecklist::ForExport(const ProductContext& context) {
   CategoryChecklist list;
-  for (const CategoryRecord& record : CategoryTable()) {
-    if (IsOfferedOnExport(record, context)) list.leaves_.push_back({record.category, true});
-  }
+  BuildCategoryTree(
+      list, [&](const CategoryRecord& record) { return IsOfferedOnExport(record, context); });
+  return list;
+}
+
+CategoryChecklist CategoryChecklist::ForImport(const ProfileReader& profiles,
+                                               const std::wstring& descriptionPath) {
+  CategoryChecklist list;
+  BuildCategoryTree(list, [&](const CategoryRecord& record) {
+    return IsOfferedOnImport(record, profiles, descriptionPath);
+  });
+  return list;
+}
+
+CategoryChecklist CategoryChecklist::ForReset(const ProductContext& context) {
+  CategoryChecklist list;
+  BuildCategoryTree(
+      list, [&](const CategoryRecord& record) { return IsOfferedOnReset(record, context); });
   return list;
 }
 
 bool CategoryChecklist::SetChecked(SettingCategory category, bool checked) {
-  const auto leaf = std::find_if(leaves_.begin(), leaves_.end(), [category](const Leaf& candidate) {
-    return candidate.category == category;
-  });
-  if (leaf == leaves_.end()) return false;
-  leaf->checked = checked;
-  return true;
+  for (Item item = FirstChild(Root()); item != kNoItem; item = NextSibling(item)) {
+    if (At(item).data != static_cast<int>(category)) continue;
+    SetCheckedWithRelatives(*this, item, checked);
+    return true;
+  }
+  return false;
 }
 
 void CategoryChecklist::SetAllChecked(bool checked) {
-  for (Leaf& leaf : leaves_) leaf.checked = checked;
+  for (Node& node : nodes_) node.checked = checked;
 }
 
-CategoryTree::Item CategoryChecklist::Root() const { return kRootItem; }
+CategoryTree::Item CategoryChecklist::Root() const { return nodes_.empty() ? kNoItem : 1; }
 
 CategoryTree::Item CategoryChecklist::FirstChild(Item item) const {
-  return item == kRootItem && !leaves_.empty() ? kFirstLeaf : kNoItem;
+  return item == kNoItem ? kNoItem : FirstChildBehind(item, item);
 }
 
 CategoryTree::Item CategoryChecklist::NextSibling(Item item) const {
-  return item >= kFirstLeaf && item - kRootItem < leaves_.size() ? item + 1 : kNoItem;
+  return FirstChildBehind(item, Parent(item));
 }
 
-bool CategoryChecklist::IsChecked(Item item) const {
-  if (item >= kFirstLeaf) return leaves_.at(item - kFirstLeaf).checked;
-  return std::all_of(leaves_.begin(), leaves_.end(), [](const Leaf& leaf) { return leaf.checked; });
+bool CategoryChecklist::IsChecked(Item item) const { return At(item).checked; }
+
+int CategoryChecklist::ItemData(Item item) const { return At(item).data; }
+
+void CategoryChecklist::Clear() { nodes_.clear(); }
+
+CategoryTree::Item CategoryChecklist::Append(Item parent, const std::wstring&, int itemData) {
+  nodes_.push_back({parent, itemData, false});
+  return nodes_.size();
 }
 
-int CategoryChecklist::ItemData(Item item) const {
-  return static_cast<int>(item >= kFirstLeaf ? leaves_.at(item - kFirstLeaf).category
-                                             : SettingCategory::SelectAll);
+CategoryTree::Item CategoryChecklist::Parent(Item item) const { return At(item).parent; }
+
+void CategoryChecklist::SetChecked(Item item, bool checked) {
+  nodes_.at(item - 1).checked = checked;
+}
+
+CategoryTree::Item CategoryChecklist::FirstChildBehind(Item behind, Item parent) const {
+  // Nodes stand in the order in which they were appended, so children come behind their parent.
+  for (Item item = behind + 1; item <= nodes_.size(); ++item) {
+    if (At(item).parent == parent) return item;
+  }
+  return kNoItem;
 }
 
 }  // namespace carrovan

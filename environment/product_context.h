@@ -13,9 +13,13 @@ struct InstalledVersion {
   std::wstring internalVersion;  // registry version key name, for example "28.0"
 };
 
+// What the user wants to do.
+enum class MigrationMode : int { kNone = 0, kExport = 1, kImport = 2, kReset = 3 };
+
 // What the program knows of one installation of the CAD product and of the version that the user
 // works on. Filled at start-up; the version fields change with the user's choice.
 struct ProductContext {
+  MigrationMode mode = MigrationMode::kNone;   // always the wizard state's own mode
   int brandFlag = 0;                           // 1 for company "Vantric", 0 for "ORMA"
   std::wstring companyShortName;               // first component of the registry key
   std::wstring productName;                    // second component, prefix of folder names

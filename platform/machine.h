@@ -16,7 +16,7 @@
 namespace carrovan {
 
 // The ports of one machine, real or in a folder. Owns nothing: whoever makes a machine keeps its
-// parts alive. A test replaces one part by copying the struct with another reference.
+// parts alive.
 struct Machine {
   FileSystem& files;
   RegistryReader& registry;
@@ -31,5 +31,13 @@ struct Machine {
   UserIdentity& user;
   CodePage& codePage;
 };
+
+// The same machine with one part replaced.
+Machine WithFiles(const Machine& machine, FileSystem& files);
+Machine WithFolders(const Machine& machine, KnownFolders& folders);
+Machine WithGuids(const Machine& machine, GuidSource& guids);
+Machine WithArchives(const Machine& machine, ArchiveLibrary& archives);
+Machine WithInterpreter(const Machine& machine, CommandInterpreter& interpreter);
+Machine WithClock(const Machine& machine, Clock& clock);
 
 }  // namespace carrovan

@@ -21,6 +21,9 @@ class WizardView {
   // A plain message with an OK button; returns when it was answered.
   virtual void ShowMessage(const std::wstring& text) = 0;
 
+  // The same in the application's own style: with its name as caption and a warning icon.
+  virtual void ShowApplicationMessage(const std::wstring& text) = 0;
+
   // The chosen path, or nothing when the user cancelled.
   virtual std::optional<std::wstring> ChooseSaveFile(const SaveFileQuestion& question) = 0;
 

@@ -36,8 +36,8 @@ def parse_arguments():
     target.add_argument("--sandbox", metavar="DIR", help="lay a whole machine into this folder")
     target.add_argument("--wine", metavar="PREFIX", help="fill this Wine prefix")
     parser.add_argument("--programs", metavar="DIR",
-                        help="copy carrovan-cli.exe and tarvik.dll from here into the product's "
-                             "startup folder (with --wine)")
+                        help="copy Carrovan's programs and tarvik.dll from here into the "
+                             "product's startup folder (with --wine)")
     parser.add_argument("--scale", type=positive, default=1,
                         help="1 is about 300 files and 30 MB, 10 ten times that (default 1)")
     parser.add_argument("--user", type=folder_name,

@@ -3,7 +3,7 @@
 #include "platform/path_text.h"
 #include "platform/system_code.h"
 #include "platform/text.h"
-#include "platform/windows/handles.h"
+#include "platform/windows/module_loading.h"
 #include "platform/windows/windows_file_system.h"
 
 namespace carrovan {
@@ -20,26 +20,6 @@ class LoadedTarvik : public TarvikLibrary {
   ModuleHandle module_;
   TarvikFunctions functions_;
 };
-
-std::wstring ProgramPath() {
-  std::wstring path(kFixedPathBuffer, L'\0');
-  for (;;) {
-    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    if (length < path.size()) return path.substr(0, length);
-    path.resize(path.size() * 2);
-  }
-}
-
-SystemCode LoadModule(const std::wstring& path, ModuleHandle& module) {
-  // Of a damaged library the system would tell the user itself, in a message box.
-  DWORD oldMode = 0;
-  SetThreadErrorMode(SEM_FAILCRITICALERRORS, &oldMode);
-  module.Reset(LoadLibraryExW(path.c_str(), nullptr,
-                              LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32));
-  const SystemCode code = module ? kSystemOk : GetLastError();
-  SetThreadErrorMode(oldMode, nullptr);
-  return code;
-}
 
 std::wstring ReasonNotLoaded(const std::wstring& path, SystemCode code) {
   // The system gives one number for a library that is missing and for one that misses another.

@@ -47,6 +47,8 @@ class ZipWriter::Contents {
     return result;
   }
 
+  void StoreUncompressed() { spool_->StoreUncompressed(); }
+
   ArchiveResult Close() { return WriteArchiveFile(archive_, spool_->File(), entries_); }
 
  private:
@@ -75,6 +77,8 @@ std::unique_ptr<ZipWriter> ZipWriter::Create(const std::filesystem::path& archiv
   auto contents = std::make_unique<Contents>(absolute, std::move(spool));
   return std::unique_ptr<ZipWriter>(new ZipWriter(std::move(contents)));
 }
+
+void ZipWriter::StoreUncompressed() { contents_->StoreUncompressed(); }
 
 ArchiveResult ZipWriter::Add(const std::wstring& entryName, const std::filesystem::path& source) {
   try {

@@ -23,6 +23,9 @@ class ZipWriter {
   ZipWriter(const ZipWriter&) = delete;
   ZipWriter& operator=(const ZipWriter&) = delete;
 
+  // What is added from now on is stored as it is, which is quick.
+  void StoreUncompressed();
+
   // Reads a regular file whole and stores it; what cannot be read whole is not stored, and the
   // writer goes on. The name is refused when it is empty, unfit for a file (RefusalOfStoredName)
   // or, without regard to case, stored already.

@@ -25,9 +25,7 @@ class VersionFolders : public testing::Test {
 
   Machine Ports() {
     const Machine ports = machine_->Ports();
-    return {ports.files,    ports.registry,       folders_,       ports.guids,
-            ports.profiles, ports.product,        ports.archives, ports.interpreter,
-            ports.clock,    ports.registryEditor, ports.user,     ports.codePage};
+    return WithFolders(ports, folders_);
   }
 
   std::wstring Drafting(const std::wstring& name) const {

@@ -21,6 +21,7 @@ class RecordingView : public WizardView {
   bool closeAsked = false;
 
   void ShowMessage(const std::wstring& text) override { messages.push_back(text); }
+  void ShowApplicationMessage(const std::wstring& text) override { messages.push_back(text); }
   std::optional<std::wstring> ChooseSaveFile(const SaveFileQuestion& question) override {
     questions.push_back(question);
     return answer;
@@ -120,8 +121,9 @@ class FailingArchives : public ArchiveLibrary {
   ArchiveResult closeResult = ArchiveResult::kDone;  // anything else: Close fails without closing
   bool closed = false;
 
-  std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath) override {
-    auto writer = library_.Create(archivePath);
+  std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath,
+                                        ArchivePurpose purpose) override {
+    auto writer = library_.Create(archivePath, purpose);
     return writer ? std::make_unique<Writer>(*this, std::move(writer)) : nullptr;
   }
   std::unique_ptr<ArchiveReader> Open(const std::wstring& archivePath) override {

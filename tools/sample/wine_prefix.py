@@ -11,7 +11,8 @@ from sample.layout import find, lay_files
 from sample.registry_content import CURRENT_USER, LOCAL_MACHINE, machine_keys, user_keys
 from sample.registry_text import render
 
-PROGRAMS = ("carrovan-cli.exe", "tarvik.dll")
+PROGRAMS = ("carrovan-cli.exe", "carrovan.exe", "tarvik.dll",
+            "en-us/MevrinLg.DLL", "zh-cn/MevrinLg.DLL")
 _WINE = Path(__file__).resolve().parents[1] / "wine"
 
 
@@ -31,6 +32,7 @@ def _install_programs(startup_folder, programs):
     (startup_folder / "tarvik.ini").write_bytes(identity_file())
     if programs is not None:
         for name in PROGRAMS:
+            (startup_folder / name).parent.mkdir(exist_ok=True)
             shutil.copy2(Path(programs) / name, startup_folder / name)
 
 

@@ -1,0 +1,27 @@
+#include "app/carrovan_app.h"
+
+#include "app/carrovan_dlg.h"
+#include "app/language_resources.h"
+#include "platform/native_machine.h"
+#include "platform/windows/message_boxes.h"
+#include "platform/windows/windows_process_list.h"
+
+namespace carrovan {
+
+bool CCarrovanApp::InitInstance() {
+  constexpr DWORD kAllClasses = 255;
+  const INITCOMMONCONTROLSEX classes{sizeof(INITCOMMONCONTROLSEX), kAllClasses};
+  InitCommonControlsEx(&classes);
+
+  const ResourceModule resources = LoadLanguageResources(L"MevrinLg");
+  const MachineOrReason opened = OpenNativeMachine();
+  if (!opened.machine) {
+    ShowApplicationMessageBox(nullptr, opened.reason);
+    return false;
+  }
+  const WindowsProcessList processes;
+  CCarrovanDlg(resources, opened.machine->Ports(), processes).Run();
+  return false;
+}
+
+}  // namespace carrovan

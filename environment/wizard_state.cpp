@@ -1,0 +1,42 @@
+#include "environment/wizard_state.h"
+
+#include "environment/version_forms.h"
+#include "platform/path_text.h"
+
+namespace carrovan {
+
+void ChooseMode(WizardState& state, ProductContext& context, MigrationMode mode) {
+  state.mode = mode;
+  context.mode = mode;
+}
+
+void InitializePackageState(PackageState& package, const ProductContext& context,
+                            const Machine& machine) {
+  package = {};
+  package.company = context.companyShortName;
+  package.product = context.productName;
+  package.targetInternalVersion = context.productVersion;
+  package.defaultTargetText = context.humanReadableVersion;
+  if (const auto local = machine.folders.LocalAppData()) {
+    package.applicationDataRoot = WithTrailingBackslash(RemoveFileSpec(*local));
+  }
+}
+
+std::vector<std::wstring> ListInstalledYears(ProductContext& context) {
+  std::vector<std::wstring> years;
+  for (const InstalledVersion& version : context.installedVersions) {
+    years.push_back(YearForm(version.internalVersion));
+  }
+  if (!years.empty()) context.productVersion = context.installedVersions.back().internalVersion;
+  context.humanReadableVersion = years.empty() ? std::wstring() : years.back();
+  context.selectedVersion = context.humanReadableVersion;
+  return years;
+}
+
+void SelectTargetVersion(WizardState& state, ProductContext& context,
+                         const std::wstring& yearForm) {
+  SelectVersion(context, yearForm);
+  state.package.targetInternalVersion = context.productVersion;
+}
+
+}  // namespace carrovan

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace carrovan {
+
+// The processes that run on the machine.
+class ProcessList {
+ public:
+  virtual ~ProcessList() = default;
+
+  // Names of the executables without their folders; empty when the system does not tell.
+  virtual std::vector<std::wstring> ExecutableNames() const = 0;
+};
+
+}  // namespace carrovan

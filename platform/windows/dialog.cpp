@@ -1,0 +1,101 @@
+#include "platform/windows/dialog.h"
+
+#include <exception>
+
+#include "platform/text.h"
+#include "platform/windows/message_boxes.h"
+
+namespace carrovan {
+
+bool Dialog::RunModal(const ResourceModule& resources, int templateNumber, HWND owner) {
+  return DialogBoxParamW(resources.DialogOwner(templateNumber), MAKEINTRESOURCEW(templateNumber),
+                         owner, &Dialog::Procedure, reinterpret_cast<LPARAM>(this)) > 0;
+}
+
+bool Dialog::CreatePage(const ResourceModule& resources, int templateNumber, HWND parent) {
+  return CreateDialogParamW(resources.DialogOwner(templateNumber), MAKEINTRESOURCEW(templateNumber),
+                            parent, &Dialog::Procedure, reinterpret_cast<LPARAM>(this)) != nullptr;
+}
+
+void Dialog::SetText(int control, const std::wstring& text) const {
+  SetDlgItemTextW(window_, control, text.c_str());
+}
+
+std::wstring Dialog::TextOf(int control) const {
+  const HWND window = Control(control);
+  std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(window)) + 1, L'\0');
+  const int length = GetWindowTextW(window, text.data(), static_cast<int>(text.size()));
+  text.resize(static_cast<std::size_t>(length));
+  return text;
+}
+
+bool Dialog::OnCommand(int, int) { return false; }
+
+bool Dialog::OnNotify(const NMHDR&) { return false; }
+
+HBRUSH Dialog::OnControlColor(HDC, HWND) { return nullptr; }
+
+std::optional<LRESULT> Dialog::OnMessage(UINT, WPARAM, LPARAM) { return std::nullopt; }
+
+INT_PTR CALLBACK Dialog::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message == WM_INITDIALOG) {
+    SetWindowLongPtrW(window, DWLP_USER, lParam);
+    reinterpret_cast<Dialog*>(lParam)->window_ = window;
+  }
+  auto* dialog = reinterpret_cast<Dialog*>(GetWindowLongPtrW(window, DWLP_USER));
+  if (dialog == nullptr) return FALSE;
+  if (message == WM_NCDESTROY) {
+    dialog->window_ = nullptr;
+    return FALSE;
+  }
+  // Nothing thrown may pass through the system's own code.
+  try {
+    return dialog->Handle(message, wParam, lParam);
+  } catch (const std::exception& problem) {
+    ShowApplicationMessageBox(window,
+                              L"Something unexpected happened: " + FromUtf8(problem.what()));
+    return TRUE;
+  }
+}
+
+INT_PTR Dialog::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
+  switch (message) {
+    case WM_INITDIALOG:
+      return OnInitDialog() ? TRUE : FALSE;
+    case WM_COMMAND:
+      return HandleCommand(wParam, lParam) ? TRUE : FALSE;
+    case WM_NOTIFY:
+      if (!OnNotify(*reinterpret_cast<const NMHDR*>(lParam))) return FALSE;
+      SetWindowLongPtrW(window_, DWLP_MSGRESULT, 0);
+      return TRUE;
+    case WM_CTLCOLORBTN:
+    case WM_CTLCOLOREDIT:
+    case WM_CTLCOLORLISTBOX:
+    case WM_CTLCOLORSTATIC:
+      return reinterpret_cast<INT_PTR>(
+          OnControlColor(reinterpret_cast<HDC>(wParam), reinterpret_cast<HWND>(lParam)));
+    default:
+      return HandleOther(message, wParam, lParam);
+  }
+}
+
+bool Dialog::HandleCommand(WPARAM wParam, LPARAM lParam) {
+  // The Enter key on a page's button comes to the outermost dialog; numbers of controls are unique
+  // within one dialog only.
+  const HWND control = reinterpret_cast<HWND>(lParam);
+  const HWND parent = control != nullptr ? GetParent(control) : window_;
+  if (parent != window_ && IsChild(window_, parent)) {
+    SendMessageW(parent, WM_COMMAND, wParam, lParam);
+    return true;
+  }
+  return OnCommand(LOWORD(wParam), HIWORD(wParam));
+}
+
+INT_PTR Dialog::HandleOther(UINT message, WPARAM wParam, LPARAM lParam) {
+  const std::optional<LRESULT> result = OnMessage(message, wParam, lParam);
+  if (!result) return FALSE;
+  SetWindowLongPtrW(window_, DWLP_MSGRESULT, *result);
+  return TRUE;
+}
+
+}  // namespace carrovan

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <windows.h>
+
+#include <optional>
+#include <string>
+
+#include "platform/windows/resource_module.h"
+
+namespace carrovan {
+
+// A dialog made from a template: a window of its own that runs until it is ended, or a page inside
+// another dialog. A derived class answers the messages it cares for; what it leaves goes to the
+// system. The object must outlive its window.
+class Dialog {
+ public:
+  Dialog() = default;
+  virtual ~Dialog() = default;
+  Dialog(const Dialog&) = delete;
+  Dialog& operator=(const Dialog&) = delete;
+
+  // Returns when the dialog was ended; false when there is no such template.
+  bool RunModal(const ResourceModule& resources, int templateNumber, HWND owner);
+
+  // Makes an invisible page; false when that fails. The parent destroys it.
+  bool CreatePage(const ResourceModule& resources, int templateNumber, HWND parent);
+
+  // Null while there is no window.
+  HWND Window() const { return window_; }
+  HWND Control(int number) const { return GetDlgItem(window_, number); }
+
+  // Of a control; an unknown number changes nothing and has an empty text.
+  void SetText(int control, const std::wstring& text) const;
+  std::wstring TextOf(int control) const;
+
+ protected:
+  // True lets the system give the focus to the first control.
+  virtual bool OnInitDialog() { return true; }
+
+  // A control or a menu reports; `notification` is 0 for a menu. True when it was handled.
+  virtual bool OnCommand(int control, int notification);
+
+  // True when it was handled; the control gets 0 as the answer.
+  virtual bool OnNotify(const NMHDR& header);
+
+  // The brush behind a control that is about to paint; null for the usual look.
+  virtual HBRUSH OnControlColor(HDC context, HWND control);
+
+  // Any other message. Nothing when the system shall handle it.
+  virtual std::optional<LRESULT> OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
+
+ private:
+  static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+  INT_PTR Handle(UINT message, WPARAM wParam, LPARAM lParam);
+  bool HandleCommand(WPARAM wParam, LPARAM lParam);
+  INT_PTR HandleOther(UINT message, WPARAM wParam, LPARAM lParam);
+
+  HWND window_ = nullptr;
+};
+
+}  // namespace carrovan

@@ -1,0 +1,27 @@
+#include "platform/windows/module_loading.h"
+
+#include "platform/path_text.h"
+
+namespace carrovan {
+
+std::wstring ProgramPath() {
+  std::wstring path(kFixedPathBuffer, L'\0');
+  for (;;) {
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    if (length < path.size()) return path.substr(0, length);
+    path.resize(path.size() * 2);
+  }
+}
+
+SystemCode LoadModule(const std::wstring& path, ModuleHandle& module) {
+  // Of a damaged library the system would tell the user itself, in a message box.
+  DWORD oldMode = 0;
+  SetThreadErrorMode(SEM_FAILCRITICALERRORS, &oldMode);
+  module.Reset(LoadLibraryExW(path.c_str(), nullptr,
+                              LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32));
+  const SystemCode code = module ? kSystemOk : GetLastError();
+  SetThreadErrorMode(oldMode, nullptr);
+  return code;
+}
+
+}  // namespace carrovan

@@ -1,0 +1,55 @@
+#pragma once
+
+// Numbers of the program's resources and of the controls in its dialogs, for the resource compiler
+// and the program alike. A control's number is unique within its dialog only.
+
+#define IDI_CARROVAN 128
+#define IDB_CATEGORIES 133
+#define IDB_BANNER 137
+
+#define IDD_ABOUT 100
+#define IDC_ABOUT_ICON 1101
+#define IDC_ABOUT_VERSION 1102
+
+#define IDD_WIZARD 102
+#define IDC_FINISH 1
+#define IDC_BACK 1000
+#define IDC_NEXT 1001
+#define IDC_CANCEL 1003
+
+#define IDD_START 130
+#define IDC_START_HEADING 1013
+#define IDC_START_INTRODUCTION 1015
+#define IDC_START_EXPORT 1001
+#define IDC_START_IMPORT 1002
+#define IDC_START_RESET 1003
+#define IDC_START_EXPORT_TEXT 1018
+#define IDC_START_IMPORT_TEXT 1029
+#define IDC_START_RESET_TEXT 1030
+
+#define IDD_EXPORT_CATEGORIES 131
+#define IDD_IMPORT_CATEGORIES 138
+#define IDD_RESET_CATEGORIES 139
+#define IDC_CATEGORIES_TREE 1006
+#define IDC_CATEGORIES_DESCRIPTION 1020
+#define IDC_CATEGORIES_QUESTION 1021
+#define IDC_CATEGORIES_LEAD_IN 1022
+#define IDC_CATEGORIES_TITLE 1027
+#define IDC_RESET_BACKUP 1028
+
+#define IDD_VERSION 132
+#define IDC_VERSION_LIST 1010
+#define IDC_VERSION_LABEL 1019
+#define IDC_VERSION_TITLE 1020
+
+#define IDD_PATH 133
+#define IDC_PATH_FILE 1011
+#define IDC_PATH_SELECT 1012
+#define IDC_PATH_VERSIONS 1014
+#define IDC_PATH_FILE_LABEL 1019
+#define IDC_PATH_TITLE 1024
+#define IDC_PATH_VERSION_LABEL 1026
+
+#define IDD_FINISH 134
+#define IDC_FINISH_MESSAGE 1022
+#define IDC_FINISH_TITLE 1023

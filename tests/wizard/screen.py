@@ -1,0 +1,70 @@
+"""A screen without a monitor: an X server, a window manager, real key presses and mouse clicks."""
+
+import os
+import subprocess
+import time
+from pathlib import Path
+
+
+class Screen:
+    """Runs as long as it is used: `with Screen(1280, 1024) as screen:`."""
+
+    def __init__(self, width=1280, height=1024):
+        read_end, write_end = os.pipe()
+        self._server = subprocess.Popen(
+            ["Xvfb", "-displayfd", str(write_end), "-screen", "0", f"{width}x{height}x24",
+             "-nolisten", "tcp"], pass_fds=[write_end], stderr=subprocess.DEVNULL)
+        os.close(write_end)
+        with os.fdopen(read_end) as pipe:
+            self.display = ":" + pipe.readline().strip()
+        self._manager = subprocess.Popen(
+            ["openbox", "--sm-disable", "--config-file", Path(__file__).with_name("openbox.xml")],
+            env=self.environment(), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        for process in (self._manager, self._server):
+            process.terminate()
+            process.wait()
+
+    def environment(self):
+        """For the programs that shall use this screen."""
+        return {**os.environ, "DISPLAY": self.display}
+
+    def click(self, x, y, times=1):
+        self._xdotool("mousemove", x, y, "click", "--repeat", times, "--delay", 30, 1)
+
+    def move_mouse_away(self):
+        self._xdotool("mousemove", 1, 1)
+
+    def press(self, *keys):
+        """Keys by their X names: "Tab", "alt+n", "space"."""
+        self._xdotool("key", "--delay", 40, *keys)
+
+    def type(self, text):
+        self._xdotool("type", "--delay", 60, text)
+
+    def picture(self, path, area=None):
+        """Stores a PNG of the screen, or of an area (left, top, width, height) of it."""
+        command = ["import", "-window", "root"]
+        if area:
+            left, top, width, height = area
+            command += ["-crop", f"{width}x{height}+{left}+{top}", "+repage"]
+        subprocess.run([*command, "-strip", str(path)], env=self.environment(), check=True)
+
+    def _xdotool(self, *arguments):
+        subprocess.run(["xdotool", *map(str, arguments)], env=self.environment(), check=True)
+
+
+def wait_for(condition, seconds=20, what="the expected state"):
+    """The condition's first true value; an AssertionError when there is none in time."""
+    end = time.monotonic() + seconds
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > end:
+            raise AssertionError(f"waited {seconds} s in vain for {what}")
+        time.sleep(0.1)

@@ -1,0 +1,146 @@
+"""The real wizard under Wine, operated with the mouse and the keyboard as its users do."""
+
+import json
+import os
+import subprocess
+from pathlib import Path
+
+from screen import wait_for
+
+ROOT = Path(__file__).resolve().parents[2]
+PROGRAMS = ROOT / "build" / "windows"
+STARTUP_FOLDER = "drive_c/Program Files/ORMA/VANTRIC 2026/Bin"
+
+FINISH, BACK, NEXT, CANCEL = 1, 1000, 1001, 1003  # the frame's buttons
+TREE, DESCRIPTION = 1006, 1020  # on the category pages
+
+
+class Control:
+    """A window or control as the probe found it."""
+
+    def __init__(self, facts, controls=()):
+        self.__dict__.update(facts)
+        self.controls = list(controls)
+
+    def centre(self):
+        left, top, width, height = self.area
+        return left + width // 2, top + height // 2
+
+    def item(self, label):
+        """An item of a tree; the root's label is "Select All"."""
+        return next(item for item in self.items if item["text"] == label)
+
+    def checked_labels(self):
+        return [item["text"] for item in self.items if item["checked"]]
+
+
+class Wizard:
+    """carrovan.exe in the folder of a sample product, on a screen."""
+
+    def __init__(self, screen, prefix, folder=None, program="carrovan.exe"):
+        self.screen = screen
+        self.prefix = Path(prefix)
+        self._environment = {**screen.environment(), "WINEPREFIX": str(self.prefix)}
+        self._folder = Path(folder) if folder else self.prefix / STARTUP_FOLDER
+        self._name = program
+        self.process = subprocess.Popen(
+            [ROOT / "tools" / "wine", program], cwd=self._folder, env=self._environment,
+            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        if self.process.poll() is None:
+            self.process.terminate()
+        self.process.wait()
+
+    def windows(self):
+        """The visible windows, the uppermost first, each with its visible controls."""
+        answer = subprocess.run([ROOT / "tools" / "wine", PROGRAMS / "tests" / "window_probe.exe",
+                                 self._name], env=self._environment, check=True,
+                                stdout=subprocess.PIPE).stdout
+        windows = []
+        for facts in json.loads(answer):
+            if facts["depth"] == 0:
+                windows.append(Control(facts))
+            elif facts["visible"]:
+                windows[-1].controls.append(Control(facts))
+        return windows
+
+    def window(self):
+        """The wizard's window, as soon as it is there."""
+        return wait_for(self._frame, what="the wizard's window")
+
+    def box(self):
+        """The dialog in front of the wizard, as soon as there is one."""
+        return wait_for(lambda: next((w for w in self.windows() if not is_frame(w)), None),
+                        what="a dialog in front of the wizard")
+
+    def has_box(self):
+        return any(not is_frame(window) for window in self.windows())
+
+    def page_control(self, number):
+        """A control of the page that is shown."""
+        return find(self.window(), number, depth=2)
+
+    def button(self, number):
+        """A button of the frame."""
+        return find(self.window(), number, depth=1)
+
+    def tree(self):
+        return self.page_control(TREE)
+
+    def wait_until(self, condition, what):
+        return wait_for(lambda: condition(self), what=what)
+
+    def click(self, control):
+        self.screen.click(*control.centre())
+
+    def press_button(self, number):
+        self.click(self.button(number))
+
+    def choose(self, text):
+        """Clicks the control of the page that shows this text."""
+        self.click(next(c for c in self.window().controls if c.depth == 2 and c.text == text))
+
+    def click_box(self, label):
+        left, top, width, height = self.tree().item(label)["box"]
+        self.screen.click(left + width // 2, top + height // 2)
+
+    def click_label(self, label):
+        left, top, width, height = self.tree().item(label)["label"]
+        self.screen.click(left + width // 2, top + height // 2)
+
+    def answer(self, text="OK"):
+        """Presses a button of the dialog in front and gives the dialog's text."""
+        box = self.box()
+        texts = [c.text for c in box.controls if c.class_name == "Static" and c.text]
+        self.click(next(c for c in box.controls if c.text.replace("&", "") == text))
+        return "\n".join(texts)
+
+    def picture(self, path):
+        """Stores a PNG of the wizard's window with its frame."""
+        self.screen.move_mouse_away()
+        self.screen.picture(path, self.window().area)
+
+    def _frame(self):
+        return next((window for window in self.windows() if is_frame(window)), None)
+
+
+def is_frame(window):
+    return any(control.number == CANCEL and control.depth == 1 for control in window.controls)
+
+
+def find(window, number, depth):
+    for control in window.controls:
+        if control.number == number and control.depth == depth:
+            return control
+    raise AssertionError(f"no control {number} is shown in {window.text!r}")
+
+
+def install_programs(prefix):
+    """Puts the sample product with the programs of this build into a prefix."""
+    subprocess.run([ROOT / "tools" / "make_sample.py", "--wine", prefix, "--programs", PROGRAMS],
+                   check=True, stdout=subprocess.DEVNULL,
+                   env={**os.environ, "WINEPREFIX": str(prefix)})
