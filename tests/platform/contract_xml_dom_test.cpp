@@ -197,6 +197,33 @@ TEST_F(XmlDomContract, GivesTextAsStored) {
   EXPECT_EQ(empty->Root().Text(), L"");
 }
 
+TEST_F(XmlDomContract, GivesAttributesByTheirName) {
+  const auto document =
+      Load("<r a='1' b='' value='&lt;&#x4E2D; x' p:value='2' xmlns:p='u'>t<e p:value='3'/></r>");
+  ASSERT_NE(document, nullptr);
+  const XmlNode root = document->Root();
+  EXPECT_EQ(root.Attribute("a"), L"1");
+  EXPECT_EQ(root.Attribute("b"), L"");
+  EXPECT_EQ(root.Attribute("value"), L"<\x4E2D x");
+  EXPECT_EQ(root.Attribute("A"), std::nullopt);
+  EXPECT_EQ(root.Attribute("none"), std::nullopt);
+  EXPECT_EQ(root.FirstChild().Attribute("a"), std::nullopt);
+  EXPECT_EQ(root.FirstChild().NextSibling().Attribute("value"), std::nullopt);
+}
+
+TEST_F(XmlDomContract, SaysWhyADocumentDidNotLoad) {
+  for (const char* xml : {"", "<r>", "<r>\n<a></b></r>", "<!DOCTYPE r><r/>", "<r/>x"}) {
+    const auto document = session->NewDocument();
+    files.Put(kPath, xml);
+    EXPECT_FALSE(document->Load(kPath)) << xml;
+    EXPECT_FALSE(document->LoadProblem().empty()) << xml;
+    EXPECT_EQ(document->LoadProblem().find_first_of(L"\r\n"), std::wstring::npos) << xml;
+  }
+  const auto document = session->NewDocument();
+  EXPECT_FALSE(document->Load(L"C:\\d\\none.xml"));
+  EXPECT_EQ(document->LoadProblem(), DescribeSystemCode(kFileNotFound));
+}
+
 TEST_F(XmlDomContract, SetsAndCopiesText) {
   const auto document = Load("<r><a>x</a><b><c/>y</b></r>");
   const auto other = session->NewDocument();
