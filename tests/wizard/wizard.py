@@ -57,16 +57,7 @@ class Wizard:
 
     def windows(self):
         """The visible windows, the uppermost first, each with its visible controls."""
-        answer = subprocess.run([ROOT / "tools" / "wine", PROGRAMS / "tests" / "window_probe.exe",
-                                 self._name], env=self._environment, check=True,
-                                stdout=subprocess.PIPE).stdout
-        windows = []
-        for facts in json.loads(answer):
-            if facts["depth"] == 0:
-                windows.append(Control(facts))
-            elif facts["visible"]:
-                windows[-1].controls.append(Control(facts))
-        return windows
+        return list_windows(self.screen, self.prefix, self._name)
 
     def window(self):
         """The wizard's window, as soon as it is there."""
@@ -83,6 +74,10 @@ class Wizard:
     def page_control(self, number):
         """A control of the page that is shown."""
         return find(self.window(), number, depth=2)
+
+    def shows(self, number):
+        """True when the page that is shown has this control."""
+        return any(c.number == number and c.depth == 2 for c in self.window().controls)
 
     def button(self, number):
         """A button of the frame."""
@@ -126,6 +121,21 @@ class Wizard:
 
     def _frame(self):
         return next((window for window in self.windows() if is_frame(window)), None)
+
+
+def list_windows(screen, prefix, program):
+    """The visible windows of a program, the uppermost first, each with its visible controls."""
+    answer = subprocess.run(
+        [ROOT / "tools" / "wine", PROGRAMS / "tests" / "window_probe.exe", program],
+        env={**screen.environment(), "WINEPREFIX": str(prefix)}, check=True,
+        stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
+    windows = []
+    for facts in json.loads(answer):
+        if facts["depth"] == 0:
+            windows.append(Control(facts))
+        elif facts["visible"]:
+            windows[-1].controls.append(Control(facts))
+    return windows
 
 
 def is_frame(window):
