@@ -22,7 +22,7 @@ class ExportTreeTest(WizardCase):
 
     def enter_categories(self):
         self.wizard.press_button(NEXT)
-        self.wizard.wait_until(lambda wizard: wizard.tree().items, "the tree")
+        self.wizard.tree()
 
     def assert_checked(self, labels):
         self.wizard.wait_until(lambda wizard: wizard.tree().checked_labels() == labels,
@@ -89,6 +89,7 @@ class ExportTreeTest(WizardCase):
         self.wizard.click_box(ROOT_LABEL)
         self.assert_checked([])
         self.wizard.press_button(BACK)
+        self.wizard.page_control(VERSIONS)
         self.enter_categories()
         self.assert_checked([ROOT_LABEL, *CATEGORIES_2026])
 

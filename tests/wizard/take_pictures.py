@@ -39,7 +39,7 @@ def set_scale(prefix, percent):
 
 def take(wizard, prefix, folder, percent):
     def picture(page, shown):
-        wizard.wait_until(lambda w: w.shows(shown), page)
+        wizard.page_control(shown)
         time.sleep(0.5)  # for the last of the painting
         wizard.picture(folder / f"{page}-{percent}.png")
 
@@ -50,7 +50,6 @@ def take(wizard, prefix, folder, percent):
     wizard.press_button(NEXT)
     picture("version", VERSIONS)
     wizard.press_button(NEXT)
-    wizard.wait_until(lambda w: w.shows(TREE), "the categories")
     wizard.click_box("Custom Parts Library")
     picture("export", TREE)
     wizard.press_button(FINISH)
