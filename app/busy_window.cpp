@@ -16,8 +16,9 @@ void DropMessages(HWND window, UINT first, UINT last) {
 
 }  // namespace
 
-BusyWindow::BusyWindow(HWND window) : window_(window), formerCursor_(GetCursor()) {
-  Resume(window);
+BusyWindow::BusyWindow(HWND window) : window_(window) {
+  RedrawWindow(window_, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+  formerCursor_ = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
 }
 
 BusyWindow::~BusyWindow() {
@@ -29,9 +30,6 @@ BusyWindow::~BusyWindow() {
   SetCursor(formerCursor_);
 }
 
-void BusyWindow::Resume(HWND window) {
-  RedrawWindow(window, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
-  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-}
+void BusyWindow::ShowWaitCursor() { SetCursor(LoadCursorW(nullptr, IDC_WAIT)); }
 
 }  // namespace carrovan

@@ -14,8 +14,8 @@ class BusyWindow {
   BusyWindow(const BusyWindow&) = delete;
   BusyWindow& operator=(const BusyWindow&) = delete;
 
-  // After a dialog in between: paints what it covered and shows the wait cursor again.
-  static void Resume(HWND window);
+  // Shows the wait cursor again after a dialog had its own.
+  static void ShowWaitCursor();
 
  private:
   HWND window_;

@@ -41,16 +41,15 @@ CCarrovanDlg::CCarrovanDlg(const ResourceModule& resources, const Machine& machi
       machine_(machine),
       processes_(processes),
       registryTool_(machine.interpreter, machine.clock, RegistryToolPace::kFixedPause),
-      runs_(MakeWizardRuns({context_, state_, machine, registryTool_, *this})),
-      flow_(
-          {context_, state_, machine, registryTool_, *this, *runs_.importSteps, *runs_.resetSteps}),
+      runs_({context_, state_, machine, registryTool_, *this}),
+      flow_({context_, state_, machine, registryTool_, *this, runs_.Import(), runs_.Reset()}),
       fonts_(USER_DEFAULT_SCREEN_DPI),
       start_({resources, fonts_}, state_, context_),
       version_({resources, fonts_}, context_),
       export_({resources, fonts_}),
       finish_({resources, fonts_}),
       path_({resources, fonts_}, state_, context_,
-            [this](PathPageView& page) { RunStep([&] { runs_.selectFile(page); }); }),
+            [this](PathPageView& page) { RunStep([&] { runs_.SelectFile(page); }); }),
       import_({resources, fonts_}),
       reset_({resources, fonts_}) {}
 
@@ -61,23 +60,23 @@ void CCarrovanDlg::Run() {
 
 void CCarrovanDlg::ShowMessage(const std::wstring& text) {
   ShowPlainMessageBox(Window(), text);
-  if (busy_) BusyWindow::Resume(Window());
+  if (busy_) BusyWindow::ShowWaitCursor();
 }
 
 void CCarrovanDlg::ShowApplicationMessage(const std::wstring& text) {
   ShowApplicationMessageBox(Window(), text);
-  if (busy_) BusyWindow::Resume(Window());
+  if (busy_) BusyWindow::ShowWaitCursor();
 }
 
 std::optional<std::wstring> CCarrovanDlg::ChooseSaveFile(const SaveFileQuestion& question) {
   auto path = AskForSaveFile(Window(), question);
-  if (busy_) BusyWindow::Resume(Window());
+  if (busy_) BusyWindow::ShowWaitCursor();
   return path;
 }
 
 bool CCarrovanDlg::AskYesNo(const std::wstring& question) {
   const bool yes = AskInMessageBox(Window(), question);
-  if (busy_) BusyWindow::Resume(Window());
+  if (busy_) BusyWindow::ShowWaitCursor();
   return yes;
 }
 

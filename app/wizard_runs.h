@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 
 #include "environment/wizard_flow.h"
@@ -8,22 +7,33 @@
 
 namespace carrovan {
 
-// The work behind the import and reset pages.
-struct WizardRuns {
-  std::unique_ptr<ImportSteps> importSteps;
-  std::unique_ptr<ResetSteps> resetSteps;
-  std::function<void(PathPageView&)> selectFile;  // the button of the path page
-};
-
 // What the work works on; everything outlives it.
 struct WizardRunParts {
   ProductContext& context;
   WizardState& state;
-  Machine machine;
+  const Machine& machine;
   RegistryTool& registryTool;
   WizardFrame& frame;
 };
 
-WizardRuns MakeWizardRuns(const WizardRunParts& parts);
+// The work behind the import and reset pages.
+class WizardRuns {
+ public:
+  explicit WizardRuns(const WizardRunParts& parts);
+  ~WizardRuns();
+  WizardRuns(const WizardRuns&) = delete;
+  WizardRuns& operator=(const WizardRuns&) = delete;
+
+  ImportSteps& Import();
+  ResetSteps& Reset();
+
+  // The button of the path page.
+  void SelectFile(PathPageView& page);
+
+ private:
+  struct Parts;
+
+  std::unique_ptr<Parts> parts_;
+};
 
 }  // namespace carrovan

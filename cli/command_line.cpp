@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "cli/merge_verbs.h"
+#include "cli/rewrite_verbs.h"
 #include "cli/verbs.h"
 #include "platform/text.h"
 
@@ -16,6 +17,8 @@ constexpr char kExamples[] =
     "  carrovan-cli versions\n"
     "  carrovan-cli export --version 2026 --all --output settings.ucex\n"
     "  carrovan-cli export --version 2026 --category Options \"Shortcut key\" --output keys.ucex\n"
+    "  carrovan-cli import settings.ucex --to 2026 --all\n"
+    "  carrovan-cli reset --category \"Interface layout\" --yes\n"
     "  carrovan-cli inspect settings.ucex\n"
     "  carrovan-cli extract settings.ucex folder\n"
     "\n"
@@ -41,28 +44,56 @@ void AddVersions(CLI::App& app, VersionsOptions& options, Verb& chosen) {
   });
 }
 
+void AddCategories(CLI::App& verb, CategoryChoice& choice, const std::string& allDescription) {
+  auto* what = verb.add_option_group("what", "Which categories (one of these)");
+  what->add_flag("--all", choice.all, allDescription);
+  what->add_option_function<std::vector<std::string>>(
+          "--category",
+          [&choice](const std::vector<std::string>& labels) {
+            for (const std::string& label : labels) choice.labels.push_back(FromUtf8(label));
+          },
+          "Categories by label, such as Options \"Shortcut key\"")
+      ->type_name("LABEL");
+  what->require_option(1);
+}
+
 void AddExport(CLI::App& app, ExportOptions& options, Verb& chosen) {
   CLI::App* verb =
       app.add_subcommand("export", "Write the settings of one installed version into a package");
   AddText(*verb, "--version", options.year, "Release year of the version to export, such as 2026")
       ->required()
       ->type_name("YEAR");
-  auto* what = verb->add_option_group("what", "What to export (one of these)");
-  what->add_flag("--all", options.all, "Every category that the version has");
-  what->add_option_function<std::vector<std::string>>(
-          "--category",
-          [&options](const std::vector<std::string>& labels) {
-            for (const std::string& label : labels) options.labels.push_back(FromUtf8(label));
-          },
-          "Categories by label, such as Options \"Shortcut key\"")
-      ->type_name("LABEL");
-  what->require_option(1);
+  AddCategories(*verb, options.categories, "Every category that the version has");
   AddText(*verb, "--output", options.output,
           "Package to write (.ucex); one that is there is replaced")
       ->required()
       ->type_name("FILE");
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunExportVerb(session, options); };
+  });
+}
+
+void AddImport(CLI::App& app, ImportOptions& options, Verb& chosen) {
+  CLI::App* verb = app.add_subcommand(
+      "import", "Bring a package's settings into an installed version, merged with what is there");
+  AddText(*verb, "PACKAGE", options.package, "The package (.ucex or .ucx)")->required();
+  AddText(*verb, "--to", options.year,
+          "Release year of the version to import into; a .ucx package names it itself")
+      ->type_name("YEAR");
+  AddCategories(*verb, options.categories, "Every category that the package holds");
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunImportVerb(session, options); };
+  });
+}
+
+void AddReset(CLI::App& app, ResetOptions& options, Verb& chosen) {
+  CLI::App* verb = app.add_subcommand(
+      "reset", "Put categories of the running version back to the factory defaults");
+  AddCategories(*verb, options.categories, "Every category");
+  verb->add_flag("--yes", options.yes, "Really reset; what is reset cannot be brought back")
+      ->required();
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunResetVerb(session, options); };
   });
 }
 
@@ -142,6 +173,73 @@ void AddRibbon(CLI::App& app, Verb& chosen) {
       ->callback([&] { chosen = RunRibbonEncodeVerb; });
 }
 
+struct RewritingOptions {
+  RewriteOptions rewrite;
+  RetargetOptions retarget;
+  MigrateOptions migrate;
+};
+
+void AddRewrite(CLI::App& app, RewriteOptions& options, Verb& chosen) {
+  CLI::App* verb = app.add_subcommand(
+      "rewrite", "Free an unpacked package of the old user's and the old version's paths");
+  AddText(*verb, "FOLDER", options.folder, "The unpacked package")->required();
+  RewriteInputs& inputs = options.inputs;
+  AddText(*verb, "--product", inputs.productName, "Product name of the package")->required();
+  AddText(*verb, "--package-release", inputs.packageReleaseVersion,
+          "Release year of the package, such as 2025")
+      ->required()
+      ->type_name("YEAR");
+  AddText(*verb, "--package-internal", inputs.packageInternalVersion,
+          "Internal version of the package, such as 27.0")
+      ->required()
+      ->type_name("VERSION");
+  AddText(*verb, "--target-release", inputs.targetReleaseYear, "Release year to rewrite to")
+      ->required()
+      ->type_name("YEAR");
+  AddText(*verb, "--target-internal", inputs.targetInternalVersion,
+          "Internal version to rewrite to")
+      ->required()
+      ->type_name("VERSION");
+  AddText(*verb, "--drafting-folder", inputs.firstDraftingFolder,
+          "Folder of the 2D drafting product of the target version")
+      ->required()
+      ->type_name("PATH");
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunRewriteVerb(session, options); };
+  });
+}
+
+void AddRetarget(CLI::App& app, RetargetOptions& options, Verb& chosen) {
+  CLI::App* verb = app.add_subcommand(
+      "retarget", "Replace the highest version that follows a product key in a legacy document");
+  AddText(*verb, "FILE", options.file, "The document")->required();
+  AddText(*verb, "KEY", options.key, "Product key, such as VANTRIC")->required();
+  AddText(*verb, "VERSION", options.version, "Version to put in its place, such as 27.0")
+      ->required();
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunRetargetVerb(session, options); };
+  });
+}
+
+void AddMigrateOptions(CLI::App& app, MigrateOptions& options, Verb& chosen) {
+  CLI::App* verb = app.add_subcommand(
+      "migrate-options", "Carry the values of an option document into existing registry values");
+  AddText(*verb, "XML", options.xmlPath, "The option document")->required();
+  AddText(*verb, "COMPANY", options.company, "Company part of the registry key")->required();
+  AddText(*verb, "PRODUCTKEY", options.productKey,
+          "Product part of the registry key, such as \"VANTRIC 27.0\"")
+      ->required();
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunMigrateOptionsVerb(session, options); };
+  });
+}
+
+void AddRewriting(CLI::App& app, RewritingOptions& options, Verb& chosen) {
+  AddRewrite(app, options.rewrite, chosen);
+  AddRetarget(app, options.retarget, chosen);
+  AddMigrateOptions(app, options.migrate, chosen);
+}
+
 std::vector<std::string> ReversedUtf8(const std::vector<std::wstring>& arguments) {
   std::vector<std::string> reversed;
   for (auto at = arguments.rbegin(); at != arguments.rend(); ++at) reversed.push_back(ToUtf8(*at));
@@ -172,15 +270,21 @@ ExitStatus ParseAndRun(const std::vector<std::wstring>& arguments, Console& cons
       ->type_name("DIR");
   VersionsOptions versions;
   ExportOptions exportOptions;
+  ImportOptions importOptions;
+  ResetOptions reset;
   InspectOptions inspect;
   ExtractOptions extract;
   MergeOptions merge;
+  RewritingOptions rewriting;
   Verb chosen;
   AddVersions(app, versions, chosen);
   AddExport(app, exportOptions, chosen);
+  AddImport(app, importOptions, chosen);
+  AddReset(app, reset, chosen);
   AddInspect(app, inspect, chosen);
   AddExtract(app, extract, chosen);
   AddMerges(app, merge, chosen);
+  AddRewriting(app, rewriting, chosen);
   AddRibbon(app, chosen);
 
   try {

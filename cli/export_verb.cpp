@@ -1,14 +1,12 @@
-#include <algorithm>
-
+#include "cli/category_choice.h"
 #include "cli/command_line_view.h"
+#include "cli/installed_years.h"
 #include "cli/progress.h"
+#include "cli/staging.h"
 #include "cli/verbs.h"
-#include "environment/category_checklist.h"
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
-#include "environment/version_forms.h"
 #include "package/export_run.h"
-#include "package/staging_folder.h"
 #include "platform/path_text.h"
 #include "platform/text.h"
 
@@ -17,33 +15,6 @@ namespace {
 
 constexpr wchar_t kPackageExtension[] = L".ucex";
 
-// The staging folder goes away however the export ends.
-class StagingFolder {
- public:
-  StagingFolder(ProductContext& context, const Machine& machine)
-      : context_(context), machine_(machine), made_(RenewStagingFolder(context, machine)) {}
-  ~StagingFolder() {
-    if (made_) DeleteStagingFolder(context_, machine_);
-  }
-  StagingFolder(const StagingFolder&) = delete;
-  StagingFolder& operator=(const StagingFolder&) = delete;
-
-  bool IsMade() const { return made_; }
-
- private:
-  ProductContext& context_;
-  const Machine& machine_;
-  bool made_;
-};
-
-std::wstring KnownLabels() {
-  std::wstring labels;
-  for (const CategoryRecord& record : CategoryTable()) {
-    labels += (labels.empty() ? L"\"" : L", \"") + std::wstring(Text(record.label)) + L"\"";
-  }
-  return labels;
-}
-
 // As the save dialog does: a name without an extension gets the package's own.
 std::wstring WithPackageExtension(const std::wstring& output) {
   return FileNameOf(output).find(L'.') == std::wstring::npos ? output + kPackageExtension : output;
@@ -51,37 +22,7 @@ std::wstring WithPackageExtension(const std::wstring& output) {
 
 bool IsPackageName(const std::wstring& path) {
   const std::wstring name = FileNameOf(path);
-  const std::size_t length = std::size(kPackageExtension) - 1;
-  return name.size() > length &&
-         EqualsIgnoringAsciiCase(name.substr(name.size() - length), kPackageExtension);
-}
-
-bool IsInstalled(const ProductContext& context, const std::wstring& year) {
-  return std::ranges::any_of(context.installedVersions, [&](const InstalledVersion& version) {
-    return YearForm(version.internalVersion) == year;
-  });
-}
-
-std::wstring InstalledYears(const ProductContext& context) {
-  std::wstring years;
-  for (const InstalledVersion& version : context.installedVersions) {
-    years += (years.empty() ? L"" : L", ") + YearForm(version.internalVersion);
-  }
-  return years;
-}
-
-// Labels that the version does not offer are named; true when there are none.
-bool CheckCategories(const Session& session, const ExportOptions& options,
-                     CategoryChecklist& checklist) {
-  if (options.all) return true;
-  checklist.SetAllChecked(false);
-  bool offered = true;
-  for (const std::wstring& label : options.labels) {
-    if (checklist.SetChecked(FindCategoryByLabel(label)->category, true)) continue;
-    session.Complain(L"\"" + label + L"\" is not offered for version " + options.year);
-    offered = false;
-  }
-  return offered;
+  return name != kPackageExtension && EndsWithIgnoringAsciiCase(name, kPackageExtension);
 }
 
 ExitStatus Conclude(const Session& session, const ExportReport& report,
@@ -118,7 +59,9 @@ ExitStatus ExportVersion(const Session& session, const ExportOptions& options,
     return session.Fail(L"The folders of version " + options.year + L" cannot be told");
   }
   CategoryChecklist checklist = CategoryChecklist::ForExport(context);
-  if (!CheckCategories(session, options, checklist)) return ExitStatus::kFailed;
+  if (!CheckChosen(session, options.categories, L"for version " + options.year, checklist)) {
+    return ExitStatus::kFailed;
+  }
 
   RegistryTool tool(machine.interpreter, machine.clock, RegistryToolPace::kWaitForEnd);
   const auto report = RunExport({context, machine, tool, view, checklist});
@@ -128,12 +71,7 @@ ExitStatus ExportVersion(const Session& session, const ExportOptions& options,
 }  // namespace
 
 ExitStatus RunExportVerb(const Session& session, const ExportOptions& options) {
-  for (const std::wstring& label : options.labels) {
-    if (FindCategoryByLabel(label) == nullptr) {
-      return session.Misused(L"There is no category \"" + label + L"\"; there are " +
-                             KnownLabels());
-    }
-  }
+  if (const auto refused = RefuseUnknownLabels(session, options.categories)) return *refused;
   const std::wstring output = WithPackageExtension(options.output);
   if (!IsPackageName(output)) return session.Misused(L"The package's name must end in .ucex");
 
@@ -145,10 +83,7 @@ ExitStatus RunExportVerb(const Session& session, const ExportOptions& options) {
   ProductContext context;
   if (!LoadProductContext(context, machine, view)) return ExitStatus::kFailed;
   EnumerateInstalledVersions(context, machine.registry);
-  if (!IsInstalled(context, options.year)) {
-    return session.Fail(L"Version " + options.year + L" is not installed; installed: " +
-                        InstalledYears(context));
-  }
+  if (!RequireInstalled(session, context, options.year)) return ExitStatus::kFailed;
   return ExportVersion(session, options, machine, view, context);
 }
 

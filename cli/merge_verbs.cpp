@@ -1,5 +1,6 @@
 #include "cli/merge_verbs.h"
 
+#include "cli/console_log.h"
 #include "merge/file_system_error.h"
 #include "merge/folder_merge.h"
 #include "merge/shortcut_merge.h"
@@ -7,20 +8,6 @@
 #include "platform/xml_dom.h"
 
 namespace carrovan {
-namespace {
-
-class ConsoleLog : public LineLog {
- public:
-  explicit ConsoleLog(const Session& session) : session_(session) {}
-
-  void WriteLine(std::wstring_view line) override { session_.Print(line); }
-
- private:
-  const Session& session_;
-};
-
-}  // namespace
-
 ExitStatus RunMergeXmlVerb(const Session& session, const MergeXmlOptions& options) {
   const auto files = session.OpenFiles();
   if (!files) return ExitStatus::kFailed;

@@ -36,19 +36,15 @@ class ProgressWriter : public ArchiveWriter {
 ProgressArchives::ProgressArchives(ArchiveLibrary& library, Console& console)
     : library_(library), console_(console) {}
 
-std::unique_ptr<ArchiveWriter> ProgressArchives::Create(const std::wstring& archivePath) {
-  auto writer = library_.Create(archivePath);
+std::unique_ptr<ArchiveWriter> ProgressArchives::Create(const std::wstring& archivePath,
+                                                        ArchivePurpose purpose) {
+  auto writer = library_.Create(archivePath, purpose);
   if (!writer || !console_.ErrIsTerminal()) return writer;
   return std::make_unique<ProgressWriter>(std::move(writer), console_);
 }
 
 std::unique_ptr<ArchiveReader> ProgressArchives::Open(const std::wstring& archivePath) {
   return library_.Open(archivePath);
-}
-
-Machine WithArchives(const Machine& machine, ArchiveLibrary& archives) {
-  return {machine.files,   machine.registry, machine.folders,     machine.guids, machine.profiles,
-          machine.product, archives,         machine.interpreter, machine.clock};
 }
 
 }  // namespace carrovan

@@ -12,15 +12,13 @@ class ProgressArchives : public ArchiveLibrary {
  public:
   ProgressArchives(ArchiveLibrary& library, Console& console);
 
-  std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath) override;
+  std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath,
+                                        ArchivePurpose purpose) override;
   std::unique_ptr<ArchiveReader> Open(const std::wstring& archivePath) override;
 
  private:
   ArchiveLibrary& library_;
   Console& console_;
 };
-
-// The same machine with another archive library.
-Machine WithArchives(const Machine& machine, ArchiveLibrary& archives);
 
 }  // namespace carrovan

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
+#include "cli/category_choice.h"
 #include "cli/session.h"
 
 namespace carrovan {
@@ -17,11 +17,23 @@ ExitStatus RunVersionsVerb(const Session& session, const VersionsOptions& option
 
 struct ExportOptions {
   std::wstring year;
-  bool all = false;
-  std::vector<std::wstring> labels;
+  CategoryChoice categories;
   std::wstring output;
 };
 ExitStatus RunExportVerb(const Session& session, const ExportOptions& options);
+
+struct ImportOptions {
+  std::wstring package;
+  std::wstring year;  // may be empty for a legacy package, which names its version itself
+  CategoryChoice categories;
+};
+ExitStatus RunImportVerb(const Session& session, const ImportOptions& options);
+
+struct ResetOptions {
+  CategoryChoice categories;
+  bool yes = false;
+};
+ExitStatus RunResetVerb(const Session& session, const ResetOptions& options);
 
 struct InspectOptions {
   std::wstring package;

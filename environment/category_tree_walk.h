@@ -11,4 +11,9 @@ namespace carrovan {
 void VisitLeaves(const CategoryTree& tree, CategoryTree::Item item,
                  const std::function<void(CategoryTree::Item)>& visit);
 
+// The same for a run that the user watches: each parent is expanded and each leaf gets the caret on
+// the way.
+void WalkLeaves(EditableCategoryTree& tree, CategoryTree::Item item,
+                const std::function<void(CategoryTree::Item)>& visit);
+
 }  // namespace carrovan

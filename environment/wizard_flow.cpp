@@ -94,8 +94,10 @@ void GoForwardInExport(const WizardParts& parts) {
 // behind must not be imported along with this one.
 bool EnterImportCategories(const WizardParts& parts) {
   if (!TellUnlessMade(parts, RenewStagingFolder(parts.context, parts.machine))) return false;
-  return parts.importSteps.EnterCategories(parts.frame.Tree(WizardPage::kImportCategories)) ==
-         ImportSteps::Entry::kReady;
+  const auto entry =
+      parts.importSteps.EnterCategories(parts.frame.Tree(WizardPage::kImportCategories));
+  if (entry == ImportSteps::Entry::kEnded) parts.frame.EndProgram();
+  return entry == ImportSteps::Entry::kReady;
 }
 
 void ImportLegacyPackage(const WizardParts& parts) {

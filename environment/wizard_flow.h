@@ -16,7 +16,7 @@ class ImportSteps {
   enum class Entry {
     kReady,
     kRefused,  // the user was told why and stays on the path page
-    kEnded,    // the user was told why and the program is ending
+    kEnded,    // the user was told why; the program has to end
   };
   virtual Entry EnterCategories(EditableCategoryTree& tree) = 0;
 

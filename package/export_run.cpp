@@ -40,8 +40,8 @@ bool ReserveArchivePath(const Machine& machine, const std::wstring& archivePath)
 
 PackageReport WriteReservedPackage(const ExportRun& run, const std::wstring& archivePath,
                                    bool reserved) {
-  PackageReport report =
-      WritePackage(run.context, run.machine, run.context.packageSources, archivePath);
+  PackageReport report = WritePackage(run.context, run.machine, run.context.packageSources,
+                                      archivePath, ArchivePurpose::kKeep);
   // An empty file would look like a package.
   if (reserved && report.outcome != ArchiveResult::kDone) {
     static_cast<void>(run.machine.files.RemoveFile(archivePath));

@@ -20,12 +20,8 @@ constexpr std::size_t kLongestDescriptionBytes = 64 * 1024;
 bool IsFolderName(const std::wstring& name) { return EndsInSeparator(name); }
 
 bool IsRootXml(const ArchiveItem& item) {
-  constexpr std::size_t kExtensionLength = 4;
-  if (item.name.size() < kExtensionLength || item.name.find(L'\\') != std::wstring::npos) {
-    return false;
-  }
-  const auto extension = std::wstring_view(item.name).substr(item.name.size() - kExtensionLength);
-  return EqualsIgnoringAsciiCase(extension, L".xml");
+  return EndsWithIgnoringAsciiCase(item.name, L".xml") &&
+         item.name.find(L'\\') == std::wstring::npos;
 }
 
 std::optional<std::wstring> RefusalOfItem(ArchiveExaminer& archive, std::size_t index,
@@ -94,9 +90,7 @@ void InspectLegacyContent(PackageInspection& inspection) {
 }  // namespace
 
 bool IsLegacyPackageName(const std::wstring& path) {
-  const std::wstring name = FileNameOf(path);
-  const std::size_t dot = name.rfind(L'.');
-  return dot != std::wstring::npos && EqualsIgnoringAsciiCase(name.substr(dot), L".ucx");
+  return EndsWithIgnoringAsciiCase(FileNameOf(path), L".ucx");
 }
 
 PackageInspection InspectPackage(ArchiveExaminer& archive, bool legacy) {

@@ -96,9 +96,10 @@ std::wstring EntryNameInFolder(const ProductContext& context, const std::wstring
 }
 
 PackageReport WritePackage(const ProductContext& context, const Machine& machine,
-                           std::span<const std::wstring> sources, const std::wstring& archivePath) {
+                           std::span<const std::wstring> sources, const std::wstring& archivePath,
+                           ArchivePurpose purpose) {
   PackageReport report;
-  const auto archive = machine.archives.Create(archivePath);
+  const auto archive = machine.archives.Create(archivePath, purpose);
   if (!archive) return report;
   PackageInProgress package(context, machine.files, *archive, report);
   for (const std::wstring& source : sources) {

@@ -32,6 +32,7 @@ std::wstring EntryNameInFolder(const ProductContext& context, const std::wstring
 // machine and not to the user. An archive that is there is replaced only by a finished one: when
 // the disk fills up nothing is put in its place.
 PackageReport WritePackage(const ProductContext& context, const Machine& machine,
-                           std::span<const std::wstring> sources, const std::wstring& archivePath);
+                           std::span<const std::wstring> sources, const std::wstring& archivePath,
+                           ArchivePurpose purpose);
 
 }  // namespace carrovan

@@ -6,6 +6,9 @@ namespace {
 // Enough for the tool to write one key of ordinary size.
 constexpr std::chrono::milliseconds kPauseAfterExport{100};
 
+// Enough for all files of a package that were started before.
+constexpr std::chrono::milliseconds kPauseAfterImports{1000};
+
 }  // namespace
 
 RegistryTool::RegistryTool(CommandInterpreter& interpreter, Clock& clock, RegistryToolPace pace)
@@ -24,6 +27,10 @@ bool RegistryTool::RegExportKey(const std::wstring& keyPath, const std::wstring&
 void RegistryTool::RegImportFile(const std::wstring& filePath) {
   const auto command = Start(L"reg import \"" + filePath + L"\"");
   if (pace_ == RegistryToolPace::kWaitForEnd) WaitForEnd(command);
+}
+
+void RegistryTool::PauseAfterImports() {
+  if (pace_ == RegistryToolPace::kFixedPause) clock_.Pause(kPauseAfterImports);
 }
 
 std::unique_ptr<RunningCommand> RegistryTool::Start(const std::wstring& command) {

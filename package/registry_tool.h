@@ -9,7 +9,7 @@ namespace carrovan {
 
 // How the program keeps step with the registry tool, which runs as a process of its own.
 enum class RegistryToolPace {
-  kFixedPause,  // 100 ms after each export, nothing after an import: a window must stay alive
+  kFixedPause,  // 100 ms after each export, 1 s after all imports: a window must stay alive
   kWaitForEnd,  // each command has ended before the next one starts: nothing is missed
 };
 
@@ -23,6 +23,10 @@ class RegistryTool {
   bool RegExportKey(const std::wstring& keyPath, const std::wstring& filePath);
 
   void RegImportFile(const std::wstring& filePath);
+
+  // Called once when the last file was given to RegImportFile: with fixed pauses, the time that the
+  // tools are left to end.
+  void PauseAfterImports();
 
  private:
   std::unique_ptr<RunningCommand> Start(const std::wstring& command);

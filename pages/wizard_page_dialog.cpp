@@ -10,9 +10,6 @@ namespace {
 // Sent to a child window after its parent has taken a new scale; older headers lack the name.
 constexpr UINT kScaleChangedAfterParent = 0x02E3;
 
-// Sent to itself: the controls need the wizard's fonts again.
-constexpr UINT kFontsDue = WM_APP;
-
 constexpr POINT kBannerCorner{8, 10};
 
 HBRUSH HollowBrush() { return static_cast<HBRUSH>(GetStockObject(HOLLOW_BRUSH)); }
@@ -74,9 +71,8 @@ std::optional<LRESULT> WizardPageDialog::OnMessage(UINT message, WPARAM, LPARAM)
     Paint();
     return 0;
   }
-  // Only after this message does the system give the controls fonts of its own.
-  if (message == kScaleChangedAfterParent) PostMessageW(Window(), kFontsDue, 0, 0);
-  if (message == kFontsDue) ApplyFonts();
+  // By now the system has given the controls fonts of its own.
+  if (message == kScaleChangedAfterParent) ApplyFonts();
   return std::nullopt;
 }
 

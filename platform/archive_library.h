@@ -76,13 +76,20 @@ class ArchiveExaminer : public ArchiveReader {
   [[nodiscard]] virtual ArchiveResult Check(std::size_t index) = 0;
 };
 
+// What an archive is made for.
+enum class ArchivePurpose {
+  kKeep,          // a package: it shall be small
+  kUnpackAtOnce,  // unpacked and deleted by the same run: it shall be quick
+};
+
 // The zip functions of the maker's support library, or what stands in for them.
 class ArchiveLibrary {
  public:
   virtual ~ArchiveLibrary() = default;
 
   // Null when an archive cannot be created at the path; a file that is there is not touched yet.
-  virtual std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath) = 0;
+  virtual std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath,
+                                                ArchivePurpose purpose) = 0;
 
   // Null when the file is missing or is not a zip archive.
   virtual std::unique_ptr<ArchiveReader> Open(const std::wstring& archivePath) = 0;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,6 +37,13 @@ class FileReader {
   // A file's whole content; `bytes` stays as it is when reading fails.
   [[nodiscard]] virtual SystemCode ReadBytes(const std::wstring& path,
                                              std::string& bytes) const = 0;
+
+  // Calls `take` with a file's content part by part, each time with the whole size of the file. For
+  // large files, of which no second copy is to be held. When reading fails, parts in front of the
+  // failure have been taken.
+  using TakePart = std::function<void(std::string_view part, std::uint64_t fileBytes)>;
+  [[nodiscard]] virtual SystemCode ReadInParts(const std::wstring& path,
+                                               const TakePart& take) const = 0;
 };
 
 // Changes files and folders. Each operation returns kSystemOk or the system's error number, and
@@ -61,7 +70,8 @@ class FileSystem : public FileReader {
   [[nodiscard]] virtual SystemCode CopyOver(const std::wstring& source,
                                             const std::wstring& target) = 0;
 
-  // Gives a file another path; kAlreadyExists when something is there.
+  // Gives a file, or a folder with what it holds, another path; kAlreadyExists when something is
+  // there.
   [[nodiscard]] virtual SystemCode MoveTo(const std::wstring& source,
                                           const std::wstring& target) = 0;
 };

@@ -2,6 +2,7 @@
 
 #include "platform/archive_library.h"
 #include "platform/clock.h"
+#include "platform/code_page.h"
 #include "platform/command_interpreter.h"
 #include "platform/file_system.h"
 #include "platform/guid_source.h"
@@ -9,11 +10,13 @@
 #include "platform/product_identity.h"
 #include "platform/profile_file.h"
 #include "platform/registry.h"
+#include "platform/registry_editor.h"
+#include "platform/user_identity.h"
 
 namespace carrovan {
 
 // The ports of one machine, real or in a folder. Owns nothing: whoever makes a machine keeps its
-// parts alive. A test replaces one part by copying the struct with another reference.
+// parts alive.
 struct Machine {
   FileSystem& files;
   RegistryReader& registry;
@@ -24,6 +27,17 @@ struct Machine {
   ArchiveLibrary& archives;
   CommandInterpreter& interpreter;
   Clock& clock;
+  RegistryEditor& registryEditor;
+  UserIdentity& user;
+  CodePage& codePage;
 };
+
+// The same machine with one part replaced.
+Machine WithFiles(const Machine& machine, FileSystem& files);
+Machine WithFolders(const Machine& machine, KnownFolders& folders);
+Machine WithGuids(const Machine& machine, GuidSource& guids);
+Machine WithArchives(const Machine& machine, ArchiveLibrary& archives);
+Machine WithInterpreter(const Machine& machine, CommandInterpreter& interpreter);
+Machine WithClock(const Machine& machine, Clock& clock);
 
 }  // namespace carrovan

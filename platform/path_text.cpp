@@ -24,6 +24,11 @@ std::wstring WithTrailingBackslash(std::wstring path) {
   return path;
 }
 
+std::wstring WithoutTrailingBackslashes(std::wstring path) {
+  while (path.ends_with(L'\\')) path.pop_back();
+  return path;
+}
+
 std::wstring RemoveFileSpec(std::wstring path) {
   const std::size_t root = RootLength(path);
   if (path.size() <= root) return path;

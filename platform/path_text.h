@@ -15,6 +15,8 @@ bool EndsInSeparator(std::wstring_view path);
 // The path, ending in exactly the separator it has or in one new backslash.
 std::wstring WithTrailingBackslash(std::wstring path);
 
+std::wstring WithoutTrailingBackslashes(std::wstring path);
+
 // Removes the last component as the shell does: "C:\A\B" gives "C:\A", a trailing backslash counts
 // as one removal, and a root stays as it is.
 std::wstring RemoveFileSpec(std::wstring path);

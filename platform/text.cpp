@@ -165,6 +165,11 @@ bool EqualsIgnoringAsciiCase(std::wstring_view a, std::wstring_view b) {
                     [](wchar_t x, wchar_t y) { return LowerAscii(x) == LowerAscii(y); });
 }
 
+bool EndsWithIgnoringAsciiCase(std::wstring_view text, std::wstring_view ending) {
+  return text.size() >= ending.size() &&
+         EqualsIgnoringAsciiCase(text.substr(text.size() - ending.size()), ending);
+}
+
 int CompareNames(std::wstring_view a, std::wstring_view b) {
   const std::u16string left = ToUtf16(a);
   const std::u16string right = ToUtf16(b);

@@ -22,6 +22,7 @@ std::wstring FromUtf16(std::u16string_view utf16);
 
 // Letters A to Z and a to z only, for names that programs compare ("reg", ".UCX").
 bool EqualsIgnoringAsciiCase(std::wstring_view a, std::wstring_view b);
+bool EndsWithIgnoringAsciiCase(std::wstring_view text, std::wstring_view ending);
 
 // The order in which the system keeps names of files and registry keys: 16-bit unit by unit, upper
 // case. Negative, zero or positive; zero means the same name.

@@ -16,6 +16,8 @@ class XmlDocument {
   // Drops text of nothing but white space; keeps comments, instructions, CDATA and the declaration.
   // False for a file that is missing, not well formed, or has a document type definition.
   [[nodiscard]] virtual bool Load(const std::wstring& path) = 0;
+  // Why the last Load gave false, in the parser's own words; one line.
+  virtual std::wstring LoadProblem() const = 0;
   // No node when nothing was loaded.
   virtual XmlNode Root() = 0;
   // An element outside the tree; no node when the DOM refuses.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -24,6 +25,7 @@ class XmlNodeOperations {
   virtual Handle NextSibling(Handle node) const = 0;
   virtual std::size_t CountChildren(Handle node) const = 0;
   virtual std::wstring Text(Handle node) const = 0;
+  virtual std::optional<std::wstring> Attribute(Handle node, std::string_view name) const = 0;
   [[nodiscard]] virtual bool SetText(Handle node, std::wstring_view text) const = 0;
   [[nodiscard]] virtual bool CopyText(Handle target, Handle source) const = 0;
   [[nodiscard]] virtual bool AppendChild(Handle parent, Handle child) const = 0;
@@ -71,6 +73,12 @@ class XmlNode {
 
   // The text of the node, or of all text and CDATA below it, as stored: nothing is trimmed.
   std::wstring Text() const { return operations_->Text(handle_); }
+
+  // The value of an element's attribute; nothing when it has none of that name. The name is one
+  // without a prefix.
+  std::optional<std::wstring> Attribute(std::string_view name) const {
+    return operations_->Attribute(handle_, name);
+  }
 
   // Replaces the content of a text node, or all children of an element.
   [[nodiscard]] bool SetText(std::wstring_view text) const {

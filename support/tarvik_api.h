@@ -58,9 +58,14 @@ typedef uint32_t (*CloseZipFunction)(EyeZipHandle zip);
 typedef uint32_t (*GetZipItemFunction)(EyeZipHandle zip, uint32_t index, EyeZipEntry* entry);
 typedef uint32_t (*UnzipItemFunction)(EyeZipHandle zip, uint32_t index, const wchar_t* targetPath);
 typedef OpenZipFunction CreateZipFunction;
+typedef CloseZipFunction StoreZipItemsFunction;
 
 // Starts an archive; a file at the path stays as it is until CloseZipZ succeeds.
 EyeZipHandle CreateZip(const wchar_t* path, const char* password);
+
+// Items that are added from now on are stored without compression, for an archive that is unpacked
+// and deleted at once. A library may lack this function.
+uint32_t StoreZipItems(EyeZipHandle zip);
 
 // Stores a file under a name with backslashes; the file is read before this returns.
 uint32_t ZipAdd(EyeZipHandle zip, const wchar_t* entryName, const wchar_t* sourcePath);

@@ -31,13 +31,32 @@ const std::uint8_t* AsBytes(const char* text) {
   return static_cast<const std::uint8_t*>(static_cast<const void*>(text));
 }
 
-SystemCode ReadWhole(const fs::path& path, std::string& bytes) {
+constexpr std::size_t kPartBytes = std::size_t{256} << 10;
+
+SystemCode OpenToRead(const fs::path& path, OsFile& file) {
   if (!OwnerMayRead(path)) return kAccessDenied;
-  OsFile file;
   const FileStatus status = file.OpenToRead(path);
-  if (status != FileStatus::kDone) {
-    return status == FileStatus::kMissing ? MissingCode(path) : CodeOf(status);
+  return status == FileStatus::kMissing ? MissingCode(path) : CodeOf(status);
+}
+
+SystemCode ReadParts(const fs::path& path, const FileReader::TakePart& take) {
+  OsFile file;
+  if (const SystemCode code = OpenToRead(path, file); code != kSystemOk) return code;
+  const auto facts = file.Facts();
+  if (!facts) return kGeneralFailure;
+  std::string part(kPartBytes, '\0');
+  for (std::uint64_t offset = 0;;) {
+    const auto count = file.ReadAt(offset, {AsBytes(part.data()), part.size()});
+    if (!count) return kGeneralFailure;
+    if (*count == 0) return kSystemOk;
+    take(std::string_view(part).substr(0, *count), facts->sizeBytes);
+    offset += *count;
   }
+}
+
+SystemCode ReadWhole(const fs::path& path, std::string& bytes) {
+  OsFile file;
+  if (const SystemCode code = OpenToRead(path, file); code != kSystemOk) return code;
   const auto facts = file.Facts();
   if (!facts) return kGeneralFailure;
   std::string read(static_cast<std::size_t>(facts->sizeBytes), '\0');
@@ -65,6 +84,11 @@ SystemCode ReplaceWhole(const fs::path& path, std::string_view bytes) {
 SystemCode HostFileSystem::ReadBytes(const std::wstring& path, std::string& bytes) const {
   const auto host = paths_.ToHost(path);
   return host ? ReadWhole(*host, bytes) : kInvalidName;
+}
+
+SystemCode HostFileSystem::ReadInParts(const std::wstring& path, const TakePart& take) const {
+  const auto host = paths_.ToHost(path);
+  return host ? ReadParts(*host, take) : kInvalidName;
 }
 
 SystemCode HostFileSystem::WriteBytes(const std::wstring& path, std::string_view bytes) {

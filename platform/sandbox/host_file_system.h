@@ -22,6 +22,7 @@ class HostFileSystem : public FileSystem {
   SystemCode ReadFolder(const std::wstring& folder,
                         std::vector<FolderEntry>& entries) const override;
   SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override;
+  SystemCode ReadInParts(const std::wstring& path, const TakePart& take) const override;
 
   SystemCode CreateFolder(const std::wstring& path) override;
   SystemCode CreateEmptyFile(const std::wstring& path) override;

@@ -3,6 +3,7 @@
 #include <libxml/dict.h>
 #include <libxml/xmlsave.h>
 
+#include <algorithm>
 #include <limits>
 
 #include "platform/sandbox/libxml2_copy.h"
@@ -31,6 +32,10 @@ struct Freer {
 
 using DocOwner = std::unique_ptr<xmlDoc, Freer<xmlFreeDoc>>;
 using NodeOwner = std::unique_ptr<xmlNode, Freer<xmlFreeNode>>;
+struct TextFreer {
+  void operator()(xmlChar* text) const { xmlFree(text); }
+};
+using TextOwner = std::unique_ptr<xmlChar, TextFreer>;
 using ParserOwner = std::unique_ptr<xmlParserCtxt, Freer<xmlFreeParserCtxt>>;
 
 xmlNode* AsNode(XmlNodeOperations::Handle handle) { return static_cast<xmlNode*>(handle); }
@@ -66,9 +71,21 @@ std::string TextBelow(const xmlNode& top) {
   return text;
 }
 
-DocOwner Parse(const std::string& bytes) {
+std::wstring ProblemOf(xmlParserCtxt& parser, bool hasTypeDefinition) {
+  if (hasTypeDefinition) return L"the document has a type definition";
+  const xmlError* const error = xmlCtxtGetLastError(&parser);
+  if (error == nullptr || error->message == nullptr) return L"the document is not well formed";
+  std::wstring text = FromUtf8(error->message);
+  while (!text.empty() && text.back() == L'\n') text.pop_back();
+  std::ranges::replace(text, L'\n', L' ');
+  return L"line " + std::to_wstring(error->line) + L": " + text;
+}
+
+// Says what is wrong when there is no document.
+DocOwner Parse(const std::string& bytes, std::wstring& problem) {
+  problem = L"the document cannot be held in memory";
   if (bytes.size() > std::size_t{std::numeric_limits<int>::max()}) return nullptr;
-  ParserOwner parser(xmlNewParserCtxt());
+  const ParserOwner parser(xmlNewParserCtxt());
   if (parser == nullptr) return nullptr;
   BlankTextFilter filter;
   filter.AttachTo(*parser);
@@ -76,7 +93,10 @@ DocOwner Parse(const std::string& bytes) {
                                       nullptr, nullptr, kParseOptions));
   const bool accepted = parser->wellFormed != 0 && parser->nsWellFormed != 0 &&
                         !filter.SawTypeDefinition() && document != nullptr;
-  if (!accepted) return nullptr;
+  if (!accepted) {
+    problem = ProblemOf(*parser, filter.SawTypeDefinition());
+    return nullptr;
+  }
   if (document->dict == nullptr) document->dict = xmlDictCreate();
   return document->dict == nullptr ? nullptr : std::move(document);
 }
@@ -126,14 +146,19 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
 
   bool Load(const std::wstring& path) override {
     std::string bytes;
-    if (files_.ReadBytes(path, bytes) != kSystemOk) return false;
+    if (const SystemCode code = files_.ReadBytes(path, bytes); code != kSystemOk) {
+      problem_ = DescribeSystemCode(code);
+      return false;
+    }
     detached_.reset();
-    document_ = Parse(bytes);
+    document_ = Parse(bytes, problem_);
     loadedBytes_ = bytes.size();
     if (document_ == nullptr) return false;
     detached_.reset(NewElement(*document_, kDetachedName));
     return detached_ != nullptr;
   }
+
+  std::wstring LoadProblem() const override { return problem_; }
 
   XmlNode Root() override {
     return {*this, document_ == nullptr ? nullptr : xmlDocGetRootElement(document_.get())};
@@ -200,6 +225,13 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
                                          : FromUtf8(AsChars(ContentOf(node)));
   }
 
+  std::optional<std::wstring> Attribute(Handle handle, std::string_view name) const override {
+    const std::string terminated(name);
+    const TextOwner value(xmlGetNoNsProp(AsNode(handle), AsXmlText(terminated)));
+    if (value == nullptr) return std::nullopt;
+    return FromUtf8(AsChars(value.get()));
+  }
+
   bool SetText(Handle handle, std::wstring_view text) const override {
     xmlNode& node = *AsNode(handle);
     const std::string utf8 = ToUtf8(text);
@@ -243,6 +275,7 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
 
   FileSystem& files_;
   std::size_t loadedBytes_ = 0;
+  std::wstring problem_;
   DocOwner document_;
   NodeOwner detached_;  // parent of the elements that are in no tree; freed before the document
 };

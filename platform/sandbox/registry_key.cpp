@@ -66,6 +66,11 @@ std::vector<const RegistryValue*> RegistryKey::AllValues() const {
   return values;
 }
 
+void RegistryKey::CopyFrom(const RegistryKey& source) {
+  for (const RegistryValue* value : source.AllValues()) SetValue(*value);
+  for (const auto& [name, subkey] : source.subkeys_) Make(name).CopyFrom(*subkey);
+}
+
 void RegistryKey::SetValue(RegistryValue value) {
   const auto found = values_.find(value.name);
   if (found == values_.end()) {

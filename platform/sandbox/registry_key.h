@@ -47,6 +47,10 @@ class RegistryKey {
   // In the order in which the system keeps values: as they were made.
   std::vector<const RegistryValue*> AllValues() const;
 
+  // Gets every value of the other key and everything below it, in place of what has the same name.
+  // The other key is not this one and not below it.
+  void CopyFrom(const RegistryKey& source);
+
   // A value that is there keeps its place and the spelling of its name.
   void SetValue(RegistryValue value);
   void RemoveValue(std::wstring_view name);

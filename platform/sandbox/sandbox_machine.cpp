@@ -58,7 +58,8 @@ SandboxMachine::SandboxMachine(const std::filesystem::path& root, SandboxProduct
       folders_(product_.UserName()),
       profiles_(paths_),
       archives_(paths_),
-      interpreter_(registry_, paths_) {}
+      interpreter_(registry_, paths_),
+      user_(product_.UserName()) {}
 
 MachineOrReason SandboxMachine::Open(const std::wstring& rootFolder) {
   if (auto problem = ProblemOfRoot(rootFolder)) return {nullptr, *problem};
@@ -84,8 +85,8 @@ MachineOrReason SandboxMachine::Open(const std::wstring& rootFolder) {
 }
 
 Machine SandboxMachine::Ports() {
-  return {files_,   registry_, folders_,     guids_, profiles_,
-          product_, archives_, interpreter_, clock_};
+  return {files_,    registry_,    folders_, guids_,    profiles_, product_,
+          archives_, interpreter_, clock_,   registry_, user_,     codePage_};
 }
 
 FilesOrReason OpenSandboxFiles(const std::wstring& rootFolder) {

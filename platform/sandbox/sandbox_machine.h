@@ -13,7 +13,9 @@
 #include "platform/sandbox/sandbox_product.h"
 #include "platform/sandbox/sandbox_profile_file.h"
 #include "platform/sandbox/sandbox_registry.h"
+#include "platform/sandbox/sandbox_user.h"
 #include "platform/sandbox/sleeping_clock.h"
+#include "platform/sandbox/utf8_code_page.h"
 #include "platform/sandbox/zip_archive_library.h"
 
 namespace carrovan {
@@ -49,6 +51,8 @@ class SandboxMachine : public OwnedMachine {
   ZipArchiveLibrary archives_;
   SandboxInterpreter interpreter_;
   SleepingClock clock_;
+  SandboxUser user_;
+  Utf8CodePage codePage_;
 };
 
 struct FilesOrReason {

@@ -101,6 +101,48 @@ bool SandboxRegistry::Merge(const RegFile& file) {
   return merged;
 }
 
+SystemCode SandboxRegistry::TryOpen(RegistryHive hive, const std::wstring& keyPath) const {
+  return Find(hive, keyPath) != nullptr ? kSystemOk : kFileNotFound;
+}
+
+std::optional<std::uint32_t> SandboxRegistry::ValueType(RegistryHive hive,
+                                                        const std::wstring& keyPath,
+                                                        const std::wstring& name) const {
+  const RegistryKey* const key = Find(hive, keyPath);
+  const RegistryValue* const value = key == nullptr ? nullptr : key->Value(name);
+  return value == nullptr ? std::nullopt : std::optional(value->type);
+}
+
+SystemCode SandboxRegistry::SetValues(RegistryHive hive, const std::wstring& keyPath,
+                                      const std::vector<RegistryValue>& values) {
+  return ChangeKey(hive, keyPath, [&](RegistryKey& root) {
+    RegistryKey& key = root.Make(keyPath);
+    for (const RegistryValue& value : values) key.SetValue(value);
+  });
+}
+
+SystemCode SandboxRegistry::DeleteTree(RegistryHive hive, const std::wstring& keyPath) {
+  if (keyPath.empty()) return kInvalidName;
+  return ChangeKey(hive, keyPath, [&](RegistryKey& root) { root.Remove(keyPath); });
+}
+
+SystemCode SandboxRegistry::CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
+                                     RegistryHive targetHive, const std::wstring& targetPath) {
+  const RegistryKey* const source = Find(sourceHive, sourcePath);
+  if (source == nullptr) return kFileNotFound;
+  RegistryKey copy;  // the target may lie below the source
+  copy.CopyFrom(*source);
+  const bool copied =
+      Change(targetHive, [&](RegistryKey& root) { root.Make(targetPath).CopyFrom(copy); });
+  return copied ? kSystemOk : kAccessDenied;
+}
+
+SystemCode SandboxRegistry::ChangeKey(RegistryHive hive, const std::wstring& keyPath,
+                                      const std::function<void(RegistryKey&)>& change) {
+  if (Find(hive, keyPath) == nullptr) return kFileNotFound;
+  return Change(hive, change) ? kSystemOk : kAccessDenied;
+}
+
 std::filesystem::path SandboxRegistry::FileOf(RegistryHive hive) const {
   return folder_ / HostPathFromText(RootName(hive) + L".reg");
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/registry.h"
+#include "platform/registry_editor.h"
 #include "platform/sandbox/reg_file_parser.h"
 #include "platform/sandbox/registry_key.h"
 
@@ -15,7 +16,7 @@ namespace carrovan {
 
 // The registry of a machine in a folder: one registry file per hive, "HKEY_CURRENT_USER.reg" and
 // "HKEY_LOCAL_MACHINE.reg". A missing file is an empty hive.
-class SandboxRegistry : public RegistryReader {
+class SandboxRegistry : public RegistryReader, public RegistryEditor {
  public:
   explicit SandboxRegistry(std::filesystem::path folder) : folder_(std::move(folder)) {}
 
@@ -26,6 +27,15 @@ class SandboxRegistry : public RegistryReader {
   bool CanOpenKey(RegistryHive hive, const std::wstring& keyPath) const override;
   std::optional<std::vector<std::wstring>> SubkeyNames(RegistryHive hive,
                                                        const std::wstring& keyPath) const override;
+
+  SystemCode TryOpen(RegistryHive hive, const std::wstring& keyPath) const override;
+  std::optional<std::uint32_t> ValueType(RegistryHive hive, const std::wstring& keyPath,
+                                         const std::wstring& name) const override;
+  SystemCode SetValues(RegistryHive hive, const std::wstring& keyPath,
+                       const std::vector<RegistryValue>& values) override;
+  SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) override;
+  SystemCode CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
+                      RegistryHive targetHive, const std::wstring& targetPath) override;
 
   // Null when the key is missing.
   const RegistryKey* Find(RegistryHive hive, std::wstring_view keyPath) const;
@@ -39,6 +49,9 @@ class SandboxRegistry : public RegistryReader {
 
  private:
   std::filesystem::path FileOf(RegistryHive hive) const;
+  // Changes a key that must be there.
+  [[nodiscard]] SystemCode ChangeKey(RegistryHive hive, const std::wstring& keyPath,
+                                     const std::function<void(RegistryKey&)>& change);
   std::optional<std::wstring> LoadHive(RegistryHive hive, RegistryKey& root) const;
 
   std::filesystem::path folder_;

@@ -55,11 +55,13 @@ class MappedReader : public ArchiveExaminer {
 
 }  // namespace
 
-std::unique_ptr<ArchiveWriter> ZipArchiveLibrary::Create(const std::wstring& archivePath) {
+std::unique_ptr<ArchiveWriter> ZipArchiveLibrary::Create(const std::wstring& archivePath,
+                                                         ArchivePurpose purpose) {
   const auto archive = paths_.ToHost(archivePath);
   if (!archive || !paths_.MayBeMade(archivePath)) return nullptr;
   auto writer = ZipWriter::Create(*archive);
   if (!writer) return nullptr;
+  if (purpose == ArchivePurpose::kUnpackAtOnce) writer->StoreUncompressed();
   return std::make_unique<MappedWriter>(paths_, std::move(writer));
 }
 

@@ -13,7 +13,8 @@ class ZipArchiveLibrary : public ArchiveLibrary {
  public:
   explicit ZipArchiveLibrary(const PathMapper& paths) : paths_(paths) {}
 
-  std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath) override;
+  std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath,
+                                        ArchivePurpose purpose) override;
   std::unique_ptr<ArchiveReader> Open(const std::wstring& archivePath) override;
 
   // As Open, for a look inside without writing.

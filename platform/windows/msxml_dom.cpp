@@ -61,16 +61,25 @@ class MsXmlDocument : public XmlDocument {
 
   bool Load(const std::wstring& path) override {
     loaded_ = false;
+    problem_ = L"the document is not well formed";
     std::string bytes;
-    if (files_.ReadBytes(path, bytes) != kSystemOk || bytes.empty()) return false;
-    if (bytes.size() > std::size_t{std::numeric_limits<LONG>::max()}) return false;
+    if (const SystemCode code = files_.ReadBytes(path, bytes); code != kSystemOk) {
+      problem_ = DescribeSystemCode(code);
+      return false;
+    }
+    if (bytes.empty() || bytes.size() > std::size_t{std::numeric_limits<LONG>::max()}) return false;
     Variant source;
     PutBytes(bytes, source);
     VARIANT_BOOL success = VARIANT_FALSE;
     const HRESULT result = document_.Get()->load(source.Get(), &success);
-    loaded_ = result == S_OK && success == VARIANT_TRUE && !HasTypeDefinition();
+    const bool parsed = result == S_OK && success == VARIANT_TRUE;
+    if (!parsed) NoteParseError();
+    if (parsed && HasTypeDefinition()) problem_ = L"the document has a type definition";
+    loaded_ = parsed && !HasTypeDefinition();
     return loaded_;
   }
+
+  std::wstring LoadProblem() const override { return problem_; }
 
   XmlNode Root() override {
     ComPointer<IXMLDOMElement> root;
@@ -107,6 +116,22 @@ class MsXmlDocument : public XmlDocument {
     return !bytes.empty();
   }
 
+  void NoteParseError() {
+    ComPointer<IXMLDOMParseError> error;
+    Bstr reason;
+    if (document_.Get()->get_parseError(error.Receive()) != S_OK ||
+        error.Get()->get_reason(reason.Receive()) != S_OK || !reason) {
+      return;
+    }
+    LONG line = 0;
+    error.Get()->get_line(&line);
+    std::wstring text(ViewOf(reason.Get()));
+    while (text.ends_with(L'\n') || text.ends_with(L'\r')) text.pop_back();
+    std::ranges::replace_if(
+        text, [](wchar_t c) { return c == L'\n' || c == L'\r'; }, L' ');
+    if (!text.empty()) problem_ = L"line " + std::to_wstring(line) + L": " + text;
+  }
+
   bool HasTypeDefinition() const {
     ComPointer<IXMLDOMDocumentType> definition;
     return document_.Get()->get_doctype(definition.Receive()) == S_OK && definition;
@@ -115,6 +140,7 @@ class MsXmlDocument : public XmlDocument {
   FileSystem& files_;
   ComPointer<IXMLDOMDocument> document_;
   MsXmlNodeOperations nodes_;
+  std::wstring problem_;
   bool loaded_ = false;
 };
 

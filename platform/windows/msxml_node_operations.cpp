@@ -100,6 +100,18 @@ std::wstring MsXmlNodeOperations::Text(Handle node) const {
   return text;
 }
 
+std::optional<std::wstring> MsXmlNodeOperations::Attribute(Handle node,
+                                                           std::string_view name) const {
+  ComPointer<IXMLDOMNamedNodeMap> attributes;
+  if (AsNode(node)->get_attributes(attributes.Receive()) != S_OK) return std::nullopt;
+  const Bstr text = NewBstr(FromUtf8(name));
+  NodePointer attribute;
+  if (attributes.Get()->getNamedItem(text.Get(), attribute.Receive()) != S_OK) return std::nullopt;
+  std::wstring value;
+  AppendValue(attribute.Get(), value);
+  return value;
+}
+
 bool MsXmlNodeOperations::SetText(Handle node, std::wstring_view text) const {
   Variant value;
   value.Edit().bstrVal = NewBstr(text).Release();

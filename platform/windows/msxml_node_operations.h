@@ -20,6 +20,7 @@ class MsXmlNodeOperations : public XmlNodeOperations {
   Handle NextSibling(Handle node) const override;
   std::size_t CountChildren(Handle node) const override;
   std::wstring Text(Handle node) const override;
+  std::optional<std::wstring> Attribute(Handle node, std::string_view name) const override;
   [[nodiscard]] bool SetText(Handle node, std::wstring_view text) const override;
   [[nodiscard]] bool CopyText(Handle target, Handle source) const override;
   [[nodiscard]] bool AppendChild(Handle parent, Handle child) const override;

@@ -70,9 +70,14 @@ class TarvikReader : public ArchiveReader {
 
 }  // namespace
 
-std::unique_ptr<ArchiveWriter> TarvikArchiveLibrary::Create(const std::wstring& archivePath) {
+std::unique_ptr<ArchiveWriter> TarvikArchiveLibrary::Create(const std::wstring& archivePath,
+                                                            ArchivePurpose purpose) {
   const EyeZipHandle zip = functions_.createZip(SystemPath(archivePath).c_str(), nullptr);
   if (zip == nullptr) return nullptr;
+  // Without the function the archive is compressed: slower, and just as good.
+  if (purpose == ArchivePurpose::kUnpackAtOnce && functions_.storeZipItems != nullptr) {
+    functions_.storeZipItems(zip);
+  }
   return std::make_unique<TarvikWriter>(functions_, zip);
 }
 

@@ -11,7 +11,8 @@ class TarvikArchiveLibrary : public ArchiveLibrary {
  public:
   explicit TarvikArchiveLibrary(const TarvikFunctions& functions) : functions_(functions) {}
 
-  std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath) override;
+  std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath,
+                                        ArchivePurpose purpose) override;
   std::unique_ptr<ArchiveReader> Open(const std::wstring& archivePath) override;
 
  private:

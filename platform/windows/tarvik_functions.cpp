@@ -38,6 +38,7 @@ std::string FindTarvikFunctions(const FunctionLookup& lookup, TarvikFunctions& f
   finder.Find("GetZipItem", functions.getZipItem);
   finder.Find("UnzipItem", functions.unzipItem);
   finder.Find("CloseZipU", functions.closeZipU);
+  functions.storeZipItems = reinterpret_cast<StoreZipItemsFunction>(lookup("StoreZipItems"));
   return finder.Missing();
 }
 

@@ -23,6 +23,8 @@ struct TarvikFunctions {
   GetZipItemFunction getZipItem = nullptr;
   UnzipItemFunction unzipItem = nullptr;
   CloseZipFunction closeZipU = nullptr;
+
+  StoreZipItemsFunction storeZipItems = nullptr;  // null when the library lacks it
 };
 
 // A text of the library; no text is taken for an empty one.
@@ -32,7 +34,7 @@ inline std::wstring TextFromTarvik(const wchar_t* text) { return text == nullptr
 using FunctionLookup = std::function<void*(const char* name)>;
 
 // Finds every function. Returns the name of the first one that is missing, or an empty text; then
-// all are set.
+// all are set but those that a library may lack.
 std::string FindTarvikFunctions(const FunctionLookup& lookup, TarvikFunctions& functions);
 
 }  // namespace carrovan

@@ -16,6 +16,11 @@ SystemCode CodeOf(BOOL succeeded) { return succeeded != FALSE ? kSystemOk : GetL
 
 constexpr std::size_t kTransferBytes = std::size_t{16} << 20;
 
+FileHandle OpenToRead(const std::wstring& path) {
+  return FileHandle(CreateFileW(SystemPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
 SystemCode WriteAll(const FileHandle& file, std::string_view bytes) {
   while (!bytes.empty()) {
     const auto part = static_cast<DWORD>(std::min(bytes.size(), kTransferBytes));
@@ -122,9 +127,24 @@ SystemCode WindowsFileSystem::ReadFolder(const std::wstring& folder,
   return kSystemOk;
 }
 
+SystemCode WindowsFileSystem::ReadInParts(const std::wstring& path, const TakePart& take) const {
+  constexpr DWORD kPartBytes = 256 << 10;
+  const FileHandle file = OpenToRead(path);
+  LARGE_INTEGER size = {};
+  if (!file || GetFileSizeEx(file.Get(), &size) == FALSE) return GetLastError();
+  std::string part(kPartBytes, '\0');
+  for (;;) {
+    DWORD count = 0;
+    if (ReadFile(file.Get(), part.data(), kPartBytes, &count, nullptr) == FALSE) {
+      return GetLastError();
+    }
+    if (count == 0) return kSystemOk;
+    take(std::string_view(part).substr(0, count), static_cast<std::uint64_t>(size.QuadPart));
+  }
+}
+
 SystemCode WindowsFileSystem::ReadBytes(const std::wstring& path, std::string& bytes) const {
-  const FileHandle file(CreateFileW(SystemPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ,
-                                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  const FileHandle file = OpenToRead(path);
   LARGE_INTEGER size = {};
   if (!file || GetFileSizeEx(file.Get(), &size) == FALSE) return GetLastError();
   std::string read(static_cast<std::size_t>(size.QuadPart), '\0');

@@ -13,6 +13,8 @@ class WindowsFileSystem : public FileSystem {
   [[nodiscard]] SystemCode ReadFolder(const std::wstring& folder,
                                       std::vector<FolderEntry>& entries) const override;
   [[nodiscard]] SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override;
+  [[nodiscard]] SystemCode ReadInParts(const std::wstring& path,
+                                       const TakePart& take) const override;
 
   [[nodiscard]] SystemCode CreateFolder(const std::wstring& path) override;
   [[nodiscard]] SystemCode CreateEmptyFile(const std::wstring& path) override;

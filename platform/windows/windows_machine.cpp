@@ -3,12 +3,15 @@
 #include "platform/windows/tarvik_library.h"
 #include "platform/windows/tarvik_product.h"
 #include "platform/windows/windows_clock.h"
+#include "platform/windows/windows_code_page.h"
 #include "platform/windows/windows_command_interpreter.h"
 #include "platform/windows/windows_file_system.h"
 #include "platform/windows/windows_guid_source.h"
 #include "platform/windows/windows_known_folders.h"
 #include "platform/windows/windows_profile_file.h"
 #include "platform/windows/windows_registry.h"
+#include "platform/windows/windows_registry_editor.h"
+#include "platform/windows/windows_user_identity.h"
 
 namespace carrovan {
 namespace {
@@ -21,8 +24,8 @@ class WindowsMachine : public OwnedMachine {
         archives_(tarvik_->Functions()) {}
 
   Machine Ports() override {
-    return {files_,   registry_, folders_,     guids_, profiles_,
-            product_, archives_, interpreter_, clock_};
+    return {files_,    registry_,    folders_, guids_,          profiles_, product_,
+            archives_, interpreter_, clock_,   registryEditor_, user_,     codePage_};
   }
 
  private:
@@ -36,6 +39,9 @@ class WindowsMachine : public OwnedMachine {
   TarvikArchiveLibrary archives_;
   WindowsCommandInterpreter interpreter_;
   WindowsClock clock_;
+  WindowsRegistryEditor registryEditor_;
+  WindowsUserIdentity user_;
+  WindowsCodePage codePage_;
 };
 
 }  // namespace

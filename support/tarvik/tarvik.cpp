@@ -96,6 +96,10 @@ int IsZipHandleU(EyeZipHandle zip) {
   return Guarded(0, [=](Library& library) { return int{library.zips.IsReader(zip)}; });
 }
 
+uint32_t StoreZipItems(EyeZipHandle zip) {
+  return Number([=](ZipHandles& zips) { return zips.StoreUncompressed(zip); });
+}
+
 uint32_t ZipAdd(EyeZipHandle zip, const wchar_t* entryName, const wchar_t* sourcePath) {
   return Number([=](ZipHandles& zips) { return zips.Add(zip, entryName, sourcePath); });
 }

@@ -27,6 +27,13 @@ bool ZipHandles::IsReader(EyeZipHandle zip) const {
   return found != archives_.end() && found->second.reader != nullptr;
 }
 
+ArchiveResult ZipHandles::StoreUncompressed(EyeZipHandle zip) {
+  OpenArchive* archive = Find(zip);
+  if (!archive || !archive->writer) return ArchiveResult::kNoSuchItem;
+  archive->writer->StoreUncompressed();
+  return ArchiveResult::kDone;
+}
+
 ArchiveResult ZipHandles::Add(EyeZipHandle zip, const wchar_t* entryName,
                               const wchar_t* sourcePath) {
   OpenArchive* archive = Find(zip);

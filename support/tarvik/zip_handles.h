@@ -20,6 +20,7 @@ class ZipHandles {
   EyeZipHandle OpenZip(const wchar_t* path, const char* password);
   bool IsReader(EyeZipHandle zip) const;
 
+  ArchiveResult StoreUncompressed(EyeZipHandle zip);
   ArchiveResult Add(EyeZipHandle zip, const wchar_t* entryName, const wchar_t* sourcePath);
   ArchiveResult Item(EyeZipHandle zip, std::uint32_t index, EyeZipEntry* entry);
   ArchiveResult Extract(EyeZipHandle zip, std::uint32_t index, const wchar_t* targetPath);

@@ -40,14 +40,24 @@ class ZipWriter::Contents {
     const auto facts = status == FileStatus::kDone ? file.Facts() : std::nullopt;
     if (!facts) return ArchiveResult::kSourceUnreadable;
     entry.modifiedSeconds = facts->modifiedSeconds;
-    const ArchiveResult result = spool_->Store(file, entry);
-    if (result != ArchiveResult::kDone) return result;
+    if (compresses_) {
+      const ArchiveResult result = spool_->Store(file, entry);
+      if (result != ArchiveResult::kDone) return result;
+    } else {
+      entry.source = AbsolutePath(source);
+      entry.sizeBytes = facts->sizeBytes;
+    }
     names_.insert(std::move(name));
     entries_.push_back(std::move(entry));
-    return result;
+    return ArchiveResult::kDone;
   }
 
-  ArchiveResult Close() { return WriteArchiveFile(archive_, spool_->File(), entries_); }
+  void StoreUncompressed() { compresses_ = false; }
+
+  ArchiveResult Close() {
+    return WriteArchiveFile(archive_, spool_->File(), entries_,
+                            compresses_ ? Durability::kFlushed : Durability::kNotFlushed);
+  }
 
  private:
   struct NameLess {
@@ -57,6 +67,7 @@ class ZipWriter::Contents {
   };
 
   std::filesystem::path archive_;
+  bool compresses_ = true;
   std::unique_ptr<EntrySpool> spool_;
   std::vector<StoredEntry> entries_;
   std::set<std::wstring, NameLess> names_;
@@ -75,6 +86,8 @@ std::unique_ptr<ZipWriter> ZipWriter::Create(const std::filesystem::path& archiv
   auto contents = std::make_unique<Contents>(absolute, std::move(spool));
   return std::unique_ptr<ZipWriter>(new ZipWriter(std::move(contents)));
 }
+
+void ZipWriter::StoreUncompressed() { contents_->StoreUncompressed(); }
 
 ArchiveResult ZipWriter::Add(const std::wstring& entryName, const std::filesystem::path& source) {
   try {

@@ -13,7 +13,8 @@ class Progress : public testing::Test {
   ArchiveResult WriteArchive() {
     ProgressArchives archives(machine_->Ports().archives, console_);
     machine_->PutFile(machine_->ScratchFolder() + L"a.txt", "a");
-    const auto writer = archives.Create(machine_->ScratchFolder() + L"x.ucex");
+    const auto writer =
+        archives.Create(machine_->ScratchFolder() + L"x.ucex", ArchivePurpose::kKeep);
     if (!writer) return ArchiveResult::kTargetNotWritable;
     EXPECT_EQ(writer->Add(L"a.txt", machine_->ScratchFolder() + L"a.txt"), ArchiveResult::kDone);
     return writer->Close();

@@ -25,8 +25,7 @@ class VersionFolders : public testing::Test {
 
   Machine Ports() {
     const Machine ports = machine_->Ports();
-    return {ports.files,   ports.registry, folders_,          ports.guids, ports.profiles,
-            ports.product, ports.archives, ports.interpreter, ports.clock};
+    return WithFolders(ports, folders_);
   }
 
   std::wstring Drafting(const std::wstring& name) const {

@@ -67,10 +67,7 @@ class WizardAndCommandLine : public testing::Test {
 
   // A person's way through the wizard; no labels mean that everything stays ticked.
   void ExportWithWizard(const std::wstring& year, const Labels& labels) {
-    const Machine ports = machine_->Ports();
-    const Machine machine{ports.files,    ports.registry,    ports.folders,
-                          ports.guids,    ports.profiles,    ports.product,
-                          ports.archives, ports.interpreter, clock_};
+    const Machine machine = WithClock(machine_->Ports(), clock_);
     ProductContext context;
     WizardState state;
     RegistryTool tool(machine.interpreter, machine.clock, RegistryToolPace::kFixedPause);

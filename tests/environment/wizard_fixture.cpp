@@ -26,8 +26,7 @@ void WizardFixture::OpenIn(MigrationMode mode) {
 
 Machine WizardFixture::PortsWith(KnownFolders& folders) {
   const Machine ports = machine_->Ports();
-  return {ports.files,   ports.registry, folders,           ports.guids, ports.profiles,
-          ports.product, ports.archives, ports.interpreter, ports.clock};
+  return WithFolders(ports, folders);
 }
 
 WizardFlow WizardFixture::FlowOn(const Machine& machine) {

@@ -10,12 +10,6 @@ namespace {
 
 using Years = std::vector<std::wstring>;
 
-Machine WithFolders(const Machine& machine, KnownFolders& folders) {
-  return {machine.files,    machine.registry,    folders,
-          machine.guids,    machine.profiles,    machine.product,
-          machine.archives, machine.interpreter, machine.clock};
-}
-
 TEST(WizardStateTest, ModeIsTheSameInStateAndContext) {
   WizardState state;
   ProductContext context;

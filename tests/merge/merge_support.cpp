@@ -24,6 +24,7 @@ class FaultyDocument : public XmlDocument {
       : dom_(dom), document_(std::move(document)) {}
 
   bool Load(const std::wstring& path) override { return document_->Load(path); }
+  std::wstring LoadProblem() const override { return document_->LoadProblem(); }
   XmlNode Root() override {
     return RunsOut(dom_.rootsUntilMissing) ? XmlNode() : document_->Root();
   }

@@ -77,9 +77,7 @@ TEST_F(ExportRunTest, WholeUserWith26SubkeysGives27RegistryFiles) {
 TEST_F(ExportRunTest, WizardPaceExportsEveryKeyInOrderWithItsPause) {
   checklist_.SetAllChecked(true);
   RecordingInterpreter interpreter;
-  const Machine p = Ports();
-  const Machine machine{p.files,   p.registry, p.folders,   p.guids, p.profiles,
-                        p.product, p.archives, interpreter, p.clock};
+  const Machine machine = WithInterpreter(Ports(), interpreter);
   RegistryTool tool(interpreter, machine.clock, RegistryToolPace::kFixedPause);
   ASSERT_TRUE(RunExport({context_, machine, tool, view_, checklist_}));
   ASSERT_EQ(interpreter.started.size(), 27u);

@@ -14,12 +14,6 @@ constexpr char kOldPackage[] = "the user's older package, which must never be lo
 // Exports on machines where something goes wrong.
 class ExportTrouble : public ExportFixture {
  protected:
-  Machine WithArchives(ArchiveLibrary& archives) {
-    const Machine p = Ports();
-    return {p.files,   p.registry, p.folders,     p.guids, p.profiles,
-            p.product, archives,   p.interpreter, p.clock};
-  }
-
   Names SkippedPaths(const ExportReport& report) const {
     Names paths;
     for (const SkippedItem& item : report.package.skipped) paths.push_back(item.path);
@@ -96,11 +90,9 @@ class VanishingFiles : public ForwardingFiles {
 
 TEST_F(ExportTrouble, FileThatVanishesAfterListingIsPassedOver) {
   const std::wstring vanished = Local(L"en-us\\materials\\steel.mat");
-  const Machine p = Ports();
-  VanishingFiles files(p.files, vanished);
+  VanishingFiles files(Ports().files, vanished);
   CheckOnly({CustomMaterials});
-  const auto report = ExportOn({files, p.registry, p.folders, p.guids, p.profiles, p.product,
-                                p.archives, p.interpreter, p.clock});
+  const auto report = ExportOn(WithFiles(Ports(), files));
   ASSERT_TRUE(report);
   EXPECT_EQ(report->package.outcome, ArchiveResult::kDone);
   EXPECT_EQ(SkippedPaths(*report), Names{vanished});
@@ -143,7 +135,7 @@ TEST_F(ExportTrouble, FullDiskAtAnyFileLeavesTheOldPackageWhole) {
   std::size_t survived = 0;
   for (std::size_t n = 0; n < kMoreThanThereAre; ++n) {
     FailingArchives archives(Ports().archives, ArchiveResult::kDiskFull, n);
-    const auto report = ExportOn(WithArchives(archives));
+    const auto report = ExportOn(WithArchives(Ports(), archives));
     ASSERT_TRUE(report);
     if (report->package.outcome == ArchiveResult::kDone) break;
     EXPECT_EQ(report->package.outcome, ArchiveResult::kDiskFull);
@@ -159,7 +151,7 @@ TEST_F(ExportTrouble, FullDiskWhileClosingLeavesTheOldPackageWhole) {
   machine_->PutFile(PackagePath(), kOldPackage);
   FailingArchives archives(Ports().archives, ArchiveResult::kDone, 1000);
   archives.closeResult = ArchiveResult::kDiskFull;
-  const auto report = ExportOn(WithArchives(archives));
+  const auto report = ExportOn(WithArchives(Ports(), archives));
   ASSERT_TRUE(report);
   EXPECT_EQ(report->package.outcome, ArchiveResult::kDiskFull);
   EXPECT_EQ(machine_->FileBytes(PackagePath()), kOldPackage);
@@ -167,13 +159,13 @@ TEST_F(ExportTrouble, FullDiskWhileClosingLeavesTheOldPackageWhole) {
 
 TEST_F(ExportTrouble, FailedExportOfANewPackageLeavesNoEmptyFile) {
   FailingArchives archives(Ports().archives, ArchiveResult::kDiskFull, 3);
-  ASSERT_TRUE(ExportOn(WithArchives(archives)));
+  ASSERT_TRUE(ExportOn(WithArchives(Ports(), archives)));
   EXPECT_FALSE(Ports().files.Exists(PackagePath()));
 }
 
 TEST_F(ExportTrouble, UnreadableFilesDoNotStopTheOthers) {
   FailingArchives archives(Ports().archives, ArchiveResult::kSourceUnreadable, 3);
-  const auto report = ExportOn(WithArchives(archives));
+  const auto report = ExportOn(WithArchives(Ports(), archives));
   ASSERT_TRUE(report);
   EXPECT_EQ(report->package.outcome, ArchiveResult::kDone);
   EXPECT_EQ(EntryNames().size(), 3u);
@@ -183,10 +175,8 @@ TEST_F(ExportTrouble, UnreadableFilesDoNotStopTheOthers) {
 TEST_F(ExportTrouble, InterpreterThatCannotStartGivesAPackageWithoutRegistryFiles) {
   RecordingInterpreter interpreter;
   interpreter.canStart = false;
-  const Machine p = Ports();
   CheckOnly({Options, Register, ShortcutKey});
-  const auto report = ExportOn({p.files, p.registry, p.folders, p.guids, p.profiles, p.product,
-                                p.archives, interpreter, p.clock});
+  const auto report = ExportOn(WithInterpreter(Ports(), interpreter));
   ASSERT_TRUE(report);
   EXPECT_EQ(EntryNames().size(), 2u);
   EXPECT_TRUE(report->emptyCategories.empty()) << "the keys are named, so there is something";

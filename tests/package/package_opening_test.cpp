@@ -16,7 +16,7 @@ class ExtractArchiveTest : public testing::Test {
   // equal length and patched afterwards, in the local and the central header.
   void MakeArchive(const std::vector<std::string>& names) {
     const Machine ports = machine_->Ports();
-    auto writer = ports.archives.Create(Archive());
+    auto writer = ports.archives.Create(Archive(), ArchivePurpose::kKeep);
     ASSERT_TRUE(writer);
     for (std::size_t i = 0; i < names.size(); ++i) {
       const std::wstring source = machine_->ScratchFolder() + L"source";

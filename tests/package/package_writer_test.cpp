@@ -83,7 +83,7 @@ class WritePackageTest : public testing::Test {
   }
 
   PackageReport Write(const Names& sources) {
-    return WritePackage(context_, machine_->Ports(), sources, Archive());
+    return WritePackage(context_, machine_->Ports(), sources, Archive(), ArchivePurpose::kKeep);
   }
 
   std::wstring Archive() const { return machine_->ScratchFolder() + L"x.ucex"; }
@@ -187,17 +187,18 @@ TEST_F(WritePackageTest, LinkToAFolderIsFollowedOnceAndALinkBelowItIsReported) {
   machine_->PutFile(folder + L"\\link\\link\\b.xml", "x");
   const Machine p = machine_->Ports();
   LinkingFiles files(p.files);
-  const Machine linking{files,     p.registry, p.folders,     p.guids, p.profiles,
-                        p.product, p.archives, p.interpreter, p.clock};
-  const auto report = WritePackage(context_, linking, Names{folder}, Archive());
+  const Machine linking = WithFiles(p, files);
+  const auto report =
+      WritePackage(context_, linking, Names{folder}, Archive(), ArchivePurpose::kKeep);
   EXPECT_EQ(EntryNames(), Names{FromFirstLocal(folder + L"\\link\\a.xml")});
   ASSERT_EQ(report.skipped.size(), 1u);
   EXPECT_EQ(report.skipped[0].path, folder + L"\\link\\link");
 }
 
 TEST_F(WritePackageTest, ArchiveThatCannotBeCreatedIsReportedAndNothingMore) {
-  const auto report = WritePackage(context_, machine_->Ports(), Names{L"C:\\x"},
-                                   machine_->ScratchFolder() + L"missing\\x.ucex");
+  const auto report =
+      WritePackage(context_, machine_->Ports(), Names{L"C:\\x"},
+                   machine_->ScratchFolder() + L"missing\\x.ucex", ArchivePurpose::kKeep);
   EXPECT_EQ(report.outcome, ArchiveResult::kTargetNotWritable);
   EXPECT_TRUE(report.storedPerSource.empty());
 }

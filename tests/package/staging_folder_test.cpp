@@ -14,8 +14,7 @@ class StagingFolderTest : public testing::Test {
 
   Machine Ports() {
     const Machine ports = machine_->Ports();
-    return {ports.files,   ports.registry, folders_,          guids_,     ports.profiles,
-            ports.product, ports.archives, ports.interpreter, ports.clock};
+    return WithGuids(WithFolders(ports, folders_), guids_);
   }
 
   std::wstring Expected() const {

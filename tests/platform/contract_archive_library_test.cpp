@@ -48,7 +48,7 @@ TEST_F(ArchiveLibraryContract, GivesBackWhatWasStored) {
       {L"Local\\\x4E2D\x6587\\" + FromUtf8("\xF0\x9F\x98\x80") + L" \x00E4.xml", Pattern(3)},
       {L"Local\\empty", ""},
   };
-  auto writer = Archives().Create(archive_);
+  auto writer = Archives().Create(archive_, ArchivePurpose::kKeep);
   ASSERT_NE(writer, nullptr);
   for (const auto& file : kFiles) {
     machine_->PutFile(At(L"in\\" + file.entryName), file.content);
@@ -79,7 +79,7 @@ TEST_F(ArchiveLibraryContract, KeepsTheModificationTimeBothWays) {
   const auto reader = Stored({item});
   ASSERT_NE(reader, nullptr);
   ASSERT_EQ(reader->Extract(0, At(L"old.txt")), ArchiveResult::kDone);
-  const auto writer = Archives().Create(At(L"again.ucex"));
+  const auto writer = Archives().Create(At(L"again.ucex"), ArchivePurpose::kKeep);
   ASSERT_NE(writer, nullptr);
   ASSERT_EQ(writer->Add(L"old.txt", At(L"old.txt")), ArchiveResult::kDone);
   ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
@@ -94,7 +94,7 @@ TEST_F(ArchiveLibraryContract, SkipsWhatCannotBeReadAndGoesOn) {
   machine_->PutFile(At(L"secret.txt"), "secret");
   machine_->MakeUnreadable(At(L"secret.txt"));
   machine_->MakeFolder(At(L"folder"));
-  const auto writer = Archives().Create(archive_);
+  const auto writer = Archives().Create(archive_, ArchivePurpose::kKeep);
   ASSERT_NE(writer, nullptr);
   EXPECT_EQ(writer->Add(L"a", At(L"missing.txt")), ArchiveResult::kSourceMissing);
   EXPECT_EQ(writer->Add(L"b", At(L"missing\\x.txt")), ArchiveResult::kSourceMissing);
@@ -110,7 +110,7 @@ TEST_F(ArchiveLibraryContract, SkipsWhatCannotBeReadAndGoesOn) {
 
 TEST_F(ArchiveLibraryContract, StoresNothingUnderANameThatIsUnfit) {
   machine_->PutFile(At(L"good.txt"), "good");
-  const auto writer = Archives().Create(archive_);
+  const auto writer = Archives().Create(archive_, ArchivePurpose::kKeep);
   ASSERT_NE(writer, nullptr);
   EXPECT_EQ(writer->Add(L"Once.txt", At(L"good.txt")), ArchiveResult::kDone);
   for (const wchar_t* name : {L"", L"Once.txt", L"ONCE.TXT", L"..\\x", L"C:\\x", L"\\x"}) {
@@ -123,7 +123,7 @@ TEST_F(ArchiveLibraryContract, StoresNothingUnderANameThatIsUnfit) {
 TEST_F(ArchiveLibraryContract, LeavesTheOldArchiveWholeWithoutClose) {
   machine_->PutFile(At(L"in\\good.txt"), Pattern(100'000));
   machine_->PutFile(At(L"out\\archive.ucex"), "old");
-  auto writer = Archives().Create(At(L"out\\archive.ucex"));
+  auto writer = Archives().Create(At(L"out\\archive.ucex"), ArchivePurpose::kKeep);
   ASSERT_NE(writer, nullptr);
   ASSERT_EQ(writer->Add(L"a", At(L"in\\good.txt")), ArchiveResult::kDone);
   EXPECT_EQ(machine_->FileBytes(At(L"out\\archive.ucex")), "old");
@@ -135,7 +135,7 @@ TEST_F(ArchiveLibraryContract, LeavesTheOldArchiveWholeWithoutClose) {
 TEST_F(ArchiveLibraryContract, PutsTheNewArchiveInPlaceOfTheOld) {
   machine_->PutFile(At(L"good.txt"), "good");
   machine_->PutFile(At(L"out\\archive.ucex"), std::string(10'000, 'x'));
-  const auto writer = Archives().Create(At(L"OUT\\Archive.ucex"));
+  const auto writer = Archives().Create(At(L"OUT\\Archive.ucex"), ArchivePurpose::kKeep);
   ASSERT_NE(writer, nullptr);
   ASSERT_EQ(writer->Add(L"a", At(L"good.txt")), ArchiveResult::kDone);
   ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
@@ -149,17 +149,17 @@ TEST_F(ArchiveLibraryContract, CreatesNothingWhereNothingCanBe) {
   machine_->MakeFolder(At(L"folder"));
   machine_->MakeFolder(At(L"closed"));
   machine_->MakeFolderUnwritable(At(L"closed"));
-  EXPECT_EQ(Archives().Create(At(L"none\\archive.ucex")), nullptr);
-  EXPECT_EQ(Archives().Create(At(L"folder")), nullptr);
-  EXPECT_EQ(Archives().Create(At(L"closed\\archive.ucex")), nullptr);
-  EXPECT_EQ(Archives().Create(L""), nullptr);
+  EXPECT_EQ(Archives().Create(At(L"none\\archive.ucex"), ArchivePurpose::kKeep), nullptr);
+  EXPECT_EQ(Archives().Create(At(L"folder"), ArchivePurpose::kKeep), nullptr);
+  EXPECT_EQ(Archives().Create(At(L"closed\\archive.ucex"), ArchivePurpose::kKeep), nullptr);
+  EXPECT_EQ(Archives().Create(L"", ArchivePurpose::kKeep), nullptr);
   EXPECT_FALSE(machine_->Ports().files.Exists(At(L"none")));
 }
 
 TEST_F(ArchiveLibraryContract, LeavesAReadOnlyArchiveAlone) {
   machine_->PutFile(archive_, "old");
   machine_->MakeReadOnly(archive_);
-  EXPECT_EQ(Archives().Create(archive_), nullptr);
+  EXPECT_EQ(Archives().Create(archive_, ArchivePurpose::kKeep), nullptr);
   EXPECT_EQ(machine_->FileBytes(archive_), "old");
 }
 
@@ -240,7 +240,7 @@ TEST_F(ArchiveLibraryContract, TakesPathsLongerThanTheFixedBuffers) {
   std::wstring folder = At(L"long");
   while (folder.size() < 300) folder += L"\\" + std::wstring(60, L'x');
   machine_->PutFile(folder + L"\\in.txt", "content");
-  const auto writer = Archives().Create(folder + L"\\archive.ucex");
+  const auto writer = Archives().Create(folder + L"\\archive.ucex", ArchivePurpose::kKeep);
   ASSERT_NE(writer, nullptr);
   EXPECT_EQ(writer->Add(L"in.txt", folder + L"\\in.txt"), ArchiveResult::kDone);
   ASSERT_EQ(writer->Close(), ArchiveResult::kDone);

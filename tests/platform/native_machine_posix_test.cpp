@@ -48,7 +48,7 @@ TEST(HostFiles, StoreAFileWhoseNameIsNotUtf8) {
   PutHostFile(folder.Path() / "\xFF.txt", "x");
   const auto files = OpenHostFiles();
   const std::wstring name = files->Files().ListFolder(folder.Text()).at(0).name;
-  const auto writer = files->Archives().Create(folder.Text() + L"a.zip");
+  const auto writer = files->Archives().Create(folder.Text() + L"a.zip", ArchivePurpose::kKeep);
   ASSERT_NE(writer, nullptr);
   EXPECT_EQ(writer->Add(name, folder.Text() + name), ArchiveResult::kDone);
   ASSERT_EQ(writer->Close(), ArchiveResult::kDone);

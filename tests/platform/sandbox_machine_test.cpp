@@ -110,7 +110,7 @@ TEST_F(SandboxMachineTest, LendsItsFilesWithoutAProduct) {
   EXPECT_TRUE(opened.files->Files().Exists(L"c:\\A.TXT"));
   EXPECT_EQ(opened.files->Archives().Open(L"C:\\a.txt"), nullptr);
   EXPECT_EQ(opened.files->Examine(L"C:\\a.txt"), nullptr);
-  EXPECT_EQ(opened.files->Archives().Create(L"C:\\a?b.zip"), nullptr);
+  EXPECT_EQ(opened.files->Archives().Create(L"C:\\a?b.zip", ArchivePurpose::kKeep), nullptr);
   EXPECT_EQ(OpenSandboxFiles(folder_.Text() + L"none").reason,
             L"there is no sandbox folder " + folder_.Text() + L"none");
 }

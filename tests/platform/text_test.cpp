@@ -81,6 +81,14 @@ TEST(Text, ComparesLettersOfTheAlphabetWithoutCase) {
   EXPECT_FALSE(EqualsIgnoringAsciiCase(L"\x00C4", L"\x00E4"));
 }
 
+TEST(Text, ComparesEndingsWithoutRegardToCase) {
+  EXPECT_TRUE(EndsWithIgnoringAsciiCase(L"menu.UIK", L".uik"));
+  EXPECT_TRUE(EndsWithIgnoringAsciiCase(L".uik", L".UIK"));
+  EXPECT_TRUE(EndsWithIgnoringAsciiCase(L"menu", L""));
+  EXPECT_FALSE(EndsWithIgnoringAsciiCase(L"uik", L".uik"));
+  EXPECT_FALSE(EndsWithIgnoringAsciiCase(L"menu.uik.bak", L".uik"));
+}
+
 TEST(Text, TakesNamesThatDifferInCaseForTheSame) {
   const std::array<std::array<const wchar_t*, 2>, 9> kRows = {{
       {L"", L""},

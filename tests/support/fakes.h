@@ -89,6 +89,9 @@ class ForwardingFiles : public FileSystem {
   SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override {
     return files_.ReadBytes(path, bytes);
   }
+  SystemCode ReadInParts(const std::wstring& path, const TakePart& take) const override {
+    return files_.ReadInParts(path, take);
+  }
   SystemCode CreateFolder(const std::wstring& path) override { return files_.CreateFolder(path); }
   SystemCode CreateEmptyFile(const std::wstring& path) override {
     return files_.CreateEmptyFile(path);
@@ -118,8 +121,9 @@ class FailingArchives : public ArchiveLibrary {
   ArchiveResult closeResult = ArchiveResult::kDone;  // anything else: Close fails without closing
   bool closed = false;
 
-  std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath) override {
-    auto writer = library_.Create(archivePath);
+  std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath,
+                                        ArchivePurpose purpose) override {
+    auto writer = library_.Create(archivePath, purpose);
     return writer ? std::make_unique<Writer>(*this, std::move(writer)) : nullptr;
   }
   std::unique_ptr<ArchiveReader> Open(const std::wstring& archivePath) override {

@@ -125,6 +125,16 @@ SystemCode MemoryFiles::ReadBytes(const std::wstring& path, std::string& bytes) 
   return kSystemOk;
 }
 
+SystemCode MemoryFiles::ReadInParts(const std::wstring& path, const TakePart& take) const {
+  std::string bytes;
+  if (const SystemCode code = ReadBytes(path, bytes); code != kSystemOk) return code;
+  for (std::string_view rest = bytes; !rest.empty();) {
+    take(rest.substr(0, partBytes), bytes.size());
+    rest.remove_prefix(std::min(partBytes, rest.size()));
+  }
+  return kSystemOk;
+}
+
 SystemCode MemoryFiles::Store(const std::wstring& path, std::string bytes) {
   const Entry* const there = Find(path);
   if (there != nullptr && (there->isFolder || there->readOnly)) return kAccessDenied;
@@ -174,11 +184,27 @@ SystemCode MemoryFiles::CopyOver(const std::wstring& source, const std::wstring&
   return code == kSystemOk ? Done("copy", target) : code;
 }
 
+SystemCode MemoryFiles::MoveFolder(const std::wstring& source, const std::wstring& target) {
+  if (!IsFolder(ParentOf(Folded(target)))) return kPathNotFound;
+  std::vector<std::pair<std::wstring, Entry>> inside;
+  const std::wstring front = Folded(source) + L'\\';
+  for (auto at = entries_.lower_bound(front);
+       at != entries_.end() && at->first.starts_with(front);) {
+    inside.emplace_back(Folded(target) + L'\\' + at->first.substr(front.size()), at->second);
+    at = entries_.erase(at);
+  }
+  entries_.erase(Folded(source));
+  Add(target).isFolder = true;
+  entries_.insert(inside.begin(), inside.end());
+  return Done("move", target);
+}
+
 SystemCode MemoryFiles::MoveTo(const std::wstring& source, const std::wstring& target) {
   if (const SystemCode code = Fault("move", source); code != kSystemOk) return code;
   const Entry* const entry = Find(source);
   if (entry == nullptr) return kFileNotFound;
   if (Exists(target)) return kAlreadyExists;
+  if (entry->isFolder) return MoveFolder(source, target);
   const SystemCode code = Store(target, entry->bytes);
   if (code != kSystemOk) return code;
   entries_.erase(Folded(source));

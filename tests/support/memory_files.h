@@ -17,6 +17,8 @@ class MemoryFiles : public FileSystem {
   // (source) path; anything but kSystemOk is the answer, and nothing is done.
   std::function<SystemCode(const std::string& operation, const std::wstring& path)> fault;
 
+  std::size_t partBytes = 4096;  // of what ReadInParts gives at a time
+
   std::vector<std::wstring> changes;  // "operation path" for each change that was made
 
   void Put(const std::wstring& path, const std::string& bytes);  // and its folders
@@ -32,6 +34,7 @@ class MemoryFiles : public FileSystem {
   SystemCode ReadFolder(const std::wstring& folder,
                         std::vector<FolderEntry>& entries) const override;
   SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override;
+  SystemCode ReadInParts(const std::wstring& path, const TakePart& take) const override;
   SystemCode CreateFolder(const std::wstring& path) override;
   SystemCode CreateEmptyFile(const std::wstring& path) override;
   SystemCode RemoveFile(const std::wstring& path) override;
@@ -52,6 +55,7 @@ class MemoryFiles : public FileSystem {
   SystemCode Fault(const std::string& operation, const std::wstring& path) const;
   const Entry* Find(const std::wstring& path) const;
   SystemCode Store(const std::wstring& path, std::string bytes);
+  SystemCode MoveFolder(const std::wstring& source, const std::wstring& target);
   SystemCode Done(const std::string& operation, const std::wstring& path);
   Entry& Add(const std::wstring& path);
 

@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 constexpr char kProductIni[] = "[Product]\r\nUserName=Test User\r\n";
 
 // Keys that cannot be opened, in front of a registry whose files know no permissions.
-class KeyGuard : public RegistryReader, public CommandInterpreter {
+class KeyGuard : public RegistryReader, public RegistryEditor, public CommandInterpreter {
  public:
   explicit KeyGuard(Machine behind) : behind_(behind) {}
 
@@ -28,6 +28,31 @@ class KeyGuard : public RegistryReader, public CommandInterpreter {
                                                        const std::wstring& keyPath) const override {
     if (IsDenied(hive, keyPath)) return std::nullopt;
     return behind_.registry.SubkeyNames(hive, keyPath);
+  }
+
+  SystemCode TryOpen(RegistryHive hive, const std::wstring& keyPath) const override {
+    return IsDenied(hive, keyPath) ? kAccessDenied : behind_.registryEditor.TryOpen(hive, keyPath);
+  }
+
+  std::optional<std::uint32_t> ValueType(RegistryHive hive, const std::wstring& keyPath,
+                                         const std::wstring& name) const override {
+    if (IsDenied(hive, keyPath)) return std::nullopt;
+    return behind_.registryEditor.ValueType(hive, keyPath, name);
+  }
+
+  SystemCode SetValues(RegistryHive hive, const std::wstring& keyPath,
+                       const std::vector<RegistryValue>& values) override {
+    return behind_.registryEditor.SetValues(hive, keyPath, values);
+  }
+
+  SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) override {
+    return behind_.registryEditor.DeleteTree(hive, keyPath);
+  }
+
+  SystemCode CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
+                      RegistryHive targetHive, const std::wstring& targetPath) override {
+    if (IsDenied(sourceHive, sourcePath)) return kAccessDenied;
+    return behind_.registryEditor.CopyTree(sourceHive, sourcePath, targetHive, targetPath);
   }
 
   // The registry tool cannot export a key that cannot be opened.
@@ -66,8 +91,8 @@ class SandboxTestMachine : public TestMachine {
 
   Machine Ports() override {
     const Machine real = machine_->Ports();
-    return {real.files, guard_,        real.folders, real.guids, real.profiles,
-            product,    real.archives, guard_,       clock};
+    return {real.files,    guard_, real.folders, real.guids, real.profiles, product,
+            real.archives, guard_, clock,        guard_,     real.user,     real.codePage};
   }
 
   std::wstring ScratchFolder() const override { return L"C:\\Test files\\"; }

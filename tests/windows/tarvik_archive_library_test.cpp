@@ -63,7 +63,7 @@ class TarvikArchiveLibraryTest : public testing::Test {
 };
 
 TEST_F(TarvikArchiveLibraryTest, ClosesAWrittenArchiveAsSuch) {
-  const auto writer = library_.Create(Path());
+  const auto writer = library_.Create(Path(), ArchivePurpose::kKeep);
   ASSERT_NE(writer, nullptr);
   EXPECT_EQ(writer->Close(), ArchiveResult::kDone);
   EXPECT_EQ(archive_.calls, Calls{"CloseZipZ"});
@@ -71,7 +71,7 @@ TEST_F(TarvikArchiveLibraryTest, ClosesAWrittenArchiveAsSuch) {
 
 TEST_F(TarvikArchiveLibraryTest, ClosesAHandleThatIsAnUnzipHandleAsSuch) {
   archive_.isUnzip = true;
-  const auto writer = library_.Create(Path());
+  const auto writer = library_.Create(Path(), ArchivePurpose::kKeep);
   ASSERT_NE(writer, nullptr);
   EXPECT_EQ(writer->Close(), ArchiveResult::kDone);
   EXPECT_EQ(archive_.calls, Calls{"CloseZipU"});
@@ -79,19 +79,19 @@ TEST_F(TarvikArchiveLibraryTest, ClosesAHandleThatIsAnUnzipHandleAsSuch) {
 
 TEST_F(TarvikArchiveLibraryTest, ClosesOnce) {
   {
-    const auto writer = library_.Create(Path());
+    const auto writer = library_.Create(Path(), ArchivePurpose::kKeep);
     EXPECT_EQ(writer->Close(), ArchiveResult::kDone);
   }
   EXPECT_EQ(archive_.calls.size(), 1u);
 }
 
 TEST_F(TarvikArchiveLibraryTest, GivesUpAnArchiveThatWasNotClosed) {
-  { const auto writer = library_.Create(Path()); }
+  { const auto writer = library_.Create(Path(), ArchivePurpose::kKeep); }
   EXPECT_EQ(archive_.calls, Calls{"CloseZipU"});
 }
 
 TEST_F(TarvikArchiveLibraryTest, PassesTheResultsOfWriting) {
-  const auto writer = library_.Create(Path());
+  const auto writer = library_.Create(Path(), ArchivePurpose::kKeep);
   archive_.result = 3;
   EXPECT_EQ(writer->Add(L"Local\\a", L"C:\\a"), ArchiveResult::kSourceUnreadable);
   archive_.result = 9;
@@ -100,7 +100,7 @@ TEST_F(TarvikArchiveLibraryTest, PassesTheResultsOfWriting) {
 }
 
 TEST_F(TarvikArchiveLibraryTest, HasNoWriterAndNoReaderWithoutAHandle) {
-  EXPECT_EQ(library_.Create(L"0"), nullptr);
+  EXPECT_EQ(library_.Create(L"0", ArchivePurpose::kKeep), nullptr);
   EXPECT_EQ(library_.Open(L"0"), nullptr);
 }
 

@@ -7,12 +7,15 @@
 #include "platform/windows/obstacles.h"
 #include "platform/windows/tarvik_archive_library.h"
 #include "platform/windows/tarvik_library.h"
+#include "platform/windows/windows_code_page.h"
 #include "platform/windows/windows_command_interpreter.h"
 #include "platform/windows/windows_file_system.h"
 #include "platform/windows/windows_guid_source.h"
 #include "platform/windows/windows_known_folders.h"
 #include "platform/windows/windows_profile_file.h"
 #include "platform/windows/windows_registry.h"
+#include "platform/windows/windows_registry_editor.h"
+#include "platform/windows/windows_user_identity.h"
 #include "tests/support/test_machine.h"
 #include "tests/windows/test_traces.h"
 
@@ -72,6 +75,9 @@ class WindowsTestMachine : public TestMachine {
   WindowsProfileFile profiles_;
   TarvikArchiveLibrary archives_;
   WindowsCommandInterpreter interpreter_;
+  WindowsRegistryEditor registryEditor_;
+  WindowsUserIdentity user_;
+  WindowsCodePage codePage_;
 
   std::vector<std::unique_ptr<Obstacle>> obstacles_;
   std::vector<std::wstring> madePaths_;

@@ -1,0 +1,50 @@
+#include "cli/category_choice.h"
+
+#include "environment/category_tree_walk.h"
+
+namespace carrovan {
+namespace {
+
+std::wstring KnownLabels() {
+  std::wstring labels;
+  for (const CategoryRecord& record : CategoryTable()) {
+    labels += (labels.empty() ? L"\"" : L", \"") + std::wstring(Text(record.label)) + L"\"";
+  }
+  return labels;
+}
+
+}  // namespace
+
+std::optional<ExitStatus> RefuseUnknownLabels(const Session& session,
+                                              const CategoryChoice& choice) {
+  for (const std::wstring& label : choice.labels) {
+    if (FindCategoryByLabel(label) != nullptr) continue;
+    return session.Misused(L"There is no category \"" + label + L"\"; there are " + KnownLabels());
+  }
+  return std::nullopt;
+}
+
+bool CheckChosen(const Session& session, const CategoryChoice& choice, const std::wstring& place,
+                 CategoryChecklist& checklist) {
+  if (choice.all) return true;
+  checklist.SetAllChecked(false);
+  bool offered = true;
+  for (const std::wstring& label : choice.labels) {
+    if (checklist.SetChecked(FindCategoryByLabel(label)->category, true)) continue;
+    session.Complain(L"\"" + label + L"\" is not offered " + place);
+    offered = false;
+  }
+  return offered;
+}
+
+void PrintOutcomes(const Session& session, const CategoryTree& tree,
+                   const std::wstring& whenChecked, const std::wstring& whenNot) {
+  VisitLeaves(tree, tree.Root(), [&](CategoryTree::Item leaf) {
+    const CategoryRecord* record = FindCategory(tree.ItemData(leaf));
+    if (record == nullptr) return;
+    session.Print(std::wstring(Text(record->label)) + L": " +
+                  (tree.IsChecked(leaf) ? whenChecked : whenNot));
+  });
+}
+
+}  // namespace carrovan

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/session.h"
+#include "environment/category_checklist.h"
+
+namespace carrovan {
+
+// Which categories a verb shall work on: all that are offered, or those with these labels.
+struct CategoryChoice {
+  bool all = false;
+  std::vector<std::wstring> labels;
+};
+
+// Wrong usage, after saying so, when a label is no category's.
+std::optional<ExitStatus> RefuseUnknownLabels(const Session& session, const CategoryChoice& choice);
+
+// Checks the chosen categories and no others. False, after naming each, when some are not offered;
+// `place` says where not, for example "for version 2024".
+bool CheckChosen(const Session& session, const CategoryChoice& choice, const std::wstring& place,
+                 CategoryChecklist& checklist);
+
+// One line for each category of the tree with what was done with it.
+void PrintOutcomes(const Session& session, const CategoryTree& tree,
+                   const std::wstring& whenChecked, const std::wstring& whenNot);
+
+}  // namespace carrovan

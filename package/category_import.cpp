@@ -1,0 +1,127 @@
+#include "package/category_import.h"
+
+#include "environment/string_table.h"
+#include "merge/file_system_error.h"
+#include "merge/folder_merge.h"
+#include "merge/shortcut_merge.h"
+#include "package/drafting_import.h"
+#include "platform/text.h"
+
+namespace carrovan {
+namespace {
+
+const std::wstring kCustomization = L"\\Customization";
+
+// The package's folder of a language after a merge that broke off holds neither side whole.
+void DropUnmergedCustomization(const ImportRun& run, const std::wstring& folder) {
+  for (const wchar_t* suffix : {L"", L"_merged_temp", L"_backup"}) {
+    WipeOrReport(run.machine.files, folder + suffix, run.report);
+  }
+}
+
+bool MergeLanguage(const ImportRun& run, const std::wstring& oldFolder,
+                   const std::wstring& newFolder) {
+  try {
+    MergeAndSyncFolders(oldFolder, newFolder, {run.machine.files, run.dom, run.log});
+    return true;
+  } catch (const FileSystemError& error) {
+    run.report.problems.push_back(L"Not merged: " + error.Description());
+    return false;
+  }
+}
+
+// Where a merge breaks off, the target's folder of that language stays as it is.
+void MergeInterfaceLayout(const ImportRun& run) {
+  std::vector<std::wstring> replaced;
+  for (const std::wstring& language : run.context.installLanguages) {
+    const std::wstring below = L"\\" + language + kCustomization;
+    const std::wstring oldFolder = run.package.roamingFolder + below;
+    const std::wstring newFolder = run.context.roamingRoot + below;
+    if (MergeLanguage(run, oldFolder, newFolder)) {
+      replaced.push_back(newFolder);
+    } else {
+      DropUnmergedCustomization(run, oldFolder);
+    }
+  }
+  for (const std::wstring& folder : replaced) WipeOrReport(run.machine.files, folder, run.report);
+}
+
+bool IsCustomizationFolder(const FileReader& files, const std::wstring& folder) {
+  for (const FolderEntry& entry : files.ListFolder(folder)) {
+    if (!entry.isFolder && EndsWithIgnoringAsciiCase(entry.name, L".xml")) return true;
+  }
+  return false;
+}
+
+// The package is edited and then laid over the profile, so the target's shortcuts are the old side.
+void MergeShortcuts(const ImportRun& run) {
+  const FileSystem& files = run.machine.files;
+  std::wstring target = run.context.localRoot + kCustomization;
+  if (!IsCustomizationFolder(files, target)) target = run.context.defaultCustomizationFolder;
+  MergeShortcutFolders(target, run.package.localFolder + kCustomization,
+                       run.package.product + run.package.targetInternalVersion, run.machine.files,
+                       run.dom);
+}
+
+void TakeIn(const ImportRun& run, const CategoryRecord& record) {
+  const std::wstring subfolder(record.subfolder);
+  switch (record.category) {
+    case SettingCategory::InterfaceLayout:
+      return MergeInterfaceLayout(run);
+    case SettingCategory::ShortcutKey:
+      return MergeShortcuts(run);
+    default:
+      break;
+  }
+  switch (record.storage) {
+    case CategoryStorage::kRoamingLanguage:
+      return RemoveSubfolderInEach(run, run.context.roamingRoot, subfolder);
+    case CategoryStorage::kLocalLanguage:
+      return RemoveSubfolderInEach(run, run.context.localRoot, subfolder);
+    case CategoryStorage::kDraftFolder:
+      return ReplaceDraftingFolders(run);
+    default:
+      return;  // registry files are imported after the walk
+  }
+}
+
+void LeaveOut(const ImportRun& run, const CategoryRecord& record) {
+  const std::wstring subfolder(record.subfolder);
+  FileSystem& files = run.machine.files;
+  switch (record.storage) {
+    case CategoryStorage::kOptionKeys:
+      return WipeOrReport(files, run.context.stagingFolder + L"Options", run.report);
+    case CategoryStorage::kWholeKey:
+      return WipeOrReport(files, run.context.stagingFolder + L"Register", run.report);
+    case CategoryStorage::kRoamingLanguage:
+      return RemoveSubfolderInEach(run, run.package.roamingFolder, subfolder);
+    case CategoryStorage::kLocalLanguage:
+      return RemoveSubfolderInEach(run, run.package.localFolder, subfolder);
+    case CategoryStorage::kLocalSingle:
+      return WipeOrReport(files, run.package.localFolder + subfolder, run.report);
+    case CategoryStorage::kDraftFolder:
+      return DropDraftingFolders(run);
+  }
+}
+
+}  // namespace
+
+void ApplyCategory(const ImportRun& run, int itemData, bool ticked) {
+  const CategoryRecord* record = FindCategory(itemData);
+  if (record == nullptr) return;
+  if (ticked) {
+    TakeIn(run, *record);
+  } else {
+    LeaveOut(run, *record);
+  }
+}
+
+void RemoveSubfolderInEach(const ImportRun& run, const std::wstring& root,
+                           const std::wstring& subfolder) {
+  if (root.empty()) return;  // the system cannot tell the user's folders
+  for (const std::wstring& language : run.context.installLanguages) {
+    WipeOrReport(run.machine.files, root + L"\\" + language + subfolder, run.report);
+  }
+}
+
+}  // namespace carrovan

@@ -1,0 +1,106 @@
+#include "package/import_preparation.h"
+
+#include "environment/category_tree_model.h"
+#include "environment/string_table.h"
+#include "environment/version_check.h"
+#include "environment/version_folders.h"
+#include "environment/version_forms.h"
+#include "package/package_description.h"
+#include "package/package_opening.h"
+#include "platform/path_text.h"
+#include "rewrite/package_tree.h"
+
+namespace carrovan {
+namespace {
+
+// Profile names compare without regard to case; the section is written as "Base".
+constexpr wchar_t kBaseSectionAsRead[] = L"BASE";
+
+bool IsOtherRelease(const ImportRun& run) {
+  return run.package.releaseVersion != run.context.selectedVersion;
+}
+
+void MendPackage(const ImportRun& run) {
+  const PackageState& package = run.package;
+  run.view.ShowMessage(std::wstring(Text(StringId::kKeepPathFiles)));
+  const RewriteInputs inputs{.packageReleaseVersion = package.releaseVersion,
+                             .packageInternalVersion = package.internalVersion,
+                             .targetReleaseYear = run.context.selectedVersion,
+                             .targetInternalVersion = package.targetInternalVersion,
+                             .productName = package.product,
+                             .firstDraftingFolder = package.draftingFolder};
+  const auto failures = RewritePackageTree(WithoutTrailingBackslashes(run.context.stagingFolder),
+                                           inputs, RewritePortsOf(run));
+  for (const RewriteFailure& failure : failures) {
+    run.report.problems.push_back(L"Not mended: " + failure.path + L": " +
+                                  DescribeSystemCode(failure.code));
+  }
+}
+
+void FillTree(const ImportRun& run, EditableCategoryTree& tree) {
+  BuildCategoryTree(tree, [&run](const CategoryRecord& record) {
+    return IsOfferedOnImport(record, run.machine.profiles, run.context.packageDescriptionPath);
+  });
+}
+
+bool HasTargetFolders(const ImportRun& run) {
+  const FileReader& files = run.machine.files;
+  return files.IsFolder(run.context.localRoot) && files.IsFolder(run.context.roamingRoot);
+}
+
+}  // namespace
+
+std::wstring ReadConfigValue(const std::wstring& key, const std::wstring& section,
+                             const std::wstring& path, const ProfileReader& profiles) {
+  const std::wstring value = profiles.ReadValue(section, key, path);
+  return value.empty() ? L"Please check the file." : value;
+}
+
+void OpenPackage(const ImportRun& run) {
+  ProductContext& context = run.context;
+  PackageState& package = run.package;
+  run.report.unextracted += ExtractArchive(run.machine.archives, run.machine.files, run.view,
+                                           package.path, context.stagingFolder)
+                                .failed;
+  const auto value = [&](const wchar_t* key) {
+    return ReadConfigValue(key, kBaseSectionAsRead, context.packageDescriptionPath,
+                           run.machine.profiles);
+  };
+  package.internalVersion = value(kInternalVersionKey);
+  package.releaseVersion = value(kReleaseVersionKey);
+  package.company = value(kCompanyKey);
+  package.product = value(kProductKey);
+  const std::wstring below =
+      package.company + L"\\" + package.product + L"\\" + package.targetInternalVersion;
+  package.localFolder = context.stagingFolder + L"Local\\" + below;
+  package.roamingFolder = context.stagingFolder + L"Roaming\\" + below;
+}
+
+bool CheckTarget(const ImportRun& run) {
+  if (LeadingInteger(run.context.selectedVersion) < LeadingInteger(run.package.releaseVersion)) {
+    run.view.ShowApplicationMessage(std::wstring(Text(StringId::kNoDowngrade)));
+    return false;
+  }
+  return PassesVersionCheck(run.view, run.machine.registry, run.package.company,
+                            run.package.product, run.package.targetInternalVersion);
+}
+
+bool RunImportPreparation(const ImportRun& run, EditableCategoryTree& tree) {
+  ProductContext& context = run.context;
+  BuildLocalFolder(context, run.machine);
+  run.package.draftingFolder = context.localFolder;
+  if (IsOtherRelease(run)) MendPackage(run);
+
+  // Another version's folders must not stay in their place when they cannot be told.
+  context.localRoot.clear();
+  context.roamingRoot.clear();
+  PrepareVersionFolders(context, run.machine);
+  FillTree(run, tree);
+  BuildStagingLocalFolder(context, context.selectedVersion);
+
+  if (!IsOtherRelease(run) || HasTargetFolders(run)) return true;
+  run.view.ShowMessage(std::wstring(Text(StringId::kFoldersMissing)));
+  return false;
+}
+
+}  // namespace carrovan

@@ -1,0 +1,75 @@
+#include "package/legacy_import.h"
+
+#include "environment/version_folders.h"
+#include "package/staging_folder.h"
+#include "platform/path_text.h"
+#include "platform/text.h"
+#include "rewrite/option_migration.h"
+#include "rewrite/xml_rewrite.h"
+
+namespace carrovan {
+namespace {
+
+// The document goes to both languages that the product has always had.
+constexpr const wchar_t* kLegacyLanguages[] = {L"zh-CN", L"en-us"};
+
+SystemCode CopyIntoFolder(FileSystem& files, const std::wstring& source, const std::wstring& folder,
+                          const std::wstring& name) {
+  if (!files.Exists(source)) return kFileNotFound;
+  if (!files.Exists(folder)) {
+    if (const SystemCode code = files.CreateFolder(folder); code != kSystemOk) return code;
+  }
+  return files.CopyOver(source, WithTrailingBackslash(folder) + name);
+}
+
+void PlaceCustomization(const ImportRun& run, const std::wstring& suffix) {
+  const std::wstring name = run.package.product + suffix;
+  for (const wchar_t* language : kLegacyLanguages) {
+    const std::wstring folder = run.context.roamingRoot + L"\\" + language + L"\\Customization";
+    const SystemCode code =
+        CopyIntoFolder(run.machine.files, run.package.legacyXmlPath, folder, name);
+    if (code != kSystemOk) {
+      run.report.problems.push_back(L"Not put in place: " + folder + L"\\" + name + L": " +
+                                    DescribeSystemCode(code));
+    }
+  }
+}
+
+void MigrateOptions(const ImportRun& run) {
+  const PackageState& package = run.package;
+  if (const SystemCode code = ReplaceUserPathsInXml(package.legacyXmlPath, RewritePortsOf(run));
+      code != kSystemOk) {
+    run.report.problems.push_back(L"Not mended: " + package.legacyXmlPath + L": " +
+                                  DescribeSystemCode(code));
+  }
+  const OptionMigration migration =
+      MigrateOptionConfig(package.legacyXmlPath, package.company,
+                          package.product + L" " + package.targetInternalVersion, run.dom,
+                          run.machine.registryEditor, run.log);
+  if (!migration.started) {
+    run.report.problems.push_back(L"No option was imported: " + package.legacyXmlPath);
+  }
+  for (const std::wstring& key : migration.failedKeys) {
+    run.report.problems.push_back(L"Not every value could be set: " + key);
+  }
+}
+
+}  // namespace
+
+void ImportLegacyCustomization(const ImportRun& run) {
+  PrepareVersionFolders(run.context, run.machine);
+  const std::wstring& document = run.package.legacyXmlPath;
+  if (Contains(document, L"ERROR_UI.xml")) {
+    PlaceCustomization(run, L"-PartTemplate.xml");
+  } else if (Contains(document, L"Scene_UI.xml")) {
+    PlaceCustomization(run, L"-Scene.xml");
+  } else if (Contains(document, L"VANTRIC_Option_Config.xml")) {
+    MigrateOptions(run);
+  } else {
+    run.report.problems.push_back(L"Not imported: this kind of document has no place: " + document);
+  }
+  DeleteStagingFolder(run.context, run.machine);
+  run.view.SetFinishText(ImportFinishText(run.context));
+}
+
+}  // namespace carrovan

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "environment/product_context.h"
+#include "package/import_report.h"
+#include "package/registry_tool.h"
+
+namespace carrovan {
+
+// What the last steps of an import or a reset work with.
+struct Overlay {
+  ProductContext& context;
+  const std::wstring& applicationDataRoot;  // with trailing backslash
+  const Machine& machine;
+  RegistryTool& registryTool;
+  WizardView& view;
+};
+
+// Feeds every file directly in a folder to the registry tool. A missing folder gives no work.
+void ImportRegistryFolder(const std::wstring& folder, const FileReader& files, RegistryTool& tool);
+
+// Lays the staging folder's "Local" and "Roaming" over the user's application data, by way of an
+// archive in the staging folder. Files of the same name are replaced, others stay. False when
+// something is not in place.
+bool LayOverProfile(const Overlay& overlay, ImportReport& report);
+
+// Imports the registry files in the staging folder's "Options" and "Register", lays its "Local" and
+// "Roaming" over the user's application data and removes the staging folder. Files of the same name
+// are replaced, others stay. When something could not be put in place, the staging folder stays as
+// its only copy, and the context gets a fresh one.
+void ApplyOverlay(const Overlay& overlay, ImportReport& report);
+
+}  // namespace carrovan

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "package/import_run.h"
+#include "platform/path_page_view.h"
+
+namespace carrovan {
+
+// What choosing a package on the path page works with.
+struct PackageSelection {
+  ImportRun run;
+  WizardState& state;  // with the run's package in it
+  PathPageView& page;
+};
+
+// Asks for a package and takes it as the one to import. A legacy package is unpacked at once, since
+// its document tells the version that it is for; one without exactly one XML document is refused
+// with "File corruption", and then no package is chosen.
+void SelectPackage(const PackageSelection& selection);
+
+// Unpacks a legacy package into a fresh staging folder and finds its document. Nothing, after
+// "File corruption" was shown, when the package does not hold exactly one. Otherwise the text for
+// the version list: what the document names, or else the default, and then the document is made to
+// name the target version.
+std::optional<std::wstring> OpenLegacyPackage(const ImportRun& run, const std::wstring& path);
+
+// Full path of the only XML file directly in a folder, whose path ends in a backslash; empty when
+// there is none or more than one.
+std::wstring FindSingleXml(const FileReader& files, const std::wstring& folder);
+
+}  // namespace carrovan

@@ -1,0 +1,35 @@
+#include "platform/machine.h"
+
+namespace carrovan {
+
+Machine WithFiles(const Machine& m, FileSystem& files) {
+  return {files,      m.registry,    m.folders, m.guids,          m.profiles, m.product,
+          m.archives, m.interpreter, m.clock,   m.registryEditor, m.user,     m.codePage};
+}
+
+Machine WithFolders(const Machine& m, KnownFolders& folders) {
+  return {m.files,    m.registry,    folders, m.guids,          m.profiles, m.product,
+          m.archives, m.interpreter, m.clock, m.registryEditor, m.user,     m.codePage};
+}
+
+Machine WithGuids(const Machine& m, GuidSource& guids) {
+  return {m.files,       m.registry, m.folders,        guids,  m.profiles, m.product, m.archives,
+          m.interpreter, m.clock,    m.registryEditor, m.user, m.codePage};
+}
+
+Machine WithArchives(const Machine& m, ArchiveLibrary& archives) {
+  return {m.files,  m.registry,    m.folders, m.guids,          m.profiles, m.product,
+          archives, m.interpreter, m.clock,   m.registryEditor, m.user,     m.codePage};
+}
+
+Machine WithInterpreter(const Machine& m, CommandInterpreter& interpreter) {
+  return {m.files,    m.registry,  m.folders, m.guids,          m.profiles, m.product,
+          m.archives, interpreter, m.clock,   m.registryEditor, m.user,     m.codePage};
+}
+
+Machine WithClock(const Machine& m, Clock& clock) {
+  return {m.files,    m.registry,    m.folders, m.guids,          m.profiles, m.product,
+          m.archives, m.interpreter, clock,     m.registryEditor, m.user,     m.codePage};
+}
+
+}  // namespace carrovan

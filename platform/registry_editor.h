@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/registry.h"
+#include "platform/registry_value.h"
+#include "platform/system_code.h"
+
+namespace carrovan {
+
+// Changes registry keys and values. Key paths are relative to the hive, without a leading
+// backslash; names are found without regard to case. Each operation that answers with a code gives
+// kSystemOk or the system's error number: kFileNotFound for a missing key, kAccessDenied for one
+// that the user may not change.
+class RegistryEditor {
+ public:
+  virtual ~RegistryEditor() = default;
+
+  // Whether the key opens for reading and writing; changes nothing.
+  [[nodiscard]] virtual SystemCode TryOpen(RegistryHive hive,
+                                           const std::wstring& keyPath) const = 0;
+
+  // Nothing when the key or the value is missing or cannot be read.
+  virtual std::optional<std::uint32_t> ValueType(RegistryHive hive, const std::wstring& keyPath,
+                                                 const std::wstring& name) const = 0;
+
+  // Sets values of a key that is there. Each is tried; the code is that of the first that failed.
+  [[nodiscard]] virtual SystemCode SetValues(RegistryHive hive, const std::wstring& keyPath,
+                                             const std::vector<RegistryValue>& values) = 0;
+
+  // Deletes a key with its values and subkeys. An empty path, which is the hive itself, is refused
+  // with kInvalidName.
+  [[nodiscard]] virtual SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) = 0;
+
+  // Creates the target key where it is missing and copies all values and subkeys of the source into
+  // it. When the source cannot be read, no target is created.
+  [[nodiscard]] virtual SystemCode CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
+                                            RegistryHive targetHive,
+                                            const std::wstring& targetPath) = 0;
+};
+
+}  // namespace carrovan

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/system_code.h"
+#include "rewrite/rewrite_ports.h"
+
+namespace carrovan {
+
+struct RewriteInputs {
+  std::wstring packageReleaseVersion;   // "2024"
+  std::wstring packageInternalVersion;  // "26.0"
+  std::wstring targetReleaseYear;
+  std::wstring targetInternalVersion;
+  std::wstring productName;
+  std::wstring firstDraftingFolder;  // the drafting product's folder on this machine
+};
+
+// A file that was left as it is because it could not be read or written.
+struct RewriteFailure {
+  std::wstring path;
+  SystemCode code = kSystemOk;
+};
+
+// Frees an unpacked package of the old user's and the old version's paths: renames folders that
+// bear a version, and rewrites the ".xml" and ".reg" files in the folder and everything below it.
+// Links are neither followed nor changed. Goes on after a failure; a folder that cannot be renamed
+// keeps its name.
+std::vector<RewriteFailure> RewritePackageTree(const std::wstring& folder,
+                                               const RewriteInputs& inputs,
+                                               const RewritePorts& ports);
+
+}  // namespace carrovan

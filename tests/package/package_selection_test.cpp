@@ -1,0 +1,208 @@
+#include "package/package_selection.h"
+
+#include "package/legacy_import.h"
+#include "tests/package/import_fixture.h"
+
+namespace carrovan {
+namespace {
+
+using Lines = std::vector<std::wstring>;
+
+// A path page that answers from its fields.
+class RecordingPathPage : public PathPageView {
+ public:
+  std::vector<OpenFileQuestion> questions;
+  std::optional<std::wstring> answer;
+  std::wstring path;
+  std::vector<std::wstring> versions;
+  std::optional<std::wstring> selected;
+
+  std::optional<std::wstring> ChooseOpenFile(const OpenFileQuestion& question) override {
+    questions.push_back(question);
+    return answer;
+  }
+  void ShowPackagePath(const std::wstring& shown) override { path = shown; }
+  void ListVersions(const std::vector<std::wstring>& listed) override {
+    versions = listed;
+    selected = listed.empty() ? std::nullopt : std::optional(listed.back());
+  }
+  std::optional<std::wstring> SelectedVersion() const override { return selected; }
+};
+
+class PackageSelectionTest : public ImportFixture {
+ protected:
+  void Select(const std::wstring& path) {
+    page_.answer = path;
+    Select();
+  }
+  void Select() { SelectPackage({Run(), state_, page_}); }
+
+  // A legacy package of these files, under a name of its own.
+  std::wstring MakeLegacyPackage(const std::map<std::wstring, std::string>& files) {
+    entries_ = files;
+    MakePackage();
+    const std::wstring path = machine_->ScratchFolder() + L"Old.UCX";
+    machine_->PutFile(path, Content(PackagePath()));
+    return path;
+  }
+
+  RecordingPathPage page_;
+};
+
+TEST_F(PackageSelectionTest, OpenFileQuestionIsThatOfBothKinds) {
+  Select();
+  ASSERT_EQ(page_.questions.size(), 1u);
+  EXPECT_EQ(page_.questions[0].defaultExtension, L".ucex");
+  EXPECT_EQ(page_.questions[0].filter, L"User Configuration Files (*.ucx; *.ucex)|*.ucx;*.ucex||");
+  EXPECT_TRUE(page_.questions[0].hideReadOnlyBox);
+  EXPECT_TRUE(page_.questions[0].askBeforeOverwriting);
+}
+
+TEST_F(PackageSelectionTest, CancelKeepsThePathAndTakesTheShownVersion) {
+  page_.path = L"before";
+  page_.selected = L"2025";
+  Select();
+  EXPECT_EQ(page_.path, L"before");
+  EXPECT_EQ(context_.selectedVersion, L"2025");
+  EXPECT_EQ(state_.package.targetInternalVersion, L"27.0");
+}
+
+TEST_F(PackageSelectionTest, EmptyPathDoesNothing) {
+  page_.selected = L"2025";
+  Select(L"");
+  EXPECT_EQ(context_.selectedVersion, L"2026");
+  EXPECT_TRUE(page_.versions.empty());
+}
+
+TEST_F(PackageSelectionTest, PackageIsShownWithTheInstalledVersions) {
+  Select(L"C:\\x\\package.ucex");
+  EXPECT_EQ(page_.path, L"C:\\x\\package.ucex");
+  EXPECT_EQ(page_.versions, (Lines{L"2026"}));
+  EXPECT_EQ(state_.package.path, L"C:\\x\\package.ucex");
+  EXPECT_FALSE(state_.package.legacy);
+  EXPECT_EQ(state_.package.targetInternalVersion, L"28.0");
+}
+
+TEST_F(PackageSelectionTest, OnlyUcxIsLegacyInWhateverCase) {
+  for (const wchar_t* name : {L"PACKAGE.UCX", L"package.Ucx", L"package.ucx"}) {
+    Select(L"C:\\missing\\" + std::wstring(name));
+    EXPECT_TRUE(state_.package.legacy) << name;
+  }
+  for (const wchar_t* name : {L"package.zip", L"package.ucex", L"ucx", L"package.ucx.zip"}) {
+    Select(L"C:\\missing\\" + std::wstring(name));
+    EXPECT_FALSE(state_.package.legacy) << name;
+  }
+}
+
+TEST_F(PackageSelectionTest, LegacyDocumentThatNamesItsVersionOffersThatOne) {
+  Select(MakeLegacyPackage(
+      {{L"UI.xml", "<r><Surface_Finish><ImgDir0001 value=\"2025\"/></Surface_Finish></r>"}}));
+  EXPECT_TRUE(view_.messages.empty());
+  EXPECT_EQ(page_.versions, (Lines{L"2025"}));
+  EXPECT_EQ(state_.package.legacyXmlPath, context_.stagingFolder + L"UI.xml");
+  EXPECT_EQ(context_.selectedVersion, L"2025");
+  EXPECT_EQ(state_.package.targetInternalVersion, L"27.0");
+}
+
+TEST_F(PackageSelectionTest, LegacyDocumentWithoutAVersionIsRetargetedAndOffersTheRunningOne) {
+  const std::string product(context_.productName.begin(), context_.productName.end());
+  Select(
+      MakeLegacyPackage({{L"UI.xml", "<r a=\"" + product + "24.0\" b=\"" + product + "23.0\"/>"}}));
+  EXPECT_EQ(page_.versions, (Lines{L"2026"}));
+  const std::string document = Content(state_.package.legacyXmlPath);
+  EXPECT_NE(document.find(product + "28.0"), std::string::npos) << document;
+  EXPECT_NE(document.find(product + "23.0"), std::string::npos) << document;
+}
+
+TEST_F(PackageSelectionTest, LegacyPackageWithoutExactlyOneDocumentIsCorrupted) {
+  const std::vector<std::map<std::wstring, std::string>> kPackages = {
+      {{L"a.xml", "<a/>"}, {L"b.XML", "<b/>"}},
+      {{L"a.txt", "text"}},
+      {{L"sub\\a.xml", "<a/>"}},
+  };
+  page_.path = L"before";
+  for (const auto& files : kPackages) {
+    view_.messages.clear();
+    Select(MakeLegacyPackage(files));
+    EXPECT_EQ(view_.messages, (Lines{L"File corruption"}));
+    EXPECT_EQ(page_.path, L"before");
+    EXPECT_TRUE(state_.package.legacy);
+    EXPECT_EQ(state_.package.path, L"");
+  }
+}
+
+TEST_F(PackageSelectionTest, EachSelectionStartsAfresh) {
+  Select(MakeLegacyPackage({{L"a.xml", "<a/>"}}));
+  Select(MakeLegacyPackage({{L"b.xml", "<b/>"}}));
+  EXPECT_TRUE(view_.messages.empty());
+  EXPECT_EQ(state_.package.legacyXmlPath, context_.stagingFolder + L"b.xml");
+  Select(PackagePath());
+  EXPECT_FALSE(state_.package.legacy);
+}
+
+class LegacyImportTest : public PackageSelectionTest {
+ protected:
+  void ImportDocument(const std::wstring& name, const std::string& document) {
+    Select(MakeLegacyPackage({{name, document}}));
+    PackageImport(Run()).ApplyLegacy();
+  }
+};
+
+TEST_F(LegacyImportTest, ErrorDocumentBecomesThePartTemplateOfBothLanguages) {
+  machine_->MakeFolder(Roaming(L"zh-CN"));
+  machine_->PutFile(
+      Roaming(L"en-us\\Customization\\" + context_.productName + L"-PartTemplate.xml"), "old");
+  ImportDocument(L"my ERROR_UI.xml", "<a/>");
+  for (const std::wstring language : {L"zh-CN", L"en-us"}) {
+    EXPECT_EQ(Content(Roaming(language + L"\\Customization\\" + context_.productName +
+                              L"-PartTemplate.xml")),
+              "<a/>");
+  }
+  EXPECT_EQ(view_.finishText, L"Your settings have been successfully imported to  " +
+                                  context_.productName + L" 2026.");
+  EXPECT_TRUE(report_.IsComplete());
+}
+
+TEST_F(LegacyImportTest, SceneDocumentBecomesTheSceneOfBothLanguages) {
+  machine_->MakeFolder(Roaming(L"zh-CN"));
+  machine_->MakeFolder(Roaming(L"en-us"));
+  ImportDocument(L"Scene_UI.xml", "<s/>");
+  for (const std::wstring language : {L"zh-CN", L"en-us"}) {
+    EXPECT_EQ(
+        Content(Roaming(language + L"\\Customization\\" + context_.productName + L"-Scene.xml")),
+        "<s/>");
+  }
+}
+
+TEST_F(LegacyImportTest, FolderThatNeedsMoreThanOneLevelIsPassedOver) {
+  machine_->MakeFolder(Roaming(L"en-us"));
+  ImportDocument(L"Scene_UI.xml", "<s/>");
+  EXPECT_EQ(Content(Roaming(L"zh-CN\\Customization\\" + context_.productName + L"-Scene.xml")),
+            "no file");
+  EXPECT_EQ(Content(Roaming(L"en-us\\Customization\\" + context_.productName + L"-Scene.xml")),
+            "<s/>");
+  EXPECT_EQ(report_.problems.size(), 1u);
+  EXPECT_TRUE(view_.messages.empty());
+}
+
+TEST_F(LegacyImportTest, OptionDocumentGoesIntoTheTargetsRegistry) {
+  const std::wstring key = L"SOFTWARE\\Vantric\\" + context_.productName + L" 28.0\\General";
+  machine_->PutValue(RegistryHive::kCurrentUser, key, MakeStringValue(L"Folder", L"x"));
+  ImportDocument(L"VANTRIC_Option_Config.xml",
+                 "<r><General><Folder value=\"C:\\Parts 2025\"/></General></r>");
+  const auto value = machine_->Value(RegistryHive::kCurrentUser, key, L"Folder");
+  ASSERT_TRUE(value);
+  EXPECT_EQ(*value, MakeStringValue(L"Folder", L"C:\\Parts 2026"));
+}
+
+TEST_F(LegacyImportTest, DocumentNamesAreMatchedWithRegardToCase) {
+  machine_->MakeFolder(Roaming(L"en-us"));
+  machine_->MakeFolder(Roaming(L"zh-CN"));
+  ImportDocument(L"scene_ui.xml", "<s/>");
+  EXPECT_EQ(Content(Roaming(L"en-us\\Customization\\" + context_.productName + L"-Scene.xml")),
+            "no file");
+  EXPECT_EQ(report_.problems.size(), 1u);
+}
+
+}  // namespace
+}  // namespace carrovan

@@ -1,0 +1,185 @@
+#include "reset/reset_run.h"
+
+#include "environment/category_tree_model.h"
+#include "environment/version_folders.h"
+#include "reset/key_restore.h"
+#include "reset/reset_steps.h"
+#include "tests/package/import_fixture.h"
+
+namespace carrovan {
+namespace {
+
+using enum SettingCategory;
+
+class ResetRunTest : public ImportFixture {
+ protected:
+  // A file in every folder of the category, and one beside it.
+  void FillCategories() {
+    for (const CategoryRecord& record : CategoryTable()) {
+      for (const std::wstring& folder : CategoryFolders(record, context_)) {
+        machine_->PutFile(folder + L"\\deep\\own.dat", "own");
+      }
+    }
+    machine_->PutFile(Local(L"en-us\\other.dat"), "other");
+  }
+
+  void Reset(const std::vector<SettingCategory>& categories) {
+    tree_ = {};
+    BuildCategoryTree(
+        tree_, [&](const CategoryRecord& record) { return IsOfferedOnReset(record, context_); });
+    tree_.SetAllChecked(false);
+    for (const SettingCategory category : categories) {
+      EXPECT_TRUE(tree_.SetChecked(category, true));
+    }
+    report_ = RunReset({context_, state_.package, ports_, *tool_, view_}, tree_);
+  }
+
+  bool IsThere(SettingCategory category) const {
+    for (const auto& folder :
+         CategoryFolders(*FindCategory(static_cast<int>(category)), context_)) {
+      if (Content(folder + L"\\deep\\own.dat") == "own") return true;
+    }
+    return false;
+  }
+
+  void PutDefault(const std::wstring& subkey, const std::wstring& name, const std::wstring& text) {
+    machine_->PutValue(RegistryHive::kLocalMachine, DefaultKey(context_) + subkey,
+                       MakeStringValue(name, text));
+  }
+  void PutLive(const std::wstring& subkey, const std::wstring& name, const std::wstring& text) {
+    machine_->PutValue(RegistryHive::kCurrentUser, LiveKey(context_) + subkey,
+                       MakeStringValue(name, text));
+  }
+  std::optional<RegistryValue> Live(const std::wstring& subkey, const std::wstring& name) const {
+    return machine_->Value(RegistryHive::kCurrentUser, LiveKey(context_) + subkey, name);
+  }
+};
+
+TEST_F(ResetRunTest, EachFolderCategoryIsWipedForItself) {
+  for (const CategoryRecord& record : CategoryTable()) {
+    if (CategoryFolders(record, context_).empty() || record.category == Draft2dSettings) continue;
+    FillCategories();
+    Reset({record.category});
+    for (const CategoryRecord& other : CategoryTable()) {
+      if (CategoryFolders(other, context_).empty()) continue;
+      EXPECT_EQ(IsThere(other.category), other.category != record.category)
+          << static_cast<int>(record.category) << ' ' << static_cast<int>(other.category);
+    }
+    EXPECT_EQ(Content(Local(L"en-us\\other.dat")), "other");
+  }
+}
+
+TEST_F(ResetRunTest, UncheckedCategoriesKeepEverything) {
+  FillCategories();
+  PutLive(L"\\General", L"own", L"1");
+  Reset({});
+  EXPECT_TRUE(IsThere(InterfaceLayout));
+  EXPECT_TRUE(Live(L"\\General", L"own"));
+  EXPECT_TRUE(report_.IsComplete());
+}
+
+TEST_F(ResetRunTest, ShortcutsDoNotTouchTheInterfaceLayout) {
+  FillCategories();
+  Reset({ShortcutKey});
+  EXPECT_FALSE(IsThere(ShortcutKey));
+  EXPECT_TRUE(IsThere(InterfaceLayout));
+}
+
+TEST_F(ResetRunTest, WithoutLanguagesOnlyTheSingleFoldersAreWiped) {
+  FillCategories();
+  const auto languages = context_.installLanguages;
+  context_.installLanguages.clear();
+  Reset({InterfaceLayout, ShortcutKey, CustomMaterials, Draft2dSettings});
+  EXPECT_FALSE(IsThere(ShortcutKey));
+  EXPECT_EQ(Content(context_.localFolder + L"\\deep\\own.dat"), "no file");
+  context_.installLanguages = languages;
+  EXPECT_TRUE(IsThere(InterfaceLayout));
+  EXPECT_TRUE(IsThere(CustomMaterials));
+}
+
+TEST_F(ResetRunTest, OptionsAreRestoredSubkeyBySubkey) {
+  PutDefault(L"\\General", L"factory", L"1");
+  PutDefault(L"\\General\\Deep", L"factory", L"2");
+  PutLive(L"\\General", L"own", L"1");
+  PutLive(L"\\Grid", L"own", L"1");
+  PutLive(L"\\Unlisted", L"own", L"1");
+  Reset({Options});
+  EXPECT_EQ(Live(L"\\General", L"factory"), MakeStringValue(L"factory", L"1"));
+  EXPECT_EQ(Live(L"\\General\\Deep", L"factory"), MakeStringValue(L"factory", L"2"));
+  EXPECT_FALSE(Live(L"\\General", L"own"));
+  EXPECT_FALSE(Live(L"\\Grid", L"own"));
+  EXPECT_TRUE(Live(L"\\Unlisted", L"own"));
+}
+
+TEST_F(ResetRunTest, RegisterIsRestoredWhole) {
+  PutDefault(L"", L"factory", L"0");
+  PutDefault(L"\\Any\\Deep", L"factory", L"1");
+  PutLive(L"\\Unlisted", L"own", L"1");
+  Reset({Register});
+  EXPECT_TRUE(Live(L"", L"factory"));
+  EXPECT_TRUE(Live(L"\\Any\\Deep", L"factory"));
+  EXPECT_FALSE(Live(L"\\Unlisted", L"own"));
+  EXPECT_TRUE(report_.IsComplete());
+}
+
+TEST_F(ResetRunTest, WithoutADefaultKeyTheLiveKeyStaysDeletedAndNothingIsShown) {
+  PutLive(L"\\General", L"own", L"1");
+  Reset({Register});
+  EXPECT_FALSE(ports_.registry.CanOpenKey(RegistryHive::kCurrentUser, LiveKey(context_)));
+  EXPECT_TRUE(view_.messages.empty());
+  EXPECT_EQ(report_.problems.size(), 1u);
+}
+
+TEST_F(ResetRunTest, KeyRestoreOfAMissingLiveKeyCreatesIt) {
+  PutDefault(L"\\Grid", L"factory", L"1");
+  EXPECT_EQ(RestoreKey(DefaultKey(context_) + L"\\Grid", LiveKey(context_) + L"\\Grid",
+                       ports_.registryEditor),
+            kSystemOk);
+  EXPECT_TRUE(Live(L"\\Grid", L"factory"));
+}
+
+TEST_F(ResetRunTest, VantricDraftingWipesTheNumberedFolderInRoamingAndTheLocalOne) {
+  const std::wstring roaming = *ports_.folders.RoamingAppData();
+  machine_->PutFile(roaming + L"\\26.0\\x.dat", "x");
+  machine_->PutFile(context_.localFolder + L"\\26.0\\x.dat", "x");
+  Reset({Draft2dSettings});
+  EXPECT_FALSE(ports_.files.Exists(roaming + L"\\26.0"));
+  EXPECT_FALSE(ports_.files.Exists(context_.localFolder));
+}
+
+TEST_F(ResetRunTest, OrmaDraftingWipesItsProductFolder) {
+  context_.companyShortName = L"ORMA";
+  const std::wstring folder =
+      *ports_.folders.RoamingAppData() + L"\\ORMA\\ORMA CAD TVRN-INT 2026 (x64)\\26.0";
+  machine_->PutFile(folder + L"\\x.dat", "x");
+  Reset({Draft2dSettings});
+  EXPECT_FALSE(ports_.files.Exists(folder));
+}
+
+TEST_F(ResetRunTest, WalkEndsOnTheLastLeaf) {
+  Reset({});
+  EXPECT_EQ(tree_.ItemData(tree_.selected), static_cast<int>(CosmeticThread));
+}
+
+TEST_F(ResetRunTest, FailuresAreSilentAndTheFinishTextIsShown) {
+  FillCategories();
+  machine_->MakeReadOnly(Local(L"en-us\\materials\\deep\\own.dat"));
+  Reset({CustomMaterials});
+  EXPECT_TRUE(view_.messages.empty());
+  EXPECT_EQ(view_.finishText,
+            context_.productName +
+                L" 2026 Relevant settings selected have been reset. \n\nSettings take effect after "
+                L"restarting ");
+  EXPECT_EQ(Content(Local(L"en-us\\materials\\deep\\own.dat")), "own");
+  EXPECT_FALSE(report_.IsComplete());
+}
+
+TEST_F(ResetRunTest, FixedPauseIsMadeOnce) {
+  RegistryTool tool(ports_.interpreter, ports_.clock, RegistryToolPace::kFixedPause);
+  CategoryReset({context_, state_.package, ports_, tool, view_}).Apply(tree_);
+  EXPECT_EQ(machine_->clock.pauses,
+            (std::vector<std::chrono::milliseconds>{std::chrono::milliseconds(1000)}));
+}
+
+}  // namespace
+}  // namespace carrovan
