@@ -9,7 +9,7 @@ import time
 from pathlib import Path
 
 from screen import Screen
-from wizard import BACK, FINISH, NEXT, ROOT, TREE, Wizard, install_programs
+from wizard import BACK, CANCEL, FINISH, NEXT, ROOT, TREE, Wizard, install_programs
 
 FINISH_TITLE, HEADING, PATH_TITLE, SELECT_FILE, VERSIONS = 1023, 1013, 1024, 1012, 1010
 FILE_NAME = 1152  # the field of the system's dialog
@@ -71,6 +71,8 @@ def take(wizard, prefix, folder, percent):
     wizard.press_button(NEXT)
     wizard.answer()
     picture("reset", TREE)
+    wizard.press_button(CANCEL)
+    wizard.process.wait(20)
 
 
 def name_file(wizard, path):
