@@ -16,12 +16,13 @@ struct Overlay {
 };
 
 // Feeds every file directly in a folder to the registry tool. A missing folder gives no work.
-void ImportRegistryFolder(const std::wstring& folder, const FileReader& files, RegistryTool& tool);
+void ImportRegistryFolder(const std::wstring& folder, const FileReader& files, RegistryTool& tool,
+                          ImportReport& report);
 
 // Imports the registry files in the staging folder's "Options" and "Register", lays its "Local" and
 // "Roaming" over the user's application data and removes the staging folder. Files of the same name
 // are replaced, others stay. When something could not be put in place, the staging folder stays as
-// its only copy, and the context gets a fresh one.
+// its only copy, and the context gets a fresh one. Without a staging folder nothing is done.
 void ApplyOverlay(const Overlay& overlay, ImportReport& report);
 
 }  // namespace carrovan
