@@ -147,6 +147,8 @@ SystemCode MemoryFiles::Store(const std::wstring& path, std::string bytes) {
 SystemCode MemoryFiles::CreateFolder(const std::wstring& path) {
   if (const SystemCode code = Fault("create folder", path); code != kSystemOk) return code;
   if (Exists(path)) return kAlreadyExists;
+  const std::wstring parent = ParentOf(Folded(path));
+  if (!parent.empty() && !IsFolder(parent)) return kPathNotFound;
   Add(path).isFolder = true;
   return Done("create folder", path);
 }

@@ -1,0 +1,402 @@
+// Whole runs with the n-th call of one port failing, for every n: once, and from there on.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <iostream>
+#include <map>
+
+#include "environment/category_checklist.h"
+#include "environment/installed_versions.h"
+#include "environment/version_folders.h"
+#include "package/import_preparation.h"
+#include "package/import_steps.h"
+#include "package/package_selection.h"
+#include "package/staging_folder.h"
+#include "platform/text.h"
+#include "platform/text_encoding.h"
+#include "reset/reset_run.h"
+#include "tests/support/faulty_machine.h"
+#include "tests/support/memory_machine.h"
+
+namespace carrovan {
+namespace {
+
+const std::wstring kInstall = L"C:\\Program Files\\Product\\";
+const std::wstring kAppData = L"C:\\Users\\u\\AppData\\";
+const std::wstring kLanguages[] = {L"en-us", L"zh-cn"};
+const std::wstring kLiveKey = L"SOFTWARE\\Vantric\\VANTRIC 28.0";
+const std::wstring kOlderKey = L"SOFTWARE\\Vantric\\VANTRIC 27.0";
+constexpr RegistryHive kUser = RegistryHive::kCurrentUser;
+constexpr RegistryHive kMachine = RegistryHive::kLocalMachine;
+
+// Below a product folder; "*" stands for each language.
+const std::wstring kRoamingFolders[] = {L"*\\Customization", L"*\\Template"};
+const std::wstring kLocalFolders[] = {
+    L"Customization", L"*\\3DBOM",          L"*\\PropertyTemplates\\NewTemplates",
+    L"*\\materials",  L"*\\ToolBox",        L"*\\FavoriteCatalog",
+    L"*\\SheetMetal", L"*\\CosmeticThread",
+};
+
+constexpr char kRibbon[] = "<r><Item ElementID=\"1\"/><%s ElementID=\"2\"/></r>";
+constexpr char kKeys[] =
+    "<r><VANTRIC28.0><Accels-0 Command=\"%s\" Ctrl=\"1\" Key=\"7\"/><Count>1</Count></"
+    "VANTRIC28.0></r>";
+
+std::string With(const char* pattern, const std::string& text) {
+  std::string filled = pattern;
+  return filled.replace(filled.find("%s"), 2, text);
+}
+
+std::string RegFileOf(const std::wstring& key, const std::wstring& values) {
+  const auto bytes =
+      EncodeText({L"Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\" + key +
+                      L"]\r\n" + values,
+                  true});
+  return {bytes.begin(), bytes.end()};
+}
+
+std::string ContentFor(const std::wstring& folder, const std::string& who) {
+  if (folder == L"Customization") return With(kKeys, who);
+  return folder == L"*\\Customization" ? With(kRibbon, who) : "of " + who;
+}
+
+// Calls `put` with a file of each folder category below a product folder.
+void ForEachFile(const std::string& who,
+                 const std::function<void(bool roaming, const std::wstring& path,
+                                          const std::string& bytes)>& put) {
+  const auto each = [&](bool roaming, const std::wstring& folder) {
+    const std::wstring name = L"\\" + FromUtf8(who) + L".dat";
+    for (const std::wstring& language : kLanguages) {
+      const std::wstring path = ReplaceAll(folder, L"*", language);
+      if (path.ends_with(L"Customization"))
+        put(roaming, path + L"\\a.xml", ContentFor(folder, who));
+      put(roaming, path + name, "of " + who);
+      if (path == folder) return;
+    }
+  };
+  for (const std::wstring& folder : kRoamingFolders) each(true, folder);
+  for (const std::wstring& folder : kLocalFolders) each(false, folder);
+}
+
+// A machine on which releases 2025 and 2026 were used, with a package of 2025 of all categories.
+class SweptMachine : public MemoryMachine {
+ public:
+  SweptMachine() {
+    product.startupFolder = kInstall + L"Bin\\x64";
+    for (const std::wstring& language : kLanguages) {
+      files.PutFolder(kInstall + L"AppData\\" + language);
+    }
+    files.Put(kInstall + L"Bin\\AppData\\Customization\\a.xml", With(kKeys, "default"));
+    files.PutFolder(kAppData + L"Local\\Temp");
+    FillProfile(L"27.0", "older", L"2024 (x64)\\25.0");
+    FillProfile(L"28.0", "own", L"2026 (x64)\\26.0");
+    for (const wchar_t* half : {L"Local\\", L"Roaming\\"}) {
+      files.Put(kAppData + half + L"Other\\x.dat", "nobody's");
+    }
+    FillRegistry();
+    MakePackages();
+    files.changes.clear();
+  }
+
+  std::map<std::wstring, std::string> AllFiles(const std::wstring& folder) const {
+    std::map<std::wstring, std::string> found;
+    for (const FolderEntry& entry : files.ListFolder(folder)) {
+      const std::wstring path = folder + L"\\" + entry.name;
+      if (!entry.isFolder) found[path] = files.Bytes(path);
+      if (entry.isFolder) found.merge(AllFiles(path));
+    }
+    return found;
+  }
+
+ private:
+  void FillProfile(const std::wstring& version, const std::string& who, const std::wstring& draft) {
+    ForEachFile(who, [&](bool roaming, const std::wstring& path, const std::string& bytes) {
+      const std::wstring half = roaming ? L"Roaming" : L"Local";
+      files.Put(kAppData + half + L"\\Vantric\\VANTRIC\\" + version + L"\\" + path, bytes);
+    });
+    for (const wchar_t* half : {L"Local", L"Roaming"}) {
+      const std::wstring folder = kAppData + half + L"\\ORMA\\ORMA CAD TVRN-INT-VANTRIC " + draft;
+      files.Put(folder + L"\\menu.UIK", "menu of " + who);
+      files.Put(folder + L"\\" + FromUtf8(who) + L".ini", "of " + who);
+    }
+  }
+
+  void FillRegistry() {
+    for (const std::wstring& key : {kLiveKey, kOlderKey}) {
+      registry.Root(kUser).Make(key + L"\\General").SetValue(MakeStringValue(L"own", key));
+    }
+    for (const std::wstring_view subkey : OptionSubkeys()) {
+      registry.Root(kMachine)
+          .Make(L"SOFTWARE\\Vantric\\New User Settings\\VANTRIC 28.0" + std::wstring(subkey))
+          .SetValue(MakeStringValue(L"factory", L"1"));
+    }
+    registry.Root(kMachine).Make(L"SOFTWARE\\Vantric\\VANTRIC\\27.0");
+    registry.Root(kUser).Make(L"SOFTWARE\\Other").SetValue(MakeStringValue(L"a", L"1"));
+  }
+
+  void MakePackages() {
+    std::map<std::wstring, std::string> entries;
+    std::string description = "[Selected]\r\n";
+    for (const CategoryRecord& record : CategoryTable()) {
+      description += ToUtf8(Text(record.label)) + "=1\r\n";
+    }
+    entries[L"config.ini"] =
+        description +
+        "[Base]\r\nCOMPANY=Vantric\r\nINTERNAL VERSION=27.0\r\nRELEASE VERSION=2025\r\n"
+        "PRODUCT=VANTRIC\r\n";
+    ForEachFile("packaged", [&](bool roaming, const std::wstring& path, const std::string& bytes) {
+      const std::wstring half = roaming ? L"Roaming" : L"Local";
+      entries[half + L"\\Vantric\\VANTRIC\\27.0\\" + path] = bytes;
+    });
+    for (const std::wstring half : {L"Local", L"Roaming"}) {
+      const std::wstring folder = half + L"\\ORMA\\ORMA CAD TVRN-INT-VANTRIC 2024 (x64)\\25.0\\";
+      entries[folder + L"menu.UIK"] = "packaged";
+      entries[folder + L"packaged.ini"] = "packaged";
+    }
+    entries[L"Options\\General.reg"] = RegFileOf(
+        kOlderKey + L"\\General", L"\"folder\"=\"C:\\\\Users\\\\old\\\\x\"\r\n\"n\"=\"1\"\r\n");
+    entries[L"Register\\VANTRIC2025.reg"] = RegFileOf(kOlderKey, L"\"packaged\"=\"1\"\r\n");
+    Write(L"C:\\settings.ucex", entries);
+    Write(L"C:\\scene.ucx", {{L"Scene_UI.xml", "<s>VANTRIC24.0</s>"}});
+    Write(L"C:\\options.ucx",
+          {{L"VANTRIC_Option_Config.xml", "<r><General><own value=\"2025\"/></General></r>"}});
+  }
+
+  void Write(const std::wstring& path, const std::map<std::wstring, std::string>& entries) {
+    const auto writer = archives.Create(path, ArchivePurpose::kKeep);
+    for (const auto& [name, bytes] : entries) {
+      files.Put(L"C:\\source", bytes);
+      ASSERT_EQ(writer->Add(name, L"C:\\source"), ArchiveResult::kDone);
+    }
+    ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
+  }
+};
+
+class SilentLog : public LineLog {
+ public:
+  void WriteLine(std::wstring_view) override {}
+};
+
+class PathPage : public PathPageView {
+ public:
+  explicit PathPage(std::wstring path) : path_(std::move(path)) {}
+  std::optional<std::wstring> ChooseOpenFile(const OpenFileQuestion&) override { return path_; }
+  void ShowPackagePath(const std::wstring&) override {}
+  void ListVersions(const std::vector<std::wstring>&) override {}
+  std::optional<std::wstring> SelectedVersion() const override { return L"2026"; }
+
+ private:
+  std::wstring path_;
+};
+
+// One run from the opening of the program to its end, on a machine that may fail.
+class SweptRun {
+ public:
+  explicit SweptRun(Fault& fault) : faulty_(machine_.Ports(), fault) {}
+
+  void Import() {
+    if (!Begin()) return;
+    Select(L"C:\\settings.ucex");
+    PackageImport steps(Run());
+    CategoryChecklist tree;
+    if (steps.EnterCategories(tree) != ImportSteps::Entry::kReady) return;
+    steps.Apply(tree);
+    End();
+  }
+
+  void ImportLegacy(const std::wstring& package) {
+    if (!Begin()) return;
+    Select(package);
+    if (!state_.package.path.empty()) PackageImport(Run()).ApplyLegacy();
+    End();
+  }
+
+  void Reset() {
+    if (!Begin()) return;
+    if (!PrepareVersionFolders(context_, ports_)) return view_.ShowMessage(L"no folders");
+    CategoryChecklist tree = CategoryChecklist::ForReset(context_);
+    report_ = RunReset({context_, state_.package, ports_, tool_, view_}, tree);
+    End();
+  }
+
+  // The run told what it left undone, or left nothing undone.
+  bool HasComplained() const { return !report_.IsComplete() || view_.messages.size() > advices_; }
+  bool HasFinished() const { return !view_.finishText.empty(); }
+  // Told to the user before a run that succeeds.
+  void ExpectAdvices(std::size_t count) { advices_ = count; }
+
+  const SweptMachine& OnMachine() const { return machine_; }
+  const ImportReport& Report() const { return report_; }
+  const RecordingView& View() const { return view_; }
+
+ private:
+  bool Begin() {
+    if (!LoadProductContext(context_, ports_, view_)) return false;
+    EnumerateInstalledVersions(context_, ports_.registry);
+    InitializePackageState(state_.package, context_, ports_);
+    if (RenewStagingFolder(context_, ports_)) return true;
+    view_.ShowMessage(L"no staging folder");
+    return false;
+  }
+
+  void Select(const std::wstring& package) {
+    PathPage page(package);
+    SelectPackage({Run(), state_, page});
+  }
+
+  ImportRun Run() {
+    return {context_, state_.package, ports_, tool_, faulty_.Dom(), log_, view_, report_};
+  }
+
+  void End() { DeleteStagingFolder(context_, ports_); }
+
+  SweptMachine machine_;
+  FaultyMachine faulty_;
+  const Machine ports_ = faulty_.Ports();
+  RegistryTool tool_{ports_.interpreter, ports_.clock, RegistryToolPace::kWaitForEnd};
+  RecordingView view_;
+  SilentLog log_;
+  ProductContext context_;
+  WizardState state_;
+  ImportReport report_;
+  std::size_t advices_ = 0;
+};
+
+using Play = void (*)(SweptRun&);
+
+bool IsBelow(const std::wstring& path, const std::wstring& folder) {
+  return EqualsIgnoringAsciiCase(path.substr(0, folder.size()), folder);
+}
+
+// Everything that no run may touch: other folders, another version's, another product's keys.
+void ExpectNothingOutsideChanged(const SweptRun& run) {
+  const std::vector<std::wstring> guarded = {
+      kAppData + L"Local\\Vantric\\VANTRIC\\27.0", kAppData + L"Roaming\\Vantric\\VANTRIC\\27.0",
+      kAppData + L"Local\\Other", kAppData + L"Roaming\\Other"};
+  for (const std::wstring& change : run.OnMachine().files.changes) {
+    const std::wstring path =
+        change.substr(change.find(L"C:\\") == std::wstring::npos ? 0 : change.find(L"C:\\"));
+    EXPECT_TRUE(IsBelow(path, kAppData)) << ToUtf8(change);
+    for (const std::wstring& folder : guarded)
+      EXPECT_FALSE(IsBelow(path, folder)) << ToUtf8(change);
+  }
+  static const SweptMachine untouched;
+  const MemoryRegistry& registry = run.OnMachine().registry;
+  EXPECT_EQ(registry.Text(kMachine), untouched.registry.Text(kMachine));
+  EXPECT_EQ(registry.Text(kUser, L"SOFTWARE\\Other"),
+            untouched.registry.Text(kUser, L"SOFTWARE\\Other"));
+}
+
+// What a user has after the run, without what only the run itself uses.
+std::map<std::wstring, std::string> StateOf(const SweptMachine& machine) {
+  auto state = machine.AllFiles(L"C:\\Users");
+  std::erase_if(state,
+                [](const auto& file) { return IsBelow(file.first, kAppData + L"Local\\Temp"); });
+  state[L"registry"] = ToUtf8(machine.registry.Text(kUser));
+  return state;
+}
+
+const char* NameOf(FaultyPort port) {
+  constexpr const char* kNames[] = {"files",    "registry", "registry editor", "folders", "guids",
+                                    "profiles", "archives", "interpreter",     "user",    "dom"};
+  return kNames[static_cast<int>(port)];
+}
+
+class FaultSweep : public testing::Test {
+ protected:
+  // Runs with every fault there is. A run without a fault ends with the finish text and `advices`
+  // messages.
+  void Sweep(const char* name, Play play, std::size_t advices) {
+    advices_ = advices;
+    for (const FaultyPort port : kFaultyPorts) {
+      for (const bool lasts : {false, true}) SweepPort(play, port, lasts);
+    }
+    std::cout << name << ": " << faults_ << " faults tried, " << silent_
+              << " passed over without a word\n";
+    RecordProperty("faults", static_cast<int>(faults_));
+    EXPECT_GT(faults_, 50u);
+  }
+
+  // The machine after a run without a fault.
+  const SweptMachine& Undisturbed(Play play) {
+    if (!undisturbed_) {
+      never_ = std::make_unique<Fault>(FaultyPort::kFiles, 0, false);
+      undisturbed_ = std::make_unique<SweptRun>(*never_);
+      play(*undisturbed_);
+    }
+    return undisturbed_->OnMachine();
+  }
+
+ private:
+  void SweepPort(Play play, FaultyPort port, bool lasts) {
+    for (std::size_t nth = 1;; ++nth) {
+      SCOPED_TRACE(std::string(NameOf(port)) + (lasts ? " from call " : " at call ") +
+                   std::to_string(nth));
+      Fault fault(port, nth, lasts);
+      SweptRun run(fault);
+      run.ExpectAdvices(advices_);
+      play(run);
+      ExpectNothingOutsideChanged(run);
+      EXPECT_TRUE(run.HasFinished() || !run.View().messages.empty());
+      if (!fault.HasStruck()) return ExpectWhole(run);
+      ++faults_;
+      if (run.HasFinished() && !run.HasComplained() &&
+          StateOf(run.OnMachine()) != StateOf(Undisturbed(play))) {
+        ++silent_;
+      }
+      if (HasFailure()) return;
+    }
+  }
+
+  void ExpectWhole(const SweptRun& run) {
+    EXPECT_TRUE(run.HasFinished());
+    EXPECT_FALSE(run.HasComplained());
+    for (const std::wstring& problem : run.Report().problems) ADD_FAILURE() << ToUtf8(problem);
+    for (const std::wstring& message : run.View().messages) {
+      if (advices_ == 0) ADD_FAILURE() << ToUtf8(message);
+    }
+    EXPECT_TRUE(run.OnMachine().files.Names(kAppData + L"Local\\Temp").empty());
+  }
+
+  std::size_t advices_ = 0;
+  std::size_t faults_ = 0;
+  std::size_t silent_ = 0;
+  std::unique_ptr<Fault> never_;
+  std::unique_ptr<SweptRun> undisturbed_;
+};
+
+TEST_F(FaultSweep, ImportOfAnotherReleaseWithAllCategories) {
+  const Play play = [](SweptRun& run) { run.Import(); };
+  Sweep("import", play, 1);
+  const SweptMachine& machine = Undisturbed(play);
+  const std::wstring folder = kAppData + L"Local\\Vantric\\VANTRIC\\28.0\\en-us\\ToolBox\\";
+  EXPECT_EQ(machine.files.Bytes(folder + L"packaged.dat"), "of packaged");
+  EXPECT_FALSE(machine.files.Has(folder + L"own.dat"));
+  EXPECT_NE(machine.registry.Root(kUser).Find(kLiveKey)->Value(L"packaged"), nullptr);
+}
+
+TEST_F(FaultSweep, LegacyImportOfACustomization) {
+  const Play play = [](SweptRun& run) { run.ImportLegacy(L"C:\\scene.ucx"); };
+  Sweep("legacy import", play, 0);
+  EXPECT_EQ(Undisturbed(play).files.Bytes(kAppData + L"Roaming\\Vantric\\VANTRIC\\28.0\\en-us\\"
+                                                     L"Customization\\VANTRIC-Scene.xml"),
+            "<s>VANTRIC28.0</s>\r\n");
+}
+
+TEST_F(FaultSweep, LegacyImportOfOptions) {
+  const Play play = [](SweptRun& run) { run.ImportLegacy(L"C:\\options.ucx"); };
+  Sweep("legacy import of options", play, 0);
+  EXPECT_EQ(*Undisturbed(play).registry.Root(kUser).Find(kLiveKey + L"\\General")->Value(L"own"),
+            MakeStringValue(L"own", L"2026"));
+}
+
+TEST_F(FaultSweep, ResetOfAllCategories) {
+  const Play play = [](SweptRun& run) { run.Reset(); };
+  Sweep("reset", play, 0);
+  const SweptMachine& machine = Undisturbed(play);
+  EXPECT_FALSE(machine.files.Has(kAppData + L"Local\\Vantric\\VANTRIC\\28.0\\en-us\\ToolBox"));
+  EXPECT_NE(machine.registry.Root(kUser).Find(kLiveKey + L"\\Grid")->Value(L"factory"), nullptr);
+}
+
+}  // namespace
+}  // namespace carrovan
