@@ -162,8 +162,6 @@ std::optional<LRESULT> CCarrovanDlg::OnMessage(UINT message, WPARAM wParam, LPAR
       return HandleSystemCommand(wParam) ? std::optional<LRESULT>(0) : std::nullopt;
     case WM_PAINT:
       return PaintMinimized() ? std::optional<LRESULT>(0) : std::nullopt;
-    case WM_QUERYDRAGICON:
-      return reinterpret_cast<LRESULT>(bigIcon_.Get());
     case kScaleChanged:
       TakeScale(LOWORD(wParam));
       return std::nullopt;

@@ -14,4 +14,11 @@ void FuzzShortcutMerge(const std::string& input);
 // A record that reads must read back the same from what it is written as.
 void FuzzRibbonDecode(const std::string& input);
 
+// A registry file must come out as the rules say word for word, whatever its encoding.
+void FuzzRegistryRewrite(const std::string& input);
+
+// A document must come out as the rules say word for word, and an edit that has been made must not
+// be made again.
+void FuzzXmlRetarget(const std::string& input);
+
 }  // namespace carrovan

@@ -1,5 +1,6 @@
 #include "merge/child_index.h"
 
+#include <algorithm>
 #include <functional>
 #include <utility>
 
@@ -10,27 +11,54 @@ namespace {
 
 constexpr std::size_t kFewChildren = 16;
 
-std::size_t HashOfName(std::string_view name) { return std::hash<std::string_view>()(name); }
-
-std::size_t HashOfId(std::int32_t id) {
-  // Identifiers come in runs and in multiples; the multiplication spreads both.
-  return static_cast<std::size_t>((static_cast<std::uint32_t>(id) * 0x9E3779B97F4A7C15ULL) >> 32);
+// Numbers and addresses come in runs and in multiples; the multiplication spreads both.
+std::size_t Spread(std::uint64_t key) {
+  return static_cast<std::size_t>((key * 0x9E3779B97F4A7C15ULL) >> 32);
 }
+
+// The DOM keeps every name once.
+bool IsSameName(std::string_view a, std::string_view b) { return a.data() == b.data(); }
+
+std::size_t HashOfName(std::string_view name) {
+  return Spread(std::hash<const void*>()(name.data()));
+}
+
+std::size_t HashOfId(std::int32_t id) { return Spread(static_cast<std::uint32_t>(id)); }
 
 }  // namespace
 
-ChildIndex::ChildIndex(const XmlNode& element)
-    : numbersContainers_(HoldsNumberedContainers(element.Name())) {
-  children_.reserve(element.CountChildren());
-  for (XmlNode child = ThisOrNextElement(element.FirstChild()); child;) {
-    XmlNode next = ThisOrNextElement(child.NextSibling());
-    Add(std::move(child));
-    child = std::move(next);
+ChildIndex::ChildIndex(const XmlNode& element, std::string_view name)
+    : element_(element), numbersContainers_(HoldsNumberedContainers(name)) {}
+
+ChildIndex::Position ChildIndex::First(const ChildKey& key) {
+  const auto matches = [&](const Child& child) {
+    return IsSameName(child.name, key.name) || (key.id && child.id == key.id);
+  };
+  Position found = std::min(FirstNamed(key.name), key.id ? FirstWithId(*key.id) : kNone);
+  while (found == kNone && VisitNext()) {
+    if (matches(children_.back())) found = static_cast<Position>(children_.size() - 1);
   }
+  return found;
+}
+
+bool ChildIndex::VisitNext() {
+  XmlNode child =
+      ThisOrNextElement(lastVisited_ ? lastVisited_.NextSibling() : element_.FirstChild());
+  if (!child) return false;
+  lastVisited_ = child;
+  const std::string_view name = child.Name();
+  const ElementIdReading id = ReadIdText(child, name);
+  if (numbersContainers_) summary_.Take(child, name, id);
+  if (!idElement_ && name == kIdElementName) idElement_ = child;
+  const bool canBeFound = FirstNamed(name) == kNone || (id.id && FirstWithId(*id.id) == kNone);
+  if (canBeFound) Add({std::move(child), name, id.id});
+  return true;
 }
 
 ChildIndex::Position ChildIndex::FirstNamed(std::string_view name) const {
-  const auto isNamed = [&](Position position) { return children_[position].name == name; };
+  const auto isNamed = [&](Position position) {
+    return IsSameName(children_[position].name, name);
+  };
   if (tables_ != nullptr) return tables_->byName.Find(HashOfName(name), isNamed);
   for (Position position = 0; position < children_.size(); ++position) {
     if (isNamed(position)) return position;
@@ -47,17 +75,8 @@ ChildIndex::Position ChildIndex::FirstWithId(std::int32_t id) const {
   return kNone;
 }
 
-std::optional<ContainerSummary> ChildIndex::Summary() const {
-  return numbersContainers_ ? summary_.Result() : std::nullopt;
-}
-
-void ChildIndex::Append(const XmlNode& child) { Add(child); }
-
-void ChildIndex::Add(XmlNode child) {
-  const std::string_view name = child.Name();
-  const ElementIdReading id = ReadIdText(child);
-  if (numbersContainers_) summary_.Take(child, id);
-  children_.push_back({std::move(child), name, id.id, false, nullptr});
+void ChildIndex::Add(Child child) {
+  children_.push_back(std::move(child));
   if (tables_ != nullptr) {
     const Position added = static_cast<Position>(children_.size() - 1);
     EnterName(added);
@@ -75,7 +94,8 @@ void ChildIndex::EnterName(Position position) {
   const std::string_view name = children_[position].name;
   if (FirstNamed(name) != kNone) return;
   tables_->byName.Put(
-      HashOfName(name), position, [&](Position other) { return children_[other].name == name; },
+      HashOfName(name), position,
+      [&](Position other) { return IsSameName(children_[other].name, name); },
       [&](Position other) { return HashOfName(children_[other].name); });
 }
 
@@ -87,27 +107,40 @@ void ChildIndex::EnterId(Position position) {
       [&](Position other) { return HashOfId(*children_[other].id); });
 }
 
+XmlNode ChildIndex::IdElement() {
+  while (!idElement_ && VisitNext()) {
+  }
+  return idElement_;
+}
+
+std::optional<ContainerSummary> ChildIndex::Summary() {
+  if (!numbersContainers_) return std::nullopt;
+  while (VisitNext()) {
+  }
+  return summary_.Result();
+}
+
 void ChildIndex::ReadIdAgain(Position position) {
   Child& child = children_[position];
   if (child.id || ContainerKindOf(child.name) == ContainerKind::kNone) return;
-  // A kept index finds the "ID" child of a child that is matched again and again without a walk.
-  const ElementIdReading reading =
-      child.kept == nullptr ? ReadIdText(child.node) : ReadIdChild(child.kept->FirstElement("ID"));
+  // A kept index finds the ID of a child that is matched again and again without a walk.
+  const auto kept = kept_.find(position);
+  const ElementIdReading reading = kept == kept_.end() ? ReadIdText(child.node, child.name)
+                                                       : ReadIdChild(kept->second->IdElement());
   if (numbersContainers_) summary_.TakeLateId(reading);
   child.id = reading.id;
   if (tables_ != nullptr) EnterId(position);
 }
 
-XmlNode ChildIndex::FirstElement(std::string_view name) const {
-  const Position position = FirstNamed(name);
-  return position == kNone ? XmlNode() : Node(position);
-}
-
 ChildIndex* ChildIndex::KeptIndexOf(Position position) {
-  Child& child = children_[position];
-  if (!std::exchange(child.askedBefore, true)) return nullptr;
-  if (child.kept == nullptr) child.kept = std::make_unique<ChildIndex>(child.node);
-  return child.kept.get();
+  if (askedBefore_.size() <= position) askedBefore_.resize(children_.size());
+  if (!askedBefore_[position]) {
+    askedBefore_[position] = true;
+    return nullptr;
+  }
+  std::unique_ptr<ChildIndex>& kept = kept_[position];
+  if (kept == nullptr) kept = std::make_unique<ChildIndex>(Node(position), Name(position));
+  return kept.get();
 }
 
 }  // namespace carrovan

@@ -20,9 +20,9 @@ XmlNode LeadingText(const XmlNode& element) {
   return first && first.IsText() ? first : XmlNode();
 }
 
-ElementIdReading ReadIdText(const XmlNode& element) {
-  if (ContainerKindOf(element.Name()) == ContainerKind::kNone) return {};
-  return ReadIdChild(FirstChildElement(element, "ID"));
+ElementIdReading ReadIdText(const XmlNode& element, std::string_view name) {
+  if (ContainerKindOf(name) == ContainerKind::kNone) return {};
+  return ReadIdChild(FirstChildElement(element, kIdElementName));
 }
 
 ElementIdReading ReadIdChild(const XmlNode& idElement) {
@@ -31,7 +31,9 @@ ElementIdReading ReadIdChild(const XmlNode& idElement) {
   return {true, ReadWholeInteger(text.Text())};
 }
 
-std::optional<std::int32_t> ReadElementId(const XmlNode& element) { return ReadIdText(element).id; }
+std::optional<std::int32_t> ReadElementId(const XmlNode& element) {
+  return ReadIdText(element, element.Name()).id;
+}
 
 XmlNode FindContainerSizeText(const XmlNode& element) {
   if (!HoldsNumberedContainers(element.Name())) return {};

@@ -17,12 +17,15 @@ XmlNode FirstChildElement(const XmlNode& element, std::string_view name);
 // The first child when it is a text node; otherwise none.
 XmlNode LeadingText(const XmlNode& element);
 
-// What the first "ID" child of a container says. Other elements have no ID.
+inline constexpr std::string_view kIdElementName = "ID";
+
+// What the first "ID" child of a container says. Other elements have no ID. The name is the
+// element's.
 struct ElementIdReading {
   bool hasText = false;            // the "ID" child begins with a text node,
   std::optional<std::int32_t> id;  // which reads as this number
 };
-ElementIdReading ReadIdText(const XmlNode& element);
+ElementIdReading ReadIdText(const XmlNode& element, std::string_view name);
 
 // The same, of the "ID" child itself or of none.
 ElementIdReading ReadIdChild(const XmlNode& idElement);

@@ -7,8 +7,7 @@
 
 namespace carrovan {
 
-void SummaryReader::Take(const XmlNode& child, const ElementIdReading& id) {
-  const std::string_view name = child.Name();
+void SummaryReader::Take(const XmlNode& child, std::string_view name, const ElementIdReading& id) {
   if (name == "Size") return TakeSize(child);
   if (ContainerKindOf(name) == ContainerKind::kNone) return;
   if (const std::optional<std::int32_t> suffix = SuffixNumber(name)) {
@@ -53,7 +52,8 @@ std::optional<ContainerSummary> ReadContainerSummary(const XmlNode& element) {
   SummaryReader reader;
   for (XmlNode child = ThisOrNextElement(element.FirstChild()); child;
        child = ThisOrNextElement(child.NextSibling())) {
-    reader.Take(child, ReadIdText(child));
+    const std::string_view name = child.Name();
+    reader.Take(child, name, ReadIdText(child, name));
   }
   return reader.Result();
 }

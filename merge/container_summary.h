@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string_view>
 
 #include "merge/container.h"
 #include "platform/xml_node.h"
@@ -19,8 +20,8 @@ struct ContainerSummary {
 // are appended, and then says what a fresh reading would.
 class SummaryReader {
  public:
-  // `id` is the child's, and is looked at when the child is a container.
-  void Take(const XmlNode& child, const ElementIdReading& id);
+  // The name and the ID are the child's; one that is not a container has no ID.
+  void Take(const XmlNode& child, std::string_view name, const ElementIdReading& id);
 
   // A container that was taken without an ID has one now.
   void TakeLateId(const ElementIdReading& id);

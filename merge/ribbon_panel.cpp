@@ -60,9 +60,8 @@ bool MergeRibbonPanel(const XmlNode& oldPanel, const XmlNode& newPanel, XmlDocum
   if (!oldPanel || !newPanel || !IsPanel(oldPanel) || !IsPanel(newPanel)) return false;
   std::vector<sRibbonElement> first;
   if (!ReadRibbonElements(oldPanel, first)) return false;
-  std::vector<sRibbonElement> second;
-  // The second list comes from the old panel as well.
-  if (!ReadRibbonElements(oldPanel, second)) second = first;
+  // The second list comes from the old panel as well, which reads the same again.
+  std::vector<sRibbonElement> second = first;
   if (!MergeRibbonElementArrays(first, second)) return false;
   RewriteRibbonElements(newPanel, second, newDocument);
   return true;

@@ -1,10 +1,10 @@
 #include "merge/xml_merge.h"
 
-#include <algorithm>
 #include <memory>
 #include <optional>
 #include <stack>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "merge/child_index.h"
@@ -16,9 +16,7 @@
 namespace carrovan {
 namespace {
 
-void CarryText(const XmlNode& oldElement, const XmlNode& newElement) {
-  const XmlNode oldText = LeadingText(oldElement);
-  if (!oldText) return;
+void CarryText(const XmlNode& oldText, const XmlNode& newElement) {
   const XmlNode newText = LeadingText(newElement);
   // A text that the DOM refuses to change stays as it is, and the merge goes on.
   if (newText) static_cast<void>(newText.CopyTextFrom(oldText));
@@ -29,8 +27,8 @@ struct Level {
   XmlNode oldChild;  // the next one to merge; none when the pair is done
   XmlNode newElement;
   ChildIndex* newChildren = nullptr;
-  std::unique_ptr<ChildIndex> ownedChildren;  // null when another index keeps them
-  std::optional<ContainerSummary> summary;    // as it was at the start, counted on by this pair
+  std::optional<ChildIndex> ownedChildren;  // none when another index keeps them
+  std::optional<ContainerSummary> summary;  // as it was at the start, counted on by this pair
   ChildIndex::Position descendedInto = ChildIndex::kNone;
 };
 
@@ -41,40 +39,43 @@ class NodeMerge {
   explicit NodeMerge(XmlDocument& newDocument) : newDocument_(newDocument) {}
 
   void Run(const XmlNode& oldElement, const XmlNode& newElement) {
-    XmlNode oldChild = MergeOwnValue(oldElement, newElement);
-    if (oldChild) Enter(std::move(oldChild), newElement, nullptr);
+    const std::string_view name = newElement.Name();
+    XmlNode oldChild = MergeOwnValue(oldElement, newElement, name);
+    if (oldChild) Start(levels_.emplace(), std::move(oldChild), newElement, name, nullptr);
     while (!levels_.empty()) MergeNextChild();
   }
 
  private:
   // The old element's first child to be merged, when there is one.
-  static XmlNode MergeOwnValue(const XmlNode& oldElement, const XmlNode& newElement);
-  void Enter(XmlNode oldChild, const XmlNode& newElement, ChildIndex* keptChildren);
+  static XmlNode MergeOwnValue(const XmlNode& oldElement, const XmlNode& newElement,
+                               std::string_view newName);
+  static void Start(Level& level, XmlNode oldChild, const XmlNode& newElement,
+                    std::string_view newName, ChildIndex* keptChildren);
   void MergeNextChild();
   void MergeChild(Level& level, const XmlNode& oldChild);
   void Descend(Level& level, const XmlNode& oldElement, ChildIndex::Position match);
-  void AppendNumbered(Level& level, const XmlNode& oldChild);
-  static ChildIndex::Position FindMatch(const ChildIndex& newChildren, const XmlNode& oldChild,
-                                        ContainerKind kind);
+  void AppendNumbered(Level& level, const XmlNode& oldChild, std::string_view oldName);
+  static ChildKey KeyOf(const XmlNode& oldChild, std::string_view name, ContainerKind kind);
 
   XmlDocument& newDocument_;
   std::stack<Level> levels_;
 };
 
-XmlNode NodeMerge::MergeOwnValue(const XmlNode& oldElement, const XmlNode& newElement) {
-  if (IsValueElementName(newElement.Name())) return {};
-  CarryText(oldElement, newElement);
-  return ThisOrNextElement(oldElement.FirstChild());
+XmlNode NodeMerge::MergeOwnValue(const XmlNode& oldElement, const XmlNode& newElement,
+                                 std::string_view newName) {
+  if (IsValueElementName(newName)) return {};
+  XmlNode first = oldElement.FirstChild();
+  if (first && first.IsText()) CarryText(first, newElement);
+  return ThisOrNextElement(std::move(first));
 }
 
-void NodeMerge::Enter(XmlNode oldChild, const XmlNode& newElement, ChildIndex* keptChildren) {
-  Level level;
+void NodeMerge::Start(Level& level, XmlNode oldChild, const XmlNode& newElement,
+                      std::string_view newName, ChildIndex* keptChildren) {
   level.oldChild = std::move(oldChild);
   level.newElement = newElement;
-  if (keptChildren == nullptr) level.ownedChildren = std::make_unique<ChildIndex>(newElement);
-  level.newChildren = keptChildren == nullptr ? level.ownedChildren.get() : keptChildren;
+  level.newChildren =
+      keptChildren == nullptr ? &level.ownedChildren.emplace(newElement, newName) : keptChildren;
   level.summary = level.newChildren->Summary();
-  levels_.push(std::move(level));
 }
 
 void NodeMerge::MergeNextChild() {
@@ -91,55 +92,53 @@ void NodeMerge::MergeNextChild() {
 }
 
 void NodeMerge::MergeChild(Level& level, const XmlNode& oldChild) {
-  const ContainerKind kind = ContainerKindOf(oldChild.Name());
-  const ChildIndex::Position match = FindMatch(*level.newChildren, oldChild, kind);
+  const std::string_view name = oldChild.Name();
+  const ContainerKind kind = ContainerKindOf(name);
+  const ChildIndex::Position match = level.newChildren->First(KeyOf(oldChild, name, kind));
   if (match != ChildIndex::kNone && kind == ContainerKind::kPanel) {
     MergeRibbonPanel(oldChild, level.newChildren->Node(match), newDocument_);
   } else if (match != ChildIndex::kNone) {
     Descend(level, oldChild, match);
   } else if (kind != ContainerKind::kNone && level.summary) {
-    AppendNumbered(level, oldChild);
-  } else if (const XmlNode copy = level.newElement.AppendCopy(oldChild)) {
-    level.newChildren->Append(copy);
+    AppendNumbered(level, oldChild, name);
+  } else {
+    // A child that cannot be copied is left out.
+    static_cast<void>(level.newElement.AppendCopy(oldChild));
   }
 }
 
-ChildIndex::Position NodeMerge::FindMatch(const ChildIndex& newChildren, const XmlNode& oldChild,
-                                          ContainerKind kind) {
-  if (kind == ContainerKind::kNone) return newChildren.FirstNamed(oldChild.Name());
-  const std::optional<std::int32_t> id = ReadElementId(oldChild);
-  const ChildIndex::Position byId = id ? newChildren.FirstWithId(*id) : ChildIndex::kNone;
-  if (kind != ContainerKind::kState) return byId;
-  return std::min(byId, newChildren.FirstNamed(oldChild.Name()));
+ChildKey NodeMerge::KeyOf(const XmlNode& oldChild, std::string_view name, ContainerKind kind) {
+  if (kind == ContainerKind::kNone) return {name, std::nullopt};
+  const std::optional<std::int32_t> id = ReadIdText(oldChild, name).id;
+  return {kind == ContainerKind::kState ? name : std::string_view(), id};
 }
 
 void NodeMerge::Descend(Level& level, const XmlNode& oldElement, ChildIndex::Position match) {
   const XmlNode newElement = level.newChildren->Node(match);
-  XmlNode oldChild = MergeOwnValue(oldElement, newElement);
+  const std::string_view name = level.newChildren->Name(match);
+  XmlNode oldChild = MergeOwnValue(oldElement, newElement, name);
   if (!oldChild) return;
   // Nothing is left to do on this level after its last child, so a chain of any depth needs no
   // stack. An index that is kept must still learn of an ID that the child gains.
-  const bool lastOfLevel = !level.oldChild && level.ownedChildren != nullptr;
+  const bool lastOfLevel = !level.oldChild && level.ownedChildren.has_value();
   if (lastOfLevel) {
-    levels_.pop();
-    Enter(std::move(oldChild), newElement, nullptr);
+    Start(level, std::move(oldChild), newElement, name, nullptr);
   } else {
     level.descendedInto = match;
-    Enter(std::move(oldChild), newElement, level.newChildren->KeptIndexOf(match));
+    Start(levels_.emplace(), std::move(oldChild), newElement, name,
+          level.newChildren->KeptIndexOf(match));
   }
 }
 
-void NodeMerge::AppendNumbered(Level& level, const XmlNode& oldChild) {
+void NodeMerge::AppendNumbered(Level& level, const XmlNode& oldChild, std::string_view oldName) {
   ContainerSummary& summary = *level.summary;
   const std::int32_t suffix = WrappingSum(summary.highestSuffix, 1);
   const std::int32_t size = WrappingSum(summary.size, 1);
-  const std::string name =
-      std::string(ElementBaseName(oldChild.Name())) + "-" + std::to_string(suffix);
+  const std::string name = std::string(ElementBaseName(oldName)) + "-" + std::to_string(suffix);
   const XmlNode created = newDocument_.CreateElement(name);
   if (!created) return;
   CopyChildNodes(oldChild, created);
   if (!level.newElement.AppendChild(created)) return;
-  level.newChildren->Append(created);
   // Without a place for the size the number stays free, and the next container takes it too.
   if (!summary.sizeText || !summary.sizeText.SetText(std::to_wstring(size))) return;
   level.newChildren->NoteSizeWritten(size);

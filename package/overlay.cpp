@@ -33,20 +33,6 @@ bool ArchiveChangedFiles(const Overlay& overlay, const std::wstring& archive,
   return package.outcome == ArchiveResult::kDone && package.skipped.empty();
 }
 
-bool LayOverProfile(const Overlay& overlay, ImportReport& report) {
-  if (overlay.applicationDataRoot.empty()) {
-    report.problems.push_back(L"The user's application-data folder cannot be told");
-    return false;
-  }
-  const std::wstring archive = overlay.context.stagingFolder + kOverlayArchive;
-  const bool archived = ArchiveChangedFiles(overlay, archive, report);
-  const ExtractReport extracted =
-      ExtractArchive(overlay.machine.archives, overlay.machine.files, overlay.view, archive,
-                     overlay.applicationDataRoot);
-  report.unextracted += extracted.failed;
-  return archived && extracted.opened && extracted.failed == 0;
-}
-
 void KeepStagingFolder(const Overlay& overlay, ImportReport& report) {
   ProductContext& context = overlay.context;
   report.problems.push_back(L"What is not in place is kept in " + context.stagingFolder);
@@ -73,6 +59,20 @@ void ImportRegistryFolder(const std::wstring& folder, const FileReader& files, R
       report.problems.push_back(L"Not imported into the registry: " + file);
     }
   }
+}
+
+bool LayOverProfile(const Overlay& overlay, ImportReport& report) {
+  if (overlay.applicationDataRoot.empty()) {
+    report.problems.push_back(L"The user's application-data folder cannot be told");
+    return false;
+  }
+  const std::wstring archive = overlay.context.stagingFolder + kOverlayArchive;
+  const bool archived = ArchiveChangedFiles(overlay, archive, report);
+  const ExtractReport extracted =
+      ExtractArchive(overlay.machine.archives, overlay.machine.files, overlay.view, archive,
+                     overlay.applicationDataRoot);
+  report.unextracted += extracted.failed;
+  return archived && extracted.opened && extracted.failed == 0;
 }
 
 void ApplyOverlay(const Overlay& overlay, ImportReport& report) {

@@ -19,6 +19,11 @@ struct Overlay {
 void ImportRegistryFolder(const std::wstring& folder, const FileReader& files, RegistryTool& tool,
                           ImportReport& report);
 
+// Lays the staging folder's "Local" and "Roaming" over the user's application data, by way of an
+// archive in the staging folder. Files of the same name are replaced, others stay. False when
+// something is not in place.
+bool LayOverProfile(const Overlay& overlay, ImportReport& report);
+
 // Imports the registry files in the staging folder's "Options" and "Register", lays its "Local" and
 // "Roaming" over the user's application data and removes the staging folder. Files of the same name
 // are replaced, others stay. When something could not be put in place, the staging folder stays as

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,13 +22,12 @@ class XmlNodeOperations {
   virtual std::string_view Name(Handle node) const = 0;
   virtual Handle FirstChild(Handle node) const = 0;
   virtual Handle NextSibling(Handle node) const = 0;
-  virtual std::size_t CountChildren(Handle node) const = 0;
   virtual std::wstring Text(Handle node) const = 0;
   virtual std::optional<std::wstring> Attribute(Handle node, std::string_view name) const = 0;
   [[nodiscard]] virtual bool SetText(Handle node, std::wstring_view text) const = 0;
   [[nodiscard]] virtual bool CopyText(Handle target, Handle source) const = 0;
   [[nodiscard]] virtual bool AppendChild(Handle parent, Handle child) const = 0;
-  virtual Handle AppendCopy(Handle parent, Handle source) const = 0;
+  [[nodiscard]] virtual bool AppendCopy(Handle parent, Handle source) const = 0;
   [[nodiscard]] virtual bool RemoveChild(Handle parent, Handle child) const = 0;
 };
 
@@ -63,13 +61,12 @@ class XmlNode {
 
   // The node's name with its prefix, as UTF-8 because every comparison of a merge asks for it.
   // Other nodes than elements answer "#text", "#comment" or an instruction's target. The view holds
-  // as long as the node's document.
+  // as long as the node's document. A session keeps each element name once: elements of the same
+  // name, in whichever of its documents, answer the same address.
   std::string_view Name() const { return operations_->Name(handle_); }
 
   XmlNode FirstChild() const { return {*operations_, operations_->FirstChild(handle_)}; }
   XmlNode NextSibling() const { return {*operations_, operations_->NextSibling(handle_)}; }
-  // Without making a node of each.
-  std::size_t CountChildren() const { return operations_->CountChildren(handle_); }
 
   // The text of the node, or of all text and CDATA below it, as stored: nothing is trimmed.
   std::wstring Text() const { return operations_->Text(handle_); }
@@ -93,9 +90,9 @@ class XmlNode {
     return operations_->AppendChild(handle_, child.handle_);
   }
   // Makes a deep copy, attributes included, the last child. The source may belong to another
-  // document of the same session. Gives the copy; no node, and nothing appended, on failure.
-  XmlNode AppendCopy(const XmlNode& source) const {
-    return {*operations_, operations_->AppendCopy(handle_, source.handle_)};
+  // document of the same session. Nothing is appended on failure.
+  [[nodiscard]] bool AppendCopy(const XmlNode& source) const {
+    return operations_->AppendCopy(handle_, source.handle_);
   }
   [[nodiscard]] bool RemoveChild(const XmlNode& child) const {
     return operations_->RemoveChild(handle_, child.handle_);

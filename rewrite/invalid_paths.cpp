@@ -1,10 +1,13 @@
 #include "rewrite/invalid_paths.h"
 
+#include <algorithm>
 #include <cstring>
 #include <optional>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
+#include "platform/path_text.h"
 #include "platform/text.h"
 
 namespace carrovan {
@@ -93,31 +96,32 @@ class PathChecker {
  public:
   explicit PathChecker(const FileReader& files) : files_(files) {}
 
-  // The path as it stands in the file, with its escaping.
+  // `bytes` is the path as it stands in the file, `text` what they stand for, with its escaping.
   bool Exists(std::string_view bytes, std::u16string_view text) {
     const auto [known, isNew] = paths_.try_emplace(bytes, false);
-    if (isNew) known->second = FolderMayHold(text) && files_.Exists(PathOf(text));
+    if (isNew) {
+      const std::wstring path = ReplaceAll(FromUtf16(text), L"\\\\", L"\\");
+      known->second = FolderMayHold(path) && files_.Exists(path);
+    }
     return known->second;
   }
 
  private:
-  static std::wstring PathOf(std::u16string_view text) {
-    return ReplaceAll(FromUtf16(text), L"\\\\", L"\\");
-  }
-
-  bool FolderMayHold(std::u16string_view text) {
-    const std::size_t end = text.find_last_of(u"\\/");
-    // Steps back may lead out of a folder that is not there; a root is left to the system.
-    if (end < 4 || text.find(u"..") != std::u16string_view::npos) return true;
-    const std::u16string_view folder = text.substr(0, end);
-    const auto [known, isNew] = folders_.try_emplace(std::u16string(folder), false);
-    if (isNew) known->second = files_.Exists(PathOf(folder));
+  bool FolderMayHold(std::wstring path) {
+    // Steps back may lead out of a folder that is not there.
+    if (path.find(L"..") != std::wstring::npos) return true;
+    std::ranges::replace(path, L'/', L'\\');
+    std::wstring folder = RemoveFileSpec(path);
+    const bool isRoot = RemoveFileSpec(folder) == folder;
+    if (isRoot) return true;
+    const auto [known, isNew] = folders_.try_emplace(std::move(folder), false);
+    if (isNew) known->second = files_.Exists(known->first);
     return known->second;
   }
 
   const FileReader& files_;
   std::unordered_map<std::string_view, bool> paths_;  // by their bytes in the file
-  std::unordered_map<std::u16string, bool> folders_;
+  std::unordered_map<std::wstring, bool> folders_;
 };
 
 // Whether the line's value is an absolute path that does not exist.
@@ -179,8 +183,8 @@ std::size_t DropInvalidPaths(std::string& fileBytes, const TextForm& form,
     CopyKept(body, form, verdict, fileBytes.data() + begin);
     fileBytes.resize(begin + verdict.keptBytes);
   } else {
-    std::string kept(begin + verdict.keptBytes, '\0');
-    std::memcpy(kept.data(), fileBytes.data(), begin);
+    std::string kept(form.Mark(fileBytes));
+    kept.resize(begin + verdict.keptBytes);
     CopyKept(body, form, verdict, kept.data() + begin);
     fileBytes.swap(kept);
   }

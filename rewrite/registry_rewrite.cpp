@@ -12,6 +12,7 @@ namespace {
 
 std::vector<UnitReplacement> InUnits(const std::vector<Replacement>& replacements) {
   std::vector<UnitReplacement> units;
+  units.reserve(replacements.size());
   for (const Replacement& each : replacements) {
     units.push_back({ToUtf16(each.search), ToUtf16(each.replacement)});
   }

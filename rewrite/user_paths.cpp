@@ -56,6 +56,7 @@ std::size_t ReplaceNamesBehind(std::u16string_view prefix, std::u16string& text,
     const std::size_t own = OwnLength(all.substr(end), rule);
     const std::size_t length = own > 0 ? own : NameLength(all.substr(end), rule.inXml);
     if (own == 0 && length > 0) {
+      if (count == 0) result.reserve(text.size() + text.size() / 8);
       result.append(all.substr(copied, end - copied)).append(rule.name);
       copied = end + length;
       ++count;
@@ -63,7 +64,10 @@ std::size_t ReplaceNamesBehind(std::u16string_view prefix, std::u16string& text,
     end += length;
     hit = FindUnits(all, prefix, end);
   }
-  if (count > 0) text = result.append(all.substr(copied));
+  if (count > 0) {
+    result.append(all.substr(copied));
+    text.swap(result);
+  }
   return count;
 }
 

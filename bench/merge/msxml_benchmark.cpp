@@ -81,17 +81,18 @@ constexpr int kElements[] = {1'000, 10'000, 100'000};
 constexpr int kDeepest = 250;  // MSXML refuses more than 256 levels
 constexpr const char* kWideShapes[] = {"wide", "numbered", "names", "panels", "ribbon"};
 
-void MeasureAll(int repetitions) {
+void MeasureAll(int repetitions, const std::wstring& onlyShape) {
   for (const char* shape : kWideShapes) {
+    if (!onlyShape.empty() && onlyShape != FromUtf8(shape)) continue;
     for (const int elements : kElements) Measure(shape, elements, repetitions);
   }
-  Measure("deep", kDeepest, repetitions);
+  if (onlyShape.empty() || onlyShape == L"deep") Measure("deep", kDeepest, repetitions);
 }
 
 }  // namespace
 }  // namespace carrovan
 
 int wmain(int argc, wchar_t** argv) {
-  carrovan::MeasureAll(argc > 1 ? std::stoi(argv[1]) : 5);
+  carrovan::MeasureAll(argc > 1 ? std::stoi(argv[1]) : 5, argc > 2 ? argv[2] : L"");
   return 0;
 }

@@ -7,11 +7,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool HasPermission(const fs::path& path, fs::perms permission) {
-  std::error_code error;
-  const fs::file_status status = fs::status(path, error);
+bool HasPermission(const fs::file_status& status, fs::perms permission) {
   if (!fs::exists(status) || status.permissions() == fs::perms::unknown) return true;
   return (status.permissions() & permission) != fs::perms::none;
+}
+
+fs::file_status StatusOf(const fs::path& path) {
+  std::error_code error;
+  return fs::status(path, error);
 }
 
 constexpr std::pair<std::errc, SystemCode> kCodes[] = {
@@ -35,9 +38,15 @@ constexpr std::pair<std::errc, SystemCode> kCodes[] = {
 
 }  // namespace
 
-bool OwnerMayRead(const fs::path& path) { return HasPermission(path, fs::perms::owner_read); }
+bool OwnerMayRead(const fs::path& path) {
+  return HasPermission(StatusOf(path), fs::perms::owner_read);
+}
 
-bool OwnerMayWrite(const fs::path& path) { return HasPermission(path, fs::perms::owner_write); }
+bool OwnerMayWrite(const fs::path& path) { return OwnerMayWrite(StatusOf(path)); }
+
+bool OwnerMayWrite(const fs::file_status& status) {
+  return HasPermission(status, fs::perms::owner_write);
+}
 
 bool MayPutFile(const fs::path& path) {
   return OwnerMayWrite(path) && OwnerMayWrite(path.parent_path());
@@ -56,8 +65,9 @@ SystemCode MissingCode(const fs::path& path) {
 SystemCode CodeOfParent(const fs::path& path) {
   const fs::path parent = path.parent_path();
   if (parent.empty()) return kSystemOk;
-  if (!LeadsToFolder(parent)) return kPathNotFound;
-  return OwnerMayWrite(parent) ? kSystemOk : kAccessDenied;
+  const fs::file_status status = StatusOf(parent);
+  if (!fs::is_directory(status)) return kPathNotFound;
+  return OwnerMayWrite(status) ? kSystemOk : kAccessDenied;
 }
 
 SystemCode SystemCodeOf(const std::error_code& error) {

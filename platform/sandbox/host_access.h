@@ -12,6 +12,7 @@ namespace carrovan {
 // nothing can be learned about the file, the answer is true and the operation itself will fail.
 bool OwnerMayRead(const std::filesystem::path& path);
 bool OwnerMayWrite(const std::filesystem::path& path);
+bool OwnerMayWrite(const std::filesystem::file_status& status);
 
 // True when a file may be created at the path, or the one that is there replaced.
 bool MayPutFile(const std::filesystem::path& path);

@@ -69,8 +69,9 @@ SystemCode HostFileSystem::ReadFolder(const std::wstring& folder,
   std::error_code error;
   for (fs::directory_iterator entry(*host, error), end; !error && entry != end;
        entry.increment(error)) {
-    read.push_back({TextFromHostName(entry->path().filename()), LeadsToFolder(entry->path()),
-                    fs::is_symlink(StatusAt(entry->path()))});
+    std::error_code unknown;  // of an entry that has gone or leads nowhere
+    read.push_back({TextFromHostName(entry->path().filename()), entry->is_directory(unknown),
+                    entry->is_symlink(unknown)});
   }
   if (error) return SystemCodeOf(error);
   std::sort(read.begin(), read.end(), ListedBefore);
@@ -103,7 +104,8 @@ SystemCode HostFileSystem::CreateEmptyFile(const std::wstring& path) {
 SystemCode HostFileSystem::RemoveFile(const std::wstring& path) {
   const auto host = paths_.ToHost(path);
   if (!host) return kInvalidName;
-  switch (StatusAt(*host).type()) {
+  const fs::file_status status = StatusAt(*host);
+  switch (status.type()) {
     case fs::file_type::not_found:
       return MissingCode(*host);
     case fs::file_type::directory:
@@ -111,7 +113,7 @@ SystemCode HostFileSystem::RemoveFile(const std::wstring& path) {
     case fs::file_type::symlink:
       return LeadsToFolder(*host) ? kAccessDenied : Remove(*host);
     default:
-      return OwnerMayWrite(*host) ? Remove(*host) : kAccessDenied;
+      return OwnerMayWrite(status) ? Remove(*host) : kAccessDenied;
   }
 }
 

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
+#include <string_view>
 
 #include "platform/sandbox/libxml2_copy.h"
 #include "platform/sandbox/libxml2_text_filter.h"
@@ -30,6 +32,7 @@ struct Freer {
   }
 };
 
+using DictOwner = std::unique_ptr<xmlDict, Freer<xmlDictFree>>;
 using DocOwner = std::unique_ptr<xmlDoc, Freer<xmlFreeDoc>>;
 using NodeOwner = std::unique_ptr<xmlNode, Freer<xmlFreeNode>>;
 struct TextFreer {
@@ -81,24 +84,40 @@ std::wstring ProblemOf(xmlParserCtxt& parser, bool hasTypeDefinition) {
   return L"line " + std::to_wstring(error->line) + L": " + text;
 }
 
+// Gives the parser what it asks for; `source` is the text that it has not read yet. Given all at
+// once, the text would be copied as a whole.
+int ReadOn(void* source, char* buffer, int length) {
+  auto& unread = *static_cast<std::string_view*>(source);
+  const std::size_t count = unread.copy(buffer, static_cast<std::size_t>(length));
+  unread.remove_prefix(count);
+  return static_cast<int>(count);
+}
+
+// A parser that keeps its names in the given dictionary; null when there is no memory.
+ParserOwner NewParser(xmlDict& names) {
+  ParserOwner parser(xmlNewParserCtxt());
+  if (parser == nullptr) return nullptr;
+  xmlDictFree(parser->dict);
+  parser->dict = &names;
+  xmlDictReference(&names);
+  return parser;
+}
+
 // Says what is wrong when there is no document.
-DocOwner Parse(const std::string& bytes, std::wstring& problem) {
+DocOwner Parse(std::string_view bytes, xmlDict& names, std::wstring& problem) {
   problem = L"the document cannot be held in memory";
   if (bytes.size() > std::size_t{std::numeric_limits<int>::max()}) return nullptr;
-  const ParserOwner parser(xmlNewParserCtxt());
+  const ParserOwner parser = NewParser(names);
   if (parser == nullptr) return nullptr;
   BlankTextFilter filter;
   filter.AttachTo(*parser);
-  DocOwner document(xmlCtxtReadMemory(parser.get(), bytes.data(), static_cast<int>(bytes.size()),
-                                      nullptr, nullptr, kParseOptions));
+  DocOwner document(
+      xmlCtxtReadIO(parser.get(), ReadOn, nullptr, &bytes, nullptr, nullptr, kParseOptions));
   const bool accepted = parser->wellFormed != 0 && parser->nsWellFormed != 0 &&
                         !filter.SawTypeDefinition() && document != nullptr;
-  if (!accepted) {
-    problem = ProblemOf(*parser, filter.SawTypeDefinition());
-    return nullptr;
-  }
-  if (document->dict == nullptr) document->dict = xmlDictCreate();
-  return document->dict == nullptr ? nullptr : std::move(document);
+  if (accepted) return document;
+  problem = ProblemOf(*parser, filter.SawTypeDefinition());
+  return nullptr;
 }
 
 std::string DeclarationOf(const xmlDoc& document) {
@@ -142,7 +161,7 @@ bool Serialize(xmlDoc& document, std::string& bytes) {
 
 class LibXml2Document : private XmlNodeOperations, public XmlDocument {
  public:
-  explicit LibXml2Document(FileSystem& files) : files_(files) {}
+  LibXml2Document(FileSystem& files, xmlDict& names) : files_(files), names_(names) {}
 
   bool Load(const std::wstring& path) override {
     std::string bytes;
@@ -151,7 +170,7 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
       return false;
     }
     detached_.reset();
-    document_ = Parse(bytes, problem_);
+    document_ = Parse(bytes, names_, problem_);
     loadedBytes_ = bytes.size();
     if (document_ == nullptr) return false;
     detached_.reset(NewElement(*document_, kDetachedName));
@@ -175,7 +194,8 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
 
   bool Save(const std::wstring& path) override {
     std::string bytes;
-    bytes.reserve(loadedBytes_ + loadedBytes_ / 4);  // growing step by step would copy it often
+    // Growing step by step would copy it often; room that stays empty takes no memory.
+    bytes.reserve(2 * loadedBytes_);
     return document_ != nullptr && Serialize(*document_, bytes) &&
            files_.WriteBytes(path, bytes) == kSystemOk;
   }
@@ -203,7 +223,10 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
     if (node.type != XML_ELEMENT_NODE || node.ns == nullptr || node.ns->prefix == nullptr) {
       return AsChars(node.name);
     }
-    return AsChars(xmlDictQLookup(node.doc->dict, node.ns->prefix, node.name));
+    const std::string name = std::string(AsChars(node.ns->prefix)) + ":" + AsChars(node.name);
+    const xmlChar* const kept = xmlDictLookup(&names_, AsXmlText(name), -1);
+    if (kept == nullptr) throw std::bad_alloc();
+    return AsChars(kept);
   }
 
   Handle FirstChild(Handle handle) const override {
@@ -212,12 +235,6 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
   }
 
   Handle NextSibling(Handle handle) const override { return AsNode(handle)->next; }
-
-  std::size_t CountChildren(Handle handle) const override {
-    std::size_t count = 0;
-    for (Handle child = FirstChild(handle); child != nullptr; child = NextSibling(child)) ++count;
-    return count;
-  }
 
   std::wstring Text(Handle handle) const override {
     const xmlNode& node = *AsNode(handle);
@@ -259,8 +276,8 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
     return true;
   }
 
-  Handle AppendCopy(Handle parent, Handle source) const override {
-    return AppendDeepCopy(*AsNode(parent), *AsNode(source));
+  bool AppendCopy(Handle parent, Handle source) const override {
+    return AppendDeepCopy(*AsNode(parent), *AsNode(source)) != nullptr;
   }
 
   bool RemoveChild(Handle parent, Handle child) const override {
@@ -274,6 +291,7 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
   }
 
   FileSystem& files_;
+  xmlDict& names_;
   std::size_t loadedBytes_ = 0;
   std::wstring problem_;
   DocOwner document_;
@@ -282,16 +300,17 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
 
 class LibXml2Session : public XmlSession {
  public:
-  explicit LibXml2Session(FileSystem& files) : files_(files) {}
+  explicit LibXml2Session(FileSystem& files) : files_(files), names_(xmlDictCreate()) {}
 
-  bool Started() const override { return true; }
+  bool Started() const override { return names_ != nullptr; }
 
   std::unique_ptr<XmlDocument> NewDocument() override {
-    return std::make_unique<LibXml2Document>(files_);
+    return Started() ? std::make_unique<LibXml2Document>(files_, *names_) : nullptr;
   }
 
  private:
   FileSystem& files_;
+  DictOwner names_;  // of all documents, so that each name is there once
 };
 
 class LibXml2Dom : public XmlDom {

@@ -78,6 +78,20 @@ fs::path FindChild(const fs::path& folder, const std::wstring& component) {
   return Below(folder, found.empty() ? HostPathFromText(name) : found);
 }
 
+// Most paths are spelled as on disk: then one look is enough, or two for a new file.
+std::optional<fs::path> FindExact(const fs::path& drive,
+                                  const std::vector<std::wstring>& components) {
+  if (components.empty()) return std::nullopt;
+  fs::path parent = drive;
+  for (std::size_t i = 0; i + 1 < components.size(); ++i) {
+    parent = Below(std::move(parent), HostPathFromText(components[i]));
+  }
+  fs::path whole = Below(parent, HostPathFromText(components.back()));
+  if (IsThere(whole)) return whole;
+  if (!IsThere(parent)) return std::nullopt;
+  return FindChild(parent, components.back());
+}
+
 }  // namespace
 
 std::optional<fs::path> HostPathMapper::ToHost(const std::wstring& path) const {
@@ -94,10 +108,11 @@ std::optional<fs::path> DrivePathMapper::ToHost(const std::wstring& path) const 
   if (!BeginsWithDrive(path)) return HostPathMapper().ToHost(path);
   if (path.find(L'\0') != std::wstring::npos) return std::nullopt;
   const wchar_t letter = path[0] >= L'a' ? static_cast<wchar_t>(path[0] - L'a' + L'A') : path[0];
-  fs::path found = FindChild(root_, std::wstring(1, letter));
-  for (const std::wstring& component : Components(std::wstring_view(path).substr(2))) {
-    found = FindChild(found, component);
-  }
+  const std::vector<std::wstring> components = Components(std::wstring_view(path).substr(2));
+  const std::wstring drive(1, letter);
+  if (auto exact = FindExact(Below(root_, HostPathFromText(drive)), components)) return exact;
+  fs::path found = FindChild(root_, drive);
+  for (const std::wstring& component : components) found = FindChild(found, component);
   return found;
 }
 

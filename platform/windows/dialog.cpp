@@ -1,5 +1,6 @@
 #include "platform/windows/dialog.h"
 
+#include <bit>
 #include <exception>
 
 #include "platform/text.h"
@@ -40,9 +41,9 @@ std::optional<LRESULT> Dialog::OnMessage(UINT, WPARAM, LPARAM) { return std::nul
 INT_PTR CALLBACK Dialog::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == WM_INITDIALOG) {
     SetWindowLongPtrW(window, DWLP_USER, lParam);
-    reinterpret_cast<Dialog*>(lParam)->window_ = window;
+    std::bit_cast<Dialog*>(lParam)->window_ = window;
   }
-  auto* dialog = reinterpret_cast<Dialog*>(GetWindowLongPtrW(window, DWLP_USER));
+  auto* dialog = std::bit_cast<Dialog*>(GetWindowLongPtrW(window, DWLP_USER));
   if (dialog == nullptr) return FALSE;
   if (message == WM_NCDESTROY) {
     dialog->window_ = nullptr;
@@ -65,7 +66,7 @@ INT_PTR Dialog::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_COMMAND:
       return HandleCommand(wParam, lParam) ? TRUE : FALSE;
     case WM_NOTIFY:
-      if (!OnNotify(*reinterpret_cast<const NMHDR*>(lParam))) return FALSE;
+      if (!OnNotify(*std::bit_cast<const NMHDR*>(lParam))) return FALSE;
       SetWindowLongPtrW(window_, DWLP_MSGRESULT, 0);
       return TRUE;
     case WM_CTLCOLORBTN:
@@ -73,7 +74,7 @@ INT_PTR Dialog::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_CTLCOLORLISTBOX:
     case WM_CTLCOLORSTATIC:
       return reinterpret_cast<INT_PTR>(
-          OnControlColor(reinterpret_cast<HDC>(wParam), reinterpret_cast<HWND>(lParam)));
+          OnControlColor(std::bit_cast<HDC>(wParam), std::bit_cast<HWND>(lParam)));
     default:
       return HandleOther(message, wParam, lParam);
   }
@@ -82,7 +83,7 @@ INT_PTR Dialog::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
 bool Dialog::HandleCommand(WPARAM wParam, LPARAM lParam) {
   // The Enter key on a page's button comes to the outermost dialog; numbers of controls are unique
   // within one dialog only.
-  const HWND control = reinterpret_cast<HWND>(lParam);
+  const HWND control = std::bit_cast<HWND>(lParam);
   const HWND parent = control != nullptr ? GetParent(control) : window_;
   if (parent != window_ && IsChild(window_, parent)) {
     SendMessageW(parent, WM_COMMAND, wParam, lParam);

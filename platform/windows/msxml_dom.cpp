@@ -56,8 +56,9 @@ class TemporaryFile {
 
 class MsXmlDocument : public XmlDocument {
  public:
-  MsXmlDocument(FileSystem& files, ComPointer<IXMLDOMDocument> document)
-      : files_(files), document_(std::move(document)) {}
+  MsXmlDocument(FileSystem& files, const MsXmlNodeOperations& nodes,
+                ComPointer<IXMLDOMDocument> document)
+      : files_(files), nodes_(nodes), document_(std::move(document)) {}
 
   bool Load(const std::wstring& path) override {
     loaded_ = false;
@@ -138,8 +139,8 @@ class MsXmlDocument : public XmlDocument {
   }
 
   FileSystem& files_;
+  const MsXmlNodeOperations& nodes_;
   ComPointer<IXMLDOMDocument> document_;
-  MsXmlNodeOperations nodes_;
   std::wstring problem_;
   bool loaded_ = false;
 };
@@ -160,12 +161,13 @@ class MsXmlSession : public XmlSession {
     document.Get()->put_async(VARIANT_FALSE);
     document.Get()->put_resolveExternals(VARIANT_FALSE);
     document.Get()->put_validateOnParse(VARIANT_FALSE);
-    return std::make_unique<MsXmlDocument>(files_, std::move(document));
+    return std::make_unique<MsXmlDocument>(files_, nodes_, std::move(document));
   }
 
  private:
   FileSystem& files_;
   ComApartment apartment_;
+  MsXmlNodeOperations nodes_;
 };
 
 class MsXmlDom : public XmlDom {

@@ -68,7 +68,7 @@ XmlNodeKind MsXmlNodeOperations::Kind(Handle node) const {
 
 std::string_view MsXmlNodeOperations::Name(Handle node) const {
   Bstr name;
-  if (FAILED(AsNode(node)->get_nodeName(name.Receive()))) return {};
+  AsNode(node)->get_nodeName(name.Receive());
   const std::wstring_view view = ViewOf(name.Get());
   auto known = names_.find(view);
   if (known == names_.end()) known = names_.emplace(view, ToUtf8(view)).first;
@@ -81,13 +81,6 @@ XmlNodeOperations::Handle MsXmlNodeOperations::FirstChild(Handle node) const {
 
 XmlNodeOperations::Handle MsXmlNodeOperations::NextSibling(Handle node) const {
   return NextSiblingOf(AsNode(node)).Release();
-}
-
-std::size_t MsXmlNodeOperations::CountChildren(Handle node) const {
-  ComPointer<IXMLDOMNodeList> children;
-  LONG count = 0;
-  if (AsNode(node)->get_childNodes(children.Receive()) != S_OK) return 0;
-  return SUCCEEDED(children.Get()->get_length(&count)) ? static_cast<std::size_t>(count) : 0;
 }
 
 std::wstring MsXmlNodeOperations::Text(Handle node) const {
@@ -133,12 +126,10 @@ bool MsXmlNodeOperations::AppendChild(Handle parent, Handle child) const {
   return AsNode(parent)->appendChild(AsNode(child), appended.Receive()) == S_OK;
 }
 
-XmlNodeOperations::Handle MsXmlNodeOperations::AppendCopy(Handle parent, Handle source) const {
+bool MsXmlNodeOperations::AppendCopy(Handle parent, Handle source) const {
   NodePointer copy;
-  if (AsNode(source)->cloneNode(VARIANT_TRUE, copy.Receive()) != S_OK || !copy) return nullptr;
-  NodePointer appended;
-  if (AsNode(parent)->appendChild(copy.Get(), appended.Receive()) != S_OK) return nullptr;
-  return appended.Release();
+  return AsNode(source)->cloneNode(VARIANT_TRUE, copy.Receive()) == S_OK && copy &&
+         AppendChild(parent, copy.Get());
 }
 
 bool MsXmlNodeOperations::RemoveChild(Handle parent, Handle child) const {

@@ -9,7 +9,7 @@
 namespace carrovan {
 
 // Nodes are IXMLDOMNode objects, and a handle is one reference to one. Keeps every name that it
-// gave out, once.
+// gave out, once; the documents of a session share it.
 class MsXmlNodeOperations : public XmlNodeOperations {
  public:
   void AddReference(Handle node) const override;
@@ -18,13 +18,12 @@ class MsXmlNodeOperations : public XmlNodeOperations {
   std::string_view Name(Handle node) const override;
   Handle FirstChild(Handle node) const override;
   Handle NextSibling(Handle node) const override;
-  std::size_t CountChildren(Handle node) const override;
   std::wstring Text(Handle node) const override;
   std::optional<std::wstring> Attribute(Handle node, std::string_view name) const override;
   [[nodiscard]] bool SetText(Handle node, std::wstring_view text) const override;
   [[nodiscard]] bool CopyText(Handle target, Handle source) const override;
   [[nodiscard]] bool AppendChild(Handle parent, Handle child) const override;
-  Handle AppendCopy(Handle parent, Handle source) const override;
+  [[nodiscard]] bool AppendCopy(Handle parent, Handle source) const override;
   [[nodiscard]] bool RemoveChild(Handle parent, Handle child) const override;
 
  private:

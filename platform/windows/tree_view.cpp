@@ -1,11 +1,13 @@
 #include "platform/windows/tree_view.h"
 
+#include <bit>
+
 namespace carrovan {
 namespace {
 
 constexpr int kShownImage = 1;
 
-HTREEITEM ToHandle(CategoryTree::Item item) { return reinterpret_cast<HTREEITEM>(item); }
+HTREEITEM ToHandle(CategoryTree::Item item) { return std::bit_cast<HTREEITEM>(item); }
 
 CategoryTree::Item ToItem(HTREEITEM handle) { return reinterpret_cast<CategoryTree::Item>(handle); }
 

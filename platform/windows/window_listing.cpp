@@ -6,6 +6,7 @@
 #include <tlhelp32.h>
 
 #include <algorithm>
+#include <bit>
 #include <optional>
 
 #include "platform/text.h"
@@ -133,7 +134,7 @@ class ForeignTree {
   std::wstring ItemText(LRESULT item) {
     TVITEMW question{};
     question.mask = TVIF_TEXT;
-    question.hItem = reinterpret_cast<HTREEITEM>(item);
+    question.hItem = std::bit_cast<HTREEITEM>(item);
     question.pszText = static_cast<wchar_t*>(memory_.At(kTextOffset));
     question.cchTextMax = static_cast<int>(kTextLength);
     memory_.Put(0, question);
@@ -234,7 +235,7 @@ std::vector<DWORD> ProcessesOf(const std::wstring& executableName) {
 
 BOOL CALLBACK CollectWindow(HWND window, LPARAM windows) {
   if (IsWindowVisible(window) != FALSE) {
-    reinterpret_cast<std::vector<HWND>*>(windows)->push_back(window);
+    std::bit_cast<std::vector<HWND>*>(windows)->push_back(window);
   }
   return TRUE;
 }

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <deque>
 #include <limits>
 #include <memory>
 
@@ -39,9 +40,11 @@ bool SetTimestamp(zip_t* zip, zip_uint64_t index, std::int64_t modifiedSeconds) 
                                   field.size(), ZIP_FL_LOCAL | ZIP_FL_CENTRAL) == 0;
 }
 
-bool AddEntry(zip_t* zip, EntryInput& input, const StoredEntry& entry) {
+// `Input` is one of the two sources of an entry's content.
+template <typename Input>
+bool AddEntry(zip_t* zip, Input& input, const StoredEntry& entry) {
   constexpr zip_uint32_t kArchiveAttribute = 0x20;
-  zip_source_t* source = zip_source_function(zip, &EntryInput::Call, &input);
+  zip_source_t* source = zip_source_function(zip, &Input::Call, &input);
   if (!source) return false;
   const zip_int64_t added = zip_file_add(zip, entry.nameUtf8.c_str(), source, ZIP_FL_ENC_UTF_8);
   if (added < 0) {
@@ -55,27 +58,33 @@ bool AddEntry(zip_t* zip, EntryInput& input, const StoredEntry& entry) {
          SetTimestamp(zip, index, entry.modifiedSeconds);
 }
 
+ArchiveResult ResultOfFailure(int zipError, FileStatus outputStatus) {
+  if (zipError == ZIP_ER_MEMORY) return ArchiveResult::kOutOfMemory;
+  if (outputStatus != FileStatus::kDone) return ResultOfWriting(outputStatus);
+  const bool isSources = zipError == ZIP_ER_OPEN || zipError == ZIP_ER_READ;
+  return isSources ? ArchiveResult::kSourceUnreadable : ArchiveResult::kTargetNotWritable;
+}
+
 ArchiveResult WriteEntries(OsFile& file, const OsFile& spool,
                            const std::vector<StoredEntry>& entries) {
   ArchiveOutput output(file);
-  std::vector<EntryInput> inputs;
-  inputs.reserve(entries.size());
+  std::deque<EntryInput> packed;
+  std::deque<FileInput> unpacked;
+  ReadBuffer buffer;
   // Declared last: when it is given up, it still calls its sources.
   Zip zip = NewZip(output);
   if (!zip) return ArchiveResult::kOutOfMemory;
   for (const StoredEntry& entry : entries) {
-    inputs.emplace_back(spool, entry);
-    if (!AddEntry(zip.get(), inputs.back(), entry)) return ArchiveResult::kOutOfMemory;
+    const bool added = entry.source.empty()
+                           ? AddEntry(zip.get(), packed.emplace_back(spool, entry), entry)
+                           : AddEntry(zip.get(), unpacked.emplace_back(entry, buffer), entry);
+    if (!added) return ArchiveResult::kOutOfMemory;
   }
   if (zip_close(zip.get()) == 0) {
     static_cast<void>(zip.release());  // closing has freed it
     return ArchiveResult::kDone;
   }
-  if (zip_error_code_zip(zip_get_error(zip.get())) == ZIP_ER_MEMORY) {
-    return ArchiveResult::kOutOfMemory;
-  }
-  const ArchiveResult result = ResultOfWriting(output.Status());
-  return result == ArchiveResult::kDone ? ArchiveResult::kTargetNotWritable : result;
+  return ResultOfFailure(zip_error_code_zip(zip_get_error(zip.get())), output.Status());
 }
 
 // libzip would remove an archive without entries. It consists of nothing but its end record.
@@ -87,14 +96,14 @@ ArchiveResult WriteEmptyArchive(OsFile& file) {
 }  // namespace
 
 ArchiveResult WriteArchiveFile(const std::filesystem::path& archive, const OsFile& spool,
-                               const std::vector<StoredEntry>& entries) {
+                               const std::vector<StoredEntry>& entries, Durability durability) {
   PartFile part;
   FileStatus status = part.CreateForArchive(archive);
   if (status != FileStatus::kDone) return ResultOfWriting(status);
   const ArchiveResult result =
       entries.empty() ? WriteEmptyArchive(part.File()) : WriteEntries(part.File(), spool, entries);
   if (result != ArchiveResult::kDone) return result;
-  status = part.File().FlushToDisk();
+  if (durability == Durability::kFlushed) status = part.File().FlushToDisk();
   return ResultOfWriting(status == FileStatus::kDone ? part.Complete() : status);
 }
 

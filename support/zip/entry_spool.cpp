@@ -74,8 +74,7 @@ ArchiveResult EntrySpool::Store(const OsFile& source, StoredEntry& entry) {
   const auto length = source.ReadAt(0, {content_.get(), kBufferBytes});
   if (!length) return ArchiveResult::kSourceUnreadable;
   const ArchiveResult result = *length < kBufferBytes ? StoreWhole({content_.get(), *length}, entry)
-                               : compresses_          ? StoreStream(source, entry)
-                                                      : CopyStream(source, entry);
+                                                      : StoreStream(source, entry);
   // What a failure wrote lies behind the end and is written over by the next file.
   if (result == ArchiveResult::kDone) endOffset_ += entry.packedSizeBytes;
   return result;
@@ -85,7 +84,6 @@ ArchiveResult EntrySpool::StoreWhole(std::span<const std::uint8_t> content, Stor
   entry.sizeBytes = content.size();
   entry.checksum = libdeflate_crc32(0, content.data(), content.size());
   if (content.empty()) return ArchiveResult::kDone;
-  if (!compresses_) return Append(content, entry);
   const std::size_t packedLength = libdeflate_deflate_compress(
       compressor_.get(), content.data(), content.size(), packed_.get(), content.size() - 1);
   entry.isDeflated = packedLength != 0;
@@ -110,19 +108,6 @@ ArchiveResult EntrySpool::StoreStream(const OsFile& source, StoredEntry& entry) 
       if (result != ArchiveResult::kDone) return result;
     }
     if (isLast) return ArchiveResult::kDone;
-    const auto next = source.ReadAt(entry.sizeBytes, {content_.get(), kBufferBytes});
-    if (!next) return ArchiveResult::kSourceUnreadable;
-    length = *next;
-  }
-}
-
-ArchiveResult EntrySpool::CopyStream(const OsFile& source, StoredEntry& entry) {
-  std::size_t length = kBufferBytes;  // of the block that lies in the buffer
-  for (;;) {
-    entry.sizeBytes += length;
-    entry.checksum = libdeflate_crc32(entry.checksum, content_.get(), length);
-    const ArchiveResult result = Append({content_.get(), length}, entry);
-    if (result != ArchiveResult::kDone || length < kBufferBytes) return result;
     const auto next = source.ReadAt(entry.sizeBytes, {content_.get(), kBufferBytes});
     if (!next) return ArchiveResult::kSourceUnreadable;
     length = *next;

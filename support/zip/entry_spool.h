@@ -24,9 +24,6 @@ class EntrySpool {
   EntrySpool(const EntrySpool&) = delete;
   EntrySpool& operator=(const EntrySpool&) = delete;
 
-  // What is stored from now on is not compressed.
-  void StoreUncompressed() { compresses_ = false; }
-
   // Packs the file's content to its end, whatever its size was before, and fills everything in the
   // entry but its name and time. On failure the spool is as it was.
   [[nodiscard]] ArchiveResult Store(const OsFile& source, StoredEntry& entry);
@@ -41,12 +38,10 @@ class EntrySpool {
 
   ArchiveResult StoreWhole(std::span<const std::uint8_t> content, StoredEntry& entry);
   ArchiveResult StoreStream(const OsFile& source, StoredEntry& entry);
-  ArchiveResult CopyStream(const OsFile& source, StoredEntry& entry);
   ArchiveResult Append(std::span<const std::uint8_t> packed, StoredEntry& entry);
 
   OsFile file_;
   std::uint64_t endOffset_ = 0;
-  bool compresses_ = true;
   Buffer content_;
   Buffer packed_;
   std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)> compressor_;

@@ -1,13 +1,16 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 
 namespace carrovan {
 
-// A file's content on its way into an archive: packed, and lying in the spool.
+// A file's content on its way into an archive: packed, and lying in the spool; or as it is, and
+// still where it came from.
 struct StoredEntry {
-  std::string nameUtf8;  // with backslashes
+  std::filesystem::path source;  // of content that is not in the spool, else empty
+  std::string nameUtf8;          // with backslashes
   std::int64_t modifiedSeconds = 0;
   std::uint64_t sizeBytes = 0;
   std::uint64_t packedSizeBytes = 0;

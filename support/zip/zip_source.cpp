@@ -93,15 +93,16 @@ zip_int64_t ArchiveOutput::Call(void* self, void* data, zip_uint64_t length,
     case ZIP_SOURCE_STAT:  // there is no archive yet
       return Fail(output.error_, ZIP_ER_READ, ENOENT);
     case ZIP_SOURCE_WRITE:
-      return output.Write(data, length);
+      return output.Write(Bytes(data, length));
     case ZIP_SOURCE_SEEK_WRITE:
       return output.Seek(data, length);
     case ZIP_SOURCE_TELL_WRITE:
       return static_cast<zip_int64_t>(output.position_);
     case ZIP_SOURCE_ERROR:
       return zip_error_to_data(&output.error_, data, length);
-    case ZIP_SOURCE_BEGIN_WRITE:
     case ZIP_SOURCE_COMMIT_WRITE:
+      return output.Flush();
+    case ZIP_SOURCE_BEGIN_WRITE:
     case ZIP_SOURCE_ROLLBACK_WRITE:
     case ZIP_SOURCE_FREE:
       return 0;
@@ -110,15 +111,35 @@ zip_int64_t ArchiveOutput::Call(void* self, void* data, zip_uint64_t length,
   }
 }
 
-zip_int64_t ArchiveOutput::Write(const void* data, zip_uint64_t length) {
-  status_ = file_.WriteAt(position_, {static_cast<const std::uint8_t*>(data), length});
-  if (status_ != FileStatus::kDone) return Fail(error_, ZIP_ER_WRITE, EIO);
-  position_ += length;
+zip_int64_t ArchiveOutput::Write(std::span<const std::uint8_t> data) {
+  if (pending_.size() + data.size() > kPieceBytes && Flush() < 0) return -1;
+  if (data.size() < kPieceBytes) {
+    pending_.insert(pending_.end(), data.begin(), data.end());
+  } else if (!Put(data)) {
+    return -1;
+  }
+  position_ += data.size();
   sizeBytes_ = std::max(sizeBytes_, position_);
-  return static_cast<zip_int64_t>(length);
+  return static_cast<zip_int64_t>(data.size());
+}
+
+zip_int64_t ArchiveOutput::Flush() {
+  const bool written = Put(pending_);
+  pending_.clear();
+  return written ? 0 : -1;
+}
+
+// Everything up to the position but what is pending is in the file.
+bool ArchiveOutput::Put(std::span<const std::uint8_t> data) {
+  if (data.empty()) return true;
+  status_ = file_.WriteAt(position_ - pending_.size(), data);
+  if (status_ == FileStatus::kDone) return true;
+  Fail(error_, ZIP_ER_WRITE, EIO);
+  return false;
 }
 
 zip_int64_t ArchiveOutput::Seek(void* data, zip_uint64_t length) {
+  if (Flush() < 0) return -1;
   const zip_int64_t target =
       zip_source_seek_compute_offset(position_, sizeBytes_, data, length, &error_);
   if (target < 0) return -1;
@@ -160,6 +181,57 @@ zip_int64_t EntryInput::Describe(void* data) const {
   description.comp_size = entry_.packedSizeBytes;
   description.comp_method = entry_.isDeflated ? ZIP_CM_DEFLATE : ZIP_CM_STORE;
   description.crc = entry_.checksum;
+  description.mtime = entry_.modifiedSeconds;
+  return sizeof(description);
+}
+
+zip_int64_t FileInput::Call(void* self, void* data, zip_uint64_t length, zip_source_cmd_t command) {
+  auto& input = *static_cast<FileInput*>(self);
+  switch (command) {
+    case ZIP_SOURCE_SUPPORTS:
+      return ZIP_SOURCE_SUPPORTS_READABLE;
+    case ZIP_SOURCE_OPEN:
+      return input.Open();
+    case ZIP_SOURCE_READ:
+      return input.Read(Bytes(data, length));
+    case ZIP_SOURCE_STAT:
+      return input.Describe(data);
+    case ZIP_SOURCE_ERROR:
+      return zip_error_to_data(&input.error_, data, length);
+    case ZIP_SOURCE_CLOSE:
+      input.file_.Close();
+      return 0;
+    case ZIP_SOURCE_FREE:
+      return 0;
+    default:
+      return Fail(input.error_, ZIP_ER_OPNOTSUPP, 0);
+  }
+}
+
+zip_int64_t FileInput::Open() {
+  offset_ = 0;
+  ahead_ = {};
+  return file_.OpenToRead(entry_.source) == FileStatus::kDone ? 0 : Fail(error_, ZIP_ER_OPEN, EIO);
+}
+
+zip_int64_t FileInput::Read(std::span<std::uint8_t> target) {
+  if (ahead_.empty()) {
+    const auto length = file_.ReadAt(offset_, buffer_);
+    if (!length) return Fail(error_, ZIP_ER_READ, EIO);
+    offset_ += *length;
+    ahead_ = std::span(buffer_).first(*length);
+  }
+  const std::size_t length = std::min(target.size(), ahead_.size());
+  std::copy_n(ahead_.begin(), length, target.begin());
+  ahead_ = ahead_.subspan(length);
+  return static_cast<zip_int64_t>(length);
+}
+
+zip_int64_t FileInput::Describe(void* data) const {
+  auto& description = *static_cast<zip_stat_t*>(data);
+  zip_stat_init(&description);
+  description.valid = ZIP_STAT_SIZE | ZIP_STAT_MTIME;
+  description.size = entry_.sizeBytes;
   description.mtime = entry_.modifiedSeconds;
   return sizeof(description);
 }

@@ -40,16 +40,24 @@ class ZipWriter::Contents {
     const auto facts = status == FileStatus::kDone ? file.Facts() : std::nullopt;
     if (!facts) return ArchiveResult::kSourceUnreadable;
     entry.modifiedSeconds = facts->modifiedSeconds;
-    const ArchiveResult result = spool_->Store(file, entry);
-    if (result != ArchiveResult::kDone) return result;
+    if (compresses_) {
+      const ArchiveResult result = spool_->Store(file, entry);
+      if (result != ArchiveResult::kDone) return result;
+    } else {
+      entry.source = AbsolutePath(source);
+      entry.sizeBytes = facts->sizeBytes;
+    }
     names_.insert(std::move(name));
     entries_.push_back(std::move(entry));
-    return result;
+    return ArchiveResult::kDone;
   }
 
-  void StoreUncompressed() { spool_->StoreUncompressed(); }
+  void StoreUncompressed() { compresses_ = false; }
 
-  ArchiveResult Close() { return WriteArchiveFile(archive_, spool_->File(), entries_); }
+  ArchiveResult Close() {
+    return WriteArchiveFile(archive_, spool_->File(), entries_,
+                            compresses_ ? Durability::kFlushed : Durability::kNotFlushed);
+  }
 
  private:
   struct NameLess {
@@ -59,6 +67,7 @@ class ZipWriter::Contents {
   };
 
   std::filesystem::path archive_;
+  bool compresses_ = true;
   std::unique_ptr<EntrySpool> spool_;
   std::vector<StoredEntry> entries_;
   std::set<std::wstring, NameLess> names_;

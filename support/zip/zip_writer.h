@@ -23,7 +23,9 @@ class ZipWriter {
   ZipWriter(const ZipWriter&) = delete;
   ZipWriter& operator=(const ZipWriter&) = delete;
 
-  // What is added from now on is stored as it is, which is quick.
+  // What is added from now on is stored as it is and read when the archive is closed, not before:
+  // no byte is moved twice, and the archive is not flushed to disk. One that cannot be read then
+  // fails the whole archive.
   void StoreUncompressed();
 
   // Reads a regular file whole and stores it; what cannot be read whole is not stored, and the

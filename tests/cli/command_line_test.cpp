@@ -22,8 +22,9 @@ bool Holds(const std::wstring& text, const wchar_t* part) {
 
 TEST_F(CommandLine, HelpNamesEveryVerbAndTheExitStatuses) {
   EXPECT_EQ(Run({L"--help"}), ExitStatus::kDone);
-  for (const wchar_t* part : {L"versions", L"export", L"inspect", L"extract", L"--root",
-                              L"Examples:", L"Exit status: 0 done"}) {
+  for (const wchar_t* part :
+       {L"versions", L"export", L"inspect", L"extract", L"rewrite", L"retarget", L"migrate-options",
+        L"--root", L"Examples:", L"Exit status: 0 done"}) {
     EXPECT_TRUE(Holds(console_.out, part)) << testing::PrintToString(part);
   }
   EXPECT_EQ(console_.err, L"");
@@ -55,6 +56,14 @@ TEST_F(CommandLine, WrongUsageIsStatusTwoWithAWordOnStandardError) {
        L"x.ucex"},
       {L"export", L"--version", L"2026", L"--category", L"--output", L"x.ucex"},
       {L"versions", L"--fast"},
+      {L"rewrite", L"folder"},
+      {L"rewrite", L"--product", L"P", L"--package-release", L"2025", L"--package-internal",
+       L"27.0", L"--target-release", L"2026", L"--target-internal", L"28.0", L"--drafting-folder",
+       L"x"},
+      {L"retarget", L"file", L"KEY"},
+      {L"retarget", L"file", L"KEY", L"x27"},
+      {L"retarget", L"file", L"", L"27.0"},
+      {L"migrate-options", L"file", L"company"},
   };
   for (const Arguments& arguments : kWrong) {
     console_ = {};

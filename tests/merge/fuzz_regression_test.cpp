@@ -28,6 +28,8 @@ void Replay(const std::string& target, void (*run)(const std::string&)) {
 TEST(FuzzRegression, XmlMerge) { Replay("xml_merge", FuzzXmlMerge); }
 TEST(FuzzRegression, ShortcutMerge) { Replay("shortcut_merge", FuzzShortcutMerge); }
 TEST(FuzzRegression, RibbonDecode) { Replay("ribbon_decode", FuzzRibbonDecode); }
+TEST(FuzzRegression, RegistryRewrite) { Replay("registry_rewrite", FuzzRegistryRewrite); }
+TEST(FuzzRegression, XmlRetarget) { Replay("xml_retarget", FuzzXmlRetarget); }
 
 }  // namespace
 }  // namespace carrovan

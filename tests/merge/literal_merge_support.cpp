@@ -127,7 +127,7 @@ void AppendNumbered(const XmlNode& oldChild, const XmlNode& newElement, Summary&
                     XmlDocument& newDocument) {
   const XmlNode created =
       newDocument.CreateElement(Base(oldChild) + "-" + std::to_string(summary.highest + 1));
-  for (const XmlNode& child : Children(oldChild)) created.AppendCopy(child);
+  for (const XmlNode& child : Children(oldChild)) static_cast<void>(created.AppendCopy(child));
   static_cast<void>(newElement.AppendChild(created));
   if (!SetSize(newElement, *summary.size + 1)) return;
   ++summary.highest;
@@ -151,7 +151,7 @@ void LiterallyMergeXmlNodes(const XmlNode& oldElement, const XmlNode& newElement
     } else if (IsContainer(oldChild) && summary) {
       AppendNumbered(oldChild, newElement, *summary, newDocument);
     } else {
-      newElement.AppendCopy(oldChild);
+      static_cast<void>(newElement.AppendCopy(oldChild));
     }
   }
 }

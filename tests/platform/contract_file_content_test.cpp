@@ -212,6 +212,46 @@ TEST_F(FileContentContract, MovesAFile) {
   EXPECT_EQ(Listed(L""), std::vector<std::wstring>{L"folder"});
 }
 
+TEST_F(FileContentContract, MovesAFolderWithWhatItHolds) {
+  Put(L"old\\sub\\file.bin", BinaryBytes());
+  machine_->MakeFolder(At(L"old\\empty"));
+  machine_->MakeFolder(At(L"other"));
+  EXPECT_EQ(Move(L"OLD", L"new"), kSystemOk);
+  EXPECT_EQ(Content(L"new\\sub\\file.bin"), BinaryBytes());
+  EXPECT_EQ(Listed(L"new"), (std::vector<std::wstring>{L"empty", L"sub"}));
+  EXPECT_EQ(Move(L"new", L"other"), kAlreadyExists);
+  EXPECT_EQ(Move(L"new", L"none\\new"), kPathNotFound);
+  EXPECT_EQ(Move(L"new", L"a?b"), kInvalidName);
+  EXPECT_EQ(Listed(L""), (std::vector<std::wstring>{L"new", L"other"}));
+}
+
+TEST_F(FileContentContract, ReadsInParts) {
+  const std::string large(1'000'003, 'x');
+  for (const std::string& bytes : {std::string(), std::string("x"), BinaryBytes(), large}) {
+    Put(L"file.bin", bytes);
+    std::string read;
+    EXPECT_EQ(Files().ReadInParts(At(L"FILE.bin"),
+                                  [&](std::string_view part, std::uint64_t fileBytes) {
+                                    EXPECT_FALSE(part.empty());
+                                    EXPECT_EQ(fileBytes, bytes.size());
+                                    read += part;
+                                  }),
+              kSystemOk);
+    EXPECT_EQ(read, bytes);
+  }
+}
+
+TEST_F(FileContentContract, TellsWhyAFileCannotBeReadInParts) {
+  Put(L"secret.txt", "x");
+  machine_->MakeUnreadable(At(L"secret.txt"));
+  const auto read = [this](const wchar_t* name) {
+    return Files().ReadInParts(At(name), [](std::string_view, std::uint64_t) { FAIL(); });
+  };
+  EXPECT_EQ(read(L"none.txt"), kFileNotFound);
+  EXPECT_EQ(read(L"none\\none.txt"), kPathNotFound);
+  EXPECT_NE(read(L"secret.txt"), kSystemOk);
+}
+
 TEST_F(FileContentContract, MovesOntoNothingThatIsThere) {
   Put(L"source.txt", "new");
   Put(L"target.txt", "old");

@@ -52,7 +52,8 @@ class Screen:
         if area:
             left, top, width, height = area
             command += ["-crop", f"{width}x{height}+{left}+{top}", "+repage"]
-        subprocess.run([*command, "-strip", str(path)], env=self.environment(), check=True)
+        command += ["-strip", "-define", "png:compression-level=9", str(path)]
+        subprocess.run(command, env=self.environment(), check=True)
 
     def _xdotool(self, *arguments):
         subprocess.run(["xdotool", *map(str, arguments)], env=self.environment(), check=True)

@@ -57,16 +57,7 @@ class Wizard:
 
     def windows(self):
         """The visible windows, the uppermost first, each with its visible controls."""
-        answer = subprocess.run([ROOT / "tools" / "wine", PROGRAMS / "tests" / "window_probe.exe",
-                                 self._name], env=self._environment, check=True,
-                                stdout=subprocess.PIPE).stdout
-        windows = []
-        for facts in json.loads(answer):
-            if facts["depth"] == 0:
-                windows.append(Control(facts))
-            elif facts["visible"]:
-                windows[-1].controls.append(Control(facts))
-        return windows
+        return list_windows(self.screen, self.prefix, self._name)
 
     def window(self):
         """The wizard's window, as soon as it is there."""
@@ -81,8 +72,12 @@ class Wizard:
         return any(not is_frame(window) for window in self.windows())
 
     def page_control(self, number):
-        """A control of the page that is shown."""
-        return find(self.window(), number, depth=2)
+        """A control of the page, as soon as it is shown and the wizard waits for the user."""
+        return wait_for(lambda: self._idle_page_control(number), what=f"control {number}")
+
+    def shows(self, number):
+        """True when the page that is shown has this control."""
+        return any(c.number == number and c.depth == 2 for c in self.window().controls)
 
     def button(self, number):
         """A button of the frame."""
@@ -98,18 +93,24 @@ class Wizard:
         self.screen.click(*control.centre())
 
     def press_button(self, number):
+        """Clicks a button of the frame as soon as it is enabled."""
+        self.wait_until(lambda wizard: wizard.button(number).enabled, f"button {number}")
         self.click(self.button(number))
 
     def choose(self, text):
-        """Clicks the control of the page that shows this text."""
-        self.click(next(c for c in self.window().controls if c.depth == 2 and c.text == text))
+        """Clicks the control that shows this text, as soon as its page is shown."""
+        number = wait_for(lambda: next((c.number for c in self.window().controls
+                                        if c.depth == 2 and c.text == text), None), what=text)
+        self.click(self.page_control(number))
 
     def click_box(self, label):
-        left, top, width, height = self.tree().item(label)["box"]
-        self.screen.click(left + width // 2, top + height // 2)
+        self._click_middle(self.tree().item(label)["box"])
 
     def click_label(self, label):
-        left, top, width, height = self.tree().item(label)["label"]
+        self._click_middle(self.tree().item(label)["label"])
+
+    def _click_middle(self, area):
+        left, top, width, height = area
         self.screen.click(left + width // 2, top + height // 2)
 
     def answer(self, text="OK"):
@@ -124,8 +125,29 @@ class Wizard:
         self.screen.move_mouse_away()
         self.screen.picture(path, self.window().area)
 
+    def _idle_page_control(self, number):
+        window = self.window()
+        if not find(window, CANCEL, depth=1).enabled:
+            return None
+        return next((c for c in window.controls if c.number == number and c.depth == 2), None)
+
     def _frame(self):
         return next((window for window in self.windows() if is_frame(window)), None)
+
+
+def list_windows(screen, prefix, program):
+    """The visible windows of a program, the uppermost first, each with its visible controls."""
+    answer = subprocess.run(
+        [ROOT / "tools" / "wine", PROGRAMS / "tests" / "window_probe.exe", program],
+        env={**screen.environment(), "WINEPREFIX": str(prefix)}, check=True,
+        stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
+    windows = []
+    for facts in json.loads(answer):
+        if facts["depth"] == 0:
+            windows.append(Control(facts))
+        elif facts["visible"]:
+            windows[-1].controls.append(Control(facts))
+    return windows
 
 
 def is_frame(window):

@@ -1,0 +1,78 @@
+#!/usr/bin/env python3
+"""Takes a picture of every page of the wizard, for the documentation and for looking at them:
+take_pictures.py PREFIX FOLDER [PERCENT...]. Each picture is named after its page and scale."""
+
+import os
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+from screen import Screen
+from wizard import BACK, FINISH, NEXT, ROOT, TREE, Wizard, install_programs
+
+FINISH_TITLE, HEADING, PATH_TITLE, VERSIONS = 1023, 1013, 1024, 1010
+FILE_NAME = 1152  # the field of the system's dialog
+
+
+def main():
+    prefix, folder = Path(sys.argv[1]), Path(sys.argv[2])
+    folder.mkdir(parents=True, exist_ok=True)
+    subprocess.run([ROOT / "tools" / "wine-prefix", prefix], check=True)
+    install_programs(prefix)
+    for percent in map(int, sys.argv[3:] or ("100", "150")):
+        set_scale(prefix, percent)
+        with Screen(1680, 1280) as screen, Wizard(screen, prefix) as wizard:
+            take(wizard, prefix, folder, percent)
+    set_scale(prefix, 100)
+
+
+def set_scale(prefix, percent):
+    environment = {**os.environ, "WINEPREFIX": str(prefix)}
+    subprocess.run([ROOT / "tools" / "wine", "reg", "add", r"HKCU\Control Panel\Desktop",
+                    "/v", "LogPixels", "/t", "REG_DWORD", "/d", str(96 * percent // 100), "/f"],
+                   env=environment, check=True, stdout=subprocess.DEVNULL)
+    # Programs take the scale when the first of them starts.
+    subprocess.run(["wineserver", "-k"], env=environment, check=False)
+    subprocess.run(["wineserver", "-w"], env=environment, check=False)
+
+
+def take(wizard, prefix, folder, percent):
+    def picture(page, shown):
+        wizard.page_control(shown)
+        time.sleep(0.5)  # for the last of the painting
+        wizard.picture(folder / f"{page}-{percent}.png")
+
+    package = prefix / "drive_c" / "settings-2026.ucex"
+    package.unlink(missing_ok=True)
+    picture("start", HEADING)
+    wizard.choose("Export selected environment settings")
+    wizard.press_button(NEXT)
+    picture("version", VERSIONS)
+    wizard.press_button(NEXT)
+    wizard.click_box("Custom Parts Library")
+    picture("export", TREE)
+    wizard.press_button(FINISH)
+    name_file(wizard, package)
+    picture("finish", FINISH_TITLE)
+    wizard.press_button(FINISH)
+
+    wizard.choose("Import selected environment settings")
+    wizard.press_button(NEXT)
+    picture("path", PATH_TITLE)
+    wizard.press_button(BACK)
+    wizard.choose("Reset all settings in the current version")
+    wizard.press_button(NEXT)
+    wizard.answer()
+    picture("reset", TREE)
+
+
+def name_file(wizard, path):
+    wizard.wait_until(lambda w: any(c.number == FILE_NAME and c.focused for c in w.box().controls),
+                      "the dialog to take a name")
+    wizard.screen.type("C:\\" + path.name)
+    wizard.screen.press("Return")
+
+
+if __name__ == "__main__":
+    main()
