@@ -33,6 +33,7 @@ struct FolderPair {
 // Local first, then Roaming when the system can tell where that is.
 std::vector<FolderPair> DraftingFolders(const ImportRun& run) {
   const std::wstring& staging = run.context.stagingFolder;
+  if (run.package.draftingFolder.empty()) return {};  // the system cannot tell the user's folders
   std::vector<FolderPair> pairs = {{run.package.draftingFolder, run.context.stagingLocalFolder}};
   const auto local = run.machine.folders.LocalAppData();
   const auto roaming = run.machine.folders.RoamingAppData();
