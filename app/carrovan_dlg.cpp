@@ -97,6 +97,10 @@ void CCarrovanDlg::ShowButtons(const WizardButtons& buttons) {
   ApplyButtons();
 }
 
+std::optional<std::wstring> CCarrovanDlg::SelectedVersion(WizardPage page) const {
+  return page == WizardPage::kVersion ? version_.SelectedVersion() : path_.SelectedVersion();
+}
+
 EditableCategoryTree& CCarrovanDlg::Tree(WizardPage categoryPage) {
   switch (categoryPage) {
     case WizardPage::kImportCategories:
