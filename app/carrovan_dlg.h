@@ -36,6 +36,7 @@ class CCarrovanDlg : public Dialog, public WizardFrame {
   void ShowPage(WizardPage page) override;
   void ShowButtons(const WizardButtons& buttons) override;
   bool AskYesNo(const std::wstring& question) override;
+  std::optional<std::wstring> SelectedVersion(WizardPage page) const override;
   EditableCategoryTree& Tree(WizardPage categoryPage) override;
   void EndProgram() override;
 

@@ -10,12 +10,14 @@
 #include "package/export_run.h"
 #include "package/staging_folder.h"
 #include "platform/path_text.h"
+#include "platform/raised_flag.h"
 
 namespace carrovan {
 namespace {
 
 // Places in the sequences of pages. Export and import have their categories at the same one.
 constexpr int kStartPlace = 0;
+constexpr int kVersionPlace = 1;
 constexpr int kPathPlace = 1;
 constexpr int kCategoriesPlace = 2;
 constexpr int kFinishPlace = 3;
@@ -65,6 +67,17 @@ void ShowPagesAt(const WizardParts& parts, int place) {
   ShowPages(parts);
 }
 
+// The page shows the version that was chosen on it, whatever has been worked on since.
+void TakeVersionToExport(const WizardParts& parts) {
+  const auto year = parts.frame.SelectedVersion(WizardPage::kVersion);
+  if (year) SelectShownVersion(parts.context, *year);
+}
+
+void TakeVersionToImportInto(const WizardParts& parts) {
+  const auto year = parts.frame.SelectedVersion(WizardPage::kPath);
+  if (year) SelectTargetVersion(parts.state, parts.context, *year);
+}
+
 bool EnterExportCategories(const WizardParts& parts) {
   if (!HasVersionFolders(parts)) return false;
   BuildCategoryTree(
@@ -82,6 +95,7 @@ bool Export(const WizardParts& parts) {
 
 void GoForwardInExport(const WizardParts& parts) {
   const int place = std::min(parts.state.pageIndex + 1, kBeyondFinishPlace);
+  if (place == kVersionPlace) TakeVersionToExport(parts);
   if (place == kCategoriesPlace && !EnterExportCategories(parts)) return;
   if (place == kFinishPlace) {
     if (!Export(parts)) return;
@@ -108,7 +122,10 @@ void ImportLegacyPackage(const WizardParts& parts) {
 void GoForwardInImport(const WizardParts& parts) {
   const int place = parts.state.pageIndex + 1;
   if (place > kBeyondFinishPlace) return;
-  if (place == kPathPlace && !TellUnlessMade(parts, EnsureStagingFolder(parts))) return;
+  if (place == kPathPlace) {
+    if (!TellUnlessMade(parts, EnsureStagingFolder(parts))) return;
+    TakeVersionToImportInto(parts);
+  }
   if (place == kCategoriesPlace) {
     if (parts.state.package.path.empty()) return ShowMessage(parts, StringId::kSelectFile);
     if (parts.state.package.legacy) return ImportLegacyPackage(parts);
@@ -138,6 +155,7 @@ bool ConfirmAndReset(const WizardParts& parts) {
 
 void GoForwardInReset(const WizardParts& parts) {
   int& shown = parts.state.pageIndex;
+  if (shown == kStartPlace) SelectRunningVersion(parts.context);
   if (!PassesLiveKeyCheck(parts.frame, parts.machine.registry, parts.context)) return;
   if (shown == kStartPlace) {
     parts.frame.ShowApplicationMessage(std::wstring(Text(StringId::kResetWarning)));
@@ -197,18 +215,6 @@ void BackUpEverything(const WizardParts& parts) {
   if (EnterExportCategories(parts)) Export(parts);
   RenewStagingFolder(parts.context, parts.machine);
 }
-
-// A flag that is up while it exists.
-class RaisedFlag {
- public:
-  explicit RaisedFlag(bool& flag) : flag_(flag) { flag_ = true; }
-  ~RaisedFlag() { flag_ = false; }
-  RaisedFlag(const RaisedFlag&) = delete;
-  RaisedFlag& operator=(const RaisedFlag&) = delete;
-
- private:
-  bool& flag_;
-};
 
 }  // namespace
 

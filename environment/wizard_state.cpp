@@ -27,10 +27,26 @@ std::vector<std::wstring> ListInstalledYears(ProductContext& context) {
   for (const InstalledVersion& version : context.installedVersions) {
     years.push_back(YearForm(version.internalVersion));
   }
-  if (!years.empty()) context.productVersion = context.installedVersions.back().internalVersion;
-  context.humanReadableVersion = years.empty() ? std::wstring() : years.back();
-  context.selectedVersion = context.humanReadableVersion;
+  context.humanReadableVersion.clear();
+  context.selectedVersion.clear();
+  SelectRunningVersion(context);
   return years;
+}
+
+void SelectRunningVersion(ProductContext& context) {
+  if (context.installedVersions.empty()) return;
+  context.productVersion = context.installedVersions.back().internalVersion;
+  context.humanReadableVersion = YearForm(context.productVersion);
+  context.selectedVersion = context.humanReadableVersion;
+}
+
+void SelectShownVersion(ProductContext& context, const std::wstring& yearForm) {
+  const auto& installed = context.installedVersions;
+  if (!installed.empty() && yearForm == YearForm(installed.back().internalVersion)) {
+    SelectRunningVersion(context);
+  } else {
+    SelectVersion(context, yearForm);
+  }
 }
 
 void SelectTargetVersion(WizardState& state, ProductContext& context,

@@ -15,6 +15,10 @@ constexpr ControlLook kLooks[] = {
 
 }  // namespace
 
+std::optional<std::wstring> CSelectVersion::SelectedVersion() const {
+  return SelectedYear(Control(IDC_VERSION_LIST));
+}
+
 int CSelectVersion::TemplateNumber() const { return IDD_VERSION; }
 
 std::span<const ControlLook> CSelectVersion::Looks() const { return kLooks; }
@@ -27,7 +31,7 @@ void CSelectVersion::FillControls() {
 
 bool CSelectVersion::OnCommand(int control, int notification) {
   if (control != IDC_VERSION_LIST || notification != CBN_SELCHANGE) return false;
-  if (const auto year = SelectedYear(Control(IDC_VERSION_LIST))) SelectVersion(context_, *year);
+  if (const auto year = SelectedVersion()) SelectVersion(context_, *year);
   return true;
 }
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "environment/product_context.h"
 #include "pages/wizard_page_dialog.h"
 
@@ -10,6 +13,9 @@ class CSelectVersion : public WizardPageDialog {
  public:
   CSelectVersion(const PageSurroundings& surroundings, ProductContext& context)
       : WizardPageDialog(surroundings), context_(context) {}
+
+  // The year of the selected entry; nothing when none is selected.
+  std::optional<std::wstring> SelectedVersion() const;
 
  protected:
   int TemplateNumber() const override;

@@ -43,6 +43,9 @@ class WizardFrame : public WizardView {
   // A question with Yes and No; true for Yes.
   virtual bool AskYesNo(const std::wstring& question) = 0;
 
+  // The year selected in the list of the version page or of the path page; nothing when none is.
+  virtual std::optional<std::wstring> SelectedVersion(WizardPage page) const = 0;
+
   // The tree of one of the three category pages; it lives as long as the frame.
   virtual EditableCategoryTree& Tree(WizardPage categoryPage) = 0;
 

@@ -1,6 +1,7 @@
 #include "environment/wizard_flow.h"
 
 #include "environment/wizard_pages.h"
+#include "platform/text.h"
 #include "tests/environment/wizard_fixture.h"
 
 namespace carrovan {
@@ -111,6 +112,26 @@ TEST_F(WizardExportFlow, CategoriesAreThoseOfTheChosenVersionAndItsFoldersAreKno
   flow_.Next();
   EXPECT_EQ(Tree().texts.size(), 14u);
   EXPECT_TRUE(context_.localRoot.ends_with(L"\\28.0"));
+}
+
+TEST_F(WizardExportFlow, VersionPageThatIsShownAgainWorksOnWhatItShows) {
+  struct Case {
+    std::wstring workedOn;
+    std::wstring shown;
+    std::wstring folder;
+  };
+  for (const Case& c : {Case{L"2025", L"2026", L"\\28.0"}, Case{L"2026", L"2025", L"\\27.0"}}) {
+    SelectTargetVersion(state_, context_, c.workedOn);
+    frame_.selectedVersions[kVersion] = c.shown;
+    flow_.Next();
+    EXPECT_EQ(context_.humanReadableVersion, c.shown);
+    EXPECT_EQ(context_.selectedVersion, c.shown);
+    flow_.Next();
+    EXPECT_TRUE(context_.localRoot.ends_with(c.folder)) << ToUtf8(context_.localRoot);
+    EXPECT_EQ(Tree().texts.size(), c.shown == L"2026" ? 14u : 13u);
+    flow_.Back();
+    flow_.Back();
+  }
 }
 
 TEST_F(WizardExportFlow, BackToTheVersionPageKeepsTheStagingFolder) {

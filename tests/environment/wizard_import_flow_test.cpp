@@ -48,6 +48,21 @@ TEST_F(WizardImportFlow, WithoutAPackageAsksForAFileAndStays) {
   EXPECT_TRUE(import_.calls.empty());
 }
 
+TEST_F(WizardImportFlow, PathPageThatIsShownAgainImportsIntoWhatItShows) {
+  SelectVersion(context_, L"2025");
+  frame_.selectedVersions[kPath] = L"2026";
+  flow_.Next();
+  EXPECT_EQ(context_.selectedVersion, L"2026");
+  EXPECT_EQ(context_.productVersion, L"28.0");
+  EXPECT_EQ(state_.package.targetInternalVersion, L"28.0");
+
+  flow_.Back();
+  frame_.selectedVersions[kPath] = L"2025";
+  flow_.Next();
+  EXPECT_EQ(context_.selectedVersion, L"2025");
+  EXPECT_EQ(state_.package.targetInternalVersion, L"27.0");
+}
+
 TEST_F(WizardImportFlow, RefusedPackageStaysOnThePathPage) {
   import_.entry = ImportSteps::Entry::kRefused;
   flow_.Next();

@@ -40,7 +40,7 @@ TEST_F(WizardResetFlow, NextWarnsThenAsksThenResets) {
 }
 
 TEST_F(WizardResetFlow, CategoriesAreThoseOfTheBrandWhateverTheRelease) {
-  SelectVersion(context_, L"2025");
+  context_.installedVersions = {{L"27.0"}};
   machine_->PutKey(RegistryHive::kCurrentUser, LiveKeyOf(L"27.0"));
   GoToCategories();
   EXPECT_EQ(Tree().texts.size(), 14u);  // 3DBOM Configuration included
@@ -52,6 +52,15 @@ TEST_F(WizardResetFlow, CategoriesAreThoseOfTheBrandWhateverTheRelease) {
   EXPECT_EQ(Tree().texts.size(), 13u);  // without Catalog Library
 }
 
+TEST_F(WizardResetFlow, RunningVersionIsResetWhateverWasWorkedOnBefore) {
+  SelectTargetVersion(state_, context_, L"2025");
+  GoToCategories();
+  EXPECT_EQ(context_.productVersion, L"28.0");
+  EXPECT_EQ(context_.humanReadableVersion, L"2026");
+  EXPECT_TRUE(context_.localRoot.ends_with(L"\\28.0"));
+  EXPECT_TRUE(context_.registryRoot.ends_with(L" 28.0"));
+}
+
 TEST_F(WizardResetFlow, UnpackedPackageIsGoneBeforeTheReset) {
   machine_->PutFile(context_.stagingFolder + L"Options\\General.reg", "of a package");
   GoToCategories();
@@ -60,13 +69,13 @@ TEST_F(WizardResetFlow, UnpackedPackageIsGoneBeforeTheReset) {
 }
 
 TEST_F(WizardResetFlow, VersionThatWasNeverRunIsToldOnEveryNext) {
-  context_.productVersion = L"27.0";
+  context_.installedVersions = {{L"27.0"}};
   flow_.Next();
   EXPECT_EQ(frame_.applicationMessages, (Texts{L"Please run Vantric at least once"}));
   EXPECT_EQ(state_.pageIndex, 0);
   EXPECT_EQ(frame_.pages.size(), 1u);
 
-  context_.productVersion = L"28.0";
+  context_.installedVersions = {{L"28.0"}};
   GoToCategories();
   context_.productVersion = L"27.0";
   flow_.Next();

@@ -89,6 +89,27 @@ TEST(InstalledYears, WithoutAVersionTheYearIsEmpty) {
   EXPECT_EQ(context.productVersion, L"28.0");
 }
 
+TEST(RunningVersion, ReplacesTheOneThatWasWorkedOn) {
+  ProductContext context;
+  context.installedVersions = {{L"27.0"}, {L"28.1"}};
+  SelectVersion(context, L"2025");
+  SelectRunningVersion(context);
+  EXPECT_EQ(context.productVersion, L"28.1");
+  EXPECT_EQ(context.humanReadableVersion, L"2026");
+  EXPECT_EQ(context.selectedVersion, L"2026");
+}
+
+TEST(ShownVersion, BecomesTheOneToWorkOn) {
+  ProductContext context;
+  context.installedVersions = {{L"27.0"}, {L"28.1"}};
+  SelectShownVersion(context, L"2025");
+  EXPECT_EQ(context.productVersion, L"27.0");
+  EXPECT_EQ(context.selectedVersion, L"2025");
+  SelectShownVersion(context, L"2026");
+  EXPECT_EQ(context.productVersion, L"28.1");
+  EXPECT_EQ(context.selectedVersion, L"2026");
+}
+
 TEST(TargetVersion, IsTheContextsVersionAndThePackagesTarget) {
   WizardState state;
   ProductContext context;

@@ -48,6 +48,7 @@ class RecordingFrame : public WizardFrame {
   std::wstring finishText;
   bool closeAsked = false;
   bool ended = false;
+  std::map<WizardPage, std::wstring> selectedVersions;  // of pages with such a list
   std::map<WizardPage, RecordingTree> trees;
 
   // Called while a message or question is up, as the user can act then.
@@ -62,6 +63,11 @@ class RecordingFrame : public WizardFrame {
     questions.push_back(question);
     Ask();
     return yes;
+  }
+  std::optional<std::wstring> SelectedVersion(WizardPage page) const override {
+    const auto selected = selectedVersions.find(page);
+    if (selected == selectedVersions.end()) return std::nullopt;
+    return selected->second;
   }
   EditableCategoryTree& Tree(WizardPage categoryPage) override { return trees[categoryPage]; }
   void EndProgram() override { ended = true; }

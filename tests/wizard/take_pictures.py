@@ -9,9 +9,9 @@ import time
 from pathlib import Path
 
 from screen import Screen
-from wizard import BACK, FINISH, NEXT, ROOT, TREE, Wizard, install_programs
+from wizard import BACK, CANCEL, FINISH, NEXT, ROOT, TREE, Wizard, install_programs
 
-FINISH_TITLE, HEADING, PATH_TITLE, VERSIONS = 1023, 1013, 1024, 1010
+FINISH_TITLE, HEADING, PATH_TITLE, SELECT_FILE, VERSIONS = 1023, 1013, 1024, 1012, 1010
 FILE_NAME = 1152  # the field of the system's dialog
 
 
@@ -59,12 +59,20 @@ def take(wizard, prefix, folder, percent):
 
     wizard.choose("Import selected environment settings")
     wizard.press_button(NEXT)
+    wizard.click(wizard.page_control(SELECT_FILE))
+    name_file(wizard, package)
     picture("path", PATH_TITLE)
+    wizard.press_button(NEXT)
+    picture("import", TREE)
+    wizard.press_button(BACK)
+    wizard.page_control(PATH_TITLE)
     wizard.press_button(BACK)
     wizard.choose("Reset all settings in the current version")
     wizard.press_button(NEXT)
     wizard.answer()
     picture("reset", TREE)
+    wizard.press_button(CANCEL)
+    wizard.process.wait(20)
 
 
 def name_file(wizard, path):
