@@ -95,7 +95,8 @@ bool RunImportPreparation(const ImportRun& run, EditableCategoryTree& tree) {
 
   context.localRoot.clear();
   context.roamingRoot.clear();
-  const bool known = PrepareVersionFolders(context, run.machine);
+  const bool known =
+      PrepareVersionFolders(context, run.machine) && !run.package.draftingFolder.empty();
   FillTree(run, tree);
   BuildStagingLocalFolder(context, context.selectedVersion);
 

@@ -94,7 +94,7 @@ class CountingGuids : public GuidSource {
   int made_ = 0;
 };
 
-class FixedUser : public UserIdentity {
+class MemoryUser : public UserIdentity {
  public:
   std::optional<std::wstring> UserName() const override { return L"u"; }
   std::optional<std::wstring> ProfileFolder() const override { return L"C:\\Users\\u"; }
@@ -110,7 +110,7 @@ struct MemoryMachine {
   MemoryArchives archives{files};
   MemoryInterpreter interpreter{files, registry};
   RecordingClock clock;
-  FixedUser user;
+  MemoryUser user;
   Utf8CodePage codePage;
 
   Machine Ports() {
