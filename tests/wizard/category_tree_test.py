@@ -1,23 +1,20 @@
 """The tree of categories under real mouse clicks and key presses."""
 
-from wizard import BACK, DESCRIPTION, NEXT
+from wizard import BACK, BACKUP, DESCRIPTION, EXPORT, NEXT, RESET, VERSIONS
+from wizard import SELECT_ALL as ROOT_LABEL
 from wizard_case import WizardCase
 
 CATEGORIES_2026 = ["Options", "Register", "Interface layout", "Document Template", "Shortcut key",
                    "3DBOM Configuration", "Property Templates", "Custom materials",
                    "Custom Parts Library", "2D Draft Settings", "Catalog Library",
                    "Sheet Metal Library", "Cosmetic Thread"]
-ROOT_LABEL = "Select All"
-VERSIONS = 1010
-BACKUP = 1028
 
 
 class ExportTreeTest(WizardCase):
     def setUp(self):
         super().setUp()
         self.wizard = self.open_wizard()
-        self.wizard.choose("Export selected environment settings")
-        self.wizard.press_button(NEXT)
+        self.wizard.start(EXPORT)
         self.version = self.wizard.page_control(VERSIONS)
 
     def enter_categories(self):
@@ -84,12 +81,14 @@ class ExportTreeTest(WizardCase):
         self.assert_checked([ROOT_LABEL, "Options", *CATEGORIES_2026[2:]])
         self.assert_description("All settings.")
 
-    def test_tree_is_built_anew_when_the_page_is_entered_again(self):
+    def test_tree_is_built_anew_and_the_staging_folder_kept_after_back_and_next(self):
         self.enter_categories()
         self.wizard.click_box(ROOT_LABEL)
         self.assert_checked([])
+        staging = self.staging_folders()
         self.wizard.press_button(BACK)
         self.wizard.page_control(VERSIONS)
+        self.assertEqual((len(staging), self.staging_folders()), (1, staging))
         self.enter_categories()
         self.assert_checked([ROOT_LABEL, *CATEGORIES_2026])
 
@@ -97,8 +96,7 @@ class ExportTreeTest(WizardCase):
 class ResetTreeTest(WizardCase):
     def test_reset_page_offers_every_category_and_a_backup(self):
         wizard = self.open_wizard()
-        wizard.choose("Reset all settings in the current version")
-        wizard.press_button(NEXT)
+        wizard.start(RESET)
         self.assertEqual(wizard.box().text, "Carrovan")
         self.assertIn("the current settings cannot be restored", wizard.answer())
         self.assertEqual(wizard.tree().checked_labels(), [ROOT_LABEL, *CATEGORIES_2026])

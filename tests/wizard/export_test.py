@@ -2,12 +2,8 @@
 
 import zipfile
 
-from wizard import CANCEL, FINISH, NEXT
-from wizard_case import PREFIX, WizardCase
-
-HEADING, FINISH_TITLE, FINISH_MESSAGE, VERSIONS = 1013, 1023, 1022, 1010
-BACKUP = 1028
-FILE_NAME = 1152  # the field of the system's dialog
+from wizard import BACKUP, CANCEL, EXPORT, FINISH, HEADING, NEXT, RESET, SELECT_ALL, VERSIONS
+from wizard_case import WizardCase, package_content, windows_name
 
 
 class ExportCase(WizardCase):
@@ -15,77 +11,74 @@ class ExportCase(WizardCase):
         super().setUp()
         self.wizard = self.open_wizard()
 
-    def package(self, name):
-        """The path of a package that is gone when the test ends."""
-        path = PREFIX / "drive_c" / f"{name}.ucex"
-        path.unlink(missing_ok=True)
-        self.addCleanup(path.unlink, missing_ok=True)
-        return path
-
-    def name_package(self, path):
-        self.wizard.wait_until(
-            lambda wizard: any(c.number == FILE_NAME and c.focused for c in wizard.box().controls),
-            "the dialog to take a name")
-        self.screen.type("C:\\" + path.name)
-        self.screen.press("Return")
-
 
 class ExportTest(ExportCase):
-    def enter_categories(self):
-        self.wizard.choose("Export selected environment settings")
-        self.wizard.press_button(NEXT)
-        self.wizard.page_control(VERSIONS)
+    def enter_categories(self, year="2026"):
+        self.wizard.start(EXPORT)
+        if year != "2026":
+            self.wizard.choose_version(VERSIONS, year)
         self.wizard.press_button(NEXT)
         self.wizard.tree()
 
     def assert_finished(self, package):
-        self.wizard.wait_until(lambda wizard: wizard.shows(FINISH_TITLE), "the finish page")
-        self.assertEqual(self.wizard.page_control(FINISH_MESSAGE).text,
-                         f"Your settings have been successfully exported to  C:\\{package.name}")
+        self.assertEqual(self.wizard.finish_text(), "Your settings have been successfully exported "
+                                                    f"to  {windows_name(package)}")
         self.assertTrue(package.exists())
 
-    def assert_like_command_line(self, package, *labels):
-        expected = self.package("expected")
+    def assert_like_command_line(self, package, year, *labels):
+        expected = self.package("expected.ucex")
         choice = [part for label in labels for part in ("--category", label)]
-        self.run_windows("carrovan-cli.exe", "export", "--version", "2026", *choice,
-                         "--output", f"C:\\{expected.name}")
-        self.assertEqual(content(package), content(expected))
+        self.run_cli("export", "--version", year, *choice, "--output", windows_name(expected))
+        self.assertEqual(package_content(package), package_content(expected))
 
-    def test_mouse_alone(self):
-        package = self.package("mouse")
-        self.enter_categories()
-        self.wizard.click_box("Select All")
-        self.wizard.click_box("Shortcut key")
-        self.wizard.click_box("Interface layout")
-        self.wizard.press_button(FINISH)
-        self.name_package(package)
-        self.assert_finished(package)
-        self.assert_like_command_line(package, "Shortcut key", "Interface layout")
+    def export_by_mouse(self, year, labels):
+        package = self.package("mouse.ucex")
+        self.enter_categories(year)
+        self.wizard.click_box(SELECT_ALL)
+        for label in labels:
+            self.wizard.click_box(label)
+        with self.wizard.with_registry_tool_awaited():
+            self.wizard.press_button(FINISH)
+            self.wizard.name_file(windows_name(package))
+            self.assert_finished(package)
+        self.assert_like_command_line(package, year, *labels)
         self.wizard.press_button(FINISH)
         self.wizard.wait_until(lambda wizard: wizard.shows(HEADING), "the start page")
 
-    def test_keyboard_alone(self):
-        package = self.package("keyboard")
+    def test_mouse_alone(self):
+        self.export_by_mouse("2026", ("Register", "Shortcut key", "Interface layout"))
+
+    def test_mouse_alone_and_another_version(self):
+        self.export_by_mouse("2025", ("Options", "Property Templates", "2D Draft Settings"))
+
+    def export_by_keyboard(self, year, keys_on_tree, labels):
+        package = self.package("keyboard.ucex")
         self.wizard.window()
         self.screen.press("space", "alt+n")
-        self.wizard.page_control(VERSIONS)
-        self.screen.press("alt+n")
+        self.wizard.wait_until(lambda wizard: wizard.page_control(VERSIONS).focused, "the list")
+        self.screen.press(*["Up"] * (2026 - int(year)), "alt+n")
         self.wizard.wait_until(lambda wizard: wizard.tree().focused, "the tree")
-        unticked = 10
-        self.screen.press("Home", *["Down", "space"] * unticked)
+        self.screen.press("Home", *keys_on_tree)
         self.wizard.wait_until(
-            lambda wizard: wizard.tree().checked_labels() ==
-            ["Select All", "Catalog Library", "Sheet Metal Library", "Cosmetic Thread"],
-            "the choice")
-        self.screen.press("Return")
-        self.name_package(package)
-        self.assert_finished(package)
-        self.assert_like_command_line(package, "Catalog Library", "Sheet Metal Library",
-                                      "Cosmetic Thread")
+            lambda wizard: wizard.tree().checked_labels() == [SELECT_ALL, *labels], "the choice")
+        with self.wizard.with_registry_tool_awaited():
+            self.screen.press("Return")
+            self.wizard.name_file(windows_name(package))
+            self.assert_finished(package)
+        self.assert_like_command_line(package, year, *labels)
         self.screen.press("Return")
         self.wizard.wait_until(lambda wizard: wizard.shows(HEADING), "the start page")
         self.screen.press("Escape")
         self.assert_ends(self.wizard)
+
+    def test_keyboard_alone(self):
+        self.export_by_keyboard("2026", ["Down", "space", "Down", *["Down", "space"] * 8],
+                                ("Register", "Catalog Library", "Sheet Metal Library",
+                                 "Cosmetic Thread"))
+
+    def test_keyboard_alone_and_another_version(self):
+        self.export_by_keyboard("2025", ["Down", "space", "Down", "Down", *["Down", "space"] * 9],
+                                ("Register", "Interface layout"))
 
     def test_cancelled_save_dialog_leaves_the_categories_page_as_it_was(self):
         self.enter_categories()
@@ -98,13 +91,13 @@ class ExportTest(ExportCase):
         self.assertEqual(self.wizard.tree().checked_labels(), chosen)
 
     def test_package_that_is_there_is_replaced_only_after_asking(self):
-        package = self.package("taken")
+        package = self.package("taken.ucex")
         package.write_bytes(b"an older package")
         self.enter_categories()
-        self.wizard.click_box("Select All")
+        self.wizard.click_box(SELECT_ALL)
         self.wizard.click_box("Shortcut key")
         self.wizard.press_button(FINISH)
-        self.name_package(package)
+        self.wizard.name_file(windows_name(package))
         self.wizard.wait_until(lambda wizard: "Yes" in button_texts(wizard.box()), "the question")
         self.wizard.answer("No")
         self.assertEqual(package.read_bytes(), b"an older package")
@@ -113,22 +106,22 @@ class ExportTest(ExportCase):
         self.wizard.wait_until(lambda wizard: "Yes" in button_texts(wizard.box()), "the question")
         self.wizard.answer("Yes")
         self.assert_finished(package)
-        self.assert_like_command_line(package, "Shortcut key")
+        self.assert_like_command_line(package, "2026", "Shortcut key")
 
     def test_no_category_is_refused(self):
         self.enter_categories()
-        self.wizard.click_box("Select All")
+        self.wizard.click_box(SELECT_ALL)
         self.wizard.press_button(FINISH)
         self.assertEqual(self.wizard.answer(), "Please select the exported settings")
         self.assertEqual(self.wizard.tree().checked_labels(), [])
 
     def test_keys_and_clicks_during_the_run_are_dropped(self):
-        package = self.package("patience")
+        package = self.package("patience.ucex")
         self.enter_categories()
         left, top, width, _ = self.wizard.window().area
         finish = self.wizard.button(FINISH).centre()
         self.wizard.press_button(FINISH)
-        self.name_package(package)
+        self.wizard.name_file(windows_name(package))
         self.wizard.wait_until(lambda wizard: self.staging_holds_registry_files(), "the run")
         self.screen.press("Escape", "Return", "alt+F4")
         self.screen.click(*finish, times=3)
@@ -140,24 +133,23 @@ class ExportTest(ExportCase):
         return any(list(folder.glob("*.reg")) for folder in self.staging_folders())
 
     def test_second_quick_press_of_next_goes_one_step_at_most(self):
-        self.wizard.choose("Export selected environment settings")
+        self.wizard.choose(EXPORT)
         self.screen.click(*self.wizard.button(NEXT).centre(), times=2)
         self.wizard.wait_until(lambda wizard: not wizard.shows(HEADING), "the next page")
         self.wizard.wait_until(lambda wizard: wizard.button(CANCEL).enabled, "the end of the step")
         if self.wizard.shows(VERSIONS):  # the second press came while the first was carried out
             self.wizard.press_button(NEXT)
-        self.assertIn("Select All", self.wizard.tree().checked_labels())
+        self.assertIn(SELECT_ALL, self.wizard.tree().checked_labels())
         self.assertFalse(self.wizard.button(NEXT).enabled)
 
 
 class BackupTest(ExportCase):
     def test_one_click_backup_holds_everything_and_stays_on_the_reset_page(self):
-        package = self.package("backup")
-        self.wizard.choose("Reset all settings in the current version")
-        self.wizard.press_button(NEXT)
+        package = self.package("backup.ucex")
+        self.wizard.start(RESET)
         self.wizard.answer()
         self.wizard.click(self.wizard.page_control(BACKUP))
-        self.name_package(package)
+        self.wizard.name_file(windows_name(package))
         self.wizard.wait_until(lambda wizard: wizard.button(FINISH).enabled, "the end of the run")
         self.assertTrue(self.wizard.shows(BACKUP))
         with zipfile.ZipFile(package) as archive:
@@ -167,8 +159,3 @@ class BackupTest(ExportCase):
 
 def button_texts(box):
     return [c.text.replace("&", "") for c in box.controls if c.class_name == "Button"]
-
-
-def content(package):
-    with zipfile.ZipFile(package) as archive:
-        return [(name, archive.read(name)) for name in archive.namelist()]

@@ -3,11 +3,10 @@
 import shutil
 
 from screen import wait_for
-from wizard import BACK, CANCEL, FINISH, NEXT, is_frame, list_windows
-from wizard_case import PREFIX, WizardCase
+from wizard import BACK, CANCEL, FINISH, HEADING, NEXT, is_frame, list_windows
+from wizard_case import PREFIX, WizardCase, change_identity
 
 WELCOME = "Welcome to the Import and Export Settings Wizard"
-HEADING = 1013
 RADIOS = (1001, 1002, 1003)
 
 
@@ -135,14 +134,6 @@ class OpeningTest(WizardCase):
                     self.screen.press(close)
                 self.assert_ends(wizard)
                 self.assertEqual(self.staging_folders(), [])
-
-
-def change_identity(folder, old, new):
-    """Changes what the stand-in of the product's library reports."""
-    file = folder / "tarvik.ini"
-    text = file.read_text(encoding="utf-8")
-    assert old in text
-    file.write_text(text.replace(old, new), encoding="utf-8")
 
 
 def change_text(library, old, new):

@@ -9,10 +9,8 @@ import time
 from pathlib import Path
 
 from screen import Screen
-from wizard import BACK, CANCEL, FINISH, NEXT, ROOT, TREE, Wizard, install_programs
-
-FINISH_TITLE, HEADING, PATH_TITLE, SELECT_FILE, VERSIONS = 1023, 1013, 1024, 1012, 1010
-FILE_NAME = 1152  # the field of the system's dialog
+from wizard import (BACK, CANCEL, EXPORT, FINISH, FINISH_TITLE, HEADING, IMPORT, NEXT, PATH_TITLE,
+                    RESET, ROOT, TREE, VERSIONS, Wizard, install_programs)
 
 
 def main():
@@ -46,40 +44,29 @@ def take(wizard, prefix, folder, percent):
     package = prefix / "drive_c" / "settings-2026.ucex"
     package.unlink(missing_ok=True)
     picture("start", HEADING)
-    wizard.choose("Export selected environment settings")
-    wizard.press_button(NEXT)
+    wizard.start(EXPORT)
     picture("version", VERSIONS)
     wizard.press_button(NEXT)
     wizard.click_box("Custom Parts Library")
     picture("export", TREE)
     wizard.press_button(FINISH)
-    name_file(wizard, package)
+    wizard.name_file("C:\\" + package.name)
     picture("finish", FINISH_TITLE)
     wizard.press_button(FINISH)
 
-    wizard.choose("Import selected environment settings")
-    wizard.press_button(NEXT)
-    wizard.click(wizard.page_control(SELECT_FILE))
-    name_file(wizard, package)
+    wizard.start(IMPORT)
+    wizard.select_package("C:\\" + package.name)
     picture("path", PATH_TITLE)
     wizard.press_button(NEXT)
     picture("import", TREE)
     wizard.press_button(BACK)
     wizard.page_control(PATH_TITLE)
     wizard.press_button(BACK)
-    wizard.choose("Reset all settings in the current version")
-    wizard.press_button(NEXT)
+    wizard.start(RESET)
     wizard.answer()
     picture("reset", TREE)
     wizard.press_button(CANCEL)
     wizard.process.wait(20)
-
-
-def name_file(wizard, path):
-    wizard.wait_until(lambda w: any(c.number == FILE_NAME and c.focused for c in w.box().controls),
-                      "the dialog to take a name")
-    wizard.screen.type("C:\\" + path.name)
-    wizard.screen.press("Return")
 
 
 if __name__ == "__main__":

@@ -1,8 +1,12 @@
 """The real wizard under Wine, operated with the mouse and the keyboard as its users do."""
 
+import contextlib
 import json
 import os
+import signal
 import subprocess
+import threading
+import time
 from pathlib import Path
 
 from screen import wait_for
@@ -13,6 +17,16 @@ STARTUP_FOLDER = "drive_c/Program Files/ORMA/VANTRIC 2026/Bin"
 
 FINISH, BACK, NEXT, CANCEL = 1, 1000, 1001, 1003  # the frame's buttons
 TREE, DESCRIPTION = 1006, 1020  # on the category pages
+BACKUP = 1028  # on the reset page
+HEADING, VERSIONS = 1013, 1010  # on the start page and on the version page
+PACKAGE, SELECT_FILE, TARGETS, PATH_TITLE = 1011, 1012, 1014, 1024  # on the path page
+FINISH_TITLE, FINISH_MESSAGE = 1023, 1022
+FILE_NAME = 1152  # the field of the system's file dialogs
+
+EXPORT = "Export selected environment settings"
+IMPORT = "Import selected environment settings"
+RESET = "Reset all settings in the current version"
+SELECT_ALL = "Select All"
 
 
 class Control:
@@ -113,6 +127,39 @@ class Wizard:
         left, top, width, height = area
         self.screen.click(left + width // 2, top + height // 2)
 
+    def start(self, mode):
+        """Chooses on the start page what to do, and goes on."""
+        self.choose(mode)
+        self.press_button(NEXT)
+
+    def choose_version(self, number, year):
+        """Opens a list of versions and clicks an entry."""
+        versions = self.page_control(number)
+        self.click(versions)
+        left, top, width, height = self.box().area
+        row = versions.entries.index(year)
+        self.screen.click(left + width // 2,
+                          top + height * (2 * row + 1) // (2 * len(versions.entries)))
+        self.wait_until(lambda wizard: wizard.page_control(number).text == year, year)
+
+    def name_file(self, name):
+        """Answers the system's file dialog."""
+        self.wait_until(lambda wizard: any(c.number == FILE_NAME and c.focused
+                                           for c in wizard.box().controls),
+                        "the dialog to take a name")
+        self.screen.type(name)
+        self.screen.press("Return")
+
+    def select_package(self, name):
+        """Chooses a package on the path page."""
+        self.click(self.page_control(SELECT_FILE))
+        self.name_file(name)
+
+    def finish_text(self):
+        """What the finish page says, as soon as it is shown."""
+        wait_for(lambda: self.shows(FINISH_TITLE), seconds=60, what="the finish page")
+        return self.page_control(FINISH_MESSAGE).text
+
     def answer(self, text="OK"):
         """Presses a button of the dialog in front and gives the dialog's text."""
         box = self.box()
@@ -124,6 +171,39 @@ class Wizard:
         """Stores a PNG of the wizard's window with its frame."""
         self.screen.move_mouse_away()
         self.screen.picture(path, self.window().area)
+
+    @contextlib.contextmanager
+    def with_registry_tool_awaited(self):
+        """Holds the wizard whenever the registry tool runs. The wizard gives the tool fixed times,
+        which are short for Wine on a busy machine; a package would then lack a key."""
+        done = threading.Event()
+        holder = threading.Thread(target=self._hold_during_registry_tool, args=(done,))
+        holder.start()
+        try:
+            yield
+        finally:
+            done.set()
+            holder.join()
+
+    def _hold_during_registry_tool(self, done):
+        first_seen = {}
+        while not done.wait(0.02):
+            running = processes_in_prefix(self.prefix, ("cmd.exe", "reg.exe"))
+            first_seen = {process: first_seen.get(process, time.monotonic())
+                          for process in running}
+            # The wizard has to finish the start of the tool first.
+            if any(time.monotonic() - seen > 0.04 for seen in first_seen.values()):
+                self._hold_until_ended(running, done)
+
+    def _hold_until_ended(self, processes, done):
+        if self.process.poll() is not None:
+            return
+        self.process.send_signal(signal.SIGSTOP)
+        end = time.monotonic() + 5
+        while any(process.exists() for process in processes) and time.monotonic() < end:
+            if done.wait(0.02):
+                break
+        self.process.send_signal(signal.SIGCONT)
 
     def _idle_page_control(self, number):
         window = self.window()
@@ -148,6 +228,20 @@ def list_windows(screen, prefix, program):
         elif facts["visible"]:
             windows[-1].controls.append(Control(facts))
     return windows
+
+
+def processes_in_prefix(prefix, names):
+    """The folders in /proc of the programs of these names that run in a Wine prefix."""
+    wanted = f"WINEPREFIX={prefix}".encode()
+    found = []
+    for process in Path("/proc").glob("[0-9]*"):
+        try:
+            if ((process / "comm").read_text(encoding="utf-8").strip() in names
+                    and wanted in (process / "environ").read_bytes().split(b"\0")):
+                found.append(process)
+        except OSError:  # it has ended
+            continue
+    return found
 
 
 def is_frame(window):

@@ -3,24 +3,35 @@
 import os
 import shutil
 import subprocess
+import sys
 import tempfile
 import unittest
+import zipfile
 from pathlib import Path
 
 from screen import Screen
 from wizard import PROGRAMS, ROOT, STARTUP_FOLDER, Wizard, install_programs
 
+sys.path.append(str(ROOT / "tests" / "e2e"))
+import registry_file  # noqa: E402  pylint: disable=wrong-import-position
+
 PREFIX = Path(os.environ.get("CARROVAN_WIZARD_PREFIX", ROOT / "build" / "wine-wizard"))
-PROGRAM_FILES = ("carrovan.exe", "tarvik.dll", "tarvik.ini", "en-us", "zh-cn")
+DRIVE = PREFIX / "drive_c"
+PROGRAM_FILES = ("carrovan.exe", "carrovan-cli.exe", "tarvik.dll", "tarvik.ini", "en-us", "zh-cn")
 
 
 class WizardCase(unittest.TestCase):
-    """Every test class has a screen and a freshly made sample product of its own."""
+    """Every test class has a screen of its own and finds the sample product as it was made."""
+
+    SPOILS_SAMPLE = False  # True for classes that import or reset settings
+    _sample_is_fresh = False
 
     @classmethod
     def setUpClass(cls):
         subprocess.run([ROOT / "tools" / "wine-prefix", PREFIX], check=True)
-        install_programs(PREFIX)
+        if not WizardCase._sample_is_fresh:
+            install_programs(PREFIX)
+        WizardCase._sample_is_fresh = not cls.SPOILS_SAMPLE
         cls.screen = cls.enterClassContext(Screen())
 
     @classmethod
@@ -39,7 +50,7 @@ class WizardCase(unittest.TestCase):
 
     def program_folder(self, name="program"):
         """A copy of the program and what it needs, on drive C:, for a test to spoil."""
-        folder = Path(tempfile.mkdtemp(dir=PREFIX / "drive_c")) / name
+        folder = Path(tempfile.mkdtemp(dir=DRIVE)) / name
         self.addCleanup(shutil.rmtree, folder.parent)
         folder.mkdir()
         for file in PROGRAM_FILES:
@@ -47,24 +58,69 @@ class WizardCase(unittest.TestCase):
             (shutil.copytree if source.is_dir() else shutil.copy2)(source, folder / file)
         return folder
 
+    @classmethod
+    def run_cli(cls, *arguments, folder=PREFIX / STARTUP_FOLDER):
+        """Runs the command line to its end; it must succeed."""
+        return cls._run(["carrovan-cli.exe", *arguments], folder)
+
     def run_windows(self, *command, folder=PREFIX / STARTUP_FOLDER, wait=True):
         """Runs a Windows program on this screen; not waited for, it is ended with the test."""
-        environment = {**self.screen.environment(), "WINEPREFIX": str(PREFIX)}
-        command = [ROOT / "tools" / "wine", *command]
         if wait:
-            return subprocess.run(command, cwd=folder, env=environment, check=True,
-                                  stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
-        process = subprocess.Popen(command, cwd=folder, env=environment,
-                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            return self._run(command, folder)
+        process = subprocess.Popen([ROOT / "tools" / "wine", *command], cwd=folder,
+                                   env=self._environment(), stdout=subprocess.DEVNULL,
+                                   stderr=subprocess.DEVNULL)
         self.addCleanup(process.wait)
         self.addCleanup(process.terminate)
         return process
 
+    @classmethod
+    def _run(cls, command, folder):
+        return subprocess.run([ROOT / "tools" / "wine", *command], cwd=folder,
+                              env=cls._environment(), check=True, stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL).stdout
+
+    @classmethod
+    def _environment(cls):
+        return {**cls.screen.environment(), "WINEPREFIX": str(PREFIX)}
+
+    def package(self, name):
+        """The path of a package that is gone when the test ends."""
+        path = DRIVE / name
+        path.unlink(missing_ok=True)
+        self.addCleanup(path.unlink, missing_ok=True)
+        return path
+
+    def crafted_package(self, name, **entries):
+        """A package with these texts as its entries."""
+        path = self.package(name)
+        with zipfile.ZipFile(path, "w") as archive:
+            for entry, text in entries.items():
+                archive.writestr(entry, text)
+        return path
+
     def staging_folders(self):
-        return sorted((PREFIX / "drive_c" / "users").glob("*/AppData/Local/Temp/*-*-*-*-*"))
+        return sorted((DRIVE / "users").glob("*/AppData/Local/Temp/*-*-*-*-*"))
 
     def assert_ends(self, wizard):
         self.assertEqual(wizard.process.wait(20), 0)
 
 
-__all__ = ["PREFIX", "PROGRAMS", "ROOT", "WizardCase"]
+def windows_name(path):
+    """The name on drive C: of a file that lies directly there."""
+    return "C:\\" + path.name
+
+
+def change_identity(folder, old, new):
+    """Changes what the stand-in of the product's library reports."""
+    file = folder / "tarvik.ini"
+    text = file.read_text(encoding="utf-8")
+    assert old in text
+    file.write_text(text.replace(old, new), encoding="utf-8")
+
+
+def package_content(package):
+    """Every entry in its order: the bytes, of registry files the keys and values."""
+    with zipfile.ZipFile(package) as archive:
+        return [(name, registry_file.parse(archive.read(name)) if name.endswith(".reg")
+                 else archive.read(name)) for name in archive.namelist()]
