@@ -4,7 +4,6 @@
 #include "app/language_resources.h"
 #include "platform/native_machine.h"
 #include "platform/windows/message_boxes.h"
-#include "platform/windows/windows_process_list.h"
 
 namespace carrovan {
 
@@ -19,8 +18,7 @@ bool CCarrovanApp::InitInstance() {
     ShowApplicationMessageBox(nullptr, opened.reason);
     return false;
   }
-  const WindowsProcessList processes;
-  CCarrovanDlg(resources, opened.machine->Ports(), processes).Run();
+  CCarrovanDlg(resources, opened.machine->Ports()).Run();
   return false;
 }
 

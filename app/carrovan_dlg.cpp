@@ -24,11 +24,9 @@ constexpr UINT kScaleChanged = 0x02E0;
 
 }  // namespace
 
-CCarrovanDlg::CCarrovanDlg(const ResourceModule& resources, const Machine& machine,
-                           const ProcessList& processes)
+CCarrovanDlg::CCarrovanDlg(const ResourceModule& resources, const Machine& machine)
     : resources_(resources),
       machine_(machine),
-      processes_(processes),
       registryTool_(machine.interpreter, machine.clock, RegistryToolPace::kFixedPause),
       runs_({context_, state_, machine, registryTool_, *this}),
       flow_({context_, state_, machine, registryTool_, *this, runs_.Import(), runs_.Reset()}),
@@ -110,7 +108,7 @@ void CCarrovanDlg::EndProgram() {
 bool CCarrovanDlg::OnInitDialog() {
   AddAboutToSystemMenu();
   LoadIcons();
-  if (IsProductRunning(processes_)) {
+  if (IsProductRunning(machine_.processes)) {
     ShowMessage(resources_.Text(static_cast<int>(StringId::kCloseProductFirst)));
     CloseWizard();
   }

@@ -12,7 +12,6 @@
 #include "pages/select_path.h"
 #include "pages/select_version.h"
 #include "pages/start_dialog.h"
-#include "platform/process_list.h"
 #include "platform/wizard_frame.h"
 
 namespace carrovan {
@@ -22,8 +21,7 @@ namespace carrovan {
 class CCarrovanDlg : public Dialog, public WizardFrame {
  public:
   // Everything outlives the dialog.
-  CCarrovanDlg(const ResourceModule& resources, const Machine& machine,
-               const ProcessList& processes);
+  CCarrovanDlg(const ResourceModule& resources, const Machine& machine);
 
   // Returns when the user has closed the wizard.
   void Run();
@@ -63,7 +61,6 @@ class CCarrovanDlg : public Dialog, public WizardFrame {
 
   const ResourceModule& resources_;
   const Machine machine_;
-  const ProcessList& processes_;
   ProductContext context_;
   WizardState state_;
   RegistryTool registryTool_;

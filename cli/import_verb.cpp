@@ -135,6 +135,7 @@ ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
   if (!owned) return ExitStatus::kFailed;
   ProgressArchives archives(owned->Ports().archives, session.console());
   const Machine machine = WithArchives(owned->Ports(), archives);
+  if (session.RefuseBesideProduct(machine.processes)) return ExitStatus::kFailed;
   return ImportVerb(session, options, machine).Run();
 }
 

@@ -45,6 +45,7 @@ ExitStatus RunResetVerb(const Session& session, const ResetOptions& options) {
   const auto owned = session.OpenMachine();
   if (!owned) return ExitStatus::kFailed;
   const Machine machine = owned->Ports();
+  if (session.RefuseBesideProduct(machine.processes)) return ExitStatus::kFailed;
   CommandLineView view(session, L"");
   ProductContext context;
   if (!LoadProductContext(context, machine, view)) return ExitStatus::kFailed;

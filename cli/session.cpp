@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "environment/running_product.h"
+#include "environment/string_table.h"
 #include "platform/sandbox/sandbox_machine.h"
 
 namespace carrovan {
@@ -35,6 +37,12 @@ std::unique_ptr<OwnedMachine> Session::OpenMachine() const {
   MachineOrReason opened = root.empty() ? OpenNativeMachine() : SandboxMachine::Open(root);
   if (!opened.machine) Complain(opened.reason);
   return std::move(opened.machine);
+}
+
+bool Session::RefuseBesideProduct(const ProcessList& processes) const {
+  if (!IsProductRunning(processes)) return false;
+  Fail(Text(StringId::kCloseProductFirst));
+  return true;
 }
 
 std::unique_ptr<HostFiles> Session::OpenFiles() const {

@@ -7,6 +7,7 @@
 #include "cli/exit_status.h"
 #include "platform/console.h"
 #include "platform/native_machine.h"
+#include "platform/process_list.h"
 
 namespace carrovan {
 
@@ -30,6 +31,10 @@ class Session {
 
   // The machine with its CAD product, or null after saying why there is none.
   std::unique_ptr<OwnedMachine> OpenMachine() const;
+
+  // True, after saying so, while the product runs: what is changed under its feet would be lost
+  // when it ends.
+  bool RefuseBesideProduct(const ProcessList& processes) const;
 
   // Files and archives without a product, or null after saying why there are none.
   std::unique_ptr<HostFiles> OpenFiles() const;

@@ -7,6 +7,7 @@
 #include "platform/file_system.h"
 #include "platform/guid_source.h"
 #include "platform/known_folders.h"
+#include "platform/process_list.h"
 #include "platform/product_identity.h"
 #include "platform/profile_file.h"
 #include "platform/registry.h"
@@ -30,6 +31,7 @@ struct Machine {
   RegistryEditor& registryEditor;
   UserIdentity& user;
   CodePage& codePage;
+  ProcessList& processes;
 };
 
 // The same machine with one part replaced.

@@ -14,4 +14,10 @@ class ProcessList {
   virtual std::vector<std::wstring> ExecutableNames() const = 0;
 };
 
+// A machine on which nothing runs.
+class NoProcesses : public ProcessList {
+ public:
+  std::vector<std::wstring> ExecutableNames() const override { return {}; }
+};
+
 }  // namespace carrovan

@@ -85,8 +85,8 @@ MachineOrReason SandboxMachine::Open(const std::wstring& rootFolder) {
 }
 
 Machine SandboxMachine::Ports() {
-  return {files_,    registry_,    folders_, guids_,    profiles_, product_,
-          archives_, interpreter_, clock_,   registry_, user_,     codePage_};
+  return {files_,       registry_, folders_,  guids_, profiles_, product_,  archives_,
+          interpreter_, clock_,    registry_, user_,  codePage_, processes_};
 }
 
 FilesOrReason OpenSandboxFiles(const std::wstring& rootFolder) {

@@ -53,6 +53,7 @@ class SandboxMachine : public OwnedMachine {
   SleepingClock clock_;
   SandboxUser user_;
   Utf8CodePage codePage_;
+  NoProcesses processes_;
 };
 
 struct FilesOrReason {

@@ -8,6 +8,7 @@
 #include "platform/windows/windows_file_system.h"
 #include "platform/windows/windows_guid_source.h"
 #include "platform/windows/windows_known_folders.h"
+#include "platform/windows/windows_process_list.h"
 #include "platform/windows/windows_profile_file.h"
 #include "platform/windows/windows_registry.h"
 #include "platform/windows/windows_registry_editor.h"
@@ -24,8 +25,8 @@ class WindowsMachine : public OwnedMachine {
         archives_(tarvik_->Functions()) {}
 
   Machine Ports() override {
-    return {files_,    registry_,    folders_, guids_,          profiles_, product_,
-            archives_, interpreter_, clock_,   registryEditor_, user_,     codePage_};
+    return {files_,       registry_, folders_,        guids_, profiles_, product_,  archives_,
+            interpreter_, clock_,    registryEditor_, user_,  codePage_, processes_};
   }
 
  private:
@@ -42,6 +43,7 @@ class WindowsMachine : public OwnedMachine {
   WindowsRegistryEditor registryEditor_;
   WindowsUserIdentity user_;
   WindowsCodePage codePage_;
+  WindowsProcessList processes_;
 };
 
 }  // namespace

@@ -1,6 +1,8 @@
 """The Windows program under Wine leaves registry and folders as the same rules say."""
 
+import contextlib
 import os
+import shutil
 import subprocess
 import sys
 
@@ -80,6 +82,27 @@ class WineImportTest(SandboxTest):
             ("config.ini", hostile_zip.CONFIG.replace(b"=VANTRIC", b"=OTHER"))])
         self.assert_import_refused("Please run Vantric at least once")
         self.assertEqual(differences(before, self.machine.state()), [])
+
+    def test_running_product_refuses_import_and_reset(self):
+        before = self.machine.state()
+        hostile_zip.make_package(self.package, [("config.ini", hostile_zip.CONFIG)])
+        with self.running_product():
+            self.assert_import_refused("Please close the product before running it again")
+            done = self.machine.run("reset", "--all", "--yes")
+            self.assert_refused(done, 1, "Please close the product before running it again")
+        self.assertEqual(differences(before, self.machine.state()), [])
+
+    @contextlib.contextmanager
+    def running_product(self):
+        """Some program under the product's name, spelled otherwise; it ends with its input."""
+        product = PREFIX / "drive_c" / "vantric.EXE"
+        shutil.copy2(PREFIX / "drive_c" / "windows" / "system32" / "cmd.exe", product)
+        self.addCleanup(product.unlink)
+        with subprocess.Popen([PROJECT / "tools/wine", "C:\\vantric.EXE"], stdin=subprocess.PIPE,
+                              stdout=subprocess.PIPE, env=wine_environment()) as process:
+            process.stdout.read(1)  # it runs
+            yield
+            process.communicate()
 
     def assert_import_refused(self, reason):
         done = self.machine.run("import", windows_path(self.package), "--to", "2026", "--all")

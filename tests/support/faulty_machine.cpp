@@ -339,9 +339,9 @@ FaultyMachine::~FaultyMachine() = default;
 
 Machine FaultyMachine::Ports() {
   const Machine& behind = parts_->behind;
-  return {parts_->files,    parts_->registry, parts_->folders,  parts_->guids,
-          parts_->profiles, behind.product,   parts_->archives, parts_->interpreter,
-          behind.clock,     parts_->editor,   parts_->user,     behind.codePage};
+  return {parts_->files,  parts_->registry, parts_->folders,     parts_->guids, parts_->profiles,
+          behind.product, parts_->archives, parts_->interpreter, behind.clock,  parts_->editor,
+          parts_->user,   behind.codePage,  behind.processes};
 }
 
 XmlDom& FaultyMachine::Dom() { return parts_->dom; }

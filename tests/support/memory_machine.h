@@ -112,10 +112,11 @@ struct MemoryMachine {
   RecordingClock clock;
   MemoryUser user;
   Utf8CodePage codePage;
+  NoProcesses processes;
 
   Machine Ports() {
-    return {files,    registry,    folders, guids,    profiles, product,
-            archives, interpreter, clock,   registry, user,     codePage};
+    return {files,       registry, folders,  guids, profiles, product,  archives,
+            interpreter, clock,    registry, user,  codePage, processes};
   }
 };
 

@@ -91,8 +91,9 @@ class SandboxTestMachine : public TestMachine {
 
   Machine Ports() override {
     const Machine real = machine_->Ports();
-    return {real.files,    guard_, real.folders, real.guids, real.profiles, product,
-            real.archives, guard_, clock,        guard_,     real.user,     real.codePage};
+    return {real.files, guard_,        real.folders,  real.guids, real.profiles,
+            product,    real.archives, guard_,        clock,      guard_,
+            real.user,  real.codePage, real.processes};
   }
 
   std::wstring ScratchFolder() const override { return L"C:\\Test files\\"; }

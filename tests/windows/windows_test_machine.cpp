@@ -66,8 +66,8 @@ void WindowsTestMachine::RemoveStagingFolders() {
 }
 
 Machine WindowsTestMachine::Ports() {
-  return {files_,    registry_,    folders_, guids_,          profiles_, product,
-          archives_, interpreter_, clock,    registryEditor_, user_,     codePage_};
+  return {files_,       registry_, folders_,        guids_, profiles_, product,   archives_,
+          interpreter_, clock,     registryEditor_, user_,  codePage_, processes_};
 }
 
 void WindowsTestMachine::MakeFolder(const std::wstring& path) {

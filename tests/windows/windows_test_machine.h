@@ -78,6 +78,7 @@ class WindowsTestMachine : public TestMachine {
   WindowsRegistryEditor registryEditor_;
   WindowsUserIdentity user_;
   WindowsCodePage codePage_;
+  NoProcesses processes_;
 
   std::vector<std::unique_ptr<Obstacle>> obstacles_;
   std::vector<std::wstring> madePaths_;
