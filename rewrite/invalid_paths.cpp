@@ -167,7 +167,7 @@ void CopyKept(std::string_view body, const TextForm& form, const Verdict& verdic
     }
     const std::string_view bytes = line->Bytes();
     std::memmove(target, bytes.data(), bytes.size());
-    std::memcpy(target + bytes.size(), lineEnd.data(), lineEnd.size());
+    lineEnd.copy(target + bytes.size(), lineEnd.size());
     target += bytes.size() + lineEnd.size();
   }
 }
