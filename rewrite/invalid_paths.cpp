@@ -124,11 +124,12 @@ class PathChecker {
   std::unordered_map<std::wstring, bool> folders_;
 };
 
-// Whether the line's value is an absolute path that does not exist.
-bool IsInvalid(const RawText& line, const TextForm& form, PathChecker& checker) {
+// Whether the line's value is an absolute path that does not exist. `text` is storage for it.
+bool IsInvalid(const RawText& line, const TextForm& form, PathChecker& checker,
+               std::u16string& text) {
   const std::optional<RawText> value = QuotedValue(line);
   if (!value) return false;
-  const std::u16string text = form.Decode(value->Bytes());
+  form.Decode(value->Bytes(), text);
   return IsAbsolutePath(text) && !checker.Exists(value->Bytes(), text);
 }
 
@@ -141,9 +142,10 @@ struct Verdict {
 Verdict Judge(std::string_view body, const TextForm& form, const FileReader& files) {
   Verdict verdict;
   PathChecker checker(files);
+  std::u16string text;
   LineReader lines(body, form.UnitBytes());
   for (std::size_t number = 0; const auto line = lines.Next(); ++number) {
-    if (IsInvalid(*line, form, checker)) {
+    if (IsInvalid(*line, form, checker, text)) {
       verdict.invalidLines.push_back(number);
     } else {
       verdict.keptBytes += line->Bytes().size() + 2 * form.UnitBytes();
@@ -165,7 +167,7 @@ void CopyKept(std::string_view body, const TextForm& form, const Verdict& verdic
     }
     const std::string_view bytes = line->Bytes();
     std::memmove(target, bytes.data(), bytes.size());
-    std::memcpy(target + bytes.size(), lineEnd.data(), lineEnd.size());
+    lineEnd.copy(target + bytes.size(), lineEnd.size());
     target += bytes.size() + lineEnd.size();
   }
 }

@@ -2,12 +2,13 @@
 
 #include <algorithm>
 
+#include "platform/large_buffer.h"
 #include "rewrite/unit_text.h"
 
 namespace carrovan {
 namespace {
 
-constexpr std::size_t kBlockBytes = std::size_t{32} << 10;
+constexpr std::size_t kBlockBytes = std::size_t{64} << 10;
 constexpr std::size_t kMarkBytes = 2;
 
 }  // namespace
@@ -16,6 +17,7 @@ void RegTextStream::Take(std::string_view part, std::uint64_t fileBytes) {
   if (result_.capacity() < fileBytes) {
     // What is not used of this costs nothing; growing step by step would copy it often.
     result_.reserve(static_cast<std::size_t>(fileBytes + fileBytes / 4));
+    ExpectToFill(result_.data(), result_.capacity());
   }
   std::size_t searched = form_ ? pending_.size() : 0;
   pending_.append(part);

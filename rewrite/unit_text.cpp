@@ -22,9 +22,10 @@ class Probes {
   bool MayBeginFrom(const char16_t* at) const {
     std::uint16_t hit = 0;
     for (std::size_t i = 0; i < kStride; ++i) {
-      const int difference =
-          (at[i] ^ units_[0]) | (at[i + middle_] ^ units_[1]) | (at[i + last_] ^ units_[2]);
-      hit = static_cast<std::uint16_t>(hit | (static_cast<std::uint16_t>(difference) == 0 ? 1 : 0));
+      const auto difference = static_cast<std::uint16_t>(
+          (at[i] ^ units_[0]) | (at[i + middle_] ^ units_[1]) | (at[i + last_] ^ units_[2]));
+      // All bits, as the processor's own comparison gives them.
+      hit = static_cast<std::uint16_t>(hit | (difference == 0 ? 0xFFFF : 0));
     }
     return hit != 0;
   }

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
@@ -17,6 +18,9 @@ namespace carrovan {
 namespace {
 
 constexpr mode_t kNewFileMode = 0666;
+
+// For a longer write the system looks for larger pieces of free memory, which takes it longer.
+constexpr std::size_t kMostWrittenAtOnce = std::size_t{256} << 10;
 
 FileStatus StatusOfError() {
   switch (errno) {
@@ -137,8 +141,9 @@ std::optional<std::size_t> OsFile::ReadAt(std::uint64_t offset,
 FileStatus OsFile::WriteAt(std::uint64_t offset, std::span<const std::uint8_t> data) {
   std::size_t done = 0;
   while (done < data.size()) {
-    const ssize_t count = pwrite(Descriptor(handle_), data.data() + done, data.size() - done,
-                                 static_cast<off_t>(offset + done));
+    const std::size_t part = std::min(data.size() - done, kMostWrittenAtOnce);
+    const ssize_t count =
+        pwrite(Descriptor(handle_), data.data() + done, part, static_cast<off_t>(offset + done));
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return StatusOfError();
     done += static_cast<std::size_t>(count);
