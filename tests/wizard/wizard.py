@@ -188,12 +188,13 @@ class Wizard:
     def _hold_during_registry_tool(self, done):
         first_seen = {}
         while not done.wait(0.02):
-            running = processes_in_prefix(self.prefix, ("cmd.exe", "reg.exe"))
-            first_seen = {process: first_seen.get(process, time.monotonic())
-                          for process in running}
-            # The wizard has to finish the start of the tool first.
-            if any(time.monotonic() - seen > 0.04 for seen in first_seen.values()):
-                self._hold_until_ended(running, done)
+            now = time.monotonic()
+            first_seen = {process: first_seen.get(process, now)
+                          for process in processes_in_prefix(self.prefix, ("cmd.exe", "reg.exe"))}
+            # A younger one may need the wizard to finish its start.
+            started = [process for process, seen in first_seen.items() if now - seen > 0.04]
+            if started:
+                self._hold_until_ended(started, done)
 
     def _hold_until_ended(self, processes, done):
         if self.process.poll() is not None:

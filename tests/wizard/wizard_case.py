@@ -59,9 +59,9 @@ class WizardCase(unittest.TestCase):
         return folder
 
     @classmethod
-    def run_cli(cls, *arguments, folder=PREFIX / STARTUP_FOLDER):
-        """Runs the command line to its end; it must succeed."""
-        return cls._run(["carrovan-cli.exe", *arguments], folder)
+    def run_cli(cls, *arguments, folder=PREFIX / STARTUP_FOLDER, status=0):
+        """Runs the command line to its end; it must end with this status."""
+        return cls._run(["carrovan-cli.exe", *arguments], folder, status)
 
     def run_windows(self, *command, folder=PREFIX / STARTUP_FOLDER, wait=True):
         """Runs a Windows program on this screen; not waited for, it is ended with the test."""
@@ -75,10 +75,12 @@ class WizardCase(unittest.TestCase):
         return process
 
     @classmethod
-    def _run(cls, command, folder):
-        return subprocess.run([ROOT / "tools" / "wine", *command], cwd=folder,
-                              env=cls._environment(), check=True, stdout=subprocess.PIPE,
-                              stderr=subprocess.DEVNULL).stdout
+    def _run(cls, command, folder, status=0):
+        done = subprocess.run([ROOT / "tools" / "wine", *command], cwd=folder, check=False,
+                              env=cls._environment(), stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL)
+        assert done.returncode == status, (command, done.returncode)
+        return done.stdout
 
     @classmethod
     def _environment(cls):
