@@ -71,9 +71,9 @@ class Tour:
         self._click_boxes(SELECT_ALL, *TO_RESET)
         self._wizard.click(self._wizard.page_control(BACKUP))
         self._wizard.name_file("C:\\" + BACKUP_PACKAGE)
-        self._wizard.wait_until(
-            lambda w: (self._prefix / "drive_c" / BACKUP_PACKAGE).exists() and
-            w.button(FINISH).enabled, "the backup")
+        backup = self._prefix / "drive_c" / BACKUP_PACKAGE
+        self._wizard.wait_until_done(
+            lambda wizard: backup.exists() and wizard.button(FINISH).enabled, "the backup")
         self._picture("reset-categories", TREE)
         self._wizard.press_button(NEXT)
         self._answer("reset-question", "Yes")

@@ -113,8 +113,8 @@ class ResetTest(ResetCase):
         with self.wizard.with_registry_tool_awaited():
             self.wizard.click(self.wizard.page_control(BACKUP))
             self.wizard.name_file(windows_name(backup))
-            self.wizard.wait_until(lambda w: backup.exists() and w.button(FINISH).enabled,
-                                   "the backup")
+            self.wizard.wait_until_done(
+                lambda wizard: backup.exists() and wizard.button(FINISH).enabled, "the backup")
 
     def assert_options_are_the_defaults(self, before, after):
         for subkey in ("General", "Color", "Directories", "Export Options"):

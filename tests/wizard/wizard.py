@@ -100,8 +100,12 @@ class Wizard:
     def tree(self):
         return self.page_control(TREE)
 
-    def wait_until(self, condition, what):
-        return wait_for(lambda: condition(self), what=what)
+    def wait_until(self, condition, what, seconds=20):
+        return wait_for(lambda: condition(self), seconds, what)
+
+    def wait_until_done(self, condition, what):
+        """For the end of a run, which takes long on a busy machine."""
+        return self.wait_until(condition, what, seconds=150)
 
     def click(self, control):
         self.screen.click(*control.centre())
@@ -157,7 +161,7 @@ class Wizard:
 
     def finish_text(self):
         """What the finish page says, as soon as it is shown."""
-        wait_for(lambda: self.shows(FINISH_TITLE), seconds=60, what="the finish page")
+        self.wait_until_done(lambda wizard: wizard.shows(FINISH_TITLE), "the finish page")
         return self.page_control(FINISH_MESSAGE).text
 
     def answer(self, text="OK"):
