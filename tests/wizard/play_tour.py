@@ -7,7 +7,9 @@ from 2025, imports it into 2026 without two categories, and resets three categor
 The prefix holds the sample product and its programs. The folder gets a picture of every step, the
 packages, and changes.txt, which tells what each step has changed in the registry and in folders."""
 
+import os
 import shutil
+import subprocess
 import sys
 import time
 from pathlib import Path
@@ -119,6 +121,10 @@ def main():
     (folder / "changes.txt").unlink(missing_ok=True)
     for name in (SETTINGS, BACKUP_PACKAGE):
         (prefix / "drive_c" / name).unlink(missing_ok=True)
+    # Wine keeps to the screen, or to none, that its first program had.
+    for option in ("-k", "-w"):
+        subprocess.run(["wineserver", option], env={**os.environ, "WINEPREFIX": str(prefix)},
+                       check=False)
     with Screen() as screen, Wizard(screen, prefix) as wizard:
         Tour(wizard, prefix, folder).play()
     for name in (SETTINGS, BACKUP_PACKAGE):
