@@ -6,6 +6,7 @@
 #include "app/busy_window.h"
 #include "environment/running_product.h"
 #include "package/staging_folder.h"
+#include "platform/raised_flag.h"
 #include "platform/windows/file_questions.h"
 #include "platform/windows/message_boxes.h"
 #include "platform/windows/window_scale.h"
@@ -20,18 +21,6 @@ constexpr WPARAM kSystemCommandMask = 0xFFF0;
 
 // The window has come to a screen of another scale; older headers lack the name.
 constexpr UINT kScaleChanged = 0x02E0;
-
-// A flag that is up while it exists.
-class RaisedFlag {
- public:
-  explicit RaisedFlag(bool& flag) : flag_(flag) { flag_ = true; }
-  ~RaisedFlag() { flag_ = false; }
-  RaisedFlag(const RaisedFlag&) = delete;
-  RaisedFlag& operator=(const RaisedFlag&) = delete;
-
- private:
-  bool& flag_;
-};
 
 }  // namespace
 

@@ -80,7 +80,8 @@ void AddImport(CLI::App& app, ImportOptions& options, Verb& chosen) {
   AddText(*verb, "--to", options.year,
           "Release year of the version to import into; a .ucx package names it itself")
       ->type_name("YEAR");
-  AddCategories(*verb, options.categories, "Every category that the package holds");
+  AddCategories(*verb, options.categories,
+                "Every category that the package holds; the only choice for a .ucx package");
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunImportVerb(session, options); };
   });

@@ -128,6 +128,9 @@ ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
   if (options.year.empty() && !IsLegacyPackageName(options.package)) {
     return session.Misused(L"--to is needed: the release year of the version to import into");
   }
+  if (IsLegacyPackageName(options.package) && !options.categories.all) {
+    return session.Misused(L"--all is needed: a .ucx package holds one document, not categories");
+  }
   const auto owned = session.OpenMachine();
   if (!owned) return ExitStatus::kFailed;
   ProgressArchives archives(owned->Ports().archives, session.console());

@@ -29,6 +29,9 @@ ExitStatus ResetVersion(const Session& session, const ResetOptions& options, con
   WizardState state;
   InitializePackageState(state.package, context, machine);
   const StagingFolder staging(context, machine);
+  if (!staging.IsMade()) {
+    return session.Fail(L"No staging folder can be made in the temporary path");
+  }
   RegistryTool tool(machine.interpreter, machine.clock, RegistryToolPace::kWaitForEnd);
   const ImportReport report = RunReset({context, state.package, machine, tool, view}, checklist);
   PrintOutcomes(session, checklist, L"reset", L"kept");

@@ -10,6 +10,7 @@
 #include "package/export_run.h"
 #include "package/staging_folder.h"
 #include "platform/path_text.h"
+#include "platform/raised_flag.h"
 
 namespace carrovan {
 namespace {
@@ -214,18 +215,6 @@ void BackUpEverything(const WizardParts& parts) {
   if (EnterExportCategories(parts)) Export(parts);
   RenewStagingFolder(parts.context, parts.machine);
 }
-
-// A flag that is up while it exists.
-class RaisedFlag {
- public:
-  explicit RaisedFlag(bool& flag) : flag_(flag) { flag_ = true; }
-  ~RaisedFlag() { flag_ = false; }
-  RaisedFlag(const RaisedFlag&) = delete;
-  RaisedFlag& operator=(const RaisedFlag&) = delete;
-
- private:
-  bool& flag_;
-};
 
 }  // namespace
 

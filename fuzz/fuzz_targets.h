@@ -21,4 +21,11 @@ void FuzzRegistryRewrite(const std::string& input);
 // be made again.
 void FuzzXmlRetarget(const std::string& input);
 
+// An archive must be listed, checked, read and unpacked with results that agree, and no file may
+// come to lie outside the destination.
+void FuzzArchive(const std::string& input);
+
+// A package's description must read, and change one value without another.
+void FuzzDescription(const std::string& input);
+
 }  // namespace carrovan

@@ -118,7 +118,6 @@ void ApplyCategory(const ImportRun& run, int itemData, bool ticked) {
 
 void RemoveSubfolderInEach(const ImportRun& run, const std::wstring& root,
                            const std::wstring& subfolder) {
-  if (root.empty()) return;  // the system cannot tell the user's folders
   for (const std::wstring& language : run.context.installLanguages) {
     WipeOrReport(run.machine.files, root + L"\\" + language + subfolder, run.report);
   }

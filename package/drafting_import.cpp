@@ -36,7 +36,10 @@ std::vector<FolderPair> DraftingFolders(const ImportRun& run) {
   std::vector<FolderPair> pairs = {{run.package.draftingFolder, run.context.stagingLocalFolder}};
   const auto local = run.machine.folders.LocalAppData();
   const auto roaming = run.machine.folders.RoamingAppData();
-  if (!local || !roaming) return pairs;
+  if (!local || !roaming) {
+    run.report.problems.push_back(L"The Roaming half of the 2D drafting settings cannot be told");
+    return pairs;
+  }
   const auto target = Rebased(run.package.draftingFolder, *local, *roaming);
   const auto package =
       Rebased(run.context.stagingLocalFolder, staging + L"Local", staging + L"Roaming");

@@ -87,18 +87,20 @@ bool CheckTarget(const ImportRun& run) {
 
 bool RunImportPreparation(const ImportRun& run, EditableCategoryTree& tree) {
   ProductContext& context = run.context;
+  // Another version's folders must not stay in their place when they cannot be told.
+  context.localFolder.clear();
   BuildLocalFolder(context, run.machine);
   run.package.draftingFolder = context.localFolder;
   if (IsOtherRelease(run)) MendPackage(run);
 
-  // Another version's folders must not stay in their place when they cannot be told.
   context.localRoot.clear();
   context.roamingRoot.clear();
-  PrepareVersionFolders(context, run.machine);
+  const bool known =
+      PrepareVersionFolders(context, run.machine) && !run.package.draftingFolder.empty();
   FillTree(run, tree);
   BuildStagingLocalFolder(context, context.selectedVersion);
 
-  if (!IsOtherRelease(run) || HasTargetFolders(run)) return true;
+  if (known && (!IsOtherRelease(run) || HasTargetFolders(run))) return true;
   run.view.ShowMessage(std::wstring(Text(StringId::kFoldersMissing)));
   return false;
 }

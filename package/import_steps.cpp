@@ -16,7 +16,6 @@ ImportSteps::Entry PackageImport::EnterCategories(EditableCategoryTree& tree) {
 void PackageImport::Apply(EditableCategoryTree& tree) { ApplyPackage(run_, tree); }
 
 void PackageImport::ApplyLegacy() {
-  run_.report = {};
   // Another run may have emptied the staging folder since the package was chosen.
   const bool unpacked = run_.machine.files.Exists(run_.package.legacyXmlPath) ||
                         OpenLegacyPackage(run_, run_.package.path).has_value();

@@ -57,9 +57,11 @@ void MigrateOptions(const ImportRun& run) {
 }  // namespace
 
 void ImportLegacyCustomization(const ImportRun& run) {
-  PrepareVersionFolders(run.context, run.machine);
   const std::wstring& document = run.package.legacyXmlPath;
-  if (Contains(document, L"ERROR_UI.xml")) {
+  if (!PrepareVersionFolders(run.context, run.machine)) {
+    run.report.problems.push_back(L"The folders of version " + run.context.selectedVersion +
+                                  L" cannot be told");
+  } else if (Contains(document, L"ERROR_UI.xml")) {
     PlaceCustomization(run, L"-PartTemplate.xml");
   } else if (Contains(document, L"Scene_UI.xml")) {
     PlaceCustomization(run, L"-Scene.xml");

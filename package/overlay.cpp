@@ -14,8 +14,12 @@ constexpr wchar_t kOverlayArchive[] = L"Version_Changed_Files.zip";
 
 bool ArchiveChangedFiles(const Overlay& overlay, const std::wstring& archive,
                          ImportReport& report) {
-  const std::wstring& staging = overlay.context.stagingFolder;
-  const std::wstring sources[] = {staging + L"Local", staging + L"Roaming"};
+  std::vector<std::wstring> sources;
+  for (const wchar_t* half : {L"Local", L"Roaming"}) {
+    const std::wstring folder = overlay.context.stagingFolder + half;
+    // A file of that name would be stored elsewhere, and laid over there.
+    if (overlay.machine.files.IsFolder(folder)) sources.push_back(folder);
+  }
   const PackageReport package = WritePackage(overlay.context, overlay.machine, sources, archive,
                                              ArchivePurpose::kUnpackAtOnce);
   if (package.outcome != ArchiveResult::kDone) {
@@ -32,19 +36,36 @@ bool ArchiveChangedFiles(const Overlay& overlay, const std::wstring& archive,
 void KeepStagingFolder(const Overlay& overlay, ImportReport& report) {
   ProductContext& context = overlay.context;
   report.problems.push_back(L"What is not in place is kept in " + context.stagingFolder);
+  // A folder that is the context's is deleted in the end.
+  context.stagingFolder.clear();
   CreateStagingFolder(context, overlay.machine);
   context.packageDescriptionPath = context.stagingFolder + kPackageDescriptionName;
 }
 
 }  // namespace
 
-void ImportRegistryFolder(const std::wstring& folder, const FileReader& files, RegistryTool& tool) {
-  for (const FolderEntry& entry : files.ListFolder(folder)) {
-    if (!entry.isFolder) tool.RegImportFile(folder + L"\\" + entry.name);
+void ImportRegistryFolder(const std::wstring& folder, const FileReader& files, RegistryTool& tool,
+                          ImportReport& report) {
+  if (!files.IsFolder(folder)) return;
+  std::vector<FolderEntry> entries;
+  if (const SystemCode code = files.ReadFolder(folder, entries); code != kSystemOk) {
+    report.problems.push_back(L"Not imported into the registry: " + folder + L": " +
+                              DescribeSystemCode(code));
+  }
+  for (const FolderEntry& entry : entries) {
+    if (entry.isFolder) continue;
+    const std::wstring file = folder + L"\\" + entry.name;
+    if (!tool.RegImportFile(file)) {
+      report.problems.push_back(L"Not imported into the registry: " + file);
+    }
   }
 }
 
 bool LayOverProfile(const Overlay& overlay, ImportReport& report) {
+  if (overlay.applicationDataRoot.empty()) {
+    report.problems.push_back(L"The user's application-data folder cannot be told");
+    return false;
+  }
   const std::wstring archive = overlay.context.stagingFolder + kOverlayArchive;
   const bool archived = ArchiveChangedFiles(overlay, archive, report);
   const ExtractReport extracted =
@@ -55,9 +76,11 @@ bool LayOverProfile(const Overlay& overlay, ImportReport& report) {
 }
 
 void ApplyOverlay(const Overlay& overlay, ImportReport& report) {
+  // Relative names would be looked for in the folder that the program happens to run in.
+  if (overlay.context.stagingFolder.empty()) return;
   for (const wchar_t* folder : {L"Options", L"Register"}) {
     ImportRegistryFolder(overlay.context.stagingFolder + folder, overlay.machine.files,
-                         overlay.registryTool);
+                         overlay.registryTool, report);
   }
   overlay.registryTool.PauseAfterImports();
   if (LayOverProfile(overlay, report)) {

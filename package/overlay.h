@@ -16,7 +16,8 @@ struct Overlay {
 };
 
 // Feeds every file directly in a folder to the registry tool. A missing folder gives no work.
-void ImportRegistryFolder(const std::wstring& folder, const FileReader& files, RegistryTool& tool);
+void ImportRegistryFolder(const std::wstring& folder, const FileReader& files, RegistryTool& tool,
+                          ImportReport& report);
 
 // Lays the staging folder's "Local" and "Roaming" over the user's application data, by way of an
 // archive in the staging folder. Files of the same name are replaced, others stay. False when
@@ -26,7 +27,7 @@ bool LayOverProfile(const Overlay& overlay, ImportReport& report);
 // Imports the registry files in the staging folder's "Options" and "Register", lays its "Local" and
 // "Roaming" over the user's application data and removes the staging folder. Files of the same name
 // are replaced, others stay. When something could not be put in place, the staging folder stays as
-// its only copy, and the context gets a fresh one.
+// its only copy, and the context gets a fresh one. Without a staging folder nothing is done.
 void ApplyOverlay(const Overlay& overlay, ImportReport& report);
 
 }  // namespace carrovan

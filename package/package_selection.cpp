@@ -34,10 +34,14 @@ std::wstring FindSingleXml(const FileReader& files, const std::wstring& folder) 
 
 std::optional<std::wstring> OpenLegacyPackage(const ImportRun& run, const std::wstring& path) {
   PackageState& package = run.package;
+  run.report = {};
   // What an earlier package left, in the folder or of its names, would be taken for this one's.
   package.company = run.context.companyShortName;
   package.product = run.context.productName;
-  RenewStagingFolder(run.context, run.machine);
+  if (!RenewStagingFolder(run.context, run.machine)) {
+    run.view.ShowMessage(L"No folder can be made in the temporary path");
+    return std::nullopt;
+  }
   run.report.unextracted += ExtractArchive(run.machine.archives, run.machine.files, run.view, path,
                                            run.context.stagingFolder)
                                 .failed;
@@ -49,10 +53,9 @@ std::optional<std::wstring> OpenLegacyPackage(const ImportRun& run, const std::w
   std::wstring targetText = ReadLegacyTargetVersion(package.legacyXmlPath, run.dom);
   if (!targetText.empty()) return targetText;
   // A document that cannot be written stays as it is and is imported so.
-  static_cast<void>(RetargetLegacyVersion(package.legacyXmlPath,
-                                          ReplaceAll(package.product, L" ", L""),
-                                          package.targetInternalVersion, run.machine.files,
-                                          run.machine.codePage));
+  static_cast<void>(RetargetLegacyVersion(
+      package.legacyXmlPath, ReplaceAll(package.product, L" ", L""), package.targetInternalVersion,
+      run.machine.files, run.machine.codePage));
   return package.defaultTargetText;
 }
 

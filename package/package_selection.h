@@ -18,9 +18,9 @@ struct PackageSelection {
 void SelectPackage(const PackageSelection& selection);
 
 // Unpacks a legacy package into a fresh staging folder and finds its document. Nothing, after
-// "File corruption" was shown, when the package does not hold exactly one. Otherwise the text for
-// the version list: what the document names, or else the default, and then the document is made to
-// name the target version.
+// the view was told, when there is no folder or the package does not hold exactly one document.
+// Otherwise the text for the version list: what the document names, or else the default, and then
+// the document is made to name the target version.
 std::optional<std::wstring> OpenLegacyPackage(const ImportRun& run, const std::wstring& path);
 
 // Full path of the only XML file directly in a folder, whose path ends in a backslash; empty when

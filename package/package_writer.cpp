@@ -36,7 +36,11 @@ class PackageInProgress {
  private:
   void AddFolderToPackage(const std::wstring& folder, bool isBelowLink) {
     if (!files_.IsFolder(folder)) return;
-    for (const FolderEntry& entry : files_.ListFolder(folder)) {
+    std::vector<FolderEntry> entries;
+    if (files_.ReadFolder(folder, entries) != kSystemOk) {
+      report_.skipped.push_back({folder, ArchiveResult::kSourceUnreadable});
+    }
+    for (const FolderEntry& entry : entries) {
       if (Failed()) return;
       AddEntry(entry, folder + L"\\" + entry.name, isBelowLink);
     }

@@ -18,15 +18,15 @@ bool RegistryTool::RegExportKey(const std::wstring& keyPath, const std::wstring&
   const auto command = Start(L"reg export \"" + keyPath + L"\" \"" + filePath + L"\" /y");
   if (pace_ == RegistryToolPace::kFixedPause) {
     clock_.Pause(kPauseAfterExport);
-  } else {
-    WaitForEnd(command);
+  } else if (command) {
+    command->WaitForEnd();
   }
   return true;
 }
 
-void RegistryTool::RegImportFile(const std::wstring& filePath) {
+bool RegistryTool::RegImportFile(const std::wstring& filePath) {
   const auto command = Start(L"reg import \"" + filePath + L"\"");
-  if (pace_ == RegistryToolPace::kWaitForEnd) WaitForEnd(command);
+  return command && (pace_ == RegistryToolPace::kFixedPause || command->WaitForEnd());
 }
 
 void RegistryTool::PauseAfterImports() {
@@ -35,10 +35,6 @@ void RegistryTool::PauseAfterImports() {
 
 std::unique_ptr<RunningCommand> RegistryTool::Start(const std::wstring& command) {
   return interpreter_.Start(L"/C " + command);
-}
-
-void RegistryTool::WaitForEnd(const std::unique_ptr<RunningCommand>& command) const {
-  if (command) command->WaitForEnd();
 }
 
 }  // namespace carrovan

@@ -13,8 +13,8 @@ enum class RegistryToolPace {
   kWaitForEnd,  // each command has ended before the next one starts: nothing is missed
 };
 
-// Moves registry keys to and from ".reg" files through the system's own registry tool. No failure
-// is seen here: what went wrong shows in a file that is not there.
+// Moves registry keys to and from ".reg" files through the system's own registry tool. An export
+// that went wrong shows in a file that is not there.
 class RegistryTool {
  public:
   RegistryTool(CommandInterpreter& interpreter, Clock& clock, RegistryToolPace pace);
@@ -22,7 +22,9 @@ class RegistryTool {
   // `keyPath` begins with its hive's full name. An existing file is overwritten. Always true.
   bool RegExportKey(const std::wstring& keyPath, const std::wstring& filePath);
 
-  void RegImportFile(const std::wstring& filePath);
+  // False when the tool is known to have failed; with fixed pauses that is only when it could not
+  // be started.
+  [[nodiscard]] bool RegImportFile(const std::wstring& filePath);
 
   // Called once when the last file was given to RegImportFile: with fixed pauses, the time that the
   // tools are left to end.
@@ -30,7 +32,6 @@ class RegistryTool {
 
  private:
   std::unique_ptr<RunningCommand> Start(const std::wstring& command);
-  void WaitForEnd(const std::unique_ptr<RunningCommand>& command) const;
 
   CommandInterpreter& interpreter_;
   Clock& clock_;

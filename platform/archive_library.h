@@ -41,8 +41,9 @@ class ArchiveWriter {
  public:
   virtual ~ArchiveWriter() = default;
 
-  // Stores a file under a name with backslashes. The file is read before this returns; a file that
-  // cannot be read whole is not stored, and the writer goes on.
+  // Stores a file under a name with backslashes. A file that cannot be read is not stored, and the
+  // writer goes on. The file is read whole before this returns, but for an archive that is unpacked
+  // at once not before Close, which fails when the file is gone then.
   [[nodiscard]] virtual ArchiveResult Add(const std::wstring& entryName,
                                           const std::wstring& sourcePath) = 0;
 

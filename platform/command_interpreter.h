@@ -10,8 +10,9 @@ class RunningCommand {
  public:
   virtual ~RunningCommand() = default;
 
-  // Returns when the command has ended.
-  virtual void WaitForEnd() = 0;
+  // Returns when the command has ended. False when it ended with another status than 0, or when
+  // there is nothing to wait for.
+  virtual bool WaitForEnd() = 0;
 };
 
 // The system's command interpreter, started without a window.

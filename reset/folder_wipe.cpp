@@ -18,8 +18,9 @@ bool WipeEntry(FileSystem& files, const FolderEntry& entry, const std::wstring& 
 }
 
 bool WipeContent(FileSystem& files, const std::wstring& folder) {
-  bool complete = true;
-  for (const FolderEntry& entry : files.ListFolder(folder)) {
+  std::vector<FolderEntry> entries;
+  bool complete = files.ReadFolder(folder, entries) == kSystemOk;
+  for (const FolderEntry& entry : entries) {
     if (!WipeEntry(files, entry, folder + L"\\" + entry.name)) complete = false;
   }
   return complete;

@@ -26,17 +26,20 @@ std::wstring VersionComponentOf(std::wstring_view path) {
   return {};
 }
 
-void RenameFolderPart(std::wstring& path, std::wstring_view oldText, std::wstring_view newText,
-                      FileSystem& files) {
+SystemCode RenameFolderPart(std::wstring& path, std::wstring_view oldText,
+                            std::wstring_view newText, FileSystem& files) {
   // The drafting product of 2025 keeps its settings in the folder of 2024.
   constexpr std::wstring_view kDrafting2025 = L"ORMA CAD TVRN-INT-VANTRIC 2025 (x64)";
   constexpr std::wstring_view kDrafting2024 = L"ORMA CAD TVRN-INT-VANTRIC 2024 (x64)";
   const std::size_t nameAt = path.rfind(L'\\') + 1;
   const std::wstring name = path.substr(nameAt);
-  if (!Contains(name, oldText)) return;
+  if (!Contains(name, oldText)) return kSystemOk;
   std::wstring renamed = path.substr(0, nameAt) + ReplaceAll(name, oldText, newText);
   renamed = ReplaceAll(renamed, kDrafting2025, kDrafting2024);
-  if (files.MoveTo(path, renamed) == kSystemOk) path = renamed;
+  if (renamed == path) return kSystemOk;
+  const SystemCode code = files.MoveTo(path, renamed);
+  if (code == kSystemOk) path = renamed;
+  return code;
 }
 
 }  // namespace carrovan

@@ -13,8 +13,8 @@ std::wstring VersionComponentOf(std::wstring_view path);
 
 // Renames a folder whose last component holds the old text; case counts. A name of the drafting
 // product of 2025 becomes that of 2024. On success `path` is the new path; on failure, and when
-// there is nothing to rename, it stays.
-void RenameFolderPart(std::wstring& path, std::wstring_view oldText, std::wstring_view newText,
-                      FileSystem& files);
+// there is nothing to rename, it stays. kSystemOk unless a renaming failed.
+SystemCode RenameFolderPart(std::wstring& path, std::wstring_view oldText,
+                            std::wstring_view newText, FileSystem& files);
 
 }  // namespace carrovan

@@ -57,7 +57,7 @@ class TreeRewriter {
     levels_.push_back(std::move(level));
   }
 
-  std::wstring Renamed(std::wstring path) const {
+  std::wstring Renamed(std::wstring path) {
     if (IsOfDraftingProduct(path)) {
       RenameDraftingFolder(path);
     } else {
@@ -66,7 +66,7 @@ class TreeRewriter {
     return path;
   }
 
-  void RenameDraftingFolder(std::wstring& path) const {
+  void RenameDraftingFolder(std::wstring& path) {
     const std::wstring oldVersion = VersionComponentOf(path);
     const std::wstring newVersion = VersionComponentOf(inputs_.firstDraftingFolder);
     if (!newVersion.empty()) Rename(path, oldVersion, newVersion);
@@ -76,8 +76,8 @@ class TreeRewriter {
     }
   }
 
-  void Rename(std::wstring& path, std::wstring_view oldText, std::wstring_view newText) const {
-    RenameFolderPart(path, oldText, newText, ports_.files);
+  void Rename(std::wstring& path, std::wstring_view oldText, std::wstring_view newText) {
+    Note(path, RenameFolderPart(path, oldText, newText, ports_.files));
   }
 
   void RewriteFile(const std::wstring& path) {

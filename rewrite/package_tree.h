@@ -17,7 +17,8 @@ struct RewriteInputs {
   std::wstring firstDraftingFolder;  // the drafting product's folder on this machine
 };
 
-// A file that was left as it is because it could not be read or written.
+// A file that was left as it is because it could not be read or written, or a folder that kept its
+// name.
 struct RewriteFailure {
   std::wstring path;
   SystemCode code = kSystemOk;

@@ -63,11 +63,12 @@ typedef CloseZipFunction StoreZipItemsFunction;
 // Starts an archive; a file at the path stays as it is until CloseZipZ succeeds.
 EyeZipHandle CreateZip(const wchar_t* path, const char* password);
 
-// Items that are added from now on are stored without compression, for an archive that is unpacked
-// and deleted at once. A library may lack this function.
+// Items that are added from now on are stored without compression and read by CloseZipZ, for an
+// archive that is unpacked and deleted at once. A library may lack this function.
 uint32_t StoreZipItems(EyeZipHandle zip);
 
-// Stores a file under a name with backslashes; the file is read before this returns.
+// Stores a file under a name with backslashes; the file is read before this returns, unless items
+// are stored without compression.
 uint32_t ZipAdd(EyeZipHandle zip, const wchar_t* entryName, const wchar_t* sourcePath);
 
 // Opens an archive for reading; null when the file is missing or is not a zip archive.

@@ -298,6 +298,22 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
   NodeOwner detached_;  // parent of the elements that are in no tree; freed before the document
 };
 
+// libxml2 prints what is wrong with an encoding even when it is asked to be silent. While this
+// exists, nothing on this thread is printed; what is wrong is still known to the parser.
+class SilentErrors {
+ public:
+  SilentErrors() : formerHandler_(xmlStructuredError), formerContext_(xmlStructuredErrorContext) {
+    xmlSetStructuredErrorFunc(nullptr, [](void*, auto*) {});
+  }
+  ~SilentErrors() { xmlSetStructuredErrorFunc(formerContext_, formerHandler_); }
+  SilentErrors(const SilentErrors&) = delete;
+  SilentErrors& operator=(const SilentErrors&) = delete;
+
+ private:
+  xmlStructuredErrorFunc formerHandler_;
+  void* formerContext_;
+};
+
 class LibXml2Session : public XmlSession {
  public:
   explicit LibXml2Session(FileSystem& files) : files_(files), names_(xmlDictCreate()) {}
@@ -309,6 +325,7 @@ class LibXml2Session : public XmlSession {
   }
 
  private:
+  SilentErrors silentErrors_;
   FileSystem& files_;
   DictOwner names_;  // of all documents, so that each name is there once
 };

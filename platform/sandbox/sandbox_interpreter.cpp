@@ -15,7 +15,11 @@ namespace {
 
 class EndedCommand : public RunningCommand {
  public:
-  void WaitForEnd() override {}
+  explicit EndedCommand(bool succeeded) : succeeded_(succeeded) {}
+  bool WaitForEnd() override { return succeeded_; }
+
+ private:
+  bool succeeded_;
 };
 
 // Takes the text in front of a mark, and the mark, off a command line.
@@ -47,34 +51,34 @@ std::wstring TidyKeyPath(std::wstring_view path) {
 
 std::unique_ptr<RunningCommand> SandboxInterpreter::Start(const std::wstring& parameters) {
   std::wstring_view line = parameters;
+  bool succeeded = false;
   if (Take(line, L"/C reg export \"")) {
     const auto key = TakeUntil(line, L"\" \"");
     const auto file = TakeUntil(line, L"\" /y");
-    if (key && file && line.empty()) Export(*key, *file);
+    succeeded = key && file && line.empty() && Export(*key, *file);
   } else if (Take(line, L"/C reg import \"")) {
     const auto file = TakeUntil(line, L"\"");
-    if (file && line.empty()) Import(*file);
+    succeeded = file && line.empty() && Import(*file);
   }
-  return std::make_unique<EndedCommand>();
+  return std::make_unique<EndedCommand>(succeeded);
 }
 
-void SandboxInterpreter::Export(std::wstring_view key, const std::wstring& file) const {
+bool SandboxInterpreter::Export(std::wstring_view key, const std::wstring& file) const {
   const auto target = paths_.ToHost(file);
   const auto hive = HiveOfRoot(TakeKeyName(key));
-  if (!target || !paths_.MayBeMade(file) || !hive) return;
+  if (!target || !paths_.MayBeMade(file) || !hive) return false;
   const RegistryKey* found = registry_.Find(*hive, key);
-  if (found == nullptr) return;
+  if (found == nullptr) return false;
   const std::wstring text = WriteRegFile(*hive, TidyKeyPath(key), *found, RegFileForm::kExport);
-  // The tool's failures are nobody's to hear.
-  static_cast<void>(ReplaceHostFile(*target, EncodeText({text, true})));
+  return ReplaceHostFile(*target, EncodeText({text, true})) == FileStatus::kDone;
 }
 
-void SandboxInterpreter::Import(const std::wstring& file) {
+bool SandboxInterpreter::Import(const std::wstring& file) {
   const auto source = paths_.ToHost(file);
   std::vector<std::uint8_t> content;
-  if (!source || ReadHostFile(*source, content) != FileStatus::kDone) return;
+  if (!source || ReadHostFile(*source, content) != FileStatus::kDone) return false;
   const auto parsed = ParseRegFile(DecodeText(content).text);
-  if (parsed) static_cast<void>(registry_.Merge(*parsed));
+  return parsed && registry_.Merge(*parsed);
 }
 
 }  // namespace carrovan

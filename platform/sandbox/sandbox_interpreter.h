@@ -12,8 +12,7 @@ namespace carrovan {
 // A command interpreter that knows the registry tool and nothing else:
 //   /C reg export "KEY" "FILE" /y
 //   /C reg import "FILE"
-// The work is done, or has failed without a word, when Start returns. Any other command line does
-// nothing.
+// The work is done or has failed when Start returns. Any other command line does nothing and fails.
 class SandboxInterpreter : public CommandInterpreter {
  public:
   SandboxInterpreter(SandboxRegistry& registry, const PathMapper& paths)
@@ -23,8 +22,8 @@ class SandboxInterpreter : public CommandInterpreter {
   std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override;
 
  private:
-  void Export(std::wstring_view key, const std::wstring& file) const;
-  void Import(const std::wstring& file);
+  bool Export(std::wstring_view key, const std::wstring& file) const;
+  bool Import(const std::wstring& file);
 
   SandboxRegistry& registry_;
   const PathMapper& paths_;

@@ -13,8 +13,11 @@ class RunningProcess : public RunningCommand {
  public:
   explicit RunningProcess(KernelObject process) : process_(std::move(process)) {}
 
-  void WaitForEnd() override {
-    if (process_) WaitForSingleObject(process_.Get(), INFINITE);
+  bool WaitForEnd() override {
+    if (!process_) return false;
+    WaitForSingleObject(process_.Get(), INFINITE);
+    DWORD status = 0;
+    return GetExitCodeProcess(process_.Get(), &status) != FALSE && status == 0;
   }
 
  private:

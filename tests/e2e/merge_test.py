@@ -37,13 +37,16 @@ class MergeVerbs(unittest.TestCase):
         self.assertEqual((self.folder / "out.xml").read_text(), "<r><a>old</a><b/></r>\n")
 
     def test_merge_xml_logs_why_it_failed(self):
-        old = self.put("old.xml", "<r>")
-        new = self.put("new.xml", "<r/>")
-        done = run("merge-xml", old, new, self.folder / "out.xml")
-        self.assertEqual(done.returncode, 1)
-        self.assertEqual(done.stdout.decode(), f"Failed to load old XML file: {old}\n")
-        self.assertEqual(done.stderr.count(b"\n"), 1)
-        self.assertFalse((self.folder / "out.xml").exists())
+        not_the_encoding = b'<?xml version="1.0" encoding="EUC-JP"?><a>\xff\xff\x8f\xff</a>'
+        for content in ("<r>", not_the_encoding):
+            with self.subTest(content):
+                old = self.put("old.xml", content)
+                new = self.put("new.xml", "<r/>")
+                done = run("merge-xml", old, new, self.folder / "out.xml")
+                self.assertEqual(done.returncode, 1)
+                self.assertEqual(done.stdout.decode(), f"Failed to load old XML file: {old}\n")
+                self.assertEqual(done.stderr.count(b"\n"), 1)
+                self.assertFalse((self.folder / "out.xml").exists())
 
     def test_merge_folders_log_reaches_a_pipe_whole_in_any_locale(self):
         self.put("旧版本/功能区.xml", "<r><t>旧</t></r>")

@@ -30,6 +30,8 @@ TEST(FuzzRegression, ShortcutMerge) { Replay("shortcut_merge", FuzzShortcutMerge
 TEST(FuzzRegression, RibbonDecode) { Replay("ribbon_decode", FuzzRibbonDecode); }
 TEST(FuzzRegression, RegistryRewrite) { Replay("registry_rewrite", FuzzRegistryRewrite); }
 TEST(FuzzRegression, XmlRetarget) { Replay("xml_retarget", FuzzXmlRetarget); }
+TEST(FuzzRegression, Archive) { Replay("archive", FuzzArchive); }
+TEST(FuzzRegression, Description) { Replay("description", FuzzDescription); }
 
 }  // namespace
 }  // namespace carrovan

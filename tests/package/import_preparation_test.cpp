@@ -141,6 +141,29 @@ TEST_F(ImportPreparationTest, OtherReleaseIntoAMissingFolderEndsTheProgram) {
   }
 }
 
+TEST_F(ImportPreparationTest, FoldersThatTheSystemCannotTellEndTheProgram) {
+  FixedFolders folders;
+  folders.roaming.reset();
+  const Machine machine = WithFolders(ports_, folders);
+  Describe({"Interface layout"});
+  MakePackage();
+  state_.package.path = PackagePath();
+  const ImportRun run{context_, state_.package, machine, *tool_, *dom_, log_, view_, report_};
+  EXPECT_EQ(PackageImport(run).EnterCategories(tree_), Entry::kEnded);
+  EXPECT_EQ(view_.messages, (Lines{kMissingFolders}));
+}
+
+TEST_F(ImportPreparationTest, CompanyThatLeadsOutOfThePackageIsRefused) {
+  for (const std::string company : {"..\\..\\..", "../..", "Vantric\\..\\.."}) {
+    view_.messages.clear();
+    Describe({"Custom materials"});
+    std::string& text = entries_[L"config.ini"];
+    text.replace(text.find("COMPANY=Vantric"), 15, "COMPANY=" + company);
+    EXPECT_EQ(Enter(), Entry::kRefused) << company;
+    EXPECT_EQ(view_.messages, (Lines{kRunOnce}));
+  }
+}
+
 TEST_F(ImportPreparationTest, SameReleaseNeedsNoFolders) {
   machine_->DeletePath(context_.localRoot);
   Describe({"Options"});

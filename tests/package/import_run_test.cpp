@@ -5,6 +5,7 @@
 #include "package/category_import.h"
 #include "package/drafting_import.h"
 #include "package/overlay.h"
+#include "package/staging_folder.h"
 #include "tests/package/import_fixture.h"
 
 namespace carrovan {
@@ -181,6 +182,31 @@ TEST_F(ImportRunTest, RegistryFilesOfOptionsThenRegisterAreImported) {
             (std::vector<std::chrono::milliseconds>{std::chrono::milliseconds(1000)}));
 }
 
+TEST_F(ImportRunTest, RegistryFileThatTheToolRefusesIsAProblem) {
+  RecordingInterpreter interpreter;
+  RegistryTool tool(interpreter, machine_->clock, RegistryToolPace::kWaitForEnd);
+  entries_[L"Options\\General.reg"] = "a";
+  Describe({"Options"});
+  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  const std::wstring file = context_.stagingFolder + L"Options\\General.reg";
+  interpreter.succeeds = false;
+  PackageImport({context_, state_.package, ports_, tool, *dom_, log_, view_, report_}).Apply(tree_);
+  EXPECT_EQ(report_.problems, (Lines{L"Not imported into the registry: " + file}));
+  EXPECT_FALSE(view_.finishText.empty());
+}
+
+TEST_F(ImportRunTest, RegistryToolThatCannotStartIsAProblem) {
+  RecordingInterpreter interpreter;
+  RegistryTool tool(interpreter, machine_->clock, RegistryToolPace::kFixedPause);
+  entries_[L"Register\\VANTRIC2026.reg"] = "b";
+  Describe({"Register"});
+  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  interpreter.canStart = false;
+  PackageImport({context_, state_.package, ports_, tool, *dom_, log_, view_, report_}).Apply(tree_);
+  EXPECT_EQ(report_.problems.size(), 1u);
+  EXPECT_TRUE(view_.messages.empty());
+}
+
 TEST_F(ImportRunTest, UntickedRegistryCategoriesAreNotImported) {
   RecordingInterpreter interpreter;
   RegistryTool tool(interpreter, machine_->clock, RegistryToolPace::kWaitForEnd);
@@ -233,6 +259,42 @@ TEST_F(ImportRunTest, WhatCannotBePutInPlaceIsToldAndKept) {
   EXPECT_EQ(Content(staging + PackageLocal(L"en-us\\Elsewhere\\x.dat")), "new");
   EXPECT_NE(context_.stagingFolder, staging);
   EXPECT_EQ(report_.unextracted, 1u);
+  machine_->DeletePath(staging.substr(0, staging.size() - 1));
+}
+
+TEST_F(ImportRunTest, FileNamedAsAHalfOfTheProfileIsNotLaidOver) {
+  entries_[L"Local"] = "a file";
+  Describe({"Options"});
+  Import({Options});
+  EXPECT_EQ(Content(state_.package.applicationDataRoot + L"Options\\Local"), "no file");
+  EXPECT_TRUE(report_.IsComplete());
+}
+
+TEST_F(ImportRunTest, WithoutAnApplicationDataFolderNothingIsLaidOver) {
+  entries_[PackageLocal(L"en-us\\Elsewhere\\x.dat")] = "new";
+  Describe({"Options"});
+  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  const std::wstring staging = context_.stagingFolder;
+  state_.package.applicationDataRoot.clear();
+  PackageImport(Run()).Apply(tree_);
+  EXPECT_EQ(Content(staging + PackageLocal(L"en-us\\Elsewhere\\x.dat")), "new");
+  EXPECT_EQ(report_.problems.size(), 2u);
+  machine_->DeletePath(staging.substr(0, staging.size() - 1));
+}
+
+TEST_F(ImportRunTest, KeptStagingFolderIsNobodysToDeleteEvenWithoutAFreshOne) {
+  entries_[PackageLocal(L"en-us\\Elsewhere\\x.dat")] = "new";
+  Describe({"Options"});
+  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  const std::wstring staging = context_.stagingFolder;
+  state_.package.applicationDataRoot.clear();
+  FixedGuids guids;
+  guids.guid.reset();
+  const Machine machine = WithGuids(ports_, guids);
+  PackageImport({context_, state_.package, machine, *tool_, *dom_, log_, view_, report_})
+      .Apply(tree_);
+  DeleteStagingFolder(context_, ports_);
+  EXPECT_EQ(Content(staging + PackageLocal(L"en-us\\Elsewhere\\x.dat")), "new");
   machine_->DeletePath(staging.substr(0, staging.size() - 1));
 }
 

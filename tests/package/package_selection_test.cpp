@@ -185,6 +185,28 @@ TEST_F(LegacyImportTest, FolderThatNeedsMoreThanOneLevelIsPassedOver) {
   EXPECT_TRUE(view_.messages.empty());
 }
 
+TEST_F(LegacyImportTest, FoldersThatTheSystemCannotTellAreAProblem) {
+  Select(MakeLegacyPackage({{L"Scene_UI.xml", "<s/>"}}));
+  FixedFolders folders;
+  folders.roaming.reset();
+  context_.roamingRoot.clear();
+  const Machine machine = WithFolders(ports_, folders);
+  PackageImport({context_, state_.package, machine, *tool_, *dom_, log_, view_, report_})
+      .ApplyLegacy();
+  EXPECT_EQ(report_.problems.size(), 1u);
+  EXPECT_FALSE(ports_.files.Exists(L"\\en-us"));
+}
+
+TEST_F(LegacyImportTest, PackageThatCannotBeUnpackedAnywhereIsNotChosen) {
+  const std::wstring package = MakeLegacyPackage({{L"Scene_UI.xml", "<s/>"}});
+  FixedGuids guids;
+  guids.guid.reset();
+  const Machine machine = WithGuids(ports_, guids);
+  const ImportRun run{context_, state_.package, machine, *tool_, *dom_, log_, view_, report_};
+  EXPECT_FALSE(OpenLegacyPackage(run, package));
+  EXPECT_EQ(view_.messages, (Lines{L"No folder can be made in the temporary path"}));
+}
+
 TEST_F(LegacyImportTest, OptionDocumentGoesIntoTheTargetsRegistry) {
   const std::wstring key = L"SOFTWARE\\Vantric\\" + context_.productName + L" 28.0\\General";
   machine_->PutValue(RegistryHive::kCurrentUser, key, MakeStringValue(L"Folder", L"x"));

@@ -67,10 +67,11 @@ class LinkingFiles : public ForwardingFiles {
  public:
   using ForwardingFiles::ForwardingFiles;
 
-  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override {
-    auto entries = ForwardingFiles::ListFolder(folder);
+  SystemCode ReadFolder(const std::wstring& folder,
+                        std::vector<FolderEntry>& entries) const override {
+    const SystemCode code = ForwardingFiles::ReadFolder(folder, entries);
     for (FolderEntry& entry : entries) entry.isLink = entry.name == L"link";
-    return entries;
+    return code;
   }
 };
 

@@ -30,12 +30,12 @@ TEST_F(RegistryToolTest, ExportCommandQuotesBothPathsAndOverwrites) {
 }
 
 TEST_F(RegistryToolTest, ImportCommandQuotesThePath) {
-  wizardTool_.RegImportFile(L"C:\\T\\Point Snap.reg");
+  EXPECT_TRUE(wizardTool_.RegImportFile(L"C:\\T\\Point Snap.reg"));
   EXPECT_EQ(interpreter_.started, Commands{L"/C reg import \"C:\\T\\Point Snap.reg\""});
 }
 
 TEST_F(RegistryToolTest, DoubleQuoteInAPathIsNotEscaped) {
-  wizardTool_.RegImportFile(L"C:\\a\"b.reg");
+  EXPECT_TRUE(wizardTool_.RegImportFile(L"C:\\a\"b.reg"));
   EXPECT_EQ(interpreter_.started, Commands{L"/C reg import \"C:\\a\"b.reg\""});
 }
 
@@ -47,14 +47,14 @@ TEST_F(RegistryToolTest, WizardPausesAfterEachExportAndWaitsForNothing) {
 }
 
 TEST_F(RegistryToolTest, WizardImportHasNoDelayAtAll) {
-  wizardTool_.RegImportFile(L"1");
+  EXPECT_TRUE(wizardTool_.RegImportFile(L"1"));
   EXPECT_EQ(clock_.pauses, Pauses{});
   EXPECT_EQ(interpreter_.waits, 0);
 }
 
 TEST_F(RegistryToolTest, WaitingToolWaitsForEachCommandAndDoesNotPause) {
   EXPECT_TRUE(waitingTool_.RegExportKey(L"K", L"1"));
-  waitingTool_.RegImportFile(L"1");
+  EXPECT_TRUE(waitingTool_.RegImportFile(L"1"));
   EXPECT_EQ(interpreter_.waits, 2);
   EXPECT_EQ(clock_.pauses, Pauses{});
 }
@@ -63,8 +63,22 @@ TEST_F(RegistryToolTest, InterpreterThatCannotStartChangesNothing) {
   interpreter_.canStart = false;
   EXPECT_TRUE(wizardTool_.RegExportKey(L"K", L"1"));
   EXPECT_TRUE(waitingTool_.RegExportKey(L"K", L"1"));
-  waitingTool_.RegImportFile(L"1");
+  EXPECT_FALSE(waitingTool_.RegImportFile(L"1"));
+  EXPECT_FALSE(wizardTool_.RegImportFile(L"1"));
   EXPECT_EQ(clock_.pauses, Pauses{milliseconds(100)});
+}
+
+TEST_F(RegistryToolTest, OnlyTheWaitingToolKnowsThatAnImportFailed) {
+  interpreter_.succeeds = false;
+  EXPECT_FALSE(waitingTool_.RegImportFile(L"1"));
+  EXPECT_TRUE(wizardTool_.RegImportFile(L"1"));
+}
+
+TEST(RegistryToolOnAMachine, ImportOfWhatIsNotThereFails) {
+  const auto machine = NewTestMachine();
+  const Machine ports = machine->Ports();
+  RegistryTool tool(ports.interpreter, ports.clock, RegistryToolPace::kWaitForEnd);
+  EXPECT_FALSE(tool.RegImportFile(machine->ScratchFolder() + L"missing.reg"));
 }
 
 TEST(RegistryToolOnAMachine, ExportOfAMissingKeyIsTrueAndLeavesNoFile) {
@@ -89,7 +103,7 @@ TEST(RegistryToolOnAMachine, KeyTravelsThroughAFileWithBlanksInItsPath) {
   const std::wstring file = machine->ScratchFolder() + L"with blanks\\Point Snap.reg";
   tool.RegExportKey(L"HKEY_CURRENT_USER\\" + key, file);
   machine->PutValue(RegistryHive::kCurrentUser, key, MakeStringValue(value.name, L"changed"));
-  tool.RegImportFile(file);
+  EXPECT_TRUE(tool.RegImportFile(file));
   EXPECT_EQ(machine->Value(RegistryHive::kCurrentUser, key, value.name), value);
 }
 

@@ -38,7 +38,10 @@ std::string Pattern(std::size_t size) {
   return bytes;
 }
 
-TEST_F(ArchiveLibraryContract, GivesBackWhatWasStored) {
+class ArchivePurposes : public ArchiveLibraryContract,
+                        public testing::WithParamInterface<ArchivePurpose> {};
+
+TEST_P(ArchivePurposes, GiveBackWhatWasStored) {
   const struct {
     std::wstring entryName;
     std::string content;
@@ -48,7 +51,7 @@ TEST_F(ArchiveLibraryContract, GivesBackWhatWasStored) {
       {L"Local\\\x4E2D\x6587\\" + FromUtf8("\xF0\x9F\x98\x80") + L" \x00E4.xml", Pattern(3)},
       {L"Local\\empty", ""},
   };
-  auto writer = Archives().Create(archive_, ArchivePurpose::kKeep);
+  auto writer = Archives().Create(archive_, GetParam());
   ASSERT_NE(writer, nullptr);
   for (const auto& file : kFiles) {
     machine_->PutFile(At(L"in\\" + file.entryName), file.content);
@@ -70,6 +73,31 @@ TEST_F(ArchiveLibraryContract, GivesBackWhatWasStored) {
   }
   EXPECT_EQ(reader->Item(index), std::nullopt);
   EXPECT_EQ(reader->Extract(index, At(L"out\\none")), ArchiveResult::kNoSuchItem);
+}
+
+INSTANTIATE_TEST_SUITE_P(Both, ArchivePurposes,
+                         testing::Values(ArchivePurpose::kKeep, ArchivePurpose::kUnpackAtOnce));
+
+TEST_F(ArchiveLibraryContract, ArchiveThatIsUnpackedAtOnceIsNotCompressed) {
+  machine_->PutFile(At(L"a.txt"), std::string(10'000, 'a'));
+  const auto writer = Archives().Create(archive_, ArchivePurpose::kUnpackAtOnce);
+  ASSERT_NE(writer, nullptr);
+  ASSERT_EQ(writer->Add(L"a.txt", At(L"a.txt")), ArchiveResult::kDone);
+  ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
+  const auto reader = Archives().Open(archive_);
+  ASSERT_NE(reader, nullptr);
+  EXPECT_EQ(reader->Item(0)->packedSizeBytes, 10'000u);
+}
+
+TEST_F(ArchiveLibraryContract, FileThatIsGoneBeforeItWasReadFailsTheArchive) {
+  machine_->PutFile(archive_, "the archive of before");
+  machine_->PutFile(At(L"a.txt"), "a");
+  const auto writer = Archives().Create(archive_, ArchivePurpose::kUnpackAtOnce);
+  ASSERT_NE(writer, nullptr);
+  ASSERT_EQ(writer->Add(L"a.txt", At(L"a.txt")), ArchiveResult::kDone);
+  machine_->DeletePath(At(L"a.txt"));
+  EXPECT_EQ(writer->Close(), ArchiveResult::kSourceUnreadable);
+  EXPECT_EQ(machine_->FileBytes(archive_), "the archive of before");
 }
 
 TEST_F(ArchiveLibraryContract, KeepsTheModificationTimeBothWays) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/fakes.h"
 #include "tests/support/test_machine.h"
 
 namespace carrovan {
@@ -27,6 +28,25 @@ TEST_F(FolderWipe, TakesTheFolderWithEverythingBelow) {
 }
 
 TEST_F(FolderWipe, FolderThatIsGoneIsNoFailure) { EXPECT_TRUE(WipeFolder(Files(), Folder())); }
+
+TEST_F(FolderWipe, FolderThatCannotBeListedIsNotWhollyGone) {
+  class Unlisted : public ForwardingFiles {
+   public:
+    using ForwardingFiles::ForwardingFiles;
+    SystemCode ReadFolder(const std::wstring& folder,
+                          std::vector<FolderEntry>& entries) const override {
+      if (folder.ends_with(L"\\secret")) return kAccessDenied;
+      return ForwardingFiles::ReadFolder(folder, entries);
+    }
+  };
+  machine_->PutFile(Folder() + L"\\secret\\x.txt", "x");
+  machine_->PutFile(Folder() + L"\\y.txt", "x");
+  Unlisted files(Files());
+  EXPECT_FALSE(WipeFolder(files, Folder()));
+  EXPECT_FALSE(WipeFolder(files, Folder() + L"\\secret"));
+  EXPECT_TRUE(Files().Exists(Folder() + L"\\secret\\x.txt"));
+  EXPECT_FALSE(Files().Exists(Folder() + L"\\y.txt"));
+}
 
 TEST_F(FolderWipe, FileInPlaceOfTheFolderStays) {
   machine_->PutFile(Folder(), "a file");

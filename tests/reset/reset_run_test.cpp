@@ -2,6 +2,8 @@
 
 #include "environment/category_tree_model.h"
 #include "environment/version_folders.h"
+#include "package/staging_folder.h"
+#include "platform/text.h"
 #include "reset/key_restore.h"
 #include "reset/reset_steps.h"
 #include "tests/package/import_fixture.h"
@@ -172,6 +174,27 @@ TEST_F(ResetRunTest, FailuresAreSilentAndTheFinishTextIsShown) {
                 L"restarting ");
   EXPECT_EQ(Content(Local(L"en-us\\materials\\deep\\own.dat")), "own");
   EXPECT_FALSE(report_.IsComplete());
+}
+
+// Names without a folder in front would be looked for in the folder that the program runs in.
+TEST_F(ResetRunTest, WithoutAStagingFolderOnlyTheCategoriesAreTouched) {
+  class AbsolutePathsOnly : public ForwardingFiles {
+   public:
+    using ForwardingFiles::ForwardingFiles;
+    bool IsFolder(const std::wstring& path) const override {
+      EXPECT_TRUE(path.starts_with(L"C:\\")) << ToUtf8(path);
+      return ForwardingFiles::IsFolder(path);
+    }
+  };
+  DeleteStagingFolder(context_, ports_);
+  context_.stagingFolder.clear();
+  AbsolutePathsOnly files(ports_.files);
+  const Machine machine = WithFiles(ports_, files);
+  FillCategories();
+  CategoryChecklist all = CategoryChecklist::ForReset(context_);
+  report_ = RunReset({context_, state_.package, machine, *tool_, view_}, all);
+  EXPECT_FALSE(IsThere(CosmeticThread));
+  EXPECT_FALSE(view_.finishText.empty());
 }
 
 TEST_F(ResetRunTest, FixedPauseIsMadeOnce) {

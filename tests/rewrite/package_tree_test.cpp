@@ -141,11 +141,13 @@ TEST_F(PackageTree, GoesOnAfterEachFailureAndNamesIt) {
     return operation == "read" && path.ends_with(L"b.reg") ? kSharingViolation : kSystemOk;
   };
   const auto failures = Rewrite();
-  ASSERT_EQ(failures.size(), 2u);
+  ASSERT_EQ(failures.size(), 3u);
   EXPECT_EQ(failures[0].path, L"C:\\p\\1\\a.xml");
   EXPECT_EQ(failures[0].code, kAccessDenied);
   EXPECT_EQ(failures[1].path, L"C:\\p\\1\\b.reg");
   EXPECT_EQ(failures[1].code, kSharingViolation);
+  EXPECT_EQ(failures[2].path, L"C:\\p\\26.0");
+  EXPECT_EQ(failures[2].code, kAlreadyExists);
   EXPECT_EQ(bench.files.Bytes(L"C:\\p\\1\\c.xml"), "2026\r\n");
   EXPECT_EQ(bench.files.Bytes(L"C:\\p\\26.0\\d.xml"), "2026\r\n");
 }

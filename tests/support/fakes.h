@@ -54,6 +54,7 @@ class RecordingInterpreter : public CommandInterpreter {
   std::vector<std::wstring> started;
   int waits = 0;
   bool canStart = true;
+  bool succeeds = true;
 
   std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override {
     started.push_back(parameters);
@@ -65,7 +66,10 @@ class RecordingInterpreter : public CommandInterpreter {
   class Command : public RunningCommand {
    public:
     explicit Command(RecordingInterpreter& owner) : owner_(owner) {}
-    void WaitForEnd() override { ++owner_.waits; }
+    bool WaitForEnd() override {
+      ++owner_.waits;
+      return owner_.succeeds;
+    }
 
    private:
     RecordingInterpreter& owner_;

@@ -94,8 +94,10 @@ bool MemoryFiles::IsFolder(const std::wstring& path) const {
 std::vector<FolderEntry> MemoryFiles::ListFolder(const std::wstring& folder) const {
   const std::wstring parent = Folded(folder);
   std::vector<const Entry*> found;
-  for (const auto& [path, entry] : entries_) {
-    if (ParentOf(path) == parent) found.push_back(&entry);
+  const std::wstring front = parent.empty() ? parent : parent + L'\\';
+  for (auto at = entries_.lower_bound(front); at != entries_.end() && at->first.starts_with(front);
+       ++at) {
+    if (at->first.find(L'\\', front.size()) == std::wstring::npos) found.push_back(&at->second);
   }
   std::sort(found.begin(), found.end(),
             [](const Entry* a, const Entry* b) { return a->order < b->order; });
@@ -147,6 +149,8 @@ SystemCode MemoryFiles::Store(const std::wstring& path, std::string bytes) {
 SystemCode MemoryFiles::CreateFolder(const std::wstring& path) {
   if (const SystemCode code = Fault("create folder", path); code != kSystemOk) return code;
   if (Exists(path)) return kAlreadyExists;
+  const std::wstring parent = ParentOf(Folded(path));
+  if (!parent.empty() && !IsFolder(parent)) return kPathNotFound;
   Add(path).isFolder = true;
   return Done("create folder", path);
 }

@@ -47,7 +47,8 @@ TEST(TarvikFunctions, AreCompleteWhenTheLibraryHasThemAll) {
                                           "OpenZip",
                                           "GetZipItem",
                                           "UnzipItem",
-                                          "CloseZipU"};
+                                          "CloseZipU",
+                                          "StoreZipItems"};
   EXPECT_EQ(lookup.asked, expected);
 }
 
@@ -55,10 +56,18 @@ TEST(TarvikFunctions, NamesTheFunctionThatIsMissing) {
   LookupWithout complete("");
   TarvikFunctions functions;
   FindTarvikFunctions(complete.AsFunction(), functions);
+  complete.asked.erase("StoreZipItems");
   for (const std::string& name : complete.asked) {
     LookupWithout lookup(name);
     EXPECT_EQ(FindTarvikFunctions(lookup.AsFunction(), functions), name);
   }
+}
+
+TEST(TarvikFunctions, MayLackTheOneThatStoresWithoutCompression) {
+  LookupWithout lookup("StoreZipItems");
+  TarvikFunctions functions;
+  EXPECT_EQ(FindTarvikFunctions(lookup.AsFunction(), functions), "");
+  EXPECT_EQ(functions.storeZipItems, nullptr);
 }
 
 TEST(TarvikLibrary, SaysWhatToDoWhenTheLibraryIsMissing) {

@@ -14,7 +14,7 @@ import registry_file  # noqa: E402  pylint: disable=wrong-import-position
 
 PRODUCT_KEY = r"HKEY_CURRENT_USER\SOFTWARE\Vantric"
 FOREIGN_FOLDERS = ("Temp", "Microsoft")  # the system's own, below Local and Roaming
-EXAMPLES = 3  # named of each group of changes
+EXAMPLES = 3  # of the files that have changed in a folder
 
 
 class MachineState:
@@ -44,7 +44,7 @@ def read_defaults(prefix, path):
 
 
 def describe_changes(before, after):
-    """Readable lines: which keys and folders have changed, and how."""
+    """Readable lines: which keys and folders have changed, and how, with examples."""
     lines = ["registry, below " + PRODUCT_KEY + ":"]
     lines += _describe_keys(before.keys, after.keys) or ["  no change"]
     lines.append("files, below AppData:")
@@ -88,9 +88,16 @@ def _describe_keys(before, after):
             lines.append(f"  {name}: a new key, with {len(after[key])} values")
         elif any(changes.values()):
             lines.append(f"  {name}: {_counts(changes)}")
-            lines += [f"      {value or '(Default)'}: {_short(before[key][value])} -> "
-                      f"{_short(after[key][value])}" for value in changes["changed"][:EXAMPLES]]
+            lines += [f"      {kind}: {_describe_value(kind, names[0], before[key], after[key])}"
+                      for kind, names in changes.items() if names]
     return lines
+
+
+def _describe_value(kind, name, before, after):
+    shown = name or "(Default)"
+    if kind == "changed":
+        return f"{shown}: {_short(before[name])} -> {_short(after[name])}"
+    return f"{shown}: {_short((after if kind == 'added' else before)[name])}"
 
 
 def _describe_files(before, after):

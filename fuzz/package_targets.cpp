@@ -1,0 +1,135 @@
+#include <cstdio>
+#include <cstdlib>
+
+#include "environment/setting_category.h"
+#include "fuzz/fuzz_targets.h"
+#include "package/import_preparation.h"
+#include "package/package_description.h"
+#include "package/package_opening.h"
+#include "platform/native_machine.h"
+#include "platform/profile_text.h"
+#include "platform/text.h"
+#include "platform/text_encoding.h"
+#include "tests/support/temporary_folder.h"
+
+namespace carrovan {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A few bytes may declare thousands of items of millions of bytes each.
+constexpr std::size_t kMostItems = 32;
+constexpr std::size_t kMostBytes = 1 << 20;
+
+void Require(bool holds, const char* what) {
+  if (holds) return;
+  std::fprintf(stderr, "fuzz: %s\n", what);
+  std::abort();
+}
+
+class SilentView : public WizardView {
+ public:
+  void ShowMessage(const std::wstring&) override { ++messages; }
+  void ShowApplicationMessage(const std::wstring&) override {}
+  std::optional<std::wstring> ChooseSaveFile(const SaveFileQuestion&) override {
+    return std::nullopt;
+  }
+  void SetFinishText(const std::wstring&) override {}
+  void CloseWizard() override {}
+
+  std::size_t messages = 0;
+};
+
+std::size_t CountFiles(const fs::path& folder) {
+  std::size_t count = 0;
+  for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+    if (entry.is_regular_file()) ++count;
+  }
+  return count;
+}
+
+// Whether the archive is small enough to be unpacked whole thousands of times.
+bool IsSmall(const ArchiveReader& archive) {
+  for (std::size_t index = 0; index < kMostItems; ++index) {
+    const auto item = archive.Item(index);
+    if (!item) return true;
+    if (item->sizeBytes > kMostBytes) return false;
+  }
+  return false;
+}
+
+void CheckItems(ArchiveExaminer& archive) {
+  for (std::size_t index = 0; index < kMostItems; ++index) {
+    const auto item = archive.Item(index);
+    if (!item) return;
+    const ArchiveResult checked = archive.Check(index);
+    const auto content = archive.Read(index, kMostBytes);
+    if (content) {
+      Require(checked == ArchiveResult::kDone, "an item reads that does not check");
+      Require(content->size() == item->sizeBytes, "an item has another size than it declares");
+    } else {
+      Require(checked != ArchiveResult::kDone || item->sizeBytes > kMostBytes,
+              "an item checks that does not read");
+    }
+  }
+}
+
+class OneDescription : public ProfileReader {
+ public:
+  explicit OneDescription(std::wstring text) : text_(std::move(text)) {}
+  std::wstring ReadValue(const std::wstring& section, const std::wstring& key,
+                         const std::wstring&) const override {
+    return ProfileValue(text_, section, key);
+  }
+
+ private:
+  std::wstring text_;
+};
+
+std::vector<std::wstring> AllValues(const std::wstring& text) {
+  const OneDescription profiles(text);
+  std::vector<std::wstring> values;
+  for (const wchar_t* key : {kInternalVersionKey, kReleaseVersionKey, kProductKey}) {
+    values.push_back(ReadConfigValue(key, L"BASE", L"", profiles));
+  }
+  for (const CategoryRecord& record : CategoryTable()) {
+    values.push_back(IsOfferedOnImport(record, profiles, L"") ? L"1" : L"");
+  }
+  return values;
+}
+
+}  // namespace
+
+void FuzzArchive(const std::string& input) {
+  const TemporaryFolder folder;
+  const fs::path archive = folder.Path() / "a.ucex";
+  const fs::path out = folder.Path() / "b" / "out";
+  PutHostFile(archive, input);
+  fs::create_directories(out);
+  const auto host = OpenHostFiles();
+  const std::wstring path = folder.Text() + L"a.ucex";
+  const auto examiner = host->Examine(path);
+  if (!examiner) return;
+  CheckItems(*examiner);
+  if (!IsSmall(*examiner)) return;
+  SilentView view;
+  const ExtractReport report =
+      ExtractArchive(host->Archives(), host->Files(), view, path, folder.Text() + L"b/out/");
+  Require(report.opened, "an archive opens only once");
+  Require(view.messages == report.failed, "an item fails without a message");
+  Require(CountFiles(out) <= report.extracted, "a refused item leaves a file");
+  Require(CountFiles(folder.Path()) == CountFiles(out) + 1, "a file lies outside the destination");
+}
+
+void FuzzDescription(const std::string& input) {
+  const std::wstring text = DecodeText(std::vector<std::uint8_t>(input.begin(), input.end())).text;
+  const std::vector<std::wstring> before = AllValues(text);
+  for (const std::wstring& value : before) {
+    Require(value.find_first_of(L"\r\n") == std::wstring::npos, "a value goes over its line");
+  }
+  const std::wstring changed = WithProfileValue(text, kBaseSection, kCompanyKey, L"Vantric");
+  Require(ProfileValue(changed, L"BASE", L"company") == L"Vantric", "a value does not read back");
+  Require(AllValues(changed) == before, "another value has changed");
+}
+
+}  // namespace carrovan

@@ -1,0 +1,81 @@
+"""Whole imports and resets: what a machine holds afterwards is exactly what it should."""
+
+import expected_package
+from expected_machine import ExpectedImport, Versions
+from machines import SandboxTest, make_sandbox
+from playable import PlayableSandbox, differences, play_tour
+
+
+class WholeRunTest(SandboxTest):
+    def setUp(self):
+        super().setUp()
+        self.machine = PlayableSandbox(make_sandbox(self.folder / "machine"))
+
+    def run_verb(self, *arguments):
+        done = self.machine.run(*arguments)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        return done
+
+    def assert_state(self, expected):
+        self.assertEqual(differences(expected, self.machine.state()), [])
+
+    def test_tour_from_2025_to_2026_with_a_backup_and_a_reset(self):
+        play_tour(self, self.machine, self.folder)
+
+    def test_everything_unticked_changes_nothing_but_what_is_nobodys(self):
+        self.run_verb("export", "--version", "2026", "--category", "Cosmetic Thread", "--output",
+                      self.package)
+        before = self.machine.state()
+        self.run_verb("import", self.package, "--to", "2026", "--category", "Cosmetic Thread")
+        self.assert_state(before)
+
+    def test_import_of_the_same_release_is_silent_on_standard_error(self):
+        self.run_verb("export", "--version", "2026", "--all", "--output", self.package)
+        done = self.run_verb("import", self.package, "--to", "2026", "--all")
+        self.assertEqual(done.stderr, "")
+        for label in expected_package.LABELS:
+            self.assertIn(f"\n{label}: imported\n", done.stdout)
+        self.assertTrue(done.stdout.endswith(
+            "Your settings have been successfully imported to  VANTRIC 2026.\n"), done.stdout)
+
+    def test_reset_names_every_category_and_what_was_done_with_it(self):
+        done = self.run_verb("reset", "--category", "Cosmetic Thread", "--yes")
+        self.assertEqual(done.stderr, "")
+        for label in expected_package.LABELS:
+            outcome = "reset" if label == "Cosmetic Thread" else "kept"
+            self.assertIn(f"{label}: {outcome}\n", done.stdout)
+        self.assertIn("VANTRIC 2026 Relevant settings selected have been reset. \n\n"
+                      "Settings take effect after restarting ", done.stdout)
+
+    def test_round_trip_gives_back_every_category(self):
+        before = self.machine.state()
+        self.run_verb("export", "--version", "2026", "--all", "--output", self.package)
+        self.run_verb("reset", "--all", "--yes")
+        expected = ExpectedImport(self.machine, self.package, Versions("2026", "2026"),
+                                  self.folder / "merges").apply(())
+        self.run_verb("import", self.package, "--to", "2026", "--all")
+        self.assert_state(expected)
+
+        lines = differences(before, self.machine.state())
+        unexpected = [line for line in lines if not line.startswith(self.DROPPED)]
+        self.assertEqual(unexpected, [])
+        self.assertFalse([line for line in lines if " became None" in line], "a value is lost")
+
+    LOCAL = "Local/Vantric/VANTRIC/28.0"
+    ROAMING = "Roaming/Vantric/VANTRIC/28.0"
+    DRAFT = "ORMA/ORMA CAD TVRN-INT-VANTRIC 2026 (x64)/28.0"
+    LIVE_KEY = r"value HKEY_CURRENT_USER\SOFTWARE\Vantric\VANTRIC 28.0"
+    # What a round trip changes on purpose.
+    DROPPED = (
+        # Files named ".config" belong to one machine and never enter a package.
+        f"file missing: {ROAMING}/en-us/Customization/user.config",
+        f"file missing: {ROAMING}/zh-cn/Customization/user.config",
+        f"file missing: Local/{DRAFT}/tools.config",
+        f"file missing: Roaming/{DRAFT}/tools.config",
+        # A package holds files; folders only exist around them.
+        f"file missing: {LOCAL}/zh-cn/ToolBox/Empty Folder",
+        # With no shortcuts of the user's own, the product's own free ones are merged in.
+        f"content of {LOCAL}/Customization/",
+        # A factory default that the user's key did not have stays.
+        rf"{LIVE_KEY} 'FirstRun': None became",
+    )

@@ -1,0 +1,95 @@
+"""The Windows program under Wine leaves registry and folders as the same rules say."""
+
+import os
+import subprocess
+import sys
+
+import hostile_zip
+import registry_file
+from expected_machine import State
+from machines import MAKE_SAMPLE, PROJECT, SandboxTest
+from playable import differences, exists_on_drive, files_below, play_tour
+from wine_export_test import PREFIX, WINDOWS_BUILD, run_windows, windows_path
+
+
+class PlayableWine:
+    """The profile and registry of the product in a Wine prefix."""
+
+    def __init__(self):
+        self.drive = PREFIX / "drive_c"
+        temp, = (self.drive / "users").glob("*/AppData/Local/Vantric")
+        self.app_data = temp.parents[1]
+        self.profile = rf"C:\users\{temp.parents[2].name}"
+
+    def run(self, *arguments):
+        return run_windows(*arguments)
+
+    def path(self, host_path):
+        return windows_path(host_path)
+
+    def path_exists(self, path):
+        return exists_on_drive(self.drive, path)
+
+    def state(self):
+        files = {path: content for path, content in files_below(self.app_data).items()
+                 if path.count("/") == 0 or path.split("/")[1] in ("Vantric", "ORMA")}
+        registry = {}
+        for hive in ("HKEY_CURRENT_USER", "HKEY_LOCAL_MACHINE"):
+            registry.update(registry_file.parse(self.registry_file(hive)))
+        return State(files, registry)
+
+    def registry_file(self, hive):
+        file = self.drive / "state.reg"
+        subprocess.run([PROJECT / "tools/wine", "reg", "export", rf"{hive}\SOFTWARE\Vantric",
+                        r"C:\state.reg", "/y"], check=True, capture_output=True,
+                       env=wine_environment())
+        content = file.read_bytes()
+        file.unlink()
+        return content
+
+    def staging_folders(self):
+        return list((self.app_data / "Local/Temp").glob("*-*-*-*-*"))
+
+
+def wine_environment():
+    environment = dict(os.environ, WINEPREFIX=str(PREFIX))
+    environment.pop("DISPLAY", None)
+    return environment
+
+
+class WineImportTest(SandboxTest):
+    def setUp(self):
+        super().setUp()
+        subprocess.run([PROJECT / "tools/wine-prefix", PREFIX], check=True)
+        subprocess.run([sys.executable, MAKE_SAMPLE, "--wine", PREFIX,
+                        "--programs", WINDOWS_BUILD], check=True)
+        self.machine = PlayableWine()
+
+    def test_tour_from_2025_to_2026_with_a_backup_and_a_reset(self):
+        play_tour(self, self.machine, self.folder)
+        self.assertEqual(self.machine.staging_folders(), [])
+
+    def test_bad_packages_change_nothing(self):
+        before = self.machine.state()
+        hostile_zip.make_package(self.package, [("config.ini", hostile_zip.CONFIG),
+                                                ("Options\\General.reg", b"no registry file")])
+        whole = self.package.read_bytes()
+        self.package.write_bytes(whole[:-30])
+        self.assert_import_refused("settings.ucex is not a package")
+        hostile_zip.make_package(self.package, [
+            ("config.ini", hostile_zip.CONFIG.replace(b"=VANTRIC", b"=OTHER"))])
+        self.assert_import_refused("Please run Vantric at least once")
+        self.assertEqual(differences(before, self.machine.state()), [])
+
+    def assert_import_refused(self, reason):
+        done = self.machine.run("import", windows_path(self.package), "--to", "2026", "--all")
+        self.assert_refused(done, 1, reason)
+
+    def test_registry_file_that_is_none_is_told(self):
+        before = self.machine.state()
+        hostile_zip.make_package(self.package, [("config.ini", hostile_zip.CONFIG),
+                                                ("Options\\General.reg", b"no registry file")])
+        done = self.machine.run("import", windows_path(self.package), "--to", "2026", "--all")
+        self.assertEqual((done.returncode, done.stderr.count("\n")), (3, 1), done.stderr)
+        self.assertIn("Not imported into the registry: ", done.stderr)
+        self.assertEqual(differences(before, self.machine.state()), [])

@@ -1,0 +1,275 @@
+// Whole runs with the n-th call of one port failing, for every n: once, and from there on.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <iostream>
+#include <map>
+
+#include "environment/category_checklist.h"
+#include "environment/installed_versions.h"
+#include "environment/version_folders.h"
+#include "package/import_preparation.h"
+#include "package/import_steps.h"
+#include "package/package_selection.h"
+#include "package/staging_folder.h"
+#include "platform/text.h"
+#include "reset/reset_run.h"
+#include "tests/package/swept_machine.h"
+#include "tests/support/faulty_machine.h"
+
+namespace carrovan {
+namespace {
+
+constexpr RegistryHive kUser = RegistryHive::kCurrentUser;
+constexpr RegistryHive kMachine = RegistryHive::kLocalMachine;
+
+class SilentLog : public LineLog {
+ public:
+  void WriteLine(std::wstring_view) override {}
+};
+
+class PathPage : public PathPageView {
+ public:
+  explicit PathPage(std::wstring path) : path_(std::move(path)) {}
+  std::optional<std::wstring> ChooseOpenFile(const OpenFileQuestion&) override { return path_; }
+  void ShowPackagePath(const std::wstring&) override {}
+  void ListVersions(const std::vector<std::wstring>&) override {}
+  std::optional<std::wstring> SelectedVersion() const override { return L"2026"; }
+
+ private:
+  std::wstring path_;
+};
+
+// One run from the opening of the program to its end, on a machine that may fail.
+class SweptRun {
+ public:
+  explicit SweptRun(Fault& fault) : faulty_(machine_.Ports(), fault) {}
+
+  void Import() {
+    if (!Begin()) return;
+    Select(kPackage);
+    PackageImport steps(Run());
+    CategoryChecklist tree;
+    if (steps.EnterCategories(tree) != ImportSteps::Entry::kReady) return;
+    steps.Apply(tree);
+    End();
+  }
+
+  void ImportLegacy(const std::wstring& package) {
+    if (!Begin()) return;
+    Select(package);
+    if (!state_.package.path.empty()) PackageImport(Run()).ApplyLegacy();
+    End();
+  }
+
+  void Reset() {
+    if (!Begin()) return;
+    if (!PrepareVersionFolders(context_, ports_)) return view_.ShowMessage(L"no folders");
+    CategoryChecklist tree = CategoryChecklist::ForReset(context_);
+    report_ = RunReset({context_, state_.package, ports_, tool_, view_}, tree);
+    End();
+  }
+
+  // The run told what it left undone, or left nothing undone.
+  bool HasComplained() const { return !report_.IsComplete() || view_.messages.size() > advices_; }
+  bool HasFinished() const { return !view_.finishText.empty(); }
+  // Told to the user before a run that succeeds.
+  void ExpectAdvices(std::size_t count) { advices_ = count; }
+
+  const SweptMachine& OnMachine() const { return machine_; }
+  const PackageState& Package() const { return state_.package; }
+  const ImportReport& Report() const { return report_; }
+  const RecordingView& View() const { return view_; }
+
+ private:
+  bool Begin() {
+    if (!LoadProductContext(context_, ports_, view_)) return false;
+    EnumerateInstalledVersions(context_, ports_.registry);
+    InitializePackageState(state_.package, context_, ports_);
+    if (RenewStagingFolder(context_, ports_)) return true;
+    view_.ShowMessage(L"no staging folder");
+    return false;
+  }
+
+  void Select(const std::wstring& package) {
+    PathPage page(package);
+    SelectPackage({Run(), state_, page});
+  }
+
+  ImportRun Run() {
+    return {context_, state_.package, ports_, tool_, faulty_.Dom(), log_, view_, report_};
+  }
+
+  void End() { DeleteStagingFolder(context_, ports_); }
+
+  SweptMachine machine_;
+  FaultyMachine faulty_;
+  const Machine ports_ = faulty_.Ports();
+  RegistryTool tool_{ports_.interpreter, ports_.clock, RegistryToolPace::kWaitForEnd};
+  RecordingView view_;
+  SilentLog log_;
+  ProductContext context_;
+  WizardState state_;
+  ImportReport report_;
+  std::size_t advices_ = 0;
+};
+
+using Play = void (*)(SweptRun&);
+
+bool IsBelow(const std::wstring& path, const std::wstring& folder) {
+  return EqualsIgnoringAsciiCase(path.substr(0, folder.size()), folder);
+}
+
+// A package folder that kept its old version's name is laid over that version: when it could not be
+// renamed, which was told, or when the description does not say which version it is.
+bool IsMended(const SweptRun& run) {
+  if (run.Package().internalVersion == L"Please check the file.") return false;
+  return std::ranges::none_of(run.Report().problems, [](const std::wstring& problem) {
+    return problem.starts_with(L"Not mended: ");
+  });
+}
+
+// Everything that no run may touch: other folders, another version's, another product's keys.
+void ExpectNothingOutsideChanged(const SweptRun& run) {
+  std::vector<std::wstring> guarded = {kAppData + L"Local\\Other", kAppData + L"Roaming\\Other"};
+  if (IsMended(run)) {
+    guarded.push_back(kAppData + L"Local\\Vantric\\VANTRIC\\27.0");
+    guarded.push_back(kAppData + L"Roaming\\Vantric\\VANTRIC\\27.0");
+  }
+  for (const std::wstring& change : run.OnMachine().files.changes) {
+    const std::wstring path = change.substr(std::min(change.find(L"C:\\"), change.size()));
+    EXPECT_TRUE(IsBelow(path, kAppData)) << ToUtf8(change);
+    for (const std::wstring& folder : guarded) {
+      EXPECT_FALSE(IsBelow(path, folder)) << ToUtf8(change);
+    }
+  }
+  static const SweptMachine untouched;
+  const MemoryRegistry& registry = run.OnMachine().registry;
+  if (IsMended(run)) {
+    EXPECT_EQ(registry.Text(kUser, kOlderKey), untouched.registry.Text(kUser, kOlderKey));
+  }
+  EXPECT_EQ(registry.Text(kMachine), untouched.registry.Text(kMachine));
+  EXPECT_EQ(registry.Text(kUser, L"SOFTWARE\\Other"),
+            untouched.registry.Text(kUser, L"SOFTWARE\\Other"));
+}
+
+// What a user has after the run, without what only the run itself uses.
+std::map<std::wstring, std::string> StateOf(const SweptMachine& machine) {
+  auto state = machine.AllFiles(L"C:\\Users");
+  std::erase_if(state,
+                [](const auto& file) { return IsBelow(file.first, kAppData + L"Local\\Temp"); });
+  state[L"registry"] = ToUtf8(machine.registry.Text(kUser));
+  return state;
+}
+
+const char* NameOf(FaultyPort port) {
+  constexpr const char* kNames[] = {"files",    "registry", "registry editor", "folders", "guids",
+                                    "profiles", "archives", "interpreter",     "user",    "dom"};
+  return kNames[static_cast<int>(port)];
+}
+
+class FaultSweep : public testing::Test {
+ protected:
+  // Runs with every fault there is. A run without a fault ends with the finish text and `advices`
+  // messages.
+  void Sweep(const char* name, Play play, std::size_t advices) {
+    advices_ = advices;
+    for (const FaultyPort port : kFaultyPorts) {
+      for (const bool lasts : {false, true}) SweepPort(play, port, lasts);
+    }
+    std::cout << name << ": " << faults_ << " faults tried, " << silent_
+              << " passed over without a word\n";
+    RecordProperty("faults", static_cast<int>(faults_));
+    EXPECT_GT(faults_, 50u);
+  }
+
+  // The machine after a run without a fault.
+  const SweptMachine& Undisturbed(Play play) {
+    if (!undisturbed_) {
+      never_ = std::make_unique<Fault>(FaultyPort::kFiles, 0, false);
+      undisturbed_ = std::make_unique<SweptRun>(*never_);
+      play(*undisturbed_);
+    }
+    return undisturbed_->OnMachine();
+  }
+
+ private:
+  const std::map<std::wstring, std::string>& UndisturbedState(Play play) {
+    if (undisturbedState_.empty()) undisturbedState_ = StateOf(Undisturbed(play));
+    return undisturbedState_;
+  }
+
+  void SweepPort(Play play, FaultyPort port, bool lasts) {
+    for (std::size_t nth = 1;; ++nth) {
+      SCOPED_TRACE(std::string(NameOf(port)) + (lasts ? " from call " : " at call ") +
+                   std::to_string(nth));
+      Fault fault(port, nth, lasts);
+      SweptRun run(fault);
+      run.ExpectAdvices(advices_);
+      play(run);
+      ExpectNothingOutsideChanged(run);
+      EXPECT_TRUE(run.HasFinished() || !run.View().messages.empty());
+      if (!fault.HasStruck()) return ExpectWhole(run);
+      ++faults_;
+      if (run.HasFinished() && !run.HasComplained() &&
+          StateOf(run.OnMachine()) != UndisturbedState(play)) {
+        ++silent_;
+      }
+      if (HasFailure()) return;
+    }
+  }
+
+  void ExpectWhole(const SweptRun& run) {
+    EXPECT_TRUE(run.HasFinished());
+    EXPECT_FALSE(run.HasComplained());
+    for (const std::wstring& problem : run.Report().problems) ADD_FAILURE() << ToUtf8(problem);
+    for (const std::wstring& message : run.View().messages) {
+      if (advices_ == 0) ADD_FAILURE() << ToUtf8(message);
+    }
+    EXPECT_TRUE(run.OnMachine().files.Names(kAppData + L"Local\\Temp").empty());
+  }
+
+  std::size_t advices_ = 0;
+  std::size_t faults_ = 0;
+  std::size_t silent_ = 0;
+  std::unique_ptr<Fault> never_;
+  std::unique_ptr<SweptRun> undisturbed_;
+  std::map<std::wstring, std::string> undisturbedState_;
+};
+
+TEST_F(FaultSweep, ImportOfAnotherReleaseWithAllCategories) {
+  const Play play = [](SweptRun& run) { run.Import(); };
+  Sweep("import", play, 1);
+  const SweptMachine& machine = Undisturbed(play);
+  const std::wstring folder = kAppData + L"Local\\Vantric\\VANTRIC\\28.0\\en-us\\ToolBox\\";
+  EXPECT_EQ(machine.files.Bytes(folder + L"packaged.dat"), "of packaged");
+  EXPECT_FALSE(machine.files.Has(folder + L"own.dat"));
+  EXPECT_NE(machine.registry.Root(kUser).Find(kLiveKey)->Value(L"packaged"), nullptr);
+}
+
+TEST_F(FaultSweep, LegacyImportOfACustomization) {
+  const Play play = [](SweptRun& run) { run.ImportLegacy(kScenePackage); };
+  Sweep("legacy import", play, 0);
+  EXPECT_EQ(Undisturbed(play).files.Bytes(kAppData + L"Roaming\\Vantric\\VANTRIC\\28.0\\en-us\\"
+                                                     L"Customization\\VANTRIC-Scene.xml"),
+            "<s>VANTRIC28.0</s>\r\n");
+}
+
+TEST_F(FaultSweep, LegacyImportOfOptions) {
+  const Play play = [](SweptRun& run) { run.ImportLegacy(kOptionsPackage); };
+  Sweep("legacy import of options", play, 0);
+  EXPECT_EQ(*Undisturbed(play).registry.Root(kUser).Find(kLiveKey + L"\\General")->Value(L"own"),
+            MakeStringValue(L"own", L"2026"));
+}
+
+TEST_F(FaultSweep, ResetOfAllCategories) {
+  const Play play = [](SweptRun& run) { run.Reset(); };
+  Sweep("reset", play, 0);
+  const SweptMachine& machine = Undisturbed(play);
+  EXPECT_FALSE(machine.files.Has(kAppData + L"Local\\Vantric\\VANTRIC\\28.0\\en-us\\ToolBox"));
+  EXPECT_NE(machine.registry.Root(kUser).Find(kLiveKey + L"\\Grid")->Value(L"factory"), nullptr);
+}
+
+}  // namespace
+}  // namespace carrovan

@@ -1,0 +1,349 @@
+#include "tests/support/faulty_machine.h"
+
+namespace carrovan {
+namespace {
+
+using Port = FaultyPort;
+
+class FaultyFiles : public ForwardingFiles {
+ public:
+  FaultyFiles(FileSystem& files, Fault& fault) : ForwardingFiles(files), fault_(fault) {}
+
+  bool Exists(const std::wstring& path) const override {
+    return !Strikes() && ForwardingFiles::Exists(path);
+  }
+  bool IsFolder(const std::wstring& path) const override {
+    return !Strikes() && ForwardingFiles::IsFolder(path);
+  }
+  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override {
+    return Strikes() ? std::vector<FolderEntry>() : ForwardingFiles::ListFolder(folder);
+  }
+  SystemCode ReadFolder(const std::wstring& folder,
+                        std::vector<FolderEntry>& entries) const override {
+    return Strikes() ? kAccessDenied : ForwardingFiles::ReadFolder(folder, entries);
+  }
+  SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override {
+    return Strikes() ? kAccessDenied : ForwardingFiles::ReadBytes(path, bytes);
+  }
+  SystemCode ReadInParts(const std::wstring& path, const TakePart& take) const override {
+    return Strikes() ? kAccessDenied : ForwardingFiles::ReadInParts(path, take);
+  }
+  SystemCode CreateFolder(const std::wstring& path) override {
+    return Strikes() ? kAccessDenied : ForwardingFiles::CreateFolder(path);
+  }
+  SystemCode CreateEmptyFile(const std::wstring& path) override {
+    return Strikes() ? kSystemDiskFull : ForwardingFiles::CreateEmptyFile(path);
+  }
+  SystemCode RemoveFile(const std::wstring& path) override {
+    return Strikes() ? kSharingViolation : ForwardingFiles::RemoveFile(path);
+  }
+  SystemCode RemoveFolder(const std::wstring& path) override {
+    return Strikes() ? kAccessDenied : ForwardingFiles::RemoveFolder(path);
+  }
+  SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override {
+    return Strikes() ? kSystemDiskFull : ForwardingFiles::WriteBytes(path, bytes);
+  }
+  SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override {
+    return Strikes() ? kSystemDiskFull : ForwardingFiles::CopyOver(source, target);
+  }
+  SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override {
+    return Strikes() ? kSharingViolation : ForwardingFiles::MoveTo(source, target);
+  }
+
+ private:
+  bool Strikes() const { return fault_.Strikes(Port::kFiles); }
+
+  Fault& fault_;
+};
+
+class FaultyRegistryReader : public RegistryReader {
+ public:
+  FaultyRegistryReader(RegistryReader& registry, Fault& fault)
+      : registry_(registry), fault_(fault) {}
+
+  bool CanOpenKey(RegistryHive hive, const std::wstring& keyPath) const override {
+    return !fault_.Strikes(Port::kRegistryReader) && registry_.CanOpenKey(hive, keyPath);
+  }
+  std::optional<std::vector<std::wstring>> SubkeyNames(RegistryHive hive,
+                                                       const std::wstring& keyPath) const override {
+    if (fault_.Strikes(Port::kRegistryReader)) return std::nullopt;
+    return registry_.SubkeyNames(hive, keyPath);
+  }
+
+ private:
+  RegistryReader& registry_;
+  Fault& fault_;
+};
+
+class FaultyRegistryEditor : public RegistryEditor {
+ public:
+  FaultyRegistryEditor(RegistryEditor& registry, Fault& fault)
+      : registry_(registry), fault_(fault) {}
+
+  SystemCode TryOpen(RegistryHive hive, const std::wstring& keyPath) const override {
+    return Strikes() ? kAccessDenied : registry_.TryOpen(hive, keyPath);
+  }
+  std::optional<std::uint32_t> ValueType(RegistryHive hive, const std::wstring& keyPath,
+                                         const std::wstring& name) const override {
+    if (Strikes()) return std::nullopt;
+    return registry_.ValueType(hive, keyPath, name);
+  }
+  SystemCode SetValues(RegistryHive hive, const std::wstring& keyPath,
+                       const std::vector<RegistryValue>& values) override {
+    return Strikes() ? kAccessDenied : registry_.SetValues(hive, keyPath, values);
+  }
+  SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) override {
+    return Strikes() ? kAccessDenied : registry_.DeleteTree(hive, keyPath);
+  }
+  SystemCode CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
+                      RegistryHive targetHive, const std::wstring& targetPath) override {
+    return Strikes() ? kAccessDenied
+                     : registry_.CopyTree(sourceHive, sourcePath, targetHive, targetPath);
+  }
+
+ private:
+  bool Strikes() const { return fault_.Strikes(Port::kRegistryEditor); }
+
+  RegistryEditor& registry_;
+  Fault& fault_;
+};
+
+class FaultyFolders : public KnownFolders {
+ public:
+  FaultyFolders(KnownFolders& folders, Fault& fault) : folders_(folders), fault_(fault) {}
+
+  std::optional<std::wstring> RoamingAppData() const override {
+    return Strikes() ? std::nullopt : folders_.RoamingAppData();
+  }
+  std::optional<std::wstring> LocalAppData() const override {
+    return Strikes() ? std::nullopt : folders_.LocalAppData();
+  }
+  std::optional<std::wstring> TempPath() const override {
+    return Strikes() ? std::nullopt : folders_.TempPath();
+  }
+
+ private:
+  bool Strikes() const { return fault_.Strikes(Port::kFolders); }
+
+  KnownFolders& folders_;
+  Fault& fault_;
+};
+
+class FaultyGuids : public GuidSource {
+ public:
+  FaultyGuids(GuidSource& guids, Fault& fault) : guids_(guids), fault_(fault) {}
+  std::optional<std::wstring> NewGuid() override {
+    return fault_.Strikes(Port::kGuids) ? std::nullopt : guids_.NewGuid();
+  }
+
+ private:
+  GuidSource& guids_;
+  Fault& fault_;
+};
+
+class FaultyProfiles : public ProfileFile {
+ public:
+  FaultyProfiles(ProfileFile& profiles, Fault& fault) : profiles_(profiles), fault_(fault) {}
+  std::wstring ReadValue(const std::wstring& section, const std::wstring& key,
+                         const std::wstring& filePath) const override {
+    if (fault_.Strikes(Port::kProfiles)) return {};
+    return profiles_.ReadValue(section, key, filePath);
+  }
+  bool WriteValue(const std::wstring& section, const std::wstring& key, const std::wstring& value,
+                  const std::wstring& filePath) override {
+    return !fault_.Strikes(Port::kProfiles) && profiles_.WriteValue(section, key, value, filePath);
+  }
+
+ private:
+  ProfileFile& profiles_;
+  Fault& fault_;
+};
+
+class FaultyWriter : public ArchiveWriter {
+ public:
+  FaultyWriter(std::unique_ptr<ArchiveWriter> writer, Fault& fault)
+      : writer_(std::move(writer)), fault_(fault) {}
+  ArchiveResult Add(const std::wstring& entryName, const std::wstring& sourcePath) override {
+    if (fault_.Strikes(Port::kArchives)) return ArchiveResult::kSourceUnreadable;
+    return writer_->Add(entryName, sourcePath);
+  }
+  ArchiveResult Close() override {
+    return fault_.Strikes(Port::kArchives) ? ArchiveResult::kDiskFull : writer_->Close();
+  }
+
+ private:
+  std::unique_ptr<ArchiveWriter> writer_;
+  Fault& fault_;
+};
+
+class FaultyReader : public ArchiveReader {
+ public:
+  FaultyReader(std::unique_ptr<ArchiveReader> reader, Fault& fault)
+      : reader_(std::move(reader)), fault_(fault) {}
+  std::optional<ArchiveItem> Item(std::size_t index) const override { return reader_->Item(index); }
+  ArchiveResult Extract(std::size_t index, const std::wstring& targetPath) override {
+    if (fault_.Strikes(Port::kArchives)) return ArchiveResult::kDiskFull;
+    return reader_->Extract(index, targetPath);
+  }
+
+ private:
+  std::unique_ptr<ArchiveReader> reader_;
+  Fault& fault_;
+};
+
+class FaultyArchives : public ArchiveLibrary {
+ public:
+  FaultyArchives(ArchiveLibrary& archives, Fault& fault) : archives_(archives), fault_(fault) {}
+  std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath,
+                                        ArchivePurpose purpose) override {
+    if (fault_.Strikes(Port::kArchives)) return nullptr;
+    auto writer = archives_.Create(archivePath, purpose);
+    return writer ? std::make_unique<FaultyWriter>(std::move(writer), fault_) : nullptr;
+  }
+  std::unique_ptr<ArchiveReader> Open(const std::wstring& archivePath) override {
+    if (fault_.Strikes(Port::kArchives)) return nullptr;
+    auto reader = archives_.Open(archivePath);
+    return reader ? std::make_unique<FaultyReader>(std::move(reader), fault_) : nullptr;
+  }
+
+ private:
+  ArchiveLibrary& archives_;
+  Fault& fault_;
+};
+
+class FaultyCommand : public RunningCommand {
+ public:
+  FaultyCommand(std::unique_ptr<RunningCommand> command, Fault& fault)
+      : command_(std::move(command)), fault_(fault) {}
+  bool WaitForEnd() override {
+    return !fault_.Strikes(Port::kInterpreter) && command_->WaitForEnd();
+  }
+
+ private:
+  std::unique_ptr<RunningCommand> command_;
+  Fault& fault_;
+};
+
+class FaultyInterpreter : public CommandInterpreter {
+ public:
+  FaultyInterpreter(CommandInterpreter& interpreter, Fault& fault)
+      : interpreter_(interpreter), fault_(fault) {}
+  std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override {
+    if (fault_.Strikes(Port::kInterpreter)) return nullptr;
+    auto command = interpreter_.Start(parameters);
+    return command ? std::make_unique<FaultyCommand>(std::move(command), fault_) : nullptr;
+  }
+
+ private:
+  CommandInterpreter& interpreter_;
+  Fault& fault_;
+};
+
+class FaultyUser : public UserIdentity {
+ public:
+  FaultyUser(UserIdentity& user, Fault& fault) : user_(user), fault_(fault) {}
+  std::optional<std::wstring> UserName() const override {
+    return fault_.Strikes(Port::kUser) ? std::nullopt : user_.UserName();
+  }
+  std::optional<std::wstring> ProfileFolder() const override {
+    return fault_.Strikes(Port::kUser) ? std::nullopt : user_.ProfileFolder();
+  }
+
+ private:
+  UserIdentity& user_;
+  Fault& fault_;
+};
+
+class FaultyDocument : public XmlDocument {
+ public:
+  FaultyDocument(std::unique_ptr<XmlDocument> document, Fault& fault)
+      : document_(std::move(document)), fault_(fault) {}
+  bool Load(const std::wstring& path) override {
+    return !fault_.Strikes(Port::kDom) && document_->Load(path);
+  }
+  std::wstring LoadProblem() const override { return document_->LoadProblem(); }
+  XmlNode Root() override { return document_->Root(); }
+  XmlNode CreateElement(std::string_view name) override {
+    return fault_.Strikes(Port::kDom) ? XmlNode() : document_->CreateElement(name);
+  }
+  bool Save(const std::wstring& path) override {
+    return !fault_.Strikes(Port::kDom) && document_->Save(path);
+  }
+
+ private:
+  std::unique_ptr<XmlDocument> document_;
+  Fault& fault_;
+};
+
+class FaultySession : public XmlSession {
+ public:
+  FaultySession(std::unique_ptr<XmlSession> session, Fault& fault)
+      : session_(std::move(session)), fault_(fault) {}
+  bool Started() const override { return !fault_.Strikes(Port::kDom) && session_->Started(); }
+  std::unique_ptr<XmlDocument> NewDocument() override {
+    if (fault_.Strikes(Port::kDom)) return nullptr;
+    auto document = session_->NewDocument();
+    return document ? std::make_unique<FaultyDocument>(std::move(document), fault_) : nullptr;
+  }
+
+ private:
+  std::unique_ptr<XmlSession> session_;
+  Fault& fault_;
+};
+
+class FaultyDom : public XmlDom {
+ public:
+  FaultyDom(FileSystem& files, Fault& fault) : dom_(OpenXmlDom(files)), fault_(fault) {}
+  std::unique_ptr<XmlSession> Begin() override {
+    return std::make_unique<FaultySession>(dom_->Begin(), fault_);
+  }
+
+ private:
+  std::unique_ptr<XmlDom> dom_;
+  Fault& fault_;
+};
+
+}  // namespace
+
+struct FaultyMachine::Parts {
+  Parts(const Machine& machine, Fault& fault)
+      : behind(machine),
+        files(machine.files, fault),
+        registry(machine.registry, fault),
+        editor(machine.registryEditor, fault),
+        folders(machine.folders, fault),
+        guids(machine.guids, fault),
+        profiles(machine.profiles, fault),
+        archives(machine.archives, fault),
+        interpreter(machine.interpreter, fault),
+        user(machine.user, fault),
+        dom(files, fault) {}
+
+  Machine behind;
+  FaultyFiles files;
+  FaultyRegistryReader registry;
+  FaultyRegistryEditor editor;
+  FaultyFolders folders;
+  FaultyGuids guids;
+  FaultyProfiles profiles;
+  FaultyArchives archives;
+  FaultyInterpreter interpreter;
+  FaultyUser user;
+  FaultyDom dom;
+};
+
+FaultyMachine::FaultyMachine(const Machine& machine, Fault& fault)
+    : parts_(std::make_unique<Parts>(machine, fault)) {}
+
+FaultyMachine::~FaultyMachine() = default;
+
+Machine FaultyMachine::Ports() {
+  const Machine& behind = parts_->behind;
+  return {parts_->files,    parts_->registry, parts_->folders,  parts_->guids,
+          parts_->profiles, behind.product,   parts_->archives, parts_->interpreter,
+          behind.clock,     parts_->editor,   parts_->user,     behind.codePage};
+}
+
+XmlDom& FaultyMachine::Dom() { return parts_->dom; }
+
+}  // namespace carrovan

@@ -1,0 +1,218 @@
+#include "tests/support/memory_machine.h"
+
+#include "platform/path_text.h"
+#include "platform/profile_text.h"
+#include "platform/sandbox/reg_file_parser.h"
+#include "platform/sandbox/reg_file_writer.h"
+#include "platform/stored_name.h"
+#include "platform/text.h"
+#include "platform/text_encoding.h"
+
+namespace carrovan {
+namespace {
+
+constexpr char kArchiveMark[] = "memory archive\n";
+
+struct StoredItem {
+  std::wstring name;
+  std::string bytes;
+};
+
+std::wstring TextOf(const std::string& bytes) {
+  return DecodeText(std::vector<std::uint8_t>(bytes.begin(), bytes.end())).text;
+}
+
+// Each item is its name's length, its size and a line end, then both.
+std::string Packed(const std::vector<StoredItem>& items) {
+  std::string packed = kArchiveMark;
+  for (const StoredItem& item : items) {
+    const std::string name = ToUtf8(item.name);
+    packed += std::to_string(name.size()) + " " + std::to_string(item.bytes.size()) + "\n";
+    packed += name + item.bytes;
+  }
+  return packed;
+}
+
+std::vector<StoredItem> Unpacked(const std::string& packed) {
+  std::vector<StoredItem> items;
+  std::size_t at = std::string(kArchiveMark).size();
+  while (at < packed.size()) {
+    const std::size_t lineEnd = packed.find('\n', at);
+    const std::size_t nameSize = std::stoul(packed.substr(at));
+    const std::size_t size = std::stoul(packed.substr(packed.find(' ', at) + 1));
+    at = lineEnd + 1;
+    items.push_back({FromUtf8(packed.substr(at, nameSize)), packed.substr(at + nameSize, size)});
+    at += nameSize + size;
+  }
+  return items;
+}
+
+class Writer : public ArchiveWriter {
+ public:
+  Writer(FileSystem& files, std::wstring path) : files_(files), path_(std::move(path)) {}
+
+  ArchiveResult Add(const std::wstring& entryName, const std::wstring& sourcePath) override {
+    if (RefusalOfStoredName(entryName)) return ArchiveResult::kNameRefused;
+    StoredItem item{entryName, {}};
+    if (files_.ReadBytes(sourcePath, item.bytes) != kSystemOk) {
+      return ArchiveResult::kSourceUnreadable;
+    }
+    items_.push_back(std::move(item));
+    return ArchiveResult::kDone;
+  }
+
+  ArchiveResult Close() override {
+    const bool written = files_.WriteBytes(path_, Packed(items_)) == kSystemOk;
+    return written ? ArchiveResult::kDone : ArchiveResult::kTargetNotWritable;
+  }
+
+ private:
+  FileSystem& files_;
+  std::wstring path_;
+  std::vector<StoredItem> items_;
+};
+
+class Reader : public ArchiveReader {
+ public:
+  Reader(FileSystem& files, std::vector<StoredItem> items)
+      : files_(files), items_(std::move(items)) {}
+
+  std::optional<ArchiveItem> Item(std::size_t index) const override {
+    if (index >= items_.size()) return std::nullopt;
+    return ArchiveItem{items_[index].name, items_[index].bytes.size(), items_[index].bytes.size()};
+  }
+
+  ArchiveResult Extract(std::size_t index, const std::wstring& targetPath) override {
+    if (RefusalOfStoredName(items_[index].name)) return ArchiveResult::kNameRefused;
+    MakeFolders(RemoveFileSpec(targetPath));
+    const bool written = files_.WriteBytes(targetPath, items_[index].bytes) == kSystemOk;
+    return written ? ArchiveResult::kDone : ArchiveResult::kTargetNotWritable;
+  }
+
+ private:
+  void MakeFolders(const std::wstring& folder) {
+    if (files_.IsFolder(folder)) return;
+    MakeFolders(RemoveFileSpec(folder));
+    static_cast<void>(files_.CreateFolder(folder));
+  }
+
+  FileSystem& files_;
+  std::vector<StoredItem> items_;
+};
+
+class EndedCommand : public RunningCommand {
+ public:
+  explicit EndedCommand(bool succeeded) : succeeded_(succeeded) {}
+  bool WaitForEnd() override { return succeeded_; }
+
+ private:
+  bool succeeded_;
+};
+
+void ApplyKeyChange(const RegKeyChange& change, RegistryKey& root) {
+  if (change.remove) {
+    root.Remove(change.keyPath);
+    return;
+  }
+  RegistryKey& key = root.Make(change.keyPath);
+  for (const RegValueChange& value : change.values) {
+    if (value.remove) {
+      key.RemoveValue(value.value.name);
+    } else {
+      key.SetValue(value.value);
+    }
+  }
+}
+
+}  // namespace
+
+std::wstring MemoryRegistry::Text(RegistryHive hive, const std::wstring& keyPath) const {
+  const RegistryKey* key = Root(hive).Find(keyPath);
+  return key == nullptr ? L"" : WriteRegFile(hive, keyPath, *key, RegFileForm::kLossless);
+}
+
+bool MemoryRegistry::CanOpenKey(RegistryHive hive, const std::wstring& keyPath) const {
+  return Root(hive).Find(keyPath) != nullptr;
+}
+
+std::optional<std::vector<std::wstring>> MemoryRegistry::SubkeyNames(
+    RegistryHive hive, const std::wstring& keyPath) const {
+  const RegistryKey* key = Root(hive).Find(keyPath);
+  if (key == nullptr) return std::nullopt;
+  std::vector<std::wstring> names;
+  for (const auto& [name, subkey] : key->AllSubkeys()) names.push_back(name);
+  return names;
+}
+
+SystemCode MemoryRegistry::TryOpen(RegistryHive hive, const std::wstring& keyPath) const {
+  return CanOpenKey(hive, keyPath) ? kSystemOk : kFileNotFound;
+}
+
+std::optional<std::uint32_t> MemoryRegistry::ValueType(RegistryHive hive,
+                                                       const std::wstring& keyPath,
+                                                       const std::wstring& name) const {
+  const RegistryKey* const key = Root(hive).Find(keyPath);
+  const RegistryValue* const value = key == nullptr ? nullptr : key->Value(name);
+  return value == nullptr ? std::nullopt : std::optional(value->type);
+}
+
+SystemCode MemoryRegistry::SetValues(RegistryHive hive, const std::wstring& keyPath,
+                                     const std::vector<RegistryValue>& values) {
+  if (!CanOpenKey(hive, keyPath)) return kFileNotFound;
+  for (const RegistryValue& value : values) Root(hive).Make(keyPath).SetValue(value);
+  return kSystemOk;
+}
+
+SystemCode MemoryRegistry::DeleteTree(RegistryHive hive, const std::wstring& keyPath) {
+  if (keyPath.empty()) return kInvalidName;
+  return Root(hive).Remove(keyPath) ? kSystemOk : kFileNotFound;
+}
+
+SystemCode MemoryRegistry::CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
+                                    RegistryHive targetHive, const std::wstring& targetPath) {
+  const RegistryKey* const source = Root(sourceHive).Find(sourcePath);
+  if (source == nullptr) return kFileNotFound;
+  RegistryKey copy;
+  copy.CopyFrom(*source);
+  Root(targetHive).Make(targetPath).CopyFrom(copy);
+  return kSystemOk;
+}
+
+std::wstring MemoryProfiles::ReadValue(const std::wstring& section, const std::wstring& key,
+                                       const std::wstring& filePath) const {
+  std::string bytes;
+  if (files_.ReadBytes(filePath, bytes) != kSystemOk) return {};
+  return ProfileValue(TextOf(bytes), section, key);
+}
+
+std::unique_ptr<ArchiveWriter> MemoryArchives::Create(const std::wstring& archivePath,
+                                                      ArchivePurpose) {
+  return std::make_unique<Writer>(files_, archivePath);
+}
+
+std::unique_ptr<ArchiveReader> MemoryArchives::Open(const std::wstring& archivePath) {
+  std::string packed;
+  if (files_.ReadBytes(archivePath, packed) != kSystemOk) return nullptr;
+  if (!packed.starts_with(kArchiveMark)) return nullptr;
+  return std::make_unique<Reader>(files_, Unpacked(packed));
+}
+
+std::unique_ptr<RunningCommand> MemoryInterpreter::Start(const std::wstring& parameters) {
+  const std::wstring front = L"/C reg import \"";
+  const bool known = parameters.starts_with(front) && parameters.ends_with(L"\"");
+  return std::make_unique<EndedCommand>(
+      known && Import(parameters.substr(front.size(), parameters.size() - front.size() - 1)));
+}
+
+bool MemoryInterpreter::Import(const std::wstring& file) {
+  std::string bytes;
+  if (files_.ReadBytes(file, bytes) != kSystemOk) return false;
+  const auto parsed = ParseRegFile(TextOf(bytes));
+  if (!parsed) return false;
+  for (const RegKeyChange& change : parsed->keys) {
+    ApplyKeyChange(change, registry_.Root(change.hive));
+  }
+  return true;
+}
+
+}  // namespace carrovan

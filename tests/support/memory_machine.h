@@ -1,0 +1,122 @@
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/machine.h"
+#include "platform/sandbox/registry_key.h"
+#include "platform/sandbox/utf8_code_page.h"
+#include "tests/support/fakes.h"
+#include "tests/support/memory_files.h"
+#include "tests/support/test_machine.h"
+
+namespace carrovan {
+
+// A whole machine in memory, for tests that run the engine hundreds of times. Its parts keep to the
+// contracts of the ports and are as simple as those allow.
+
+class MemoryRegistry : public RegistryReader, public RegistryEditor {
+ public:
+  RegistryKey& Root(RegistryHive hive) { return hives_[static_cast<std::size_t>(hive)]; }
+  const RegistryKey& Root(RegistryHive hive) const {
+    return hives_[static_cast<std::size_t>(hive)];
+  }
+
+  // Both hives, or one key, as the registry tool would write them.
+  std::wstring Text(RegistryHive hive, const std::wstring& keyPath = {}) const;
+
+  bool CanOpenKey(RegistryHive hive, const std::wstring& keyPath) const override;
+  std::optional<std::vector<std::wstring>> SubkeyNames(RegistryHive hive,
+                                                       const std::wstring& keyPath) const override;
+  SystemCode TryOpen(RegistryHive hive, const std::wstring& keyPath) const override;
+  std::optional<std::uint32_t> ValueType(RegistryHive hive, const std::wstring& keyPath,
+                                         const std::wstring& name) const override;
+  SystemCode SetValues(RegistryHive hive, const std::wstring& keyPath,
+                       const std::vector<RegistryValue>& values) override;
+  SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) override;
+  SystemCode CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
+                      RegistryHive targetHive, const std::wstring& targetPath) override;
+
+ private:
+  std::array<RegistryKey, 2> hives_;  // by RegistryHive
+};
+
+// Reads descriptions from the files; nothing that is tested with it writes any.
+class MemoryProfiles : public ProfileFile {
+ public:
+  explicit MemoryProfiles(const FileReader& files) : files_(files) {}
+  std::wstring ReadValue(const std::wstring& section, const std::wstring& key,
+                         const std::wstring& filePath) const override;
+  bool WriteValue(const std::wstring&, const std::wstring&, const std::wstring&,
+                  const std::wstring&) override {
+    return false;
+  }
+
+ private:
+  const FileReader& files_;
+};
+
+// Archives of a form of their own, kept among the files.
+class MemoryArchives : public ArchiveLibrary {
+ public:
+  explicit MemoryArchives(FileSystem& files) : files_(files) {}
+  std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath,
+                                        ArchivePurpose purpose) override;
+  std::unique_ptr<ArchiveReader> Open(const std::wstring& archivePath) override;
+
+ private:
+  FileSystem& files_;
+};
+
+// Knows "reg import" only.
+class MemoryInterpreter : public CommandInterpreter {
+ public:
+  MemoryInterpreter(const FileReader& files, MemoryRegistry& registry)
+      : files_(files), registry_(registry) {}
+  std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override;
+
+ private:
+  bool Import(const std::wstring& file);
+
+  const FileReader& files_;
+  MemoryRegistry& registry_;
+};
+
+class CountingGuids : public GuidSource {
+ public:
+  std::optional<std::wstring> NewGuid() override {
+    return L"{GUID-" + std::to_wstring(++made_) + L"}";
+  }
+
+ private:
+  int made_ = 0;
+};
+
+class MemoryUser : public UserIdentity {
+ public:
+  std::optional<std::wstring> UserName() const override { return L"u"; }
+  std::optional<std::wstring> ProfileFolder() const override { return L"C:\\Users\\u"; }
+};
+
+struct MemoryMachine {
+  MemoryFiles files;
+  MemoryRegistry registry;
+  FixedFolders folders;
+  CountingGuids guids;
+  MemoryProfiles profiles{files};
+  FixedProduct product;
+  MemoryArchives archives{files};
+  MemoryInterpreter interpreter{files, registry};
+  RecordingClock clock;
+  MemoryUser user;
+  Utf8CodePage codePage;
+
+  Machine Ports() {
+    return {files,    registry,    folders, guids,    profiles, product,
+            archives, interpreter, clock,   registry, user,     codePage};
+  }
+};
+
+}  // namespace carrovan
