@@ -10,7 +10,7 @@ from pathlib import Path
 from wizard import ROOT
 
 sys.path.append(str(ROOT / "tests" / "e2e"))
-import registry_file  # noqa: E402  pylint: disable=wrong-import-position
+from registry_file import parse as parse_registry_file  # noqa: E402
 
 PRODUCT_KEY = r"HKEY_CURRENT_USER\SOFTWARE\Vantric"
 FOREIGN_FOLDERS = ("Temp", "Microsoft")  # the system's own, below Local and Roaming
@@ -62,7 +62,7 @@ def _export(prefix, key):
                    env={**os.environ, "WINEPREFIX": str(prefix)}, check=True,
                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     try:
-        return registry_file.parse(file.read_bytes())
+        return parse_registry_file(file.read_bytes())
     finally:
         file.unlink()
 

@@ -3,17 +3,14 @@
 import os
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
 import zipfile
 from pathlib import Path
 
+from machine_state import parse_registry_file
 from screen import Screen
 from wizard import PROGRAMS, ROOT, STARTUP_FOLDER, Wizard, install_programs
-
-sys.path.append(str(ROOT / "tests" / "e2e"))
-import registry_file  # noqa: E402  pylint: disable=wrong-import-position
 
 PREFIX = Path(os.environ.get("CARROVAN_WIZARD_PREFIX", ROOT / "build" / "wine-wizard"))
 DRIVE = PREFIX / "drive_c"
@@ -124,5 +121,5 @@ def change_identity(folder, old, new):
 def package_content(package):
     """Every entry in its order: the bytes, of registry files the keys and values."""
     with zipfile.ZipFile(package) as archive:
-        return [(name, registry_file.parse(archive.read(name)) if name.endswith(".reg")
+        return [(name, parse_registry_file(archive.read(name)) if name.endswith(".reg")
                  else archive.read(name)) for name in archive.namelist()]
