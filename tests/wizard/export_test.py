@@ -1,18 +1,14 @@
 """An export through the real window, with the mouse alone and with the keyboard alone."""
 
-import zipfile
-
-from wizard import BACKUP, CANCEL, EXPORT, FINISH, HEADING, NEXT, RESET, SELECT_ALL, VERSIONS
+from wizard import CANCEL, EXPORT, FINISH, HEADING, NEXT, SELECT_ALL, VERSIONS
 from wizard_case import WizardCase, package_content, windows_name
 
 
-class ExportCase(WizardCase):
+class ExportTest(WizardCase):
     def setUp(self):
         super().setUp()
         self.wizard = self.open_wizard()
 
-
-class ExportTest(ExportCase):
     def enter_categories(self, year="2026"):
         self.wizard.start(EXPORT)
         if year != "2026":
@@ -141,20 +137,6 @@ class ExportTest(ExportCase):
             self.wizard.press_button(NEXT)
         self.assertIn(SELECT_ALL, self.wizard.tree().checked_labels())
         self.assertFalse(self.wizard.button(NEXT).enabled)
-
-
-class BackupTest(ExportCase):
-    def test_one_click_backup_holds_everything_and_stays_on_the_reset_page(self):
-        package = self.package("backup.ucex")
-        self.wizard.start(RESET)
-        self.wizard.answer()
-        self.wizard.click(self.wizard.page_control(BACKUP))
-        self.wizard.name_file(windows_name(package))
-        self.wizard.wait_until(lambda wizard: wizard.button(FINISH).enabled, "the end of the run")
-        self.assertTrue(self.wizard.shows(BACKUP))
-        with zipfile.ZipFile(package) as archive:
-            description = archive.read("config.ini").decode("utf-8")
-        self.assertEqual(description.count("=1"), 13, description)
 
 
 def button_texts(box):

@@ -100,8 +100,12 @@ class Wizard:
     def tree(self):
         return self.page_control(TREE)
 
-    def wait_until(self, condition, what):
-        return wait_for(lambda: condition(self), what=what)
+    def wait_until(self, condition, what, seconds=20):
+        return wait_for(lambda: condition(self), seconds, what)
+
+    def wait_until_done(self, condition, what):
+        """For the end of a run, which takes long on a busy machine."""
+        return self.wait_until(condition, what, seconds=150)
 
     def click(self, control):
         self.screen.click(*control.centre())
@@ -157,7 +161,7 @@ class Wizard:
 
     def finish_text(self):
         """What the finish page says, as soon as it is shown."""
-        wait_for(lambda: self.shows(FINISH_TITLE), seconds=60, what="the finish page")
+        self.wait_until_done(lambda wizard: wizard.shows(FINISH_TITLE), "the finish page")
         return self.page_control(FINISH_MESSAGE).text
 
     def answer(self, text="OK"):
@@ -188,12 +192,13 @@ class Wizard:
     def _hold_during_registry_tool(self, done):
         first_seen = {}
         while not done.wait(0.02):
-            running = processes_in_prefix(self.prefix, ("cmd.exe", "reg.exe"))
-            first_seen = {process: first_seen.get(process, time.monotonic())
-                          for process in running}
-            # The wizard has to finish the start of the tool first.
-            if any(time.monotonic() - seen > 0.04 for seen in first_seen.values()):
-                self._hold_until_ended(running, done)
+            now = time.monotonic()
+            first_seen = {process: first_seen.get(process, now)
+                          for process in processes_in_prefix(self.prefix, ("cmd.exe", "reg.exe"))}
+            # A younger one may need the wizard to finish its start.
+            started = [process for process, seen in first_seen.items() if now - seen > 0.04]
+            if started:
+                self._hold_until_ended(started, done)
 
     def _hold_until_ended(self, processes, done):
         if self.process.poll() is not None:

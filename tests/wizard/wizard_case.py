@@ -3,17 +3,14 @@
 import os
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
 import zipfile
 from pathlib import Path
 
+from machine_state import parse_registry_file
 from screen import Screen
 from wizard import PROGRAMS, ROOT, STARTUP_FOLDER, Wizard, install_programs
-
-sys.path.append(str(ROOT / "tests" / "e2e"))
-import registry_file  # noqa: E402  pylint: disable=wrong-import-position
 
 PREFIX = Path(os.environ.get("CARROVAN_WIZARD_PREFIX", ROOT / "build" / "wine-wizard"))
 DRIVE = PREFIX / "drive_c"
@@ -59,9 +56,9 @@ class WizardCase(unittest.TestCase):
         return folder
 
     @classmethod
-    def run_cli(cls, *arguments, folder=PREFIX / STARTUP_FOLDER):
-        """Runs the command line to its end; it must succeed."""
-        return cls._run(["carrovan-cli.exe", *arguments], folder)
+    def run_cli(cls, *arguments, folder=PREFIX / STARTUP_FOLDER, status=0):
+        """Runs the command line to its end; it must end with this status."""
+        return cls._run(["carrovan-cli.exe", *arguments], folder, status)
 
     def run_windows(self, *command, folder=PREFIX / STARTUP_FOLDER, wait=True):
         """Runs a Windows program on this screen; not waited for, it is ended with the test."""
@@ -75,10 +72,12 @@ class WizardCase(unittest.TestCase):
         return process
 
     @classmethod
-    def _run(cls, command, folder):
-        return subprocess.run([ROOT / "tools" / "wine", *command], cwd=folder,
-                              env=cls._environment(), check=True, stdout=subprocess.PIPE,
-                              stderr=subprocess.DEVNULL).stdout
+    def _run(cls, command, folder, status=0):
+        done = subprocess.run([ROOT / "tools" / "wine", *command], cwd=folder, check=False,
+                              env=cls._environment(), stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL)
+        assert done.returncode == status, (command, done.returncode)
+        return done.stdout
 
     @classmethod
     def _environment(cls):
@@ -122,5 +121,5 @@ def change_identity(folder, old, new):
 def package_content(package):
     """Every entry in its order: the bytes, of registry files the keys and values."""
     with zipfile.ZipFile(package) as archive:
-        return [(name, registry_file.parse(archive.read(name)) if name.endswith(".reg")
+        return [(name, parse_registry_file(archive.read(name)) if name.endswith(".reg")
                  else archive.read(name)) for name in archive.namelist()]
