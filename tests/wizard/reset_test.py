@@ -5,8 +5,8 @@ from wizard import (BACK, BACKUP, EXPORT, FINISH, FINISH_TITLE, HEADING, NEXT, R
                     VERSIONS)
 from wizard_case import PREFIX, WizardCase, change_identity, package_content, windows_name
 
-WARNING = ("After the reset operation, the current settings cannot be restored. \nIt is recommended "
-           "to export the current settings and then perform the reset.")
+WARNING = ("After the reset operation, the current settings cannot be restored. \nIt is "
+           "recommended to export the current settings and then perform the reset.")
 QUESTION = "You need to run Vantric at least once after reset.\nContinue?"
 DONE = ("VANTRIC 2026 Relevant settings selected have been reset. \n\nSettings take effect after "
         "restarting ")
