@@ -41,10 +41,16 @@ class PlayableWine:
         return State(files, registry)
 
     def registry_file(self, hive):
+        """Reading is repeated: on a busy machine Wine's registry tool sometimes ends at once."""
         file = self.drive / "state.reg"
-        subprocess.run([PROJECT / "tools/wine", "reg", "export", rf"{hive}\SOFTWARE\Vantric",
-                        r"C:\state.reg", "/y"], check=True, capture_output=True,
-                       env=wine_environment())
+        for _ in range(3):
+            done = subprocess.run([PROJECT / "tools/wine", "reg", "export",
+                                   rf"{hive}\SOFTWARE\Vantric", r"C:\state.reg", "/y"],
+                                  check=False, capture_output=True, env=wine_environment())
+            if done.returncode == 0:
+                break
+        else:
+            raise AssertionError(f"{hive} cannot be exported: {done.stdout!r} {done.stderr!r}")
         content = file.read_bytes()
         file.unlink()
         return content
