@@ -12,6 +12,7 @@ from expected_machine import State
 from machines import MAKE_SAMPLE, PROJECT, SandboxTest
 from playable import differences, exists_on_drive, files_below, play_tour
 from wine_export_test import PREFIX, WINDOWS_BUILD, run_windows, windows_path
+from wine_registry import export_key
 
 
 class PlayableWine:
@@ -37,23 +38,8 @@ class PlayableWine:
                  if path.count("/") == 0 or path.split("/")[1] in ("Vantric", "ORMA")}
         registry = {}
         for hive in ("HKEY_CURRENT_USER", "HKEY_LOCAL_MACHINE"):
-            registry.update(registry_file.parse(self.registry_file(hive)))
+            registry.update(registry_file.parse(export_key(PREFIX, rf"{hive}\SOFTWARE\Vantric")))
         return State(files, registry)
-
-    def registry_file(self, hive):
-        """Reading is repeated: on a busy machine Wine's registry tool sometimes ends at once."""
-        file = self.drive / "state.reg"
-        for _ in range(3):
-            done = subprocess.run([PROJECT / "tools/wine", "reg", "export",
-                                   rf"{hive}\SOFTWARE\Vantric", r"C:\state.reg", "/y"],
-                                  check=False, capture_output=True, env=wine_environment())
-            if done.returncode == 0:
-                break
-        else:
-            raise AssertionError(f"{hive} cannot be exported: {done.stdout!r} {done.stderr!r}")
-        content = file.read_bytes()
-        file.unlink()
-        return content
 
     def staging_folders(self):
         return list((self.app_data / "Local/Temp").glob("*-*-*-*-*"))

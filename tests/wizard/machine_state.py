@@ -1,8 +1,6 @@
 """What a user's settings are at one moment, and what has changed between two."""
 
 import hashlib
-import os
-import subprocess
 import sys
 from collections import defaultdict
 from pathlib import Path
@@ -11,6 +9,7 @@ from wizard import ROOT
 
 sys.path.append(str(ROOT / "tests" / "e2e"))
 from registry_file import parse as parse_registry_file  # noqa: E402
+from wine_registry import export_key  # noqa: E402
 
 PRODUCT_KEY = r"HKEY_CURRENT_USER\SOFTWARE\Vantric"
 FOREIGN_FOLDERS = ("Temp", "Microsoft")  # the system's own, below Local and Roaming
@@ -40,7 +39,8 @@ class MachineState:
 def read_defaults(prefix, path):
     """The product's factory defaults below a key, as `MachineState.key` gives the user's."""
     full = r"HKEY_LOCAL_MACHINE\SOFTWARE\Vantric\New User Settings" + "\\" + path
-    return {key[len(full):]: dict(values) for key, values in _export(Path(prefix), full)}
+    return {key[len(full):]: dict(values) for key, values in
+            parse_registry_file(export_key(prefix, full))}
 
 
 def describe_changes(before, after):
@@ -53,18 +53,7 @@ def describe_changes(before, after):
 
 
 def _read_keys(prefix):
-    return {key: dict(values) for key, values in _export(prefix, PRODUCT_KEY)}
-
-
-def _export(prefix, key):
-    file = prefix / "drive_c" / "state.reg"
-    subprocess.run([ROOT / "tools" / "wine", "reg", "export", key, r"C:\state.reg", "/y"],
-                   env={**os.environ, "WINEPREFIX": str(prefix)}, check=True,
-                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    try:
-        return parse_registry_file(file.read_bytes())
-    finally:
-        file.unlink()
+    return {key: dict(values) for key, values in parse_registry_file(export_key(prefix, PRODUCT_KEY))}
 
 
 def _read_files(prefix):
