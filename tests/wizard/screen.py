@@ -6,10 +6,14 @@ import time
 from pathlib import Path
 
 
+DOUBLE_CLICK_SECONDS = 0.6  # a little more than the system's own time
+
+
 class Screen:
     """Runs as long as it is used: `with Screen(1280, 1024) as screen:`."""
 
     def __init__(self, width=1280, height=1024):
+        self._last_click = None
         read_end, write_end = os.pipe()
         self._server = subprocess.Popen(
             ["Xvfb", "-displayfd", str(write_end), "-screen", "0", f"{width}x{height}x24",
@@ -34,6 +38,9 @@ class Screen:
         return {**os.environ, "DISPLAY": self.display}
 
     def click(self, x, y, times=1):
+        if (x, y) == self._last_click:
+            time.sleep(DOUBLE_CLICK_SECONDS)  # else it would be the second half of a double click
+        self._last_click = (x, y)
         self._xdotool("mousemove", x, y, "click", "--repeat", times, "--delay", 30, 1)
 
     def move_mouse_away(self):
