@@ -87,7 +87,7 @@ class ImportVerb {
     }
     steps_.Apply(checklist);
     PrintOutcomes(session_, checklist, L"imported", L"left out");
-    return Conclude();
+    return session_.Conclude(report_, view_.FinishText());
   }
 
   ExitStatus ImportLegacyPackage() {
@@ -98,13 +98,7 @@ class ImportVerb {
                            L" and cannot be imported into " + options_.year);
     }
     steps_.ApplyLegacy();
-    return Conclude();
-  }
-
-  ExitStatus Conclude() const {
-    for (const std::wstring& problem : report_.problems) session_.Complain(problem);
-    session_.Print(view_.FinishText());
-    return report_.IsComplete() ? ExitStatus::kDone : ExitStatus::kPartly;
+    return session_.Conclude(report_, view_.FinishText());
   }
 
   const Session& session_;

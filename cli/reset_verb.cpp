@@ -8,13 +8,6 @@
 namespace carrovan {
 namespace {
 
-ExitStatus Conclude(const Session& session, const ImportReport& report,
-                    const CommandLineView& view) {
-  for (const std::wstring& problem : report.problems) session.Complain(problem);
-  session.Print(view.FinishText());
-  return report.IsComplete() ? ExitStatus::kDone : ExitStatus::kPartly;
-}
-
 ExitStatus ResetVersion(const Session& session, const ResetOptions& options, const Machine& machine,
                         CommandLineView& view, ProductContext& context) {
   if (!PassesLiveKeyCheck(view, machine.registry, context)) return ExitStatus::kFailed;
@@ -35,7 +28,7 @@ ExitStatus ResetVersion(const Session& session, const ResetOptions& options, con
   RegistryTool tool(machine.interpreter, machine.clock, RegistryToolPace::kWaitForEnd);
   const ImportReport report = RunReset({context, state.package, machine, tool, view}, checklist);
   PrintOutcomes(session, checklist, L"reset", L"kept");
-  return Conclude(session, report, view);
+  return session.Conclude(report, view.FinishText());
 }
 
 }  // namespace

@@ -37,14 +37,11 @@ void WriteRecords(XmlDocument& document, std::string_view tableName,
 }
 
 std::vector<std::wstring> ListShortcutFiles(const FileReader& files, const std::wstring& folder) {
-  constexpr std::wstring_view kExtension = L".xml";
   std::vector<std::wstring> names;
   for (const FolderEntry& entry : files.ListFolder(folder)) {
-    const std::wstring& name = entry.name;
-    if (entry.isFolder || name.size() < kExtension.size()) continue;
-    const std::wstring_view ending =
-        std::wstring_view(name).substr(name.size() - kExtension.size());
-    if (EqualsIgnoringAsciiCase(ending, kExtension)) names.push_back(name);
+    if (!entry.isFolder && EndsWithIgnoringAsciiCase(entry.name, L".xml")) {
+      names.push_back(entry.name);
+    }
   }
   return names;
 }
