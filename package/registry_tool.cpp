@@ -1,5 +1,7 @@
 #include "package/registry_tool.h"
 
+#include "platform/registry_command.h"
+
 namespace carrovan {
 namespace {
 
@@ -15,7 +17,7 @@ RegistryTool::RegistryTool(CommandInterpreter& interpreter, Clock& clock, Regist
     : interpreter_(interpreter), clock_(clock), pace_(pace) {}
 
 bool RegistryTool::RegExportKey(const std::wstring& keyPath, const std::wstring& filePath) {
-  const auto command = Start(L"reg export \"" + keyPath + L"\" \"" + filePath + L"\" /y");
+  const auto command = interpreter_.Start(RegExportCommand(keyPath, filePath));
   if (pace_ == RegistryToolPace::kFixedPause) {
     clock_.Pause(kPauseAfterExport);
   } else if (command) {
@@ -25,16 +27,12 @@ bool RegistryTool::RegExportKey(const std::wstring& keyPath, const std::wstring&
 }
 
 bool RegistryTool::RegImportFile(const std::wstring& filePath) {
-  const auto command = Start(L"reg import \"" + filePath + L"\"");
+  const auto command = interpreter_.Start(RegImportCommand(filePath));
   return command && (pace_ == RegistryToolPace::kFixedPause || command->WaitForEnd());
 }
 
 void RegistryTool::PauseAfterImports() {
   if (pace_ == RegistryToolPace::kFixedPause) clock_.Pause(kPauseAfterImports);
-}
-
-std::unique_ptr<RunningCommand> RegistryTool::Start(const std::wstring& command) {
-  return interpreter_.Start(L"/C " + command);
 }
 
 }  // namespace carrovan

@@ -31,8 +31,6 @@ class RegistryTool {
   void PauseAfterImports();
 
  private:
-  std::unique_ptr<RunningCommand> Start(const std::wstring& command);
-
   CommandInterpreter& interpreter_;
   Clock& clock_;
   RegistryToolPace pace_;

@@ -9,6 +9,8 @@ class Clock {
   virtual ~Clock() = default;
 
   virtual void Pause(std::chrono::milliseconds duration) = 0;
+
+  virtual std::chrono::system_clock::time_point Now() const = 0;
 };
 
 }  // namespace carrovan

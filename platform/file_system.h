@@ -26,6 +26,12 @@ class FileReader {
   virtual bool Exists(const std::wstring& path) const = 0;
   virtual bool IsFolder(const std::wstring& path) const = 0;
 
+  // True for a link itself, wherever it leads.
+  virtual bool IsLink(const std::wstring& path) const = 0;
+
+  // True for a file that cannot be replaced or removed because it is marked so.
+  virtual bool IsReadOnly(const std::wstring& path) const = 0;
+
   // The entries of a folder in the file system's own order, without "." and "..". Empty when the
   // folder is missing or cannot be read.
   virtual std::vector<FolderEntry> ListFolder(const std::wstring& folder) const = 0;
@@ -64,6 +70,11 @@ class FileSystem : public FileReader {
 
   // Creates the file or replaces its whole content. A read-only file is not replaced.
   [[nodiscard]] virtual SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) = 0;
+
+  // Puts bytes behind what a file holds, which is created when it is missing. For a record that is
+  // kept while something goes on: what was appended before a program is killed stays.
+  [[nodiscard]] virtual SystemCode AppendBytes(const std::wstring& path,
+                                               std::string_view bytes) = 0;
 
   // Copies a file, over an existing one that is not read-only. kCopySkipped when the system left
   // the copy undone without calling it an error.

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/registry_value.h"
+
 namespace carrovan {
 
 enum class RegistryHive { kCurrentUser, kLocalMachine };
@@ -20,6 +22,10 @@ class RegistryReader {
   // Names of the subkeys in the registry's own order; nothing when the key cannot be opened.
   virtual std::optional<std::vector<std::wstring>> SubkeyNames(
       RegistryHive hive, const std::wstring& keyPath) const = 0;
+
+  // The key's own values in the registry's own order; nothing when the key cannot be opened.
+  virtual std::optional<std::vector<RegistryValue>> Values(RegistryHive hive,
+                                                           const std::wstring& keyPath) const = 0;
 };
 
 }  // namespace carrovan

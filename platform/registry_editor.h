@@ -31,6 +31,13 @@ class RegistryEditor {
   [[nodiscard]] virtual SystemCode SetValues(RegistryHive hive, const std::wstring& keyPath,
                                              const std::vector<RegistryValue>& values) = 0;
 
+  // Creates a key and the keys above it; one that is there stays as it is.
+  [[nodiscard]] virtual SystemCode CreateKey(RegistryHive hive, const std::wstring& keyPath) = 0;
+
+  // Deletes one value of a key; kFileNotFound when the key or the value is missing.
+  [[nodiscard]] virtual SystemCode DeleteValue(RegistryHive hive, const std::wstring& keyPath,
+                                               const std::wstring& name) = 0;
+
   // Deletes a key with its values and subkeys. An empty path, which is the hive itself, is refused
   // with kInvalidName.
   [[nodiscard]] virtual SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) = 0;

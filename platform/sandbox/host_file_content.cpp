@@ -1,3 +1,5 @@
+#include <cerrno>
+#include <fstream>
 #include <span>
 #include <system_error>
 
@@ -79,6 +81,24 @@ SystemCode ReplaceWhole(const fs::path& path, std::string_view bytes) {
   return CodeOf(status == FileStatus::kDone ? part.Complete() : status);
 }
 
+SystemCode Append(const fs::path& path, std::string_view bytes) {
+  std::error_code error;
+  const fs::file_status there = fs::status(path, error);
+  if (fs::exists(there) && !(fs::is_regular_file(there) && OwnerMayWrite(there))) {
+    return kAccessDenied;
+  }
+  if (const SystemCode code = CodeOfParent(path); code != kSystemOk && !fs::exists(there)) {
+    return code;
+  }
+  errno = 0;
+  std::ofstream file(path, std::ios::binary | std::ios::app);
+  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  file.close();
+  if (file) return kSystemOk;
+  const SystemCode code = SystemCodeOf(std::error_code(errno, std::generic_category()));
+  return code == kSystemOk ? kGeneralFailure : code;
+}
+
 }  // namespace
 
 SystemCode HostFileSystem::ReadBytes(const std::wstring& path, std::string& bytes) const {
@@ -94,6 +114,11 @@ SystemCode HostFileSystem::ReadInParts(const std::wstring& path, const TakePart&
 SystemCode HostFileSystem::WriteBytes(const std::wstring& path, std::string_view bytes) {
   const auto host = paths_.ToHost(path);
   return host && paths_.MayBeMade(path) ? ReplaceWhole(*host, bytes) : kInvalidName;
+}
+
+SystemCode HostFileSystem::AppendBytes(const std::wstring& path, std::string_view bytes) {
+  const auto host = paths_.ToHost(path);
+  return host && paths_.MayBeMade(path) ? Append(*host, bytes) : kInvalidName;
 }
 
 SystemCode HostFileSystem::CopyOver(const std::wstring& source, const std::wstring& target) {

@@ -53,6 +53,16 @@ bool HostFileSystem::IsFolder(const std::wstring& path) const {
   return host && LeadsToFolder(*host);
 }
 
+bool HostFileSystem::IsLink(const std::wstring& path) const {
+  const auto host = paths_.ToHost(path);
+  return host && fs::is_symlink(StatusAt(*host));
+}
+
+bool HostFileSystem::IsReadOnly(const std::wstring& path) const {
+  const auto host = paths_.ToHost(path);
+  return host && !LeadsToFolder(*host) && !OwnerMayWrite(*host);
+}
+
 std::vector<FolderEntry> HostFileSystem::ListFolder(const std::wstring& folder) const {
   std::vector<FolderEntry> entries;
   static_cast<void>(ReadFolder(folder, entries));

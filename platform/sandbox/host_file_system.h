@@ -18,6 +18,8 @@ class HostFileSystem : public FileSystem {
 
   bool Exists(const std::wstring& path) const override;
   bool IsFolder(const std::wstring& path) const override;
+  bool IsLink(const std::wstring& path) const override;
+  bool IsReadOnly(const std::wstring& path) const override;
   std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override;
   SystemCode ReadFolder(const std::wstring& folder,
                         std::vector<FolderEntry>& entries) const override;
@@ -29,6 +31,7 @@ class HostFileSystem : public FileSystem {
   SystemCode RemoveFile(const std::wstring& path) override;
   SystemCode RemoveFolder(const std::wstring& path) override;
   SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override;
+  SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override;
   SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override;
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
 

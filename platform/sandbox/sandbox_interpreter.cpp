@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/registry_command.h"
 #include "platform/sandbox/host_file.h"
 #include "platform/sandbox/reg_file_parser.h"
 #include "platform/sandbox/reg_file_writer.h"
@@ -56,9 +57,8 @@ std::unique_ptr<RunningCommand> SandboxInterpreter::Start(const std::wstring& pa
     const auto key = TakeUntil(line, L"\" \"");
     const auto file = TakeUntil(line, L"\" /y");
     succeeded = key && file && line.empty() && Export(*key, *file);
-  } else if (Take(line, L"/C reg import \"")) {
-    const auto file = TakeUntil(line, L"\"");
-    succeeded = file && line.empty() && Import(*file);
+  } else if (const auto imported = ImportedFile(parameters)) {
+    succeeded = Import(*imported);
   }
   return std::make_unique<EndedCommand>(succeeded);
 }

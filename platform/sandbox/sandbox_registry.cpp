@@ -77,6 +77,15 @@ std::optional<std::vector<std::wstring>> SandboxRegistry::SubkeyNames(
   return names;
 }
 
+std::optional<std::vector<RegistryValue>> SandboxRegistry::Values(
+    RegistryHive hive, const std::wstring& keyPath) const {
+  const RegistryKey* key = Find(hive, keyPath);
+  if (key == nullptr) return std::nullopt;
+  std::vector<RegistryValue> values;
+  for (const RegistryValue* value : key->AllValues()) values.push_back(*value);
+  return values;
+}
+
 const RegistryKey* SandboxRegistry::Find(RegistryHive hive, std::wstring_view keyPath) const {
   return hives_[IndexOf(hive)].Find(keyPath);
 }
@@ -119,6 +128,17 @@ SystemCode SandboxRegistry::SetValues(RegistryHive hive, const std::wstring& key
     RegistryKey& key = root.Make(keyPath);
     for (const RegistryValue& value : values) key.SetValue(value);
   });
+}
+
+SystemCode SandboxRegistry::CreateKey(RegistryHive hive, const std::wstring& keyPath) {
+  if (Find(hive, keyPath) != nullptr) return kSystemOk;
+  return Change(hive, [&](RegistryKey& root) { root.Make(keyPath); }) ? kSystemOk : kAccessDenied;
+}
+
+SystemCode SandboxRegistry::DeleteValue(RegistryHive hive, const std::wstring& keyPath,
+                                        const std::wstring& name) {
+  if (!ValueType(hive, keyPath, name)) return kFileNotFound;
+  return ChangeKey(hive, keyPath, [&](RegistryKey& root) { root.Make(keyPath).RemoveValue(name); });
 }
 
 SystemCode SandboxRegistry::DeleteTree(RegistryHive hive, const std::wstring& keyPath) {

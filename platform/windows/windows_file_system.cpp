@@ -75,17 +75,11 @@ class PartFile {
   bool created_ = false;
 };
 
-// Not every system that runs this program asks it before replacing a file.
-bool IsReadOnlyFile(const std::wstring& path) {
-  const DWORD attributes = Attributes(path);
-  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
-}
-
 bool IsDotEntry(const std::wstring& name) { return name == L"." || name == L".."; }
 
 // Other reparse points are files kept in a cloud or in compressed form, which are no links. Wine
 // reports a link without its kind.
-bool IsLink(const WIN32_FIND_DATAW& found) {
+bool IsLinkEntry(const WIN32_FIND_DATAW& found) {
   if ((found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return false;
   return found.dwReserved0 == 0 || IsReparseTagNameSurrogate(found.dwReserved0);
 }
@@ -99,6 +93,24 @@ bool WindowsFileSystem::Exists(const std::wstring& path) const {
 bool WindowsFileSystem::IsFolder(const std::wstring& path) const {
   const DWORD attributes = Attributes(path);
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool WindowsFileSystem::IsLink(const std::wstring& path) const {
+  const DWORD attributes = Attributes(path);
+  if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+    return false;
+  }
+  WIN32_FIND_DATAW found = {};
+  const FindHandle search(
+      FindFirstFileW(SystemPath(WithoutTrailingBackslashes(path)).c_str(), &found));
+  return search && IsLinkEntry(found);
+}
+
+bool WindowsFileSystem::IsReadOnly(const std::wstring& path) const {
+  const DWORD attributes = Attributes(path);
+  // A folder bears the mark for other reasons.
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0 &&
+         (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
 std::vector<FolderEntry> WindowsFileSystem::ListFolder(const std::wstring& folder) const {
@@ -120,7 +132,7 @@ SystemCode WindowsFileSystem::ReadFolder(const std::wstring& folder,
   do {
     const std::wstring name = found.cFileName;
     const bool isFolder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    if (!IsDotEntry(name)) read.push_back({name, isFolder, IsLink(found)});
+    if (!IsDotEntry(name)) read.push_back({name, isFolder, IsLinkEntry(found)});
   } while (FindNextFileW(search.Get(), &found) != FALSE);
   if (const DWORD code = GetLastError(); code != ERROR_NO_MORE_FILES) return code;
   entries = std::move(read);
@@ -180,9 +192,16 @@ SystemCode WindowsFileSystem::RemoveFolder(const std::wstring& path) {
   return CodeOf(RemoveDirectoryW(SystemPath(path).c_str()));
 }
 
-// The file appears under its own name once everything is in it.
+// The file appears under its own name once everything is in it. Not every system that runs this
+// program asks for the read-only mark before replacing a file.
 SystemCode WindowsFileSystem::WriteBytes(const std::wstring& path, std::string_view bytes) {
-  return IsReadOnlyFile(path) ? kAccessDenied : PartFile(path).Become(bytes);
+  return IsReadOnly(path) ? kAccessDenied : PartFile(path).Become(bytes);
+}
+
+SystemCode WindowsFileSystem::AppendBytes(const std::wstring& path, std::string_view bytes) {
+  const FileHandle file(CreateFileW(SystemPath(path).c_str(), FILE_APPEND_DATA, FILE_SHARE_READ,
+                                    nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  return file ? WriteAll(file, bytes) : GetLastError();
 }
 
 SystemCode WindowsFileSystem::CopyOver(const std::wstring& source, const std::wstring& target) {

@@ -9,6 +9,8 @@ class WindowsFileSystem : public FileSystem {
  public:
   bool Exists(const std::wstring& path) const override;
   bool IsFolder(const std::wstring& path) const override;
+  bool IsLink(const std::wstring& path) const override;
+  bool IsReadOnly(const std::wstring& path) const override;
   std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override;
   [[nodiscard]] SystemCode ReadFolder(const std::wstring& folder,
                                       std::vector<FolderEntry>& entries) const override;
@@ -21,6 +23,7 @@ class WindowsFileSystem : public FileSystem {
   [[nodiscard]] SystemCode RemoveFile(const std::wstring& path) override;
   [[nodiscard]] SystemCode RemoveFolder(const std::wstring& path) override;
   [[nodiscard]] SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override;
+  [[nodiscard]] SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override;
   [[nodiscard]] SystemCode CopyOver(const std::wstring& source,
                                     const std::wstring& target) override;
   [[nodiscard]] SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;

@@ -10,6 +10,8 @@ class WindowsRegistry : public RegistryReader {
   bool CanOpenKey(RegistryHive hive, const std::wstring& keyPath) const override;
   std::optional<std::vector<std::wstring>> SubkeyNames(RegistryHive hive,
                                                        const std::wstring& keyPath) const override;
+  std::optional<std::vector<RegistryValue>> Values(RegistryHive hive,
+                                                   const std::wstring& keyPath) const override;
 };
 
 }  // namespace carrovan

@@ -51,6 +51,19 @@ SystemCode WindowsRegistryEditor::SetValues(RegistryHive hive, const std::wstrin
   return first;
 }
 
+SystemCode WindowsRegistryEditor::CreateKey(RegistryHive hive, const std::wstring& keyPath) {
+  return CreateRegistryKey(hive, keyPath);
+}
+
+SystemCode WindowsRegistryEditor::DeleteValue(RegistryHive hive, const std::wstring& keyPath,
+                                              const std::wstring& name) {
+  RegistryKeyHandle key;
+  if (const SystemCode code = Open(hive, keyPath, KEY_SET_VALUE, key); code != kSystemOk) {
+    return code;
+  }
+  return CodeOf(RegDeleteValueW(key.Get(), name.c_str()));
+}
+
 SystemCode WindowsRegistryEditor::DeleteTree(RegistryHive hive, const std::wstring& keyPath) {
   return DeleteRegistryTree(hive, keyPath);
 }

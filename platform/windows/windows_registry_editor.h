@@ -12,6 +12,9 @@ class WindowsRegistryEditor : public RegistryEditor {
                                          const std::wstring& name) const override;
   [[nodiscard]] SystemCode SetValues(RegistryHive hive, const std::wstring& keyPath,
                                      const std::vector<RegistryValue>& values) override;
+  [[nodiscard]] SystemCode CreateKey(RegistryHive hive, const std::wstring& keyPath) override;
+  [[nodiscard]] SystemCode DeleteValue(RegistryHive hive, const std::wstring& keyPath,
+                                       const std::wstring& name) override;
   [[nodiscard]] SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) override;
   [[nodiscard]] SystemCode CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
                                     RegistryHive targetHive,

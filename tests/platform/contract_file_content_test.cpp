@@ -300,5 +300,33 @@ TEST_F(FileContentContract, TakesPathsLongerThanTheFixedBuffers) {
   EXPECT_EQ(Read(folder + L"\\none.txt"), kFileNotFound);
 }
 
+TEST_F(FileContentContract, AppendsToAFileAndMakesItWhenItIsMissing) {
+  EXPECT_EQ(Files().AppendBytes(At(L"log"), "one\n"), kSystemOk);
+  EXPECT_EQ(Files().AppendBytes(At(L"LOG"), std::string("\0\r\n", 3)), kSystemOk);
+  EXPECT_EQ(Content(L"log"), std::string("one\n\0\r\n", 7));
+}
+
+TEST_F(FileContentContract, AppendsNothingWhereNothingCanBeWritten) {
+  Put(L"closed", "content");
+  machine_->MakeReadOnly(At(L"closed"));
+  machine_->MakeFolder(At(L"folder"));
+  EXPECT_EQ(Files().AppendBytes(At(L"closed"), "more"), kAccessDenied);
+  EXPECT_EQ(Content(L"closed"), "content");
+  EXPECT_NE(Files().AppendBytes(At(L"folder"), "more"), kSystemOk);
+  EXPECT_EQ(Files().AppendBytes(At(L"none\\log"), "more"), kPathNotFound);
+}
+
+TEST_F(FileContentContract, TellsAReadOnlyFile) {
+  Put(L"closed", "content");
+  Put(L"open", "content");
+  machine_->MakeReadOnly(At(L"closed"));
+  EXPECT_TRUE(Files().IsReadOnly(At(L"closed")));
+  EXPECT_FALSE(Files().IsReadOnly(At(L"open")));
+  EXPECT_FALSE(Files().IsReadOnly(At(L"none")));
+  EXPECT_FALSE(Files().IsReadOnly(machine_->ScratchFolder()));
+  EXPECT_FALSE(Files().IsLink(At(L"open")));
+  EXPECT_FALSE(Files().IsLink(At(L"none")));
+}
+
 }  // namespace
 }  // namespace carrovan

@@ -73,6 +73,27 @@ TEST_F(RegistryEditorContract, SetsNothingInAMissingKey) {
   EXPECT_FALSE(IsThere(kUser, Key(L"\\None")));
 }
 
+TEST_F(RegistryEditorContract, CreatesAKeyWithThoseAbove) {
+  machine_->PutValue(kUser, Key(L"\\There"), MakeDwordValue(L"a", 1));
+  EXPECT_EQ(Editor().CreateKey(kUser, Key(L"\\A\\B")), kSystemOk);
+  EXPECT_TRUE(IsThere(kUser, Key(L"\\A\\B")));
+  EXPECT_EQ(Editor().CreateKey(kUser, Key(L"\\There")), kSystemOk);
+  EXPECT_EQ(machine_->Value(kUser, Key(L"\\There"), L"a"), MakeDwordValue(L"a", 1));
+}
+
+TEST_F(RegistryEditorContract, DeletesOneValue) {
+  machine_->PutValue(kUser, Key(), MakeDwordValue(L"a", 1));
+  machine_->PutValue(kUser, Key(), MakeDwordValue(L"b", 2));
+  machine_->PutValue(kUser, Key(), MakeStringValue(L"", L"default"));
+  EXPECT_EQ(Editor().DeleteValue(kUser, Key(), L"A"), kSystemOk);
+  EXPECT_EQ(Editor().DeleteValue(kUser, Key(), L""), kSystemOk);
+  EXPECT_EQ(machine_->Value(kUser, Key(), L"a"), std::nullopt);
+  EXPECT_EQ(machine_->Value(kUser, Key(), L""), std::nullopt);
+  EXPECT_EQ(machine_->Value(kUser, Key(), L"b"), MakeDwordValue(L"b", 2));
+  EXPECT_EQ(Editor().DeleteValue(kUser, Key(), L"a"), kFileNotFound);
+  EXPECT_EQ(Editor().DeleteValue(kUser, Key(L"\\None"), L"a"), kFileNotFound);
+}
+
 TEST_F(RegistryEditorContract, DeletesAKeyWithWhatIsBelow) {
   machine_->PutValue(kUser, Key(L"\\A\\B\\C"), MakeDwordValue(L"a", 1));
   machine_->PutKey(kUser, Key(L"\\AB"));

@@ -1,6 +1,7 @@
 // What the engine may rely on, whatever machine it runs on.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "tests/support/test_machine.h"
@@ -49,6 +50,27 @@ TEST_F(RegistryContract, ListsSubkeysInTheRegistrysOrder) {
   }
   EXPECT_EQ(Registry().SubkeyNames(kUser, Key()),
             (std::vector<std::wstring>{L"25.0", L"26.0", L"28.0", L"alpha", L"Beta", L"sub key"}));
+}
+
+TEST_F(RegistryContract, ReadsEveryValueOfAKey) {
+  const std::vector<RegistryValue> values = {MakeStringValue(L"z", L"\x4E2D"),
+                                             MakeStringValue(L"", L"default", kRegExpandSz),
+                                             MakeDwordValue(L"a", 7),
+                                             {L"Bytes", kRegBinary, {0, 1, 255}},
+                                             {L"Nothing", kRegBinary, {}},
+                                             {L"odd type", 99, {1}},
+                                             {std::wstring(300, L'n'), kRegSz, {}}};
+  for (const RegistryValue& value : values) machine_->PutValue(kUser, Key(), value);
+  machine_->PutValue(kUser, Key(L"\\Sub"), MakeDwordValue(L"below", 1));
+  const auto read = Registry().Values(kUser, Key());
+  ASSERT_TRUE(read);
+  EXPECT_TRUE(std::is_permutation(read->begin(), read->end(), values.begin(), values.end()));
+}
+
+TEST_F(RegistryContract, TellsAKeyWithoutValuesFromAMissingOne) {
+  machine_->PutKey(kUser, Key(L"\\Empty"));
+  EXPECT_EQ(Registry().Values(kUser, Key(L"\\Empty")), std::vector<RegistryValue>());
+  EXPECT_EQ(Registry().Values(kUser, Key(L"\\Missing")), std::nullopt);
 }
 
 TEST_F(RegistryContract, TellsAnEmptyKeyFromAMissingOne) {

@@ -75,6 +75,7 @@ TEST_F(HostFileSystemTest, ListsALinkAsOneAndRemovesOnlyIt) {
   for (const FolderEntry& entry : files_.ListFolder(L"C:\\")) {
     EXPECT_EQ(entry.isLink, entry.name.starts_with(L"to "));
     EXPECT_EQ(entry.isFolder, entry.name == L"target" || entry.name == L"to folder");
+    EXPECT_EQ(files_.IsLink(L"C:\\" + entry.name), entry.isLink);
   }
   EXPECT_TRUE(files_.IsFolder(L"C:\\to folder"));
   EXPECT_TRUE(files_.Exists(L"C:\\to folder\\inside.txt"));

@@ -156,6 +156,10 @@ class RecordingEditor : public RegistryEditor {
     for (const RegistryValue& value : values) calls.push_back(keyPath + L" " + value.name);
     return keyPath == failing ? kAccessDenied : kSystemOk;
   }
+  SystemCode CreateKey(RegistryHive, const std::wstring&) override { return kGeneralFailure; }
+  SystemCode DeleteValue(RegistryHive, const std::wstring&, const std::wstring&) override {
+    return kGeneralFailure;
+  }
   SystemCode DeleteTree(RegistryHive, const std::wstring&) override { return kGeneralFailure; }
   SystemCode CopyTree(RegistryHive, const std::wstring&, RegistryHive,
                       const std::wstring&) override {

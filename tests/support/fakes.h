@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/forwarding_files.h"
 #include "platform/machine.h"
 #include "platform/wizard_view.h"
 
@@ -74,46 +75,6 @@ class RecordingInterpreter : public CommandInterpreter {
    private:
     RecordingInterpreter& owner_;
   };
-};
-
-// Passes everything to another file system; a test overrides what shall differ.
-class ForwardingFiles : public FileSystem {
- public:
-  explicit ForwardingFiles(FileSystem& files) : files_(files) {}
-
-  bool Exists(const std::wstring& path) const override { return files_.Exists(path); }
-  bool IsFolder(const std::wstring& path) const override { return files_.IsFolder(path); }
-  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override {
-    return files_.ListFolder(folder);
-  }
-  SystemCode ReadFolder(const std::wstring& folder,
-                        std::vector<FolderEntry>& entries) const override {
-    return files_.ReadFolder(folder, entries);
-  }
-  SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override {
-    return files_.ReadBytes(path, bytes);
-  }
-  SystemCode ReadInParts(const std::wstring& path, const TakePart& take) const override {
-    return files_.ReadInParts(path, take);
-  }
-  SystemCode CreateFolder(const std::wstring& path) override { return files_.CreateFolder(path); }
-  SystemCode CreateEmptyFile(const std::wstring& path) override {
-    return files_.CreateEmptyFile(path);
-  }
-  SystemCode RemoveFile(const std::wstring& path) override { return files_.RemoveFile(path); }
-  SystemCode RemoveFolder(const std::wstring& path) override { return files_.RemoveFolder(path); }
-  SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override {
-    return files_.WriteBytes(path, bytes);
-  }
-  SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override {
-    return files_.CopyOver(source, target);
-  }
-  SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override {
-    return files_.MoveTo(source, target);
-  }
-
- private:
-  FileSystem& files_;
 };
 
 // Passes everything to another library, but adding fails with `result` from the given file on.

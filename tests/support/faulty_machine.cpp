@@ -15,6 +15,12 @@ class FaultyFiles : public ForwardingFiles {
   bool IsFolder(const std::wstring& path) const override {
     return !Strikes() && ForwardingFiles::IsFolder(path);
   }
+  bool IsLink(const std::wstring& path) const override {
+    return !Strikes() && ForwardingFiles::IsLink(path);
+  }
+  bool IsReadOnly(const std::wstring& path) const override {
+    return !Strikes() && ForwardingFiles::IsReadOnly(path);
+  }
   std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override {
     return Strikes() ? std::vector<FolderEntry>() : ForwardingFiles::ListFolder(folder);
   }
@@ -43,6 +49,9 @@ class FaultyFiles : public ForwardingFiles {
   SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override {
     return Strikes() ? kSystemDiskFull : ForwardingFiles::WriteBytes(path, bytes);
   }
+  SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override {
+    return Strikes() ? kSystemDiskFull : ForwardingFiles::AppendBytes(path, bytes);
+  }
   SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override {
     return Strikes() ? kSystemDiskFull : ForwardingFiles::CopyOver(source, target);
   }
@@ -69,6 +78,11 @@ class FaultyRegistryReader : public RegistryReader {
     if (fault_.Strikes(Port::kRegistryReader)) return std::nullopt;
     return registry_.SubkeyNames(hive, keyPath);
   }
+  std::optional<std::vector<RegistryValue>> Values(RegistryHive hive,
+                                                   const std::wstring& keyPath) const override {
+    if (fault_.Strikes(Port::kRegistryReader)) return std::nullopt;
+    return registry_.Values(hive, keyPath);
+  }
 
  private:
   RegistryReader& registry_;
@@ -91,6 +105,13 @@ class FaultyRegistryEditor : public RegistryEditor {
   SystemCode SetValues(RegistryHive hive, const std::wstring& keyPath,
                        const std::vector<RegistryValue>& values) override {
     return Strikes() ? kAccessDenied : registry_.SetValues(hive, keyPath, values);
+  }
+  SystemCode CreateKey(RegistryHive hive, const std::wstring& keyPath) override {
+    return Strikes() ? kAccessDenied : registry_.CreateKey(hive, keyPath);
+  }
+  SystemCode DeleteValue(RegistryHive hive, const std::wstring& keyPath,
+                         const std::wstring& name) override {
+    return Strikes() ? kAccessDenied : registry_.DeleteValue(hive, keyPath, name);
   }
   SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) override {
     return Strikes() ? kAccessDenied : registry_.DeleteTree(hive, keyPath);

@@ -91,6 +91,11 @@ bool MemoryFiles::IsFolder(const std::wstring& path) const {
   return entry != nullptr && entry->isFolder;
 }
 
+bool MemoryFiles::IsReadOnly(const std::wstring& path) const {
+  const Entry* const entry = Find(path);
+  return entry != nullptr && entry->readOnly;
+}
+
 std::vector<FolderEntry> MemoryFiles::ListFolder(const std::wstring& folder) const {
   const std::wstring parent = Folded(folder);
   std::vector<const Entry*> found;
@@ -178,6 +183,14 @@ SystemCode MemoryFiles::WriteBytes(const std::wstring& path, std::string_view by
   if (const SystemCode code = Fault("write", path); code != kSystemOk) return code;
   const SystemCode code = Store(path, std::string(bytes));
   return code == kSystemOk ? Done("write", path) : code;
+}
+
+SystemCode MemoryFiles::AppendBytes(const std::wstring& path, std::string_view bytes) {
+  if (const SystemCode code = Fault("append", path); code != kSystemOk) return code;
+  const Entry* const there = Find(path);
+  const SystemCode code =
+      Store(path, (there == nullptr ? std::string() : there->bytes) + std::string(bytes));
+  return code == kSystemOk ? Done("append", path) : code;
 }
 
 SystemCode MemoryFiles::CopyOver(const std::wstring& source, const std::wstring& target) {

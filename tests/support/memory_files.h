@@ -30,6 +30,8 @@ class MemoryFiles : public FileSystem {
 
   bool Exists(const std::wstring& path) const override;
   bool IsFolder(const std::wstring& path) const override;
+  bool IsLink(const std::wstring&) const override { return false; }
+  bool IsReadOnly(const std::wstring& path) const override;
   std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override;
   SystemCode ReadFolder(const std::wstring& folder,
                         std::vector<FolderEntry>& entries) const override;
@@ -40,6 +42,7 @@ class MemoryFiles : public FileSystem {
   SystemCode RemoveFile(const std::wstring& path) override;
   SystemCode RemoveFolder(const std::wstring& path) override;
   SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override;
+  SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override;
   SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override;
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
 

@@ -2,6 +2,7 @@
 
 #include "platform/path_text.h"
 #include "platform/profile_text.h"
+#include "platform/registry_command.h"
 #include "platform/sandbox/reg_file_parser.h"
 #include "platform/sandbox/reg_file_writer.h"
 #include "platform/stored_name.h"
@@ -144,6 +145,15 @@ std::optional<std::vector<std::wstring>> MemoryRegistry::SubkeyNames(
   return names;
 }
 
+std::optional<std::vector<RegistryValue>> MemoryRegistry::Values(
+    RegistryHive hive, const std::wstring& keyPath) const {
+  const RegistryKey* key = Root(hive).Find(keyPath);
+  if (key == nullptr) return std::nullopt;
+  std::vector<RegistryValue> values;
+  for (const RegistryValue* value : key->AllValues()) values.push_back(*value);
+  return values;
+}
+
 SystemCode MemoryRegistry::TryOpen(RegistryHive hive, const std::wstring& keyPath) const {
   return CanOpenKey(hive, keyPath) ? kSystemOk : kFileNotFound;
 }
@@ -160,6 +170,18 @@ SystemCode MemoryRegistry::SetValues(RegistryHive hive, const std::wstring& keyP
                                      const std::vector<RegistryValue>& values) {
   if (!CanOpenKey(hive, keyPath)) return kFileNotFound;
   for (const RegistryValue& value : values) Root(hive).Make(keyPath).SetValue(value);
+  return kSystemOk;
+}
+
+SystemCode MemoryRegistry::CreateKey(RegistryHive hive, const std::wstring& keyPath) {
+  Root(hive).Make(keyPath);
+  return kSystemOk;
+}
+
+SystemCode MemoryRegistry::DeleteValue(RegistryHive hive, const std::wstring& keyPath,
+                                       const std::wstring& name) {
+  if (!ValueType(hive, keyPath, name)) return kFileNotFound;
+  Root(hive).Make(keyPath).RemoveValue(name);
   return kSystemOk;
 }
 
@@ -198,10 +220,8 @@ std::unique_ptr<ArchiveReader> MemoryArchives::Open(const std::wstring& archiveP
 }
 
 std::unique_ptr<RunningCommand> MemoryInterpreter::Start(const std::wstring& parameters) {
-  const std::wstring front = L"/C reg import \"";
-  const bool known = parameters.starts_with(front) && parameters.ends_with(L"\"");
-  return std::make_unique<EndedCommand>(
-      known && Import(parameters.substr(front.size(), parameters.size() - front.size() - 1)));
+  const auto file = ImportedFile(parameters);
+  return std::make_unique<EndedCommand>(file && Import(*file));
 }
 
 bool MemoryInterpreter::Import(const std::wstring& file) {

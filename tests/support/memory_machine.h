@@ -30,11 +30,16 @@ class MemoryRegistry : public RegistryReader, public RegistryEditor {
   bool CanOpenKey(RegistryHive hive, const std::wstring& keyPath) const override;
   std::optional<std::vector<std::wstring>> SubkeyNames(RegistryHive hive,
                                                        const std::wstring& keyPath) const override;
+  std::optional<std::vector<RegistryValue>> Values(RegistryHive hive,
+                                                   const std::wstring& keyPath) const override;
   SystemCode TryOpen(RegistryHive hive, const std::wstring& keyPath) const override;
   std::optional<std::uint32_t> ValueType(RegistryHive hive, const std::wstring& keyPath,
                                          const std::wstring& name) const override;
   SystemCode SetValues(RegistryHive hive, const std::wstring& keyPath,
                        const std::vector<RegistryValue>& values) override;
+  SystemCode CreateKey(RegistryHive hive, const std::wstring& keyPath) override;
+  SystemCode DeleteValue(RegistryHive hive, const std::wstring& keyPath,
+                         const std::wstring& name) override;
   SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) override;
   SystemCode CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
                       RegistryHive targetHive, const std::wstring& targetPath) override;

@@ -30,6 +30,12 @@ class KeyGuard : public RegistryReader, public RegistryEditor, public CommandInt
     return behind_.registry.SubkeyNames(hive, keyPath);
   }
 
+  std::optional<std::vector<RegistryValue>> Values(RegistryHive hive,
+                                                   const std::wstring& keyPath) const override {
+    if (IsDenied(hive, keyPath)) return std::nullopt;
+    return behind_.registry.Values(hive, keyPath);
+  }
+
   SystemCode TryOpen(RegistryHive hive, const std::wstring& keyPath) const override {
     return IsDenied(hive, keyPath) ? kAccessDenied : behind_.registryEditor.TryOpen(hive, keyPath);
   }
@@ -43,6 +49,15 @@ class KeyGuard : public RegistryReader, public RegistryEditor, public CommandInt
   SystemCode SetValues(RegistryHive hive, const std::wstring& keyPath,
                        const std::vector<RegistryValue>& values) override {
     return behind_.registryEditor.SetValues(hive, keyPath, values);
+  }
+
+  SystemCode CreateKey(RegistryHive hive, const std::wstring& keyPath) override {
+    return behind_.registryEditor.CreateKey(hive, keyPath);
+  }
+
+  SystemCode DeleteValue(RegistryHive hive, const std::wstring& keyPath,
+                         const std::wstring& name) override {
+    return behind_.registryEditor.DeleteValue(hive, keyPath, name);
   }
 
   SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) override {

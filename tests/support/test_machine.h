@@ -34,6 +34,10 @@ class RecordingClock : public Clock {
   std::vector<std::chrono::milliseconds> pauses;
 
   void Pause(std::chrono::milliseconds duration) override { pauses.push_back(duration); }
+
+  // 2026-03-04 05:06:07 UTC until a test says otherwise.
+  std::chrono::system_clock::time_point now{std::chrono::seconds(1772600767)};
+  std::chrono::system_clock::time_point Now() const override { return now; }
 };
 
 // A machine that a test may fill and spoil: a sandbox folder natively, the real registry and

@@ -1,0 +1,37 @@
+#include "platform/file_image.h"
+
+#include <zlib.h>
+
+namespace carrovan {
+namespace {
+
+std::uint32_t Continue(std::uint32_t crc, std::string_view bytes) {
+  const auto* data = static_cast<const Bytef*>(static_cast<const void*>(bytes.data()));
+  return static_cast<std::uint32_t>(crc32_z(crc, data, bytes.size()));
+}
+
+}  // namespace
+
+FileImage ImageOfBytes(std::string_view bytes) {
+  return {FileKind::kFile, bytes.size(), Continue(0, bytes)};
+}
+
+SystemCode ReadFileImage(const FileReader& files, const std::wstring& path, FileImage& image) {
+  FileImage read;
+  if (files.IsLink(path)) {
+    read.kind = FileKind::kLink;
+  } else if (files.IsFolder(path)) {
+    read.kind = FileKind::kFolder;
+  } else if (files.Exists(path)) {
+    read.kind = FileKind::kFile;
+    const SystemCode code = files.ReadInParts(path, [&read](std::string_view part, std::uint64_t) {
+      read.sizeBytes += part.size();
+      read.crc32 = Continue(read.crc32, part);
+    });
+    if (code != kSystemOk) return code;
+  }
+  image = read;
+  return kSystemOk;
+}
+
+}  // namespace carrovan

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/file_system.h"
+
+namespace carrovan {
+
+// What lies at a path, told shortly: enough to see later whether it is still the same.
+enum class FileKind { kAbsent, kFile, kFolder, kLink };
+
+struct FileImage {
+  FileKind kind = FileKind::kAbsent;
+  std::uint64_t sizeBytes = 0;  // of a file
+  std::uint32_t crc32 = 0;      // of a file's content; guards against chance, not against intent
+
+  bool operator==(const FileImage&) const = default;
+};
+
+// Reads a file whole, part by part. A link is not followed. On failure `image` stays as it is.
+[[nodiscard]] SystemCode ReadFileImage(const FileReader& files, const std::wstring& path,
+                                       FileImage& image);
+
+// The image of a file with this content.
+FileImage ImageOfBytes(std::string_view bytes);
+
+}  // namespace carrovan

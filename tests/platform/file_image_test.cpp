@@ -1,0 +1,49 @@
+#include "platform/file_image.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/memory_files.h"
+
+namespace carrovan {
+namespace {
+
+class FileImageTest : public testing::Test {
+ protected:
+  FileImage Image(const std::wstring& path) {
+    FileImage image;
+    EXPECT_EQ(ReadFileImage(files, path, image), kSystemOk);
+    return image;
+  }
+
+  MemoryFiles files;
+};
+
+TEST_F(FileImageTest, TellsFileFolderAndNothingApart) {
+  files.Put(L"C:\\d\\a", "");
+  EXPECT_EQ(Image(L"C:\\d").kind, FileKind::kFolder);
+  EXPECT_EQ(Image(L"C:\\d\\a"), (FileImage{FileKind::kFile, 0, 0}));
+  EXPECT_EQ(Image(L"C:\\d\\b").kind, FileKind::kAbsent);
+}
+
+TEST_F(FileImageTest, IsTheSameForTheSameContentInPartsOfAnySize) {
+  files.Put(L"C:\\a", "123456789");
+  files.partBytes = 2;
+  EXPECT_EQ(Image(L"C:\\a"), (FileImage{FileKind::kFile, 9, 0xCBF43926}));
+  EXPECT_EQ(Image(L"C:\\a"), ImageOfBytes("123456789"));
+}
+
+TEST_F(FileImageTest, DiffersWhenOneByteDiffers) {
+  EXPECT_NE(ImageOfBytes("abc"), ImageOfBytes("abd"));
+  EXPECT_NE(ImageOfBytes("abc"), ImageOfBytes(std::string_view("abc\0", 4)));
+}
+
+TEST_F(FileImageTest, StaysAsItIsWhenTheFileCannotBeRead) {
+  files.Put(L"C:\\a", "x");
+  files.fault = [](const std::string&, const std::wstring&) { return kAccessDenied; };
+  FileImage image = ImageOfBytes("before");
+  EXPECT_EQ(ReadFileImage(files, L"C:\\a", image), kAccessDenied);
+  EXPECT_EQ(image, ImageOfBytes("before"));
+}
+
+}  // namespace
+}  // namespace carrovan
