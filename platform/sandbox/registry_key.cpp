@@ -3,14 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-namespace carrovan {
+#include "platform/registry_path.h"
 
-std::wstring_view TakeKeyName(std::wstring_view& path) {
-  path.remove_prefix(std::min(path.find_first_not_of(L'\\'), path.size()));
-  const std::wstring_view name = path.substr(0, path.find(L'\\'));
-  path.remove_prefix(name.size());
-  return name;
-}
+namespace carrovan {
 
 const RegistryKey* RegistryKey::Find(std::wstring_view path) const {
   const RegistryKey* key = this;

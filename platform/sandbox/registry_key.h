@@ -24,11 +24,6 @@ class RegistryKey {
  public:
   using Subkeys = std::map<std::wstring, std::unique_ptr<RegistryKey>, NameLess>;
 
-  // The limits of the system.
-  static constexpr std::size_t kMostLevels = 512;
-  static constexpr std::size_t kLongestName = 255;
-  static constexpr std::size_t kLongestValueName = 16383;
-
   // Null when the key is missing. An empty path is this key.
   const RegistryKey* Find(std::wstring_view path) const;
 
@@ -65,8 +60,5 @@ class RegistryKey {
   std::map<std::wstring, PlacedValue, NameLess> values_;
   std::uint64_t nextPlace_ = 0;
 };
-
-// The first name of a key path, taken off its front; empty at the end of the path.
-std::wstring_view TakeKeyName(std::wstring_view& path);
 
 }  // namespace carrovan

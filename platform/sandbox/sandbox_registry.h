@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "platform/reg_file_parser.h"
 #include "platform/registry.h"
 #include "platform/registry_editor.h"
-#include "platform/sandbox/reg_file_parser.h"
 #include "platform/sandbox/registry_key.h"
 
 namespace carrovan {

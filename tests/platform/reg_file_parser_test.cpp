@@ -1,8 +1,8 @@
-#include "platform/sandbox/reg_file_parser.h"
+#include "platform/reg_file_parser.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/sandbox/registry_key.h"
+#include "platform/registry_path.h"
 #include "platform/text.h"
 
 namespace carrovan {
@@ -262,8 +262,8 @@ TEST(RegFileParser, BoundsTheDepthOfAKey) {
     for (std::size_t i = 0; i < levels; ++i) line += L"\\d";
     return kHeader + line + L"]\r\n\"a\"=\"1\"\r\n";
   };
-  EXPECT_TRUE(ParseRegFile(keyOf(RegistryKey::kMostLevels))->problems.empty());
-  for (const std::size_t levels : {RegistryKey::kMostLevels + 1, std::size_t{100'000}}) {
+  EXPECT_TRUE(ParseRegFile(keyOf(kMostKeyLevels))->problems.empty());
+  for (const std::size_t levels : {kMostKeyLevels + 1, std::size_t{100'000}}) {
     const auto file = ParseRegFile(keyOf(levels));
     ASSERT_EQ(file->problems.size(), 2u);
     EXPECT_EQ(file->problems[0].text, L"a key below too many others");
@@ -271,7 +271,7 @@ TEST(RegFileParser, BoundsTheDepthOfAKey) {
 }
 
 TEST(RegFileParser, BoundsTheLengthOfAValueName) {
-  const std::wstring longest(RegistryKey::kLongestValueName, L'n');
+  const std::wstring longest(kLongestValueName, L'n');
   EXPECT_TRUE(OnlyValue(L"\"" + longest + L"\"=\"1\""));
   const RegFile file = Parsed(L"\"" + longest + L"n\"=\"1\"");
   ASSERT_EQ(file.problems.size(), 1u);

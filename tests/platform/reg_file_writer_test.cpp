@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/sandbox/reg_file_parser.h"
+#include "platform/reg_file_parser.h"
 #include "platform/text.h"
 
 namespace carrovan {

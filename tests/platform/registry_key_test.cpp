@@ -89,13 +89,5 @@ TEST(RegistryKey, RemovesAKeyWithEverythingBelow) {
   EXPECT_NE(root.Find(L"a"), nullptr);
 }
 
-TEST(RegistryKey, TakesNamesOffAPathOneByOne) {
-  std::wstring_view path = L"\\a\\\\b c\\";
-  EXPECT_EQ(TakeKeyName(path), L"a");
-  EXPECT_EQ(TakeKeyName(path), L"b c");
-  EXPECT_EQ(TakeKeyName(path), L"");
-  EXPECT_EQ(TakeKeyName(path), L"");
-}
-
 }  // namespace
 }  // namespace carrovan

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/registry_path.h"
 #include "platform/text.h"
 #include "platform/text_encoding.h"
 #include "tests/support/temporary_folder.h"
@@ -145,7 +146,7 @@ TEST_F(SandboxRegistryTest, HoldsManyKeysAndAVeryDeepOne) {
     text += "[HKEY_CURRENT_USER\\Many\\Key " + std::to_string(i) + "]\r\n\"v\"=\"1\"\r\n";
   }
   std::wstring deep;
-  for (std::size_t i = 0; i < RegistryKey::kMostLevels; ++i) deep += L"\\d";
+  for (std::size_t i = 0; i < kMostKeyLevels; ++i) deep += L"\\d";
   PutHive("HKEY_CURRENT_USER", text + "[HKEY_CURRENT_USER" + ToUtf8(deep) + "]\r\n");
   ASSERT_EQ(registry_.Load(), std::nullopt);
   ASSERT_TRUE(registry_.Change(kUser, [](RegistryKey& root) { root.Remove(L"Many\\Key 0"); }));

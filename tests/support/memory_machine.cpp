@@ -2,8 +2,8 @@
 
 #include "platform/path_text.h"
 #include "platform/profile_text.h"
+#include "platform/reg_file_parser.h"
 #include "platform/registry_command.h"
-#include "platform/sandbox/reg_file_parser.h"
 #include "platform/sandbox/reg_file_writer.h"
 #include "platform/stored_name.h"
 #include "platform/text.h"

@@ -1,4 +1,4 @@
-#include "platform/sandbox/reg_line_reader.h"
+#include "platform/reg_line_reader.h"
 
 #include <algorithm>
 

@@ -1,10 +1,10 @@
-#include "platform/sandbox/reg_file_parser.h"
+#include "platform/reg_file_parser.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "platform/sandbox/reg_line_reader.h"
-#include "platform/sandbox/registry_key.h"
+#include "platform/reg_line_reader.h"
+#include "platform/registry_path.h"
 #include "platform/text.h"
 
 namespace carrovan {
@@ -112,8 +112,8 @@ void Parser::ParseKey() {
 bool Parser::TakeKeyNames(std::wstring_view path, std::wstring& keyPath) {
   std::size_t levels = 0;
   for (auto name = TakeKeyName(path); !name.empty(); name = TakeKeyName(path)) {
-    if (++levels > RegistryKey::kMostLevels) return Report(L"a key below too many others");
-    if (LengthInUnits(name) > RegistryKey::kLongestName) return Report(L"a key name is too long");
+    if (++levels > kMostKeyLevels) return Report(L"a key below too many others");
+    if (LengthInUnits(name) > kLongestKeyName) return Report(L"a key name is too long");
     if (!keyPath.empty()) keyPath.push_back(L'\\');
     keyPath.append(name);
   }
@@ -136,7 +136,7 @@ bool Parser::TakeValueName(std::wstring& name) {
     if (!quoted) return Report(L"a value without a quoted name");
     name = std::move(*quoted);
   }
-  if (LengthInUnits(name) > RegistryKey::kLongestValueName) {
+  if (LengthInUnits(name) > kLongestValueName) {
     return Report(L"a value name is too long");
   }
   return reader_.Take(L"=") || Report(L"a value name without an equals sign");

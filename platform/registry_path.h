@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace carrovan {
+
+// Paths of registry keys as text: names with backslashes between them. Nothing here looks at a
+// registry.
+
+// The limits of the system.
+inline constexpr std::size_t kMostKeyLevels = 512;
+inline constexpr std::size_t kLongestKeyName = 255;
+inline constexpr std::size_t kLongestValueName = 16383;
+
+// The first name of a key path, taken off its front; empty at the end of the path. Backslashes
+// without a name between them count as one.
+std::wstring_view TakeKeyName(std::wstring_view& path);
+
+}  // namespace carrovan
