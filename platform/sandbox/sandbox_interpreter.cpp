@@ -5,12 +5,9 @@
 #include <string_view>
 #include <vector>
 
-<<<<<<< HEAD
 #include "platform/registry_command.h"
-=======
 #include "platform/reg_file_parser.h"
 #include "platform/registry_path.h"
->>>>>>> verify
 #include "platform/sandbox/host_file.h"
 #include "platform/sandbox/reg_file_writer.h"
 #include "platform/text_encoding.h"
