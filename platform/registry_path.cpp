@@ -4,6 +4,10 @@
 
 namespace carrovan {
 
+std::wstring RootName(RegistryHive hive) {
+  return hive == RegistryHive::kCurrentUser ? L"HKEY_CURRENT_USER" : L"HKEY_LOCAL_MACHINE";
+}
+
 std::wstring_view TakeKeyName(std::wstring_view& path) {
   path.remove_prefix(std::min(path.find_first_not_of(L'\\'), path.size()));
   const std::wstring_view name = path.substr(0, path.find(L'\\'));

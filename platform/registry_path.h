@@ -1,7 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
+
+#include "platform/registry.h"
 
 namespace carrovan {
 
@@ -12,6 +15,9 @@ namespace carrovan {
 inline constexpr std::size_t kMostKeyLevels = 512;
 inline constexpr std::size_t kLongestKeyName = 255;
 inline constexpr std::size_t kLongestValueName = 16383;
+
+// The root as it is written in full, for example "HKEY_CURRENT_USER".
+std::wstring RootName(RegistryHive hive);
 
 // The first name of a key path, taken off its front; empty at the end of the path. Backslashes
 // without a name between them count as one.

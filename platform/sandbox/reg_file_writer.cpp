@@ -90,10 +90,6 @@ std::wstring ValueLine(const RegistryValue& value, RegFileForm form) {
 
 }  // namespace
 
-std::wstring RootName(RegistryHive hive) {
-  return hive == RegistryHive::kCurrentUser ? L"HKEY_CURRENT_USER" : L"HKEY_LOCAL_MACHINE";
-}
-
 std::wstring WriteRegFile(RegistryHive hive, const std::wstring& keyPath, const RegistryKey& key,
                           RegFileForm form) {
   std::wstring text = L"Windows Registry Editor Version 5.00\r\n";

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/registry.h"
+#include "platform/registry_path.h"
 #include "platform/sandbox/registry_key.h"
 
 namespace carrovan {
@@ -20,8 +21,5 @@ enum class RegFileForm {
 // hive and is written as it is given.
 std::wstring WriteRegFile(RegistryHive hive, const std::wstring& keyPath, const RegistryKey& key,
                           RegFileForm form);
-
-// The root as it is written in full, for example "HKEY_CURRENT_USER".
-std::wstring RootName(RegistryHive hive);
 
 }  // namespace carrovan

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/registry_command.h"
 #include "platform/reg_file_parser.h"
+#include "platform/registry_command.h"
 #include "platform/registry_path.h"
 #include "platform/sandbox/host_file.h"
 #include "platform/sandbox/reg_file_writer.h"
