@@ -29,6 +29,16 @@ std::wstring WithoutTrailingBackslashes(std::wstring path) {
   return path;
 }
 
+std::wstring TidyPath(std::wstring_view path) {
+  std::wstring tidy;
+  for (const wchar_t c : path) {
+    const bool separator = c == L'\\' || c == L'/';
+    if (separator && tidy.size() > 1 && tidy.back() == L'\\') continue;
+    tidy.push_back(separator ? L'\\' : c);
+  }
+  return WithoutTrailingBackslashes(std::move(tidy));
+}
+
 std::wstring RemoveFileSpec(std::wstring path) {
   const std::size_t root = RootLength(path);
   if (path.size() <= root) return path;

@@ -17,6 +17,10 @@ std::wstring WithTrailingBackslash(std::wstring path);
 
 std::wstring WithoutTrailingBackslashes(std::wstring path);
 
+// The path with one backslash between two names and none at the end, but for the two with which a
+// network path begins. Two tidy paths name the same place when they are the same name.
+std::wstring TidyPath(std::wstring_view path);
+
 // Removes the last component as the shell does: "C:\A\B" gives "C:\A", a trailing backslash counts
 // as one removal, and a root stays as it is.
 std::wstring RemoveFileSpec(std::wstring path);

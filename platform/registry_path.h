@@ -19,6 +19,9 @@ inline constexpr std::size_t kLongestValueName = 16383;
 // The root as it is written in full, for example "HKEY_CURRENT_USER".
 std::wstring RootName(RegistryHive hive);
 
+// The path of a subkey; the empty path is the hive itself.
+std::wstring JoinKey(const std::wstring& keyPath, const std::wstring& subkey);
+
 // The first name of a key path, taken off its front; empty at the end of the path. Backslashes
 // without a name between them count as one.
 std::wstring_view TakeKeyName(std::wstring_view& path);

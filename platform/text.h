@@ -28,6 +28,12 @@ bool EndsWithIgnoringAsciiCase(std::wstring_view text, std::wstring_view ending)
 // case. Negative, zero or positive; zero means the same name.
 int CompareNames(std::wstring_view a, std::wstring_view b);
 
+// Orders names so, in sets and maps.
+struct NameLess {
+  using is_transparent = void;
+  bool operator()(std::wstring_view a, std::wstring_view b) const { return CompareNames(a, b) < 0; }
+};
+
 // Every occurrence, found from left to right without overlap; an empty search text replaces
 // nothing.
 std::wstring ReplaceAll(std::wstring_view text, std::wstring_view search,

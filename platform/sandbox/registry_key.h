@@ -12,11 +12,6 @@
 
 namespace carrovan {
 
-struct NameLess {
-  using is_transparent = void;
-  bool operator()(std::wstring_view a, std::wstring_view b) const { return CompareNames(a, b) < 0; }
-};
-
 // A registry key with its values and everything below it. Names are found without regard to case
 // and keep the spelling they were made with. Key paths are relative; backslashes without a name
 // between them count as one.

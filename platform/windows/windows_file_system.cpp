@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/part_name.h"
 #include "platform/path_text.h"
 #include "platform/windows/handles.h"
 #include "platform/windows/system_path.h"
@@ -33,8 +34,7 @@ SystemCode WriteAll(const FileHandle& file, std::string_view bytes) {
   return kSystemOk;
 }
 
-// A new file beside the one that it is to become. Its name does not grow with the other's, which
-// may be as long as a name can be.
+// A new file beside the one that it is to become.
 class PartFile {
  public:
   explicit PartFile(const std::wstring& target) : target_(target) {
@@ -42,7 +42,7 @@ class PartFile {
     const std::wstring folder = target.substr(0, target.size() - FileNameOf(target).size());
     code_ = ERROR_FILE_EXISTS;
     for (int i = 0; i < kMostAttempts && code_ == ERROR_FILE_EXISTS; ++i) {
-      path_ = SystemPath(folder + L"~carrovan" + std::to_wstring(i) + L".part");
+      path_ = SystemPath(folder + PartName(i));
       file_ = FileHandle(CreateFileW(path_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                      FILE_ATTRIBUTE_NORMAL, nullptr));
       code_ = file_ ? kSystemOk : GetLastError();

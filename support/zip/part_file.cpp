@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string>
 
+#include "platform/part_name.h"
+
 namespace carrovan {
 
 PartFile::~PartFile() {
@@ -19,12 +21,11 @@ FileStatus PartFile::CreateForArchive(const std::filesystem::path& target) {
 }
 
 FileStatus PartFile::CreateForItem(const std::filesystem::path& target) {
-  // The name does not grow with the target's, which may be as long as a name can be.
   constexpr int kMostAttempts = 1000;
   target_ = target;
   FileStatus status = FileStatus::kExists;
   for (int i = 0; i < kMostAttempts && status == FileStatus::kExists; ++i) {
-    part_ = target.parent_path() / ("~carrovan" + std::to_string(i) + ".part");
+    part_ = target.parent_path() / PartName(i);
     status = file_.CreateNew(part_);
   }
   return status;

@@ -1,0 +1,182 @@
+#include "restore/journal_record.h"
+
+#include <nlohmann/json.hpp>
+
+#include "platform/reg_file_parser.h"
+#include "platform/registry_path.h"
+#include "restore/journal_text.h"
+
+namespace carrovan {
+namespace {
+
+using nlohmann::json;
+
+// The first member of each record says which one it is.
+constexpr char kRecord[] = "record";
+
+constexpr std::pair<FileKind, const char*> kKinds[] = {{FileKind::kAbsent, "absent"},
+                                                       {FileKind::kFile, "file"},
+                                                       {FileKind::kFolder, "folder"},
+                                                       {FileKind::kLink, "link"}};
+
+std::wstring TextAt(const json& object, const char* name) {
+  return FromJournalText(object.at(name).get_ref<const std::string&>());
+}
+
+std::wstring OptionalTextAt(const json& object, const char* name) {
+  return object.contains(name) ? TextAt(object, name) : std::wstring();
+}
+
+void PutText(json& object, const char* name, const std::wstring& text) {
+  if (!text.empty()) object[name] = ToJournalText(text);
+}
+
+json ToJson(const FileImage& image) {
+  json object;
+  for (const auto& [kind, name] : kKinds) {
+    if (kind == image.kind) object["kind"] = name;
+  }
+  if (image.kind == FileKind::kFile) {
+    object["sizeBytes"] = image.sizeBytes;
+    object["crc32"] = image.crc32;
+  }
+  return object;
+}
+
+FileImage FileImageOf(const json& object) {
+  const auto& name = object.at("kind").get_ref<const std::string&>();
+  for (const auto& [kind, kindName] : kKinds) {
+    if (name != kindName) continue;
+    if (kind != FileKind::kFile) return {kind};
+    return {kind, object.at("sizeBytes").get<std::uint64_t>(),
+            object.at("crc32").get<std::uint32_t>()};
+  }
+  throw json::other_error::create(600, "no kind of file", nullptr);
+}
+
+json ToJson(const KeyImage& image) {
+  if (!image.exists) return nullptr;
+  json values = json::array();
+  for (const RegistryValue& value : image.values) {
+    values.push_back(
+        {{"name", ToJournalText(value.name)}, {"type", value.type}, {"data", value.data}});
+  }
+  return values;
+}
+
+KeyImage KeyImageOf(const json& values) {
+  KeyImage image;
+  image.exists = !values.is_null();
+  for (const json& value : values) {
+    image.values.push_back({TextAt(value, "name"), value.at("type").get<std::uint32_t>(),
+                            value.at("data").get<std::vector<std::uint8_t>>()});
+  }
+  return image;
+}
+
+json KeyToJson(const char* record, RegistryHive hive, const std::wstring& keyPath) {
+  return {
+      {kRecord, record}, {"root", ToJournalText(RootName(hive))}, {"key", ToJournalText(keyPath)}};
+}
+
+RegistryHive HiveAt(const json& object) {
+  const auto hive = HiveOfRoot(TextAt(object, "root"));
+  if (!hive) throw json::other_error::create(601, "no root", nullptr);
+  return *hive;
+}
+
+json ToJson(const PointBegun& point) {
+  json object = {{kRecord, "point begun"}, {"format", 1}};
+  PutText(object, "verb", point.verb);
+  PutText(object, "version", point.version);
+  PutText(object, "package", point.package);
+  return object;
+}
+
+json ToJson(const FileChanging& change) {
+  json object = {{kRecord, "file changing"}, {"path", ToJournalText(change.path)}};
+  if (change.before) object["before"] = ToJson(*change.before);
+  PutText(object, "copy", change.copy);
+  PutText(object, "part", change.part);
+  return object;
+}
+
+json ToJson(const FileChanged& change) {
+  return {{kRecord, "file changed"},
+          {"path", ToJournalText(change.path)},
+          {"after", ToJson(change.after)}};
+}
+
+json ToJson(const KeyChanging& change) {
+  json object = KeyToJson("key changing", change.hive, change.keyPath);
+  if (change.before) object["before"] = ToJson(*change.before);
+  for (const std::wstring& name : change.setting) object["setting"].push_back(ToJournalText(name));
+  return object;
+}
+
+json ToJson(const KeyChanged& change) {
+  json object = KeyToJson("key changed", change.hive, change.keyPath);
+  object["after"] = ToJson(change.after);
+  return object;
+}
+
+json ToJson(const ScratchMade& made) {
+  return {{kRecord, "scratch made"}, {"path", ToJournalText(made.path)}};
+}
+
+json ToJson(const RunEnded&) { return {{kRecord, "run ended"}}; }
+
+json ToJson(const Undone& undone) { return {{kRecord, "undone"}, {"whole", undone.whole}}; }
+
+FileChanging FileChangingOf(const json& object) {
+  FileChanging change{TextAt(object, "path"), std::nullopt, OptionalTextAt(object, "copy"),
+                      OptionalTextAt(object, "part")};
+  if (object.contains("before")) change.before = FileImageOf(object.at("before"));
+  return change;
+}
+
+KeyChanging KeyChangingOf(const json& object) {
+  KeyChanging change{HiveAt(object), TextAt(object, "key"), std::nullopt, {}};
+  if (object.contains("before")) change.before = KeyImageOf(object.at("before"));
+  if (!object.contains("setting")) return change;
+  for (const json& name : object.at("setting")) {
+    change.setting.push_back(FromJournalText(name.get_ref<const std::string&>()));
+  }
+  return change;
+}
+
+std::optional<JournalRecord> RecordOf(const json& object) {
+  const auto& name = object.at(kRecord).get_ref<const std::string&>();
+  if (name == "point begun") {
+    return PointBegun{OptionalTextAt(object, "verb"), OptionalTextAt(object, "version"),
+                      OptionalTextAt(object, "package")};
+  }
+  if (name == "file changing") return FileChangingOf(object);
+  if (name == "file changed") {
+    return FileChanged{TextAt(object, "path"), FileImageOf(object.at("after"))};
+  }
+  if (name == "key changing") return KeyChangingOf(object);
+  if (name == "key changed") {
+    return KeyChanged{HiveAt(object), TextAt(object, "key"), KeyImageOf(object.at("after"))};
+  }
+  if (name == "scratch made") return ScratchMade{TextAt(object, "path")};
+  if (name == "run ended") return RunEnded{};
+  if (name == "undone") return Undone{object.at("whole").get<bool>()};
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::string EncodeRecord(const JournalRecord& record) {
+  return std::visit([](const auto& one) { return ToJson(one).dump(); }, record) + "\n";
+}
+
+std::optional<JournalRecord> DecodeRecord(std::string_view line) {
+  try {
+    return RecordOf(json::parse(line));
+  } catch (const json::exception&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace carrovan

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/file_system.h"
+#include "restore/journal_record.h"
+
+namespace carrovan {
+
+// What a run changed at one path, as its journal tells it.
+struct FileHistory {
+  std::wstring path;
+  FileImage before;
+  std::wstring copy;                // path of what was there; empty when nothing is kept
+  std::optional<FileImage> after;   // of the last change that is known to be over
+  bool unfinished = false;          // another one has begun since
+  std::vector<std::wstring> parts;  // files that this one may have left
+};
+
+struct KeyHistory {
+  RegistryHive hive = RegistryHive::kCurrentUser;
+  std::wstring keyPath;
+  KeyImage before;
+  std::optional<KeyImage> after;
+  bool unfinished = false;
+  std::vector<std::wstring> set;  // names of values that any of the changes set
+};
+
+enum class PointState {
+  kUnfinished,  // its run was killed, or is still going on
+  kFinished,
+  kPartlyUndone,
+  kUndone,
+};
+
+struct RestorePoint {
+  std::wstring id;
+  std::wstring folder;
+  PointBegun about;
+  PointState state = PointState::kUnfinished;
+  std::vector<FileHistory> files;     // in the order in which they were first changed
+  std::vector<KeyHistory> keys;       // the same
+  std::vector<std::wstring> scratch;  // folders of the run's own
+};
+
+// Newest first. Folders that are no restore points are passed over.
+std::vector<std::wstring> RestorePointIds(const FileReader& files, const std::wstring& root);
+
+// Nothing when there is no such point or its journal does not begin as one. A line that is cut
+// short or damaged is passed over.
+std::optional<RestorePoint> ReadRestorePoint(const FileReader& files, const std::wstring& root,
+                                             const std::wstring& id);
+
+// Removes all but the newest ones. Gives the ids of those that are gone, and in `failed` of those
+// that could not be removed whole.
+std::vector<std::wstring> PruneRestorePoints(FileSystem& files, const std::wstring& root,
+                                             std::size_t keep, std::vector<std::wstring>& failed);
+
+}  // namespace carrovan
