@@ -28,6 +28,10 @@ bool EndsWithIgnoringAsciiCase(std::wstring_view text, std::wstring_view ending)
 // case. Negative, zero or positive; zero means the same name.
 int CompareNames(std::wstring_view a, std::wstring_view b);
 
+// A name as CompareNames sees it: equal for the same name and in the same order, for sorting and
+// finding many.
+std::u16string FoldedName(std::wstring_view name);
+
 // Every occurrence, found from left to right without overlap; an empty search text replaces
 // nothing.
 std::wstring ReplaceAll(std::wstring_view text, std::wstring_view search,
