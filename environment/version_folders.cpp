@@ -90,6 +90,26 @@ void FillRegistryKeyLists(ProductContext& context) {
   }
 }
 
+std::optional<std::wstring> RoamingTwin(const std::wstring& localPath,
+                                        const KnownFolders& folders) {
+  const auto local = folders.LocalAppData();
+  const auto roaming = folders.RoamingAppData();
+  if (!local || !roaming || !localPath.starts_with(*local + L"\\")) return std::nullopt;
+  return *roaming + localPath.substr(local->size());
+}
+
+std::optional<std::wstring> ResetDraftingTwin(const ProductContext& context,
+                                              const KnownFolders& folders) {
+  const auto roaming = folders.RoamingAppData();
+  if (!roaming) return std::nullopt;
+  const std::wstring& year = context.humanReadableVersion;
+  std::wstring folder = *roaming;
+  if (context.companyShortName == kOrmaCompany) {
+    folder += L"\\ORMA\\ORMA CAD TVRN-INT " + year + L" (x64)";
+  }
+  return folder + L"\\" + LastTwoCharacters(year) + L".0";
+}
+
 bool PrepareVersionFolders(ProductContext& context, const Machine& machine) {
   if (context.companyShortName.empty() || context.productName.empty() ||
       context.productVersion.empty()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "environment/product_context.h"
@@ -24,6 +25,16 @@ void BuildLocalFolder(ProductContext& context, const Machine& machine);
 // Fills `stagingLocalFolder` for a year: the same folder below the staging folder's "Local",
 // without a version subfolder. Left as it was for an unknown company.
 void BuildStagingLocalFolder(ProductContext& context, const std::wstring& year);
+
+// The same path below the user's Roaming folder; nothing for a path that is not below the Local one
+// or when the system cannot tell one of them.
+std::optional<std::wstring> RoamingTwin(const std::wstring& localPath, const KnownFolders& folders);
+
+// The Roaming half of the 2D drafting settings that a reset takes away. It is named by the last two
+// digits of the year, and only one brand has a product folder of its own around it. Nothing when
+// the system cannot tell the Roaming folder.
+std::optional<std::wstring> ResetDraftingTwin(const ProductContext& context,
+                                              const KnownFolders& folders);
 
 // Fills the registry root, both key lists, both product folders and `localFolder` (without version
 // subfolder) of the version at hand, as an export needs them. False when the product is not known

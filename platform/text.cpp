@@ -181,6 +181,12 @@ int CompareNames(std::wstring_view a, std::wstring_view b) {
   return (left.size() > right.size()) - (left.size() < right.size());
 }
 
+std::u16string FoldedName(std::wstring_view name) {
+  std::u16string folded = ToUtf16(name);
+  for (char16_t& unit : folded) unit = UpperUnit(unit);
+  return folded;
+}
+
 std::wstring ReplaceAll(std::wstring_view text, std::wstring_view search,
                         std::wstring_view replacement) {
   if (search.empty()) return std::wstring(text);

@@ -34,6 +34,10 @@ struct NameLess {
   bool operator()(std::wstring_view a, std::wstring_view b) const { return CompareNames(a, b) < 0; }
 };
 
+// A name as CompareNames sees it: equal for the same name and in the same order, for sorting and
+// finding many.
+std::u16string FoldedName(std::wstring_view name);
+
 // Every occurrence, found from left to right without overlap; an empty search text replaces
 // nothing.
 std::wstring ReplaceAll(std::wstring_view text, std::wstring_view search,

@@ -19,20 +19,6 @@ void RestoreOrReport(const ResetRun& run, const std::wstring& subkey, ImportRepo
                             DescribeSystemCode(code));
 }
 
-// The Roaming half lies in a folder named by the last two digits of the year. Only one brand has a
-// product folder of its own around it.
-void WipeRoamingDrafting(const ResetRun& run, ImportReport& report) {
-  const auto roaming = run.machine.folders.RoamingAppData();
-  if (!roaming) return;
-  const std::wstring& year = run.context.humanReadableVersion;
-  std::wstring folder = *roaming;
-  if (run.context.companyShortName == L"ORMA") {
-    folder += L"\\ORMA\\ORMA CAD TVRN-INT " + year + L" (x64)";
-  }
-  folder += L"\\" + (year.size() > 2 ? year.substr(year.size() - 2) : year) + L".0";
-  WipeOrReport(run.machine.files, folder, report);
-}
-
 void ResetCategory(const ResetRun& run, const CategoryRecord& record, ImportReport& report) {
   switch (record.storage) {
     case CategoryStorage::kOptionKeys:
@@ -43,7 +29,9 @@ void ResetCategory(const ResetRun& run, const CategoryRecord& record, ImportRepo
     case CategoryStorage::kWholeKey:
       return RestoreOrReport(run, L"", report);
     case CategoryStorage::kDraftFolder:
-      WipeRoamingDrafting(run, report);
+      if (const auto twin = ResetDraftingTwin(run.context, run.machine.folders)) {
+        WipeOrReport(run.machine.files, *twin, report);
+      }
       return WipeOrReport(run.machine.files, run.context.localFolder, report);
     default:
       for (const std::wstring& folder : CategoryFolders(record, run.context)) {
