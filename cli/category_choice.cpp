@@ -37,14 +37,16 @@ bool CheckChosen(const Session& session, const CategoryChoice& choice, const std
   return offered;
 }
 
-void PrintOutcomes(const Session& session, const CategoryTree& tree,
-                   const std::wstring& whenChecked, const std::wstring& whenNot) {
+std::vector<CategoryOutcome> OutcomesOf(const CategoryTree& tree, const std::wstring& whenChecked,
+                                        const std::wstring& whenNot) {
+  std::vector<CategoryOutcome> outcomes;
   VisitLeaves(tree, tree.Root(), [&](CategoryTree::Item leaf) {
     const CategoryRecord* record = FindCategory(tree.ItemData(leaf));
     if (record == nullptr) return;
-    session.Print(std::wstring(Text(record->label)) + L": " +
-                  (tree.IsChecked(leaf) ? whenChecked : whenNot));
+    outcomes.push_back(
+        {std::wstring(Text(record->label)), tree.IsChecked(leaf) ? whenChecked : whenNot});
   });
+  return outcomes;
 }
 
 }  // namespace carrovan

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/applied_run.h"
 #include "cli/session.h"
 #include "environment/category_checklist.h"
 
@@ -23,8 +24,8 @@ std::optional<ExitStatus> RefuseUnknownLabels(const Session& session, const Cate
 bool CheckChosen(const Session& session, const CategoryChoice& choice, const std::wstring& place,
                  CategoryChecklist& checklist);
 
-// One line for each category of the tree with what was done with it.
-void PrintOutcomes(const Session& session, const CategoryTree& tree,
-                   const std::wstring& whenChecked, const std::wstring& whenNot);
+// What was done with each category of the tree.
+std::vector<CategoryOutcome> OutcomesOf(const CategoryTree& tree, const std::wstring& whenChecked,
+                                        const std::wstring& whenNot);
 
 }  // namespace carrovan

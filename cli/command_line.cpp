@@ -1,11 +1,11 @@
 #include "cli/command_line.h"
 
-#include <CLI/CLI.hpp>
-#include <functional>
 #include <sstream>
 
 #include "cli/merge_verbs.h"
+#include "cli/restore_verbs.h"
 #include "cli/rewrite_verbs.h"
+#include "cli/verb_options.h"
 #include "cli/verbs.h"
 #include "platform/text.h"
 
@@ -19,42 +19,21 @@ constexpr char kExamples[] =
     "  carrovan-cli export --version 2026 --category Options \"Shortcut key\" --output keys.ucex\n"
     "  carrovan-cli import settings.ucex --to 2026 --all\n"
     "  carrovan-cli reset --category \"Interface layout\" --yes\n"
+    "  carrovan-cli undo\n"
     "  carrovan-cli inspect settings.ucex\n"
     "  carrovan-cli extract settings.ucex folder\n"
     "\n"
     "Exit status: 0 done; 1 failed or refused; 2 wrong usage; 3 done in part, with each item that\n"
     "was skipped named on standard error. 'carrovan-cli VERB --help' explains one verb.";
 
-using Verb = std::function<ExitStatus(const Session&)>;
-
-// CLI11 keeps text as UTF-8; it is turned into the program's own text as it is stored.
-CLI::Option* AddText(CLI::App& app, const std::string& name, std::wstring& target,
-                     const std::string& description) {
-  return app.add_option_function<std::string>(
-      name, [&target](const std::string& value) { target = FromUtf8(value); }, description);
-}
-
 void AddVersions(CLI::App& app, VersionsOptions& options, Verb& chosen) {
   CLI::App* verb = app.add_subcommand(
       "versions",
       "List the installed versions of the CAD product and where each keeps its settings");
-  verb->add_flag("--json", options.json, "Print the same as JSON, for programs");
+  AddJson(*verb, options.json);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunVersionsVerb(session, options); };
   });
-}
-
-void AddCategories(CLI::App& verb, CategoryChoice& choice, const std::string& allDescription) {
-  auto* what = verb.add_option_group("what", "Which categories (one of these)");
-  what->add_flag("--all", choice.all, allDescription);
-  what->add_option_function<std::vector<std::string>>(
-          "--category",
-          [&choice](const std::vector<std::string>& labels) {
-            for (const std::string& label : labels) choice.labels.push_back(FromUtf8(label));
-          },
-          "Categories by label, such as Options \"Shortcut key\"")
-      ->type_name("LABEL");
-  what->require_option(1);
 }
 
 void AddExport(CLI::App& app, ExportOptions& options, Verb& chosen) {
@@ -73,6 +52,12 @@ void AddExport(CLI::App& app, ExportOptions& options, Verb& chosen) {
   });
 }
 
+void AddRunChoice(CLI::App& verb, RunChoice& choice) {
+  verb.add_flag("--no-restore-point", choice.noRestorePoint,
+                "Keep nothing with which the run could be undone");
+  AddJson(verb, choice.json);
+}
+
 void AddImport(CLI::App& app, ImportOptions& options, Verb& chosen) {
   CLI::App* verb = app.add_subcommand(
       "import", "Bring a package's settings into an installed version, merged with what is there");
@@ -82,6 +67,7 @@ void AddImport(CLI::App& app, ImportOptions& options, Verb& chosen) {
       ->type_name("YEAR");
   AddCategories(*verb, options.categories,
                 "Every category that the package holds; the only choice for a .ucx package");
+  AddRunChoice(*verb, options.run);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunImportVerb(session, options); };
   });
@@ -91,8 +77,8 @@ void AddReset(CLI::App& app, ResetOptions& options, Verb& chosen) {
   CLI::App* verb = app.add_subcommand(
       "reset", "Put categories of the running version back to the factory defaults");
   AddCategories(*verb, options.categories, "Every category");
-  verb->add_flag("--yes", options.yes, "Really reset; what is reset cannot be brought back")
-      ->required();
+  verb->add_flag("--yes", options.yes, "Really reset; not needed with --dry-run");
+  AddRunChoice(*verb, options.run);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunResetVerb(session, options); };
   });
@@ -102,7 +88,7 @@ void AddInspect(CLI::App& app, InspectOptions& options, Verb& chosen) {
   CLI::App* verb = app.add_subcommand(
       "inspect", "Show what a package holds and what an import of it would refuse");
   AddText(*verb, "PACKAGE", options.package, "The package (.ucex or .ucx)")->required();
-  verb->add_flag("--json", options.json, "Print the same as JSON, for programs");
+  AddJson(*verb, options.json);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunInspectVerb(session, options); };
   });
@@ -277,11 +263,13 @@ ExitStatus ParseAndRun(const std::vector<std::wstring>& arguments, Console& cons
   ExtractOptions extract;
   MergeOptions merge;
   RewritingOptions rewriting;
+  RestoreOptions restore;
   Verb chosen;
   AddVersions(app, versions, chosen);
   AddExport(app, exportOptions, chosen);
   AddImport(app, importOptions, chosen);
   AddReset(app, reset, chosen);
+  AddRestoreVerbs(app, restore, chosen);
   AddInspect(app, inspect, chosen);
   AddExtract(app, extract, chosen);
   AddMerges(app, merge, chosen);

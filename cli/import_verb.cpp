@@ -1,5 +1,5 @@
+#include "cli/applied_run.h"
 #include "cli/command_line_view.h"
-#include "cli/console_log.h"
 #include "cli/installed_years.h"
 #include "cli/progress.h"
 #include "cli/staging.h"
@@ -36,26 +36,25 @@ class CommandLinePathPage : public PathPageView {
 // One import from the command line.
 class ImportVerb {
  public:
-  ImportVerb(const Session& session, const ImportOptions& options, const Machine& machine)
+  ImportVerb(const Session& session, const ImportOptions& options, const Machine& machine,
+             LineLog& log)
       : session_(session),
         options_(options),
         machine_(machine),
         view_(session, L""),
-        log_(session),
         tool_(machine.interpreter, machine.clock, RegistryToolPace::kWaitForEnd),
         dom_(OpenXmlDom(machine.files)),
-        run_{context_, state_.package, machine_, tool_, *dom_, log_, view_, report_},
+        run_{context_, state_.package, machine_, tool_, *dom_, log, view_, report_},
         steps_(run_) {}
 
-  ExitStatus Run() {
-    if (!LoadProductContext(context_, machine_, view_)) return ExitStatus::kFailed;
+  // Nothing after saying why.
+  std::optional<AppliedRun> Run() {
+    if (!LoadProductContext(context_, machine_, view_)) return std::nullopt;
     EnumerateInstalledVersions(context_, machine_.registry);
     InitializePackageState(state_.package, context_, machine_);
-    if (!IsPackageThere()) return ExitStatus::kFailed;
+    if (!IsPackageThere()) return std::nullopt;
     const StagingFolder staging(context_, machine_);
-    if (!staging.IsMade()) {
-      return session_.Fail(L"No staging folder can be made in the temporary path");
-    }
+    if (!staging.IsMade()) return Refuse(L"No staging folder can be made in the temporary path");
     return IsLegacyPackageName(options_.package) ? ImportLegacyPackage() : ImportPackage();
   }
 
@@ -75,37 +74,38 @@ class ImportVerb {
     SelectPackage({run_, state_, page});
   }
 
-  ExitStatus ImportPackage() {
-    if (!RequireInstalled(session_, context_, options_.year)) return ExitStatus::kFailed;
-    Select();
-    CategoryChecklist checklist;
-    if (steps_.EnterCategories(checklist) != ImportSteps::Entry::kReady) {
-      return ExitStatus::kFailed;
-    }
-    if (!CheckChosen(session_, options_.categories, L"by this package", checklist)) {
-      return ExitStatus::kFailed;
-    }
-    steps_.Apply(checklist);
-    PrintOutcomes(session_, checklist, L"imported", L"left out");
-    return session_.Conclude(report_, view_.FinishText());
+  std::optional<AppliedRun> Refuse(const std::wstring& reason) const {
+    session_.Complain(reason);
+    return std::nullopt;
   }
 
-  ExitStatus ImportLegacyPackage() {
+  std::optional<AppliedRun> ImportPackage() {
+    if (!RequireInstalled(session_, context_, options_.year)) return std::nullopt;
     Select();
-    if (state_.package.path.empty()) return ExitStatus::kFailed;
+    CategoryChecklist checklist;
+    if (steps_.EnterCategories(checklist) != ImportSteps::Entry::kReady) return std::nullopt;
+    if (!CheckChosen(session_, options_.categories, L"by this package", checklist)) {
+      return std::nullopt;
+    }
+    steps_.Apply(checklist);
+    return AppliedRun{report_, view_.FinishText(), OutcomesOf(checklist, L"imported", L"left out")};
+  }
+
+  std::optional<AppliedRun> ImportLegacyPackage() {
+    Select();
+    if (state_.package.path.empty()) return std::nullopt;
     if (!options_.year.empty() && options_.year != context_.selectedVersion) {
-      return session_.Fail(L"The package is for version " + context_.selectedVersion +
-                           L" and cannot be imported into " + options_.year);
+      return Refuse(L"The package is for version " + context_.selectedVersion +
+                    L" and cannot be imported into " + options_.year);
     }
     steps_.ApplyLegacy();
-    return session_.Conclude(report_, view_.FinishText());
+    return AppliedRun{report_, view_.FinishText(), {}};
   }
 
   const Session& session_;
   const ImportOptions& options_;
   const Machine& machine_;
   CommandLineView view_;
-  ConsoleLog log_;
   RegistryTool tool_;
   std::unique_ptr<XmlDom> dom_;
   ProductContext context_;
@@ -130,7 +130,10 @@ ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
   ProgressArchives archives(owned->Ports().archives, session.console());
   const Machine machine = WithArchives(owned->Ports(), archives);
   if (session.RefuseBesideProduct(machine.processes)) return ExitStatus::kFailed;
-  return ImportVerb(session, options, machine).Run();
+  return RunAsChosen(session, options.run, {L"import", options.year, options.package}, machine,
+                     [&options](const Session& on, const Machine& ports, LineLog& log) {
+                       return ImportVerb(on, options, ports, log).Run();
+                     });
 }
 
 }  // namespace carrovan

@@ -1,3 +1,4 @@
+#include "cli/applied_run.h"
 #include "cli/command_line_view.h"
 #include "cli/staging.h"
 #include "cli/verbs.h"
@@ -8,41 +9,50 @@
 namespace carrovan {
 namespace {
 
-ExitStatus ResetVersion(const Session& session, const ResetOptions& options, const Machine& machine,
-                        CommandLineView& view, ProductContext& context) {
-  if (!PassesLiveKeyCheck(view, machine.registry, context)) return ExitStatus::kFailed;
+std::optional<AppliedRun> Refuse(const Session& session, const std::wstring& reason) {
+  session.Complain(reason);
+  return std::nullopt;
+}
+
+std::optional<AppliedRun> ResetVersion(const Session& session, const ResetOptions& options,
+                                       const Machine& machine) {
+  CommandLineView view(session, L"");
+  ProductContext context;
+  if (!LoadProductContext(context, machine, view)) return std::nullopt;
+  if (!PassesLiveKeyCheck(view, machine.registry, context)) return std::nullopt;
   if (!PrepareVersionFolders(context, machine)) {
-    return session.Fail(L"The folders of version " + context.humanReadableVersion +
-                        L" cannot be told");
+    return Refuse(session,
+                  L"The folders of version " + context.humanReadableVersion + L" cannot be told");
   }
   CategoryChecklist checklist = CategoryChecklist::ForReset(context);
   if (!CheckChosen(session, options.categories, L"for this product", checklist)) {
-    return ExitStatus::kFailed;
+    return std::nullopt;
   }
   WizardState state;
   InitializePackageState(state.package, context, machine);
   const StagingFolder staging(context, machine);
   if (!staging.IsMade()) {
-    return session.Fail(L"No staging folder can be made in the temporary path");
+    return Refuse(session, L"No staging folder can be made in the temporary path");
   }
   RegistryTool tool(machine.interpreter, machine.clock, RegistryToolPace::kWaitForEnd);
-  const ImportReport report = RunReset({context, state.package, machine, tool, view}, checklist);
-  PrintOutcomes(session, checklist, L"reset", L"kept");
-  return session.Conclude(report, view.FinishText());
+  ImportReport report = RunReset({context, state.package, machine, tool, view}, checklist);
+  return AppliedRun{std::move(report), view.FinishText(), OutcomesOf(checklist, L"reset", L"kept")};
 }
 
 }  // namespace
 
 ExitStatus RunResetVerb(const Session& session, const ResetOptions& options) {
   if (const auto refused = RefuseUnknownLabels(session, options.categories)) return *refused;
+  if (!options.yes) return session.Misused(L"--yes is needed: the reset removes settings");
   const auto owned = session.OpenMachine();
   if (!owned) return ExitStatus::kFailed;
   const Machine machine = owned->Ports();
   if (session.RefuseBesideProduct(machine.processes)) return ExitStatus::kFailed;
-  CommandLineView view(session, L"");
-  ProductContext context;
-  if (!LoadProductContext(context, machine, view)) return ExitStatus::kFailed;
-  return ResetVersion(session, options, machine, view, context);
+  const PointBegun about{L"reset", machine.product.HumanReadableVersion(), {}};
+  return RunAsChosen(session, options.run, about, machine,
+                     [&options](const Session& on, const Machine& ports, LineLog&) {
+                       return ResetVersion(on, options, ports);
+                     });
 }
 
 }  // namespace carrovan

@@ -39,12 +39,6 @@ std::unique_ptr<OwnedMachine> Session::OpenMachine() const {
   return std::move(opened.machine);
 }
 
-ExitStatus Session::Conclude(const ImportReport& report, const std::wstring& finishText) const {
-  for (const std::wstring& problem : report.problems) Complain(problem);
-  Print(finishText);
-  return report.IsComplete() ? ExitStatus::kDone : ExitStatus::kPartly;
-}
-
 bool Session::RefuseBesideProduct(const ProcessList& processes) const {
   if (!IsProductRunning(processes)) return false;
   Fail(Text(StringId::kCloseProductFirst));

@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "cli/exit_status.h"
-#include "package/import_report.h"
 #include "platform/console.h"
 #include "platform/native_machine.h"
 #include "platform/process_list.h"
@@ -29,9 +28,6 @@ class Session {
   // Says why on standard error and gives the status to return.
   ExitStatus Fail(std::wstring_view reason) const;
   ExitStatus Misused(std::wstring_view reason) const;
-
-  // Names the problems of an import or a reset, prints its finish text and gives the status.
-  ExitStatus Conclude(const ImportReport& report, const std::wstring& finishText) const;
 
   // The machine with its CAD product, or null after saying why there is none.
   std::unique_ptr<OwnedMachine> OpenMachine() const;

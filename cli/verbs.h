@@ -3,6 +3,7 @@
 #include <string>
 
 #include "cli/category_choice.h"
+#include "cli/run_choice.h"
 #include "cli/session.h"
 
 namespace carrovan {
@@ -26,12 +27,14 @@ struct ImportOptions {
   std::wstring package;
   std::wstring year;  // may be empty for a legacy package, which names its version itself
   CategoryChoice categories;
+  RunChoice run;
 };
 ExitStatus RunImportVerb(const Session& session, const ImportOptions& options);
 
 struct ResetOptions {
   CategoryChoice categories;
   bool yes = false;
+  RunChoice run;
 };
 ExitStatus RunResetVerb(const Session& session, const ResetOptions& options);
 

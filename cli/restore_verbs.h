@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+
+#include "cli/verb_options.h"
+
+namespace carrovan {
+
+// The verbs that work on restore points: "restore-points", "undo" and "prune".
+
+struct RestorePointsOptions {
+  bool json = false;
+};
+ExitStatus RunRestorePointsVerb(const Session& session, const RestorePointsOptions& options);
+
+struct UndoOptions {
+  std::wstring id;            // empty for the newest
+  CategoryChoice categories;  // all unless labels are given
+  bool force = false;
+  bool json = false;
+};
+ExitStatus RunUndoVerb(const Session& session, const UndoOptions& options);
+
+struct PruneOptions {
+  std::size_t keep = 0;
+};
+ExitStatus RunPruneVerb(const Session& session, const PruneOptions& options);
+
+struct RestoreOptions {
+  RestorePointsOptions list;
+  UndoOptions undo;
+  PruneOptions prune;
+};
+
+// The options outlive the application object.
+void AddRestoreVerbs(CLI::App& app, RestoreOptions& options, Verb& chosen);
+
+}  // namespace carrovan

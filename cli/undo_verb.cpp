@@ -1,0 +1,105 @@
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "cli/command_line_view.h"
+#include "cli/json_text.h"
+#include "cli/restore_verbs.h"
+#include "environment/category_places.h"
+#include "environment/version_folders.h"
+#include "restore/restore_folder.h"
+#include "restore/undo_run.h"
+
+namespace carrovan {
+namespace {
+
+// The point that is asked for, or nothing after saying why there is none.
+std::optional<RestorePoint> FindPoint(const Session& session, const Machine& machine,
+                                      const std::wstring& asked) {
+  const auto root = RestoreRoot(machine.folders);
+  if (!root) {
+    session.Fail(L"The user's application-data folder cannot be told");
+    return std::nullopt;
+  }
+  const std::vector<std::wstring> ids = RestorePointIds(machine.files, *root);
+  if (asked.empty() && ids.empty()) {
+    session.Fail(L"There is nothing to undo: no restore point in " + *root);
+    return std::nullopt;
+  }
+  auto point = ReadRestorePoint(machine.files, *root, asked.empty() ? ids.front() : asked);
+  if (!point && asked.empty()) {
+    session.Fail(L"The restore point " + ids.front() + L" cannot be read");
+  } else if (!point) {
+    session.Fail(L"There is no restore point " + asked + L"; 'restore-points' lists them");
+  }
+  return point;
+}
+
+bool IsChosen(const CategoryChoice& choice, const CategoryRecord* record) {
+  return record != nullptr &&
+         std::ranges::any_of(choice.labels, [record](const std::wstring& label) {
+           return FindCategoryByLabel(label) == record;
+         });
+}
+
+// The places of the version that the run of the point worked on. Nothing after saying why.
+std::optional<CategoryPlaces> PlacesOf(const Session& session, const RestorePoint& point,
+                                       const Machine& machine) {
+  CommandLineView view(session, L"");
+  ProductContext context;
+  if (!LoadProductContext(context, machine, view)) return std::nullopt;
+  SelectVersion(context, point.about.version);
+  if (PrepareVersionFolders(context, machine)) return CategoryPlaces(context, machine);
+  session.Fail(L"The folders of version " + point.about.version + L" cannot be told");
+  return std::nullopt;
+}
+
+ExitStatus Conclude(const Session& session, const RestorePoint& point, const UndoReport& report,
+                    bool asJson) {
+  for (const std::wstring& line : report.kept) session.Complain(line);
+  for (const std::wstring& line : report.problems) session.Complain(line);
+  const ExitStatus status = report.IsComplete() ? ExitStatus::kDone : ExitStatus::kPartly;
+  if (asJson) {
+    nlohmann::json kept = nlohmann::json::array();
+    for (const std::wstring& line : report.kept) kept.push_back(ToUtf8(line));
+    nlohmann::json problems = nlohmann::json::array();
+    for (const std::wstring& line : report.problems) problems.push_back(ToUtf8(line));
+    PrintJsonText(session, {{"restorePoint", ToUtf8(point.id)},
+                            {"exitStatus", static_cast<int>(status)},
+                            {"restored", report.restored},
+                            {"kept", kept},
+                            {"problems", problems}});
+    return status;
+  }
+  session.Print(L"Restore point " + point.id + L": " + std::to_wstring(report.restored) +
+                L" put back, " + std::to_wstring(report.kept.size()) + L" kept");
+  return status;
+}
+
+}  // namespace
+
+ExitStatus RunUndoVerb(const Session& session, const UndoOptions& options) {
+  if (const auto refused = RefuseUnknownLabels(session, options.categories)) return *refused;
+  const auto owned = session.OpenMachine();
+  if (!owned) return ExitStatus::kFailed;
+  const Machine machine = owned->Ports();
+  if (session.RefuseBesideProduct(machine.processes)) return ExitStatus::kFailed;
+  const auto point = FindPoint(session, machine, options.id);
+  if (!point) return ExitStatus::kFailed;
+
+  UndoChoice choice;
+  choice.force = options.force;
+  std::optional<CategoryPlaces> places;
+  if (!options.categories.labels.empty()) {
+    places = PlacesOf(session, *point, machine);
+    if (!places) return ExitStatus::kFailed;
+    choice.includesFile = [&](const FileHistory& file) {
+      return IsChosen(options.categories, places->OfFile(file.path));
+    };
+    choice.includesKey = [&](const KeyHistory& key) {
+      return IsChosen(options.categories, places->OfKey(key.hive, key.keyPath));
+    };
+  }
+  return Conclude(session, *point, UndoChanges(*point, choice, machine), options.json);
+}
+
+}  // namespace carrovan
