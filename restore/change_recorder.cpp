@@ -106,7 +106,7 @@ SystemCode ChangeRecorder::NoteMissingParents(const std::wstring& path) {
 }
 
 SystemCode ChangeRecorder::NoteBefore(const std::wstring& path) {
-  FileChanging change{path, std::nullopt, {}, {}};
+  FileChanging change{AsSpelled(path), std::nullopt, {}, {}};
   if (!files_.Exists(RemoveFileSpec(path) + L"\\" + PartName(0))) change.part = PartName(0);
   if (notedFiles_.contains(path)) return Append(change);
 
@@ -116,6 +116,19 @@ SystemCode ChangeRecorder::NoteBefore(const std::wstring& path) {
   if (code == kSystemOk) code = Append(change);
   if (code == kSystemOk) notedFiles_.insert(path);
   return code;
+}
+
+std::wstring ChangeRecorder::AsSpelled(const std::wstring& path) {
+  const std::wstring parent = RemoveFileSpec(path);
+  const std::wstring name = FileNameOf(path);
+  if (parent == path || name.empty()) return path;
+  if (parent != listedFolder_ || !listedNames_.contains(name)) {
+    listedFolder_ = parent;
+    listedNames_.clear();
+    for (FolderEntry& entry : files_.ListFolder(parent)) listedNames_.insert(entry.name);
+  }
+  const auto spelled = listedNames_.find(name);
+  return spelled == listedNames_.end() ? path : parent + L"\\" + *spelled;
 }
 
 SystemCode ChangeRecorder::KeepCopy(const std::wstring& path, FileChanging& change) {
@@ -149,7 +162,7 @@ SystemCode ChangeRecorder::TreeChanges(const std::wstring& path, std::vector<std
 SystemCode ChangeRecorder::TakeLink(const std::wstring& path) {
   const std::wstring tidy = TidyPath(path);
   if (IsAtOrBelow(tidy, root_)) return kAccessDenied;
-  FileChanging change{tidy, FileImage{FileKind::kLink}, NextCopyName(), {}};
+  FileChanging change{AsSpelled(tidy), FileImage{FileKind::kLink}, NextCopyName(), {}};
   if (const SystemCode code = Append(change); code != kSystemOk) return code;
   notedFiles_.insert(tidy);
   return files_.MoveTo(tidy, Folder() + L"\\" + change.copy);

@@ -66,6 +66,9 @@ class ChangeRecorder {
   KeyImage ImageOfKey(RegistryHive hive, const std::wstring& keyPath) const;
   std::wstring NextCopyName();
 
+  // The path with its last name as the folder has it, so that it can come back in its own spelling.
+  std::wstring AsSpelled(const std::wstring& path);
+
   FileSystem& files_;
   const RegistryReader& registry_;
   std::wstring temporaryPath_;  // without trailing backslash; empty when unknown
@@ -74,6 +77,8 @@ class ChangeRecorder {
   std::set<std::wstring, NameLess> notedFiles_;
   std::set<std::wstring, NameLess> notedKeys_;  // with their root's name
   std::vector<std::wstring> scratch_;
+  std::wstring listedFolder_;  // the last folder whose names were asked for
+  std::set<std::wstring, NameLess> listedNames_;
   std::size_t copies_ = 0;
 };
 

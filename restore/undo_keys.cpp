@@ -56,7 +56,8 @@ class KeyUndo {
     const KeyImage now = ImageNow(key);
     if (now == key.before) return false;
     if (key.before.exists && !now.exists && !MakeKey(key)) return true;
-    for (const std::wstring& name : NamesOf(key)) RestoreValue(key, now, name);
+    RemoveMadeValues(key, now);
+    PutValuesBack(key, now);
     return true;
   }
 
@@ -64,28 +65,33 @@ class KeyUndo {
     return Count(key, L"", machine_.registryEditor.CreateKey(key.hive, key.keyPath));
   }
 
-  // What the run changed or may have changed, in the order of the values that were there.
-  static std::vector<std::wstring> NamesOf(const KeyHistory& key) {
-    std::vector<std::wstring> names;
-    for (const RegistryValue& value : key.before.values) names.push_back(value.name);
-    for (const std::wstring& name : key.set) {
-      if (!Holds(names, name)) names.push_back(name);
+  void RemoveMadeValues(const KeyHistory& key, const KeyImage& now) {
+    for (const RegistryValue& value : now.values) {
+      const bool made = Find(key.before, value.name) == nullptr && Holds(key.set, value.name);
+      if (!made || !MayChange(key, value.name, &value)) continue;
+      Count(key, value.name,
+            machine_.registryEditor.DeleteValue(key.hive, key.keyPath, value.name));
     }
-    return names;
   }
 
-  void RestoreValue(const KeyHistory& key, const KeyImage& now, const std::wstring& name) {
-    const RegistryValue* const before = Find(key.before, name);
-    const RegistryValue* const current = Find(now, name);
-    if (IsSame(before, current)) return;
-    if (!IsOwn(key, name, current) && !choice_.force) {
-      report_.kept.push_back(L"Kept, as it was changed since: " + NameOf(key, name));
-      return;
+  // All at once: some registries take long to save a change.
+  void PutValuesBack(const KeyHistory& key, const KeyImage& now) {
+    std::vector<RegistryValue> values;
+    for (const RegistryValue& value : key.before.values) {
+      const RegistryValue* const current = Find(now, value.name);
+      if (IsSame(&value, current) || !MayChange(key, value.name, current)) continue;
+      values.push_back(value);
     }
-    RegistryEditor& registry = machine_.registryEditor;
-    Count(key, name,
-          before == nullptr ? registry.DeleteValue(key.hive, key.keyPath, name)
-                            : registry.SetValues(key.hive, key.keyPath, {*before}));
+    if (values.empty()) return;
+    if (Count(key, L"", machine_.registryEditor.SetValues(key.hive, key.keyPath, values))) {
+      report_.restored += values.size() - 1;
+    }
+  }
+
+  bool MayChange(const KeyHistory& key, const std::wstring& name, const RegistryValue* current) {
+    if (choice_.force || IsOwn(key, name, current)) return true;
+    report_.kept.push_back(L"Kept, as it was changed since: " + NameOf(key, name));
+    return false;
   }
 
   // What is gone is nobody's work.

@@ -1,0 +1,118 @@
+#include "restore/change_recorder.h"
+
+#include "tests/restore/restore_fixture.h"
+
+namespace carrovan {
+namespace {
+
+using ChangeRecorderTest = RestoreFixture;
+
+TEST_F(ChangeRecorderTest, NotesAChangeBeforeItIsMade) {
+  std::vector<std::string> order;
+  machine.files.fault = [&](const std::string& operation, const std::wstring& path) {
+    if (operation == "append") order.push_back("note");
+    if (operation == "write" && path == kData + L"a.txt") order.push_back("change");
+    return kSystemOk;
+  };
+  EXPECT_EQ(run->files.WriteBytes(kData + L"a.txt", "after"), kSystemOk);
+  EXPECT_EQ(order, (std::vector<std::string>{"note", "change", "note"}));
+}
+
+TEST_F(ChangeRecorderTest, MakesNoChangeThatCannotBeNoted) {
+  const std::wstring before = State();
+  machine.files.fault = [](const std::string& operation, const std::wstring&) {
+    return operation == "append" ? kSystemDiskFull : kSystemOk;
+  };
+  EXPECT_EQ(run->files.WriteBytes(kData + L"a.txt", "x"), kSystemDiskFull);
+  EXPECT_EQ(run->files.RemoveFile(kData + L"a.txt"), kSystemDiskFull);
+  EXPECT_EQ(run->files.CreateFolder(kData + L"new"), kSystemDiskFull);
+  EXPECT_EQ(run->files.RemoveFolder(kData + L"empty"), kSystemDiskFull);
+  EXPECT_EQ(run->files.MoveTo(kData + L"sub", kData + L"other"), kSystemDiskFull);
+  EXPECT_EQ(run->files.CopyOver(kData + L"a.txt", kData + L"c.txt"), kSystemDiskFull);
+  EXPECT_EQ(run->registryEditor.DeleteTree(kUserHive, kKey), kSystemDiskFull);
+  EXPECT_EQ(run->registryEditor.SetValues(kUserHive, kKey, {MakeDwordValue(L"n", 1)}),
+            kSystemDiskFull);
+  EXPECT_EQ(run->registryEditor.CreateKey(kUserHive, kKey + L"\\New"), kSystemDiskFull);
+  EXPECT_EQ(State(), before);
+}
+
+TEST_F(ChangeRecorderTest, MakesNoChangeOfWhatCannotBeKept) {
+  machine.files.fault = [](const std::string& operation, const std::wstring&) {
+    return operation == "copy" ? kSystemDiskFull : kSystemOk;
+  };
+  EXPECT_EQ(run->files.RemoveFile(kData + L"a.txt"), kSystemDiskFull);
+  EXPECT_EQ(machine.files.Bytes(kData + L"a.txt"), "before");
+}
+
+TEST_F(ChangeRecorderTest, DoesNotStartARegistryToolWhoseKeysCannotBeNoted) {
+  const std::wstring before = machine.registry.Text(kUserHive);
+  machine.files.fault = [](const std::string& operation, const std::wstring&) {
+    return operation == "append" ? kSystemDiskFull : kSystemOk;
+  };
+  EXPECT_FALSE(Import("REGEDIT4\n\n[HKEY_CURRENT_USER\\SOFTWARE\\Vantric\\New]\n\"a\"=\"b\"\n"));
+  EXPECT_EQ(machine.registry.Text(kUserHive), before);
+}
+
+TEST_F(ChangeRecorderTest, TouchesNoRestorePoint) {
+  const std::wstring own = kLocal + L"CARROVAN/restore\\x";
+  EXPECT_EQ(run->files.CreateFolder(own), kAccessDenied);
+  EXPECT_EQ(run->files.WriteBytes(Journal(), "forged"), kAccessDenied);
+  EXPECT_EQ(run->files.RemoveFile(Journal()), kAccessDenied);
+  EXPECT_EQ(run->files.MoveTo(Root(), kData + L"moved"), kAccessDenied);
+}
+
+TEST_F(ChangeRecorderTest, KeepsOneCopyOfAFileThatChangesOften) {
+  for (const char* content : {"1", "2", "3"}) {
+    EXPECT_EQ(run->files.WriteBytes(kData + L"a.txt", content), kSystemOk);
+  }
+  const std::wstring copies = Root() + L"\\" + recorder->Id() + L"\\" + kCopiesFolder;
+  EXPECT_EQ(machine.files.Names(copies).size(), 1u);
+}
+
+TEST_F(ChangeRecorderTest, KeepsNothingOfTheRunsOwnFolder) {
+  const std::wstring own = kLocal + L"Temp\\{GUID}";
+  EXPECT_EQ(run->files.CreateFolder(own + L"\\"), kSystemOk);
+  EXPECT_EQ(run->files.WriteBytes(own + L"\\a", "x"), kSystemOk);
+  EXPECT_EQ(run->files.CreateFolder(own + L"\\sub"), kSystemOk);
+  EXPECT_EQ(run->files.MoveTo(own + L"\\sub", own + L"\\other"), kSystemOk);
+  EXPECT_TRUE(Point().files.empty());
+  EXPECT_EQ(Point().scratch, std::vector<std::wstring>{own});
+}
+
+TEST_F(ChangeRecorderTest, TakesAFolderOfSomebodyElseInTheTemporaryPathForHis) {
+  machine.files.PutFolder(kLocal + L"Temp\\theirs");
+  EXPECT_EQ(run->files.CreateFolder(kLocal + L"Temp\\theirs"), kAlreadyExists);
+  EXPECT_EQ(run->files.WriteBytes(kLocal + L"Temp\\theirs\\a", "x"), kSystemOk);
+  EXPECT_EQ(Point().files.size(), 1u);
+  EXPECT_TRUE(Point().scratch.empty());
+}
+
+TEST_F(ChangeRecorderTest, LeavesNoRestorePointOfARunThatChangedNothing) {
+  EXPECT_EQ(run->files.CreateFolder(kLocal + L"Temp\\own"), kSystemOk);
+  EXPECT_FALSE(recorder->End());
+  EXPECT_TRUE(RestorePointIds(machine.files, Root()).empty());
+}
+
+TEST_F(ChangeRecorderTest, GivesTwoRunsOfOneSecondTwoNames) {
+  const std::wstring first = recorder->Id();
+  Begin();
+  EXPECT_EQ(recorder->Id(), first + L"-2");
+  EXPECT_EQ(RestorePointIds(machine.files, Root()),
+            (std::vector<std::wstring>{first + L"-2", first}));
+}
+
+TEST_F(ChangeRecorderTest, TellsWhyThereCanBeNoRestorePoint) {
+  std::wstring reason;
+  machine.files.fault = [](const std::string& operation, const std::wstring&) {
+    return operation == "append" ? kSystemDiskFull : kSystemOk;
+  };
+  EXPECT_FALSE(ChangeRecorder::Begin(machine.Ports(), {}, reason));
+  EXPECT_NE(reason.find(L"Restore"), std::wstring::npos);
+  EXPECT_NE(reason.find(L"112"), std::wstring::npos);
+  machine.folders.local.reset();
+  EXPECT_FALSE(ChangeRecorder::Begin(machine.Ports(), {}, reason));
+  EXPECT_EQ(reason, L"The user's application-data folder cannot be told");
+}
+
+}  // namespace
+}  // namespace carrovan

@@ -1,0 +1,58 @@
+#include "restore/restore_point.h"
+
+#include "tests/restore/restore_fixture.h"
+
+namespace carrovan {
+namespace {
+
+using RestorePointTest = RestoreFixture;
+
+TEST_F(RestorePointTest, TellsWhatARunChanged) {
+  EXPECT_EQ(run->files.WriteBytes(kData + L"a.txt", "after"), kSystemOk);
+  EXPECT_EQ(run->registryEditor.DeleteTree(kUserHive, kKey + L"\\Sub"), kSystemOk);
+  EXPECT_EQ(Point().state, PointState::kUnfinished);
+  EXPECT_TRUE(recorder->End());
+  const RestorePoint point = Point();
+  EXPECT_EQ(point.state, PointState::kFinished);
+  EXPECT_EQ(point.about, (PointBegun{L"import", L"2026", L"x.ucex"}));
+  ASSERT_EQ(point.files.size(), 1u);
+  EXPECT_EQ(point.files[0].before, ImageOfBytes("before"));
+  EXPECT_EQ(point.files[0].after, ImageOfBytes("after"));
+  ASSERT_EQ(point.keys.size(), 1u);
+  EXPECT_EQ(point.keys[0].keyPath, kKey + L"\\Sub");
+  EXPECT_EQ(point.keys[0].after, KeyImage{});
+}
+
+TEST_F(RestorePointTest, PassesOverDamagedAndUnfinishedLines) {
+  EXPECT_EQ(run->files.WriteBytes(kData + L"a.txt", "after"), kSystemOk);
+  EXPECT_EQ(machine.files.AppendBytes(Journal(), "no record\n{\"record\":\"run ended\"}"),
+            kSystemOk);
+  EXPECT_EQ(Point().state, PointState::kUnfinished);
+  EXPECT_EQ(Point().files.size(), 1u);
+}
+
+TEST_F(RestorePointTest, IsNoneWithoutABeginning) {
+  const std::wstring other = Root() + L"\\2026-01-01T000000Z\\";
+  EXPECT_EQ(ReadRestorePoint(machine.files, Root(), L"2026-01-01T000000Z"), std::nullopt);
+  machine.files.Put(other + kJournalName, "{\"record\":\"run ended\"}\n");
+  EXPECT_EQ(ReadRestorePoint(machine.files, Root(), L"2026-01-01T000000Z"), std::nullopt);
+  EXPECT_EQ(ReadRestorePoint(machine.files, Root(), L".."), std::nullopt);
+}
+
+TEST_F(RestorePointTest, PrunesTheOldestAndNothingElse) {
+  for (const wchar_t* id : {L"2026-01-01T000000Z", L"2025-01-01T000000Z"}) {
+    machine.files.Put(Root() + L"\\" + id + L"\\" + kJournalName, "x");
+  }
+  machine.files.Put(Root() + L"\\notes\\mine.txt", "x");
+  std::vector<std::wstring> failed;
+  EXPECT_EQ(PruneRestorePoints(machine.files, Root(), 2, failed),
+            std::vector<std::wstring>{L"2025-01-01T000000Z"});
+  EXPECT_TRUE(failed.empty());
+  EXPECT_TRUE(machine.files.Has(Root() + L"\\notes\\mine.txt"));
+  machine.files.MakeReadOnly(Root() + L"\\2026-01-01T000000Z\\" + kJournalName);
+  EXPECT_EQ(PruneRestorePoints(machine.files, Root(), 0, failed).size(), 1u);
+  EXPECT_EQ(failed, std::vector<std::wstring>{L"2026-01-01T000000Z"});
+}
+
+}  // namespace
+}  // namespace carrovan
