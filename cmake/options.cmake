@@ -23,6 +23,10 @@ endif()
 if(WIN32)
   # One self-contained program: the compiler's runtime goes into the executable.
   target_link_options(carrovan_options INTERFACE -static -municode)
+  # The same sources give the same bytes, whenever and in whatever folder they are built.
+  target_compile_options(carrovan_options INTERFACE
+    $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
+  target_link_options(carrovan_options INTERFACE -Wl,--no-insert-timestamp)
   target_compile_definitions(carrovan_options INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
     _WIN32_WINNT=0x0601)
 endif()

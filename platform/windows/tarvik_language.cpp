@@ -3,7 +3,8 @@
 #include <array>
 
 #include "platform/windows/module_loading.h"
-#include "platform/windows/tarvik_library.h"
+#include "platform/windows/tarvik_path.h"
+#include "support/tarvik_api.h"
 
 namespace carrovan {
 

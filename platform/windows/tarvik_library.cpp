@@ -1,6 +1,5 @@
 #include "platform/windows/tarvik_library.h"
 
-#include "platform/path_text.h"
 #include "platform/system_code.h"
 #include "platform/text.h"
 #include "platform/windows/module_loading.h"
@@ -25,8 +24,8 @@ std::wstring ReasonNotLoaded(const std::wstring& path, SystemCode code) {
   // The system gives one number for a library that is missing and for one that misses another.
   if (!WindowsFileSystem().Exists(path)) {
     return path +
-           L" is missing: put this program into the CAD product's program folder and start it "
-           L"there";
+           L" is missing: run Carrovan's setup and name the CAD product's program folder, or put "
+           L"this program into that folder and start it there";
   }
   return path + L" cannot be loaded (error " + std::to_wstring(code) +
          L"): repair the installation of the CAD product";
@@ -51,7 +50,5 @@ TarvikOrReason LoadTarvik(const std::wstring& libraryPath) {
   if (!missing.empty()) return {nullptr, ReasonMissingFunction(libraryPath, missing)};
   return {std::make_unique<LoadedTarvik>(std::move(module), functions), L""};
 }
-
-std::wstring TarvikPath() { return RemoveFileSpec(ProgramPath()) + L"\\tarvik.dll"; }
 
 }  // namespace carrovan

@@ -23,7 +23,4 @@ struct TarvikOrReason {
 // system's, never in the current folder.
 TarvikOrReason LoadTarvik(const std::wstring& libraryPath);
 
-// Where the library is expected: tarvik.dll in the folder of the running program.
-std::wstring TarvikPath();
-
 }  // namespace carrovan

@@ -1,6 +1,7 @@
 #include "platform/native_machine.h"
 #include "platform/windows/tarvik_archive_library.h"
 #include "platform/windows/tarvik_library.h"
+#include "platform/windows/tarvik_path.h"
 #include "platform/windows/tarvik_product.h"
 #include "platform/windows/windows_clock.h"
 #include "platform/windows/windows_code_page.h"

@@ -9,6 +9,7 @@
 #include "platform/text.h"
 #include "platform/windows/registry_writer.h"
 #include "platform/windows/system_path.h"
+#include "platform/windows/tarvik_path.h"
 
 namespace carrovan {
 namespace {
