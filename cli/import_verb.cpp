@@ -3,11 +3,13 @@
 #include "cli/installed_years.h"
 #include "cli/progress.h"
 #include "cli/staging.h"
+#include "cli/trust_refusal.h"
 #include "cli/verbs.h"
 #include "environment/installed_versions.h"
 #include "package/import_steps.h"
 #include "package/package_inspection.h"
 #include "package/package_selection.h"
+#include "package/trusted_interpreter.h"
 
 namespace carrovan {
 namespace {
@@ -53,6 +55,9 @@ class ImportVerb {
     EnumerateInstalledVersions(context_, machine_.registry);
     InitializePackageState(state_.package, context_, machine_);
     if (!IsPackageThere()) return std::nullopt;
+    if (!options_.trust && RefuseUntrusted(session_, options_.package, context_.companyShortName)) {
+      return std::nullopt;
+    }
     const StagingFolder staging(context_, machine_);
     if (!staging.IsMade()) return Refuse(L"No staging folder can be made in the temporary path");
     return IsLegacyPackageName(options_.package) ? ImportLegacyPackage() : ImportPackage();
@@ -115,6 +120,14 @@ class ImportVerb {
   PackageImport steps_;
 };
 
+std::optional<AppliedRun> RunOnce(const Session& session, const ImportOptions& options,
+                                  const Machine& machine, LineLog& log) {
+  if (options.trust) return ImportVerb(session, options, machine, log).Run();
+  TrustedInterpreter interpreter(machine.interpreter, machine.files,
+                                 machine.product.CompanyShortName());
+  return ImportVerb(session, options, WithInterpreter(machine, interpreter), log).Run();
+}
+
 }  // namespace
 
 ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
@@ -132,7 +145,7 @@ ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
   if (session.RefuseBesideProduct(machine.processes)) return ExitStatus::kFailed;
   return RunAsChosen(session, options.run, {L"import", options.year, options.package}, machine,
                      [&options](const Session& on, const Machine& ports, LineLog& log) {
-                       return ImportVerb(on, options, ports, log).Run();
+                       return RunOnce(on, options, ports, log);
                      });
 }
 
