@@ -59,8 +59,7 @@ std::optional<std::wstring> RefusalOfRegistryFile(ArchiveExaminer& archive, std:
   RegistryFileScan scan(company);
   const ArchiveResult result =
       archive.ReadInParts(index, [&scan](std::string_view part) { scan.Take(part); });
-  if (auto refusal = scan.Finish()) return refusal;
-  if (result == ArchiveResult::kDone) return std::nullopt;
+  if (result == ArchiveResult::kDone) return scan.Finish();
   return L"its keys cannot be told: " + DescribeArchiveResult(result);
 }
 
