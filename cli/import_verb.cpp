@@ -55,9 +55,6 @@ class ImportVerb {
     EnumerateInstalledVersions(context_, machine_.registry);
     InitializePackageState(state_.package, context_, machine_);
     if (!IsPackageThere()) return std::nullopt;
-    if (!options_.trust && RefuseUntrusted(session_, options_.package, context_.companyShortName)) {
-      return std::nullopt;
-    }
     const StagingFolder staging(context_, machine_);
     if (!staging.IsMade()) return Refuse(L"No staging folder can be made in the temporary path");
     return IsLegacyPackageName(options_.package) ? ImportLegacyPackage() : ImportPackage();
@@ -143,6 +140,9 @@ ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
   ProgressArchives archives(owned->Ports().archives, session.console());
   const Machine machine = WithArchives(owned->Ports(), archives);
   if (session.RefuseBesideProduct(machine.processes)) return ExitStatus::kFailed;
+  if (!options.trust && RefuseUntrusted(session, options.package, machine)) {
+    return ExitStatus::kFailed;
+  }
   return RunAsChosen(session, options.run, {L"import", options.year, options.package}, machine,
                      [&options](const Session& on, const Machine& ports, LineLog& log) {
                        return RunOnce(on, options, ports, log);

@@ -13,17 +13,17 @@ std::wstring MoreReasons(std::size_t count) {
 
 }  // namespace
 
-bool RefuseUntrusted(const Session& session, const std::wstring& package,
-                     const std::wstring& company) {
+bool RefuseUntrusted(const Session& session, const std::wstring& package, const Machine& machine) {
   const auto files = session.OpenFiles();
   if (!files) return true;
   const auto archive = files->Examine(package);
   if (!archive) {
+    if (!machine.archives.Open(package)) return false;
     session.Fail(package + L" is not a package that can be looked into");
     return true;
   }
   const PackageKind kind = IsLegacyPackageName(package) ? PackageKind::kLegacy : PackageKind::kFull;
-  const auto reasons = ReasonsForDistrust(*archive, kind, company);
+  const auto reasons = ReasonsForDistrust(*archive, kind, machine.product.CompanyShortName());
   if (reasons.empty()) return false;
   const RefusedItem& first = reasons.front();
   session.Fail(package + L" is not to be trusted: " + first.name + L": " + first.reason +

@@ -3,12 +3,12 @@
 #include <string>
 
 #include "cli/session.h"
+#include "platform/machine.h"
 
 namespace carrovan {
 
-// True, after saying why in one line, for a package that is not to be trusted with a machine on
-// which this company's product is installed. Nothing is unpacked.
-bool RefuseUntrusted(const Session& session, const std::wstring& package,
-                     const std::wstring& company);
+// True, after saying why in one line, for a package that is not to be trusted with a machine.
+// Nothing is unpacked. What is no package at all is left to the import to refuse.
+bool RefuseUntrusted(const Session& session, const std::wstring& package, const Machine& machine);
 
 }  // namespace carrovan
