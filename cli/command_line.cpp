@@ -21,6 +21,7 @@ constexpr char kExamples[] =
     "  carrovan-cli reset --category \"Interface layout\" --yes\n"
     "  carrovan-cli undo\n"
     "  carrovan-cli inspect settings.ucex\n"
+    "  carrovan-cli verify settings.ucex\n"
     "  carrovan-cli extract settings.ucex folder\n"
     "\n"
     "Exit status: 0 done; 1 failed or refused; 2 wrong usage; 3 done in part, with each item that\n"
@@ -67,6 +68,9 @@ void AddImport(CLI::App& app, ImportOptions& options, Verb& chosen) {
       ->type_name("YEAR");
   AddCategories(*verb, options.categories,
                 "Every category that the package holds; the only choice for a .ucx package");
+  verb->add_flag("--trust", options.trust,
+                 "Take the package even if it names registry keys of others, holds names that lead "
+                 "elsewhere or would unpack to an absurd size");
   AddRunChoice(*verb, options.run);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunImportVerb(session, options); };
@@ -86,11 +90,21 @@ void AddReset(CLI::App& app, ResetOptions& options, Verb& chosen) {
 
 void AddInspect(CLI::App& app, InspectOptions& options, Verb& chosen) {
   CLI::App* verb = app.add_subcommand(
-      "inspect", "Show what a package holds and what an import of it would refuse");
+      "inspect", "Show what a package holds, what an import would refuse and why not to trust it");
   AddText(*verb, "PACKAGE", options.package, "The package (.ucex or .ucx)")->required();
   AddJson(*verb, options.json);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunInspectVerb(session, options); };
+  });
+}
+
+void AddVerify(CLI::App& app, VerifyOptions& options, Verb& chosen) {
+  CLI::App* verb = app.add_subcommand(
+      "verify", "Check a package alone: its archive, description, registry files and documents");
+  AddText(*verb, "PACKAGE", options.package, "The package (.ucex or .ucx)")->required();
+  AddJson(*verb, options.json);
+  verb->callback([&] {
+    chosen = [&options](const Session& session) { return RunVerifyVerb(session, options); };
   });
 }
 
@@ -260,6 +274,7 @@ ExitStatus ParseAndRun(const std::vector<std::wstring>& arguments, Console& cons
   ImportOptions importOptions;
   ResetOptions reset;
   InspectOptions inspect;
+  VerifyOptions verify;
   ExtractOptions extract;
   MergeOptions merge;
   RewritingOptions rewriting;
@@ -271,6 +286,7 @@ ExitStatus ParseAndRun(const std::vector<std::wstring>& arguments, Console& cons
   AddReset(app, reset, chosen);
   AddRestoreVerbs(app, restore, chosen);
   AddInspect(app, inspect, chosen);
+  AddVerify(app, verify, chosen);
   AddExtract(app, extract, chosen);
   AddMerges(app, merge, chosen);
   AddRewriting(app, rewriting, chosen);

@@ -3,11 +3,13 @@
 #include "cli/installed_years.h"
 #include "cli/progress.h"
 #include "cli/staging.h"
+#include "cli/trust_refusal.h"
 #include "cli/verbs.h"
 #include "environment/installed_versions.h"
 #include "package/import_steps.h"
 #include "package/package_inspection.h"
 #include "package/package_selection.h"
+#include "package/trusted_interpreter.h"
 
 namespace carrovan {
 namespace {
@@ -115,6 +117,14 @@ class ImportVerb {
   PackageImport steps_;
 };
 
+std::optional<AppliedRun> RunOnce(const Session& session, const ImportOptions& options,
+                                  const Machine& machine, LineLog& log) {
+  if (options.trust) return ImportVerb(session, options, machine, log).Run();
+  TrustedInterpreter interpreter(machine.interpreter, machine.files,
+                                 machine.product.CompanyShortName());
+  return ImportVerb(session, options, WithInterpreter(machine, interpreter), log).Run();
+}
+
 }  // namespace
 
 ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
@@ -130,9 +140,12 @@ ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
   ProgressArchives archives(owned->Ports().archives, session.console());
   const Machine machine = WithArchives(owned->Ports(), archives);
   if (session.RefuseBesideProduct(machine.processes)) return ExitStatus::kFailed;
+  if (!options.trust && RefuseUntrusted(session, options.package, machine)) {
+    return ExitStatus::kFailed;
+  }
   return RunAsChosen(session, options.run, {L"import", options.year, options.package}, machine,
                      [&options](const Session& on, const Machine& ports, LineLog& log) {
-                       return ImportVerb(on, options, ports, log).Run();
+                       return RunOnce(on, options, ports, log);
                      });
 }
 

@@ -18,13 +18,17 @@ nlohmann::json EntriesToJson(const PackageInspection& inspection) {
   return entries;
 }
 
+nlohmann::json ItemsToJson(const std::vector<RefusedItem>& items) {
+  nlohmann::json list = nlohmann::json::array();
+  for (const RefusedItem& item : items) {
+    list.push_back({{"name", ToUtf8(item.name)}, {"reason", ToUtf8(item.reason)}});
+  }
+  return list;
+}
+
 nlohmann::json ToJson(const PackageInspection& inspection) {
   nlohmann::json categories = nlohmann::json::array();
   for (const std::wstring& label : inspection.categories) categories.push_back(ToUtf8(label));
-  nlohmann::json refused = nlohmann::json::array();
-  for (const RefusedItem& item : inspection.refused) {
-    refused.push_back({{"name", ToUtf8(item.name)}, {"reason", ToUtf8(item.reason)}});
-  }
   return {{"legacy", inspection.legacy},
           {"product", ToUtf8(inspection.product)},
           {"company", ToUtf8(inspection.company)},
@@ -32,7 +36,8 @@ nlohmann::json ToJson(const PackageInspection& inspection) {
           {"internalVersion", ToUtf8(inspection.internalVersion)},
           {"categories", categories},
           {"entries", EntriesToJson(inspection)},
-          {"refused", refused}};
+          {"refused", ItemsToJson(inspection.refused)},
+          {"untrusted", ItemsToJson(inspection.untrusted)}};
 }
 
 std::wstring RightAligned(std::uint64_t number, std::size_t width) {
@@ -67,9 +72,20 @@ void PrintEntries(const Session& session, const std::vector<ArchiveItem>& entrie
   }
 }
 
-void PrintRefused(const Session& session, const std::vector<RefusedItem>& refused) {
-  session.Print(L"Refused     " + (refused.empty() ? L"nothing" : std::to_wstring(refused.size())));
-  for (const RefusedItem& item : refused) session.Print(L"  " + item.name + L": " + item.reason);
+void PrintItems(const Session& session, const std::wstring& title,
+                const std::vector<RefusedItem>& items) {
+  session.Print(title + (items.empty() ? L"nothing" : std::to_wstring(items.size())));
+  for (const RefusedItem& item : items) session.Print(L"  " + item.name + L": " + item.reason);
+}
+
+ExitStatus Conclude(const Session& session, const PackageInspection& inspection) {
+  if (!inspection.untrusted.empty()) {
+    return session.Fail(L"An import would refuse this package; reasons not to trust it: " +
+                        std::to_wstring(inspection.untrusted.size()));
+  }
+  if (inspection.refused.empty()) return ExitStatus::kDone;
+  return session.Fail(L"An import would refuse " + std::to_wstring(inspection.refused.size()) +
+                      L" of this package's items");
 }
 
 }  // namespace
@@ -86,11 +102,10 @@ ExitStatus RunInspectVerb(const Session& session, const InspectOptions& options)
   } else {
     PrintDescription(session, inspection);
     PrintEntries(session, inspection.entries);
-    PrintRefused(session, inspection.refused);
+    PrintItems(session, L"Refused     ", inspection.refused);
+    PrintItems(session, L"Not trusted ", inspection.untrusted);
   }
-  if (inspection.refused.empty()) return ExitStatus::kDone;
-  return session.Fail(L"An import would refuse " + std::to_wstring(inspection.refused.size()) +
-                      L" of this package's items");
+  return Conclude(session, inspection);
 }
 
 }  // namespace carrovan

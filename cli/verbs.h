@@ -27,6 +27,7 @@ struct ImportOptions {
   std::wstring package;
   std::wstring year;  // may be empty for a legacy package, which names its version itself
   CategoryChoice categories;
+  bool trust = false;  // take even a package that there are reasons not to trust
   RunChoice run;
 };
 ExitStatus RunImportVerb(const Session& session, const ImportOptions& options);
@@ -43,6 +44,12 @@ struct InspectOptions {
   bool json = false;
 };
 ExitStatus RunInspectVerb(const Session& session, const InspectOptions& options);
+
+struct VerifyOptions {
+  std::wstring package;
+  bool json = false;
+};
+ExitStatus RunVerifyVerb(const Session& session, const VerifyOptions& options);
 
 struct ExtractOptions {
   std::wstring package;

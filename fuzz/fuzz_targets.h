@@ -21,9 +21,12 @@ void FuzzRegistryRewrite(const std::string& input);
 // be made again.
 void FuzzXmlRetarget(const std::string& input);
 
-// An archive must be listed, checked, read and unpacked with results that agree, and no file may
-// come to lie outside the destination.
+// An archive must be listed, checked, read, unpacked and verified with results that agree, and no
+// file may come to lie outside the destination.
 void FuzzArchive(const std::string& input);
+
+// A registry file that passes must name no key that the sandbox would take outside its company.
+void FuzzRegistryScan(const std::string& input);
 
 // A package's description must read, and change one value without another.
 void FuzzDescription(const std::string& input);

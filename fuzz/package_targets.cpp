@@ -3,11 +3,16 @@
 
 #include "environment/setting_category.h"
 #include "fuzz/fuzz_targets.h"
+#include "package/archive_files.h"
 #include "package/import_preparation.h"
 #include "package/package_description.h"
 #include "package/package_opening.h"
+#include "package/package_verification.h"
+#include "package/registry_file_scan.h"
 #include "platform/native_machine.h"
 #include "platform/profile_text.h"
+#include "platform/reg_file_parser.h"
+#include "platform/registry_path.h"
 #include "platform/text.h"
 #include "platform/text_encoding.h"
 #include "tests/support/temporary_folder.h"
@@ -74,6 +79,34 @@ void CheckItems(ArchiveExaminer& archive) {
   }
 }
 
+// In a sound package, whichever kind it is taken for, every item can be read.
+void CheckVerification(ArchiveExaminer& archive) {
+  ArchiveFiles files(archive);
+  const auto dom = OpenXmlDom(files);
+  for (const bool legacy : {false, true}) {
+    if (!VerifyPackage(archive, *dom, legacy).IsSound()) continue;
+    for (std::size_t index = 0; const auto item = archive.Item(index); ++index) {
+      Require(item->name.ends_with(L'\\') || archive.Check(index) == ArchiveResult::kDone,
+              "a sound package holds an item that cannot be read");
+    }
+  }
+}
+
+bool IsOfCompany(const RegKeyChange& key, std::wstring_view company) {
+  std::wstring_view path = key.keyPath;
+  return key.hive == RegistryHive::kCurrentUser &&
+         CompareNames(TakeKeyName(path), L"SOFTWARE") == 0 &&
+         CompareNames(TakeKeyName(path), company) == 0;
+}
+
+std::optional<std::wstring> RefusalInParts(const std::string& input, std::size_t partBytes) {
+  RegistryFileScan scan(L"Vantric");
+  for (std::size_t at = 0; at < input.size(); at += partBytes) {
+    scan.Take(std::string_view(input).substr(at, partBytes));
+  }
+  return scan.Finish();
+}
+
 class OneDescription : public ProfileReader {
  public:
   explicit OneDescription(std::wstring text) : text_(std::move(text)) {}
@@ -119,6 +152,18 @@ void FuzzArchive(const std::string& input) {
   Require(view.messages == report.failed, "an item fails without a message");
   Require(CountFiles(out) <= report.extracted, "a refused item leaves a file");
   Require(CountFiles(folder.Path()) == CountFiles(out) + 1, "a file lies outside the destination");
+  CheckVerification(*examiner);
+}
+
+void FuzzRegistryScan(const std::string& input) {
+  const auto refusal = RefusalInParts(input, input.size() + 1);
+  Require(RefusalInParts(input, 1) == refusal, "the cuts of a file decide");
+  const auto file =
+      ParseRegFile(DecodeText(std::vector<std::uint8_t>(input.begin(), input.end())).text);
+  if (refusal || !file) return;
+  for (const RegKeyChange& key : file->keys) {
+    Require(IsOfCompany(key, L"Vantric"), "a key outside is let through");
+  }
 }
 
 void FuzzDescription(const std::string& input) {

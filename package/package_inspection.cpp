@@ -5,6 +5,7 @@
 
 #include "environment/setting_category.h"
 #include "package/package_description.h"
+#include "package/package_trust.h"
 #include "platform/path_text.h"
 #include "platform/profile_text.h"
 #include "platform/stored_name.h"
@@ -33,12 +34,18 @@ std::optional<std::wstring> RefusalOfItem(ArchiveExaminer& archive, std::size_t 
   return DescribeArchiveResult(result);
 }
 
+std::vector<ArchiveItem> AllItems(const ArchiveExaminer& archive) {
+  std::vector<ArchiveItem> items;
+  while (auto item = archive.Item(items.size())) items.push_back(std::move(*item));
+  return items;
+}
+
 void ReadEntries(ArchiveExaminer& archive, PackageInspection& inspection) {
-  for (std::size_t index = 0; auto item = archive.Item(index); ++index) {
-    if (auto refusal = RefusalOfItem(archive, index, *item)) {
-      inspection.refused.push_back({item->name, *refusal});
+  for (std::size_t index = 0; index < inspection.entries.size(); ++index) {
+    const ArchiveItem& item = inspection.entries[index];
+    if (auto refusal = RefusalOfItem(archive, index, item)) {
+      inspection.refused.push_back({item.name, *refusal});
     }
-    inspection.entries.push_back(std::move(*item));
   }
 }
 
@@ -71,6 +78,9 @@ void ReadDescription(const std::wstring& text, PackageInspection& inspection) {
       inspection.categories.emplace_back(Text(record.label));
     }
   }
+  for (std::wstring& key : ProfileKeys(text, kSelectedSection)) {
+    if (!FindCategoryByLabel(key)) inspection.unknownCategories.push_back(std::move(key));
+  }
 }
 
 void InspectDescription(ArchiveExaminer& archive, PackageInspection& inspection) {
@@ -87,6 +97,15 @@ void InspectLegacyContent(PackageInspection& inspection) {
   }
 }
 
+void JudgeTrust(ArchiveExaminer& archive, PackageInspection& inspection) {
+  const PackageKind kind = inspection.legacy ? PackageKind::kLegacy : PackageKind::kFull;
+  inspection.untrusted = ReasonsForDistrust(archive, kind, inspection.company);
+  if (inspection.legacy) return;
+  if (const auto refusal = RefusalOfCompany(inspection.company)) {
+    inspection.untrusted.push_back({kPackageDescriptionName, *refusal});
+  }
+}
+
 }  // namespace
 
 bool IsLegacyPackageName(const std::wstring& path) {
@@ -96,12 +115,19 @@ bool IsLegacyPackageName(const std::wstring& path) {
 PackageInspection InspectPackage(ArchiveExaminer& archive, bool legacy) {
   PackageInspection inspection;
   inspection.legacy = legacy;
+  inspection.entries = AllItems(archive);
+  if (const auto absurd = RefusalOfSize(archive)) {
+    inspection.untrusted = {*absurd};
+    return inspection;
+  }
+  inspection.contentWasRead = true;
   ReadEntries(archive, inspection);
   if (legacy) {
     InspectLegacyContent(inspection);
   } else {
     InspectDescription(archive, inspection);
   }
+  JudgeTrust(archive, inspection);
   return inspection;
 }
 

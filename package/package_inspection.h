@@ -3,14 +3,10 @@
 #include <string>
 #include <vector>
 
+#include "package/refused_item.h"
 #include "platform/archive_library.h"
 
 namespace carrovan {
-
-struct RefusedItem {
-  std::wstring name;  // entry name, or the description's file name
-  std::wstring reason;
-};
 
 // What a package says of itself and what is wrong with it.
 struct PackageInspection {
@@ -19,15 +15,20 @@ struct PackageInspection {
   std::wstring product;
   std::wstring releaseVersion;
   std::wstring internalVersion;
-  std::vector<std::wstring> categories;  // labels that the package marks
-  std::vector<ArchiveItem> entries;      // in stored order
-  std::vector<RefusedItem> refused;      // what an import would not take; empty for a sound package
+  std::vector<std::wstring> categories;         // labels that the package marks
+  std::vector<std::wstring> unknownCategories;  // keys in their section that are no labels
+  std::vector<ArchiveItem> entries;             // in stored order
+  std::vector<RefusedItem> refused;    // what could not be taken even from a trusted package
+  std::vector<RefusedItem> untrusted;  // why the package is not to be trusted
+  bool contentWasRead = false;  // false for an absurd package, of which nothing else is known
 };
 
 // True for a file name with the extension ".ucx", in any case.
 bool IsLegacyPackageName(const std::wstring& path);
 
-// Reads every entry, as an import would, and writes nothing.
+// Reads every entry, as an import would, and writes nothing. Registry files may name keys of the
+// company that the package itself names. Of a package that would unpack to an absurd size only the
+// directory is read.
 PackageInspection InspectPackage(ArchiveExaminer& archive, bool legacy);
 
 }  // namespace carrovan

@@ -2,9 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace carrovan {
@@ -73,8 +75,16 @@ class ArchiveExaminer : public ArchiveReader {
   virtual std::optional<std::vector<std::uint8_t>> Read(std::size_t index,
                                                         std::size_t limitBytes) = 0;
 
+  // Calls `take` with the item's content part by part, for items of any size. Only the result says
+  // whether what was taken is the item's content; never more is taken than the item declares.
+  using TakePart = std::function<void(std::string_view part)>;
+  [[nodiscard]] virtual ArchiveResult ReadInParts(std::size_t index, const TakePart& take) = 0;
+
   // Reads the item whole and compares its checksum, as an extraction would.
   [[nodiscard]] virtual ArchiveResult Check(std::size_t index) = 0;
+
+  // Size of the archive itself. Items may declare more packed bytes than that.
+  virtual std::uint64_t SizeBytes() const = 0;
 };
 
 // What an archive is made for.

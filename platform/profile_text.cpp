@@ -111,6 +111,21 @@ std::wstring ProfileValue(std::wstring_view text, std::wstring_view section,
   return std::wstring(WithoutQuotes(KeyValue(lines[*place.keyLine])));
 }
 
+std::vector<std::wstring> ProfileKeys(std::wstring_view text, std::wstring_view section) {
+  section = Trimmed(section);
+  std::vector<std::wstring> keys;
+  bool inside = section.empty();
+  for (const std::wstring_view line : SplitLines(text)) {
+    if (const auto name = SectionName(line)) {
+      if (inside) break;
+      inside = CompareNames(*name, section) == 0;
+    } else if (inside && IsKeyLine(line)) {
+      keys.emplace_back(KeyName(line));
+    }
+  }
+  return keys;
+}
+
 std::wstring WithProfileValue(std::wstring_view text, std::wstring_view section,
                               std::wstring_view key, std::wstring_view value) {
   std::vector<std::wstring_view> lines = SplitLines(text);

@@ -46,7 +46,13 @@ class MappedReader : public ArchiveExaminer {
     return reader_->Read(index, limitBytes);
   }
 
+  ArchiveResult ReadInParts(std::size_t index, const TakePart& take) override {
+    return reader_->ReadInParts(index, take);
+  }
+
   ArchiveResult Check(std::size_t index) override { return reader_->Check(index); }
+
+  std::uint64_t SizeBytes() const override { return reader_->SizeBytes(); }
 
  private:
   const PathMapper& paths_;

@@ -120,10 +120,14 @@ class ZipReader::Archive {
     return content;
   }
 
-  ArchiveResult Check(std::size_t index) {
-    return unpacker_.Unpack(index,
-                            [](std::span<const std::uint8_t>) { return ArchiveResult::kDone; });
+  ArchiveResult ReadInParts(std::size_t index, const TakePart& take) {
+    return unpacker_.Unpack(index, [&](std::span<const std::uint8_t> piece) {
+      take({reinterpret_cast<const char*>(piece.data()), piece.size()});
+      return ArchiveResult::kDone;
+    });
   }
+
+  std::uint64_t SizeBytes() const { return input_->SizeBytes(); }
 
  private:
   std::unique_ptr<ArchiveInput> input_;
@@ -160,9 +164,15 @@ std::optional<std::vector<std::uint8_t>> ZipReader::Read(std::size_t index,
   return archive_->Read(index, limitBytes);
 }
 
-ArchiveResult ZipReader::Check(std::size_t index) {
+ArchiveResult ZipReader::ReadInParts(std::size_t index, const TakePart& take) {
   if (!archive_->Has(index)) return ArchiveResult::kNoSuchItem;
-  return archive_->Check(index);
+  return archive_->ReadInParts(index, take);
 }
+
+ArchiveResult ZipReader::Check(std::size_t index) {
+  return ReadInParts(index, [](std::string_view) {});
+}
+
+std::uint64_t ZipReader::SizeBytes() const { return archive_->SizeBytes(); }
 
 }  // namespace carrovan

@@ -34,8 +34,15 @@ class ZipReader {
   // The item's content; nothing when it is longer than the limit or does not pass Check.
   std::optional<std::vector<std::uint8_t>> Read(std::size_t index, std::size_t limitBytes);
 
+  // Hands an item's content on part by part, never more than it declares. What was handed on is the
+  // item's content only if the result says so.
+  using TakePart = ArchiveExaminer::TakePart;
+  [[nodiscard]] ArchiveResult ReadInParts(std::size_t index, const TakePart& take);
+
   // Reads an item whole and compares its size and checksum.
   [[nodiscard]] ArchiveResult Check(std::size_t index);
+
+  std::uint64_t SizeBytes() const;
 
  private:
   class Archive;

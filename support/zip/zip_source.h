@@ -25,6 +25,8 @@ class ArchiveInput {
 
   static zip_int64_t Call(void* self, void* data, zip_uint64_t length, zip_source_cmd_t command);
 
+  std::uint64_t SizeBytes() const { return sizeBytes_; }
+
  private:
   zip_int64_t Seek(void* data, zip_uint64_t length);
   zip_int64_t Describe(void* data) const;

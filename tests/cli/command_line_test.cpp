@@ -23,8 +23,8 @@ bool Holds(const std::wstring& text, const wchar_t* part) {
 TEST_F(CommandLine, HelpNamesEveryVerbAndTheExitStatuses) {
   EXPECT_EQ(Run({L"--help"}), ExitStatus::kDone);
   for (const wchar_t* part :
-       {L"versions", L"export", L"inspect", L"extract", L"rewrite", L"retarget", L"migrate-options",
-        L"--root", L"Examples:", L"Exit status: 0 done"}) {
+       {L"versions", L"export", L"inspect", L"verify", L"extract", L"rewrite", L"retarget",
+        L"migrate-options", L"--root", L"Examples:", L"Exit status: 0 done"}) {
     EXPECT_TRUE(Holds(console_.out, part)) << testing::PrintToString(part);
   }
   EXPECT_EQ(console_.err, L"");
@@ -48,6 +48,7 @@ TEST_F(CommandLine, WrongUsageIsStatusTwoWithAWordOnStandardError) {
       {L"fly"},
       {L"--root"},
       {L"inspect"},
+      {L"verify"},
       {L"extract", L"only-one"},
       {L"export", L"--version", L"2026", L"--output", L"x.ucex"},
       {L"export", L"--all", L"--output", L"x.ucex"},
@@ -100,8 +101,9 @@ TEST_F(CommandLine, MissingSandboxIsAFailureOnOneLine) {
 }
 
 TEST_F(CommandLine, MissingPackageIsAFailureOnOneLine) {
-  for (const Arguments& arguments : {Arguments{L"inspect", L"no-such.ucex"},
-                                     Arguments{L"extract", L"no-such.ucex", L"folder"}}) {
+  for (const Arguments& arguments :
+       {Arguments{L"inspect", L"no-such.ucex"}, Arguments{L"verify", L"no-such.ucex"},
+        Arguments{L"extract", L"no-such.ucex", L"folder"}}) {
     console_ = {};
     EXPECT_EQ(Run(arguments), ExitStatus::kFailed);
     EXPECT_EQ(console_.err, L"no-such.ucex is missing or is not a package\n");

@@ -8,7 +8,7 @@ import subprocess
 
 from machines import CLI, SandboxTest, make_sandbox, run_cli, small_sandbox
 
-VERBS = ("versions", "export", "inspect", "extract")
+VERBS = ("versions", "export", "inspect", "verify", "extract")
 
 
 class HelpTest(SandboxTest):

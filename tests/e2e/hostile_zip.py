@@ -15,6 +15,34 @@ ESCAPING_NAMES = (
     "com1.reg")
 
 
+HEADER = "Windows Registry Editor Version 5.00\r\n\r\n"
+RUN_KEY = r"HKEY_CURRENT_USER\SOFTWARE\Microsoft\Windows\CurrentVersion\Run"
+
+# Keys that a settings package has no business with, each in one more way to write a registry file.
+OUTSIDE_FILES = (
+    (HEADER + f'[{RUN_KEY}]\r\n"a"="calc.exe"\r\n').encode(),
+    b"\xff\xfe" + (HEADER + f"[{RUN_KEY}]\r\n").encode("utf-16-le"),
+    b"\xef\xbb\xbf" + (HEADER + f"[{RUN_KEY}]\r\n").encode(),
+    f"REGEDIT4\n\n[-{RUN_KEY}]\n".encode(),
+    b"REGEDIT4\n\n[HKLM\\SOFTWARE\\Vantric]\n",
+    (HEADER + "[HKEY_CURRENT_USER\\SOFTWARE\\Vantric]\r\n\"a\"=hex:01,\\\r\n"
+     f"[{RUN_KEY}]\r\n").encode(),
+    (HEADER + "[HKEY_CURRENT_USER\\SOFTWARE\\VantricX]\r\n").encode(),
+    (HEADER + f"  [{RUN_KEY}]\r\n").encode(),
+    (HEADER + "[HKEY_CURRENT_USER\\\\SOFTWARE\\Vantric]\r\n").encode(),
+)
+
+
+def registry_file(key, *values):
+    return (HEADER + "".join(line + "\r\n" for line in (f"[{key}]", *values))).encode()
+
+
+def make_bomb(path, gigabytes):
+    """A package of a few bytes that says of itself to hold gigabytes, in one item."""
+    make_package(path, [("config.ini", CONFIG), ("Local\\zeros.bin", b"0")])
+    declare_size(path, (gigabytes << 30) - 16)
+
+
 def make_package(path, entries):
     """Entries are (name, content) pairs, stored in order with the names as they stand."""
     with zipfile.ZipFile(path, "w", zipfile.ZIP_DEFLATED) as archive:
@@ -23,6 +51,13 @@ def make_package(path, entries):
             entry.compress_type = zipfile.ZIP_DEFLATED
             entry.filename = name
             archive.writestr(entry, content)
+
+
+def declare_size(path, size):
+    """Has the last entry of the directory claim another unpacked size."""
+    data = bytearray(path.read_bytes())
+    struct.pack_into("<I", data, data.rindex(b"PK\1\2") + 24, size)
+    path.write_bytes(data)
 
 
 def mark_encrypted(path, name):

@@ -134,6 +134,94 @@ class RefusedImportTest(BadImportTest):
         self.assert_refused(done, 1, "Temp")
 
 
+class UntrustedImportTest(BadImportTest):
+    """What could do harm is refused before anything is unpacked."""
+
+    OWN_KEY = r"HKEY_CURRENT_USER\SOFTWARE\Vantric\VANTRIC 28.0\General"
+
+    def assert_untrusted(self, done, *words):
+        for word in ("settings.ucex is not to be trusted: ", "; inspect lists the reasons, --trust",
+                     *words):
+            self.assert_import_refused(done, word)
+
+    def make_options(self, *contents, **names):
+        files = [(f"Options\\{number}.reg", content) for number, content in enumerate(contents)]
+        self.make_package(*files, *names.items(), config=description(labels=("Options",)))
+
+    def test_registry_files_with_keys_of_others(self):
+        for content in hostile_zip.OUTSIDE_FILES:
+            self.make_options(content)
+            self.assert_untrusted(self.run_import(), "Options\\0.reg: line ")
+
+    def test_registry_file_is_one_by_its_folder_and_not_by_its_extension(self):
+        for name in ("options/x.txt", "REGISTER\\x"):
+            self.make_package((name, hostile_zip.OUTSIDE_FILES[0]))
+            self.assert_untrusted(self.run_import(), hostile_zip.RUN_KEY)
+
+    def test_package_of_another_company_is_measured_by_the_one_that_is_installed(self):
+        key = r"HKEY_CURRENT_USER\SOFTWARE\Microsoft\Windows"
+        self.make_package(("Options\\a.reg", hostile_zip.registry_file(key)),
+                          config=description(company="Microsoft"))
+        self.assert_untrusted(self.run_import(), r"outside HKEY_CURRENT_USER\SOFTWARE\Vantric;")
+
+    def test_first_reason_is_named_and_the_others_are_counted(self):
+        good = hostile_zip.registry_file(self.OWN_KEY)
+        bad = hostile_zip.OUTSIDE_FILES[0]
+        self.make_options(good, bad, good)
+        self.assertNotIn("more reason", self.run_import().stderr)
+        self.make_options(good, bad, bad)
+        self.assert_untrusted(self.run_import(), "1.reg: line 3 names", " (and 1 more reason);")
+        self.make_options(bad, bad, bad)
+        self.assert_untrusted(self.run_import(), "0.reg: line 3 names", " (and 2 more reasons);")
+
+    def test_names_that_leave_the_destination_or_clash(self):
+        for names in (("..\\up.txt",), ("CON",), ("Local\\a.txt", "local/A.TXT"),
+                      ("Local\\a", "Local\\a\\b"), ("Options\\%TEMP%.reg",)):
+            self.make_package(*((name, b"x") for name in names))
+            self.assert_untrusted(self.run_import(), "the name ")
+
+    def test_absurd_size(self):
+        hostile_zip.make_bomb(self.package, 4)
+        self.assert_untrusted(self.run_import(), "bytes would unpack to 429496")
+
+    def test_trust_takes_the_package_all_the_same(self):
+        own = hostile_zip.registry_file(self.OWN_KEY, '"Trusted"="yes"')
+        self.make_options(own, hostile_zip.registry_file(
+            r"HKEY_CURRENT_USER\SOFTWARE\Elsewhere", '"a"="b"'))
+        self.assert_untrusted(self.run_import(), "Elsewhere")
+        done = self.run_import("--to", "2026", "--all", "--trust")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        registry = self.machine.state().registry
+        self.assertEqual(registry[self.OWN_KEY]["Trusted"], '"yes"')
+        self.assertEqual(registry[r"HKEY_CURRENT_USER\SOFTWARE\Elsewhere"], {"a": '"b"'})
+
+    def test_own_keys_need_no_trust(self):
+        self.make_options(hostile_zip.registry_file(self.OWN_KEY, '"Trusted"="yes"'))
+        done = self.run_import()
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertEqual(self.machine.state().registry[self.OWN_KEY]["Trusted"], '"yes"')
+
+    def test_registry_file_that_the_mending_spoils_is_not_imported(self):
+        ini = self.machine.sandbox.root / "product.ini"
+        text = ini.read_text("utf-8")
+        user = self.machine.sandbox.user
+        (self.machine.sandbox.root / "C/Users" / user).rename(
+            self.machine.sandbox.root / "C/Users/[x]")
+        ini.write_text(text.replace(f"UserName={user}", "UserName=[x]"), "utf-8")
+        self.machine.sandbox.profile = self.machine.sandbox.root / "C/Users/[x]/AppData"
+        spoilt = hostile_zip.registry_file(
+            self.OWN_KEY, '"Taken"=dword:00000001', '"Text"="first line', 'C:\\\\Users\\\\old\\\\second line"')
+        self.make_package(("Options\\0.reg", spoilt),
+                          config=description(release="2025", internal="27.0", labels=("Options",)))
+        done = self.run_import()
+        self.assertEqual(done.returncode, 3, done.stderr)
+        self.assertIn("Not imported into the registry: ", done.stderr)
+        self.assertNotIn("Taken", self.machine.state().registry[self.OWN_KEY])
+        done = self.run_import("--to", "2026", "--all", "--trust")
+        self.assertNotIn("Not imported into the registry: ", done.stderr)
+        self.assertIn("Taken", self.machine.state().registry[self.OWN_KEY])
+
+
 class PartialImportTest(BadImportTest):
     """Something could not be put in place; the rest is."""
 
@@ -154,7 +242,7 @@ class PartialImportTest(BadImportTest):
     def test_names_that_leave_the_destination(self):
         self.make_package(*((name, b"gotcha") for name in hostile_zip.ESCAPING_NAMES),
                           (LOCAL + "en-us\\CosmeticThread\\good.txt", b"good"))
-        done = self.run_import()
+        done = self.run_import("--to", "2026", "--all", "--trust")
         self.assert_partial(done, *("Failed to extract file: " for _ in
                                     hostile_zip.ESCAPING_NAMES))
         self.assertEqual(self.threads(), {"good.txt": b"good"})
@@ -168,7 +256,7 @@ class PartialImportTest(BadImportTest):
             "damaged.bin", "locked.bin", "twice.bin", "whole.bin")), (folder + "TWICE.bin", b"2"))
         hostile_zip.spoil_content(self.package, folder + "damaged.bin")
         hostile_zip.mark_encrypted(self.package, folder + "locked.bin")
-        done = self.run_import()
+        done = self.run_import("--to", "2026", "--all", "--trust")
         self.assertEqual(done.returncode, 3, done.stderr)
         for name in ("damaged.bin", "locked.bin"):
             self.assertIn(name, done.stderr)
@@ -271,7 +359,8 @@ class LegacyImportTest(BadImportTest):
 
     def test_item_that_cannot_be_unpacked_is_told_though_the_document_is_imported(self):
         self.make_legacy(("Scene_UI.xml", b"<scene/>"), ("..\\up.txt", b"gotcha"))
-        done = self.run_import("--all")
+        self.assert_import_refused(self.run_import("--all"), "is not to be trusted: ..\\up.txt")
+        done = self.run_import("--all", "--trust")
         self.assertEqual((done.returncode, done.stderr.count("\n")), (3, 1), done.stderr)
         self.assertIn("Failed to extract file: ", done.stderr)
         self.assertEqual(self.files_outside(), self.outside)
@@ -363,7 +452,8 @@ class BadResetTest(BadImportTest):
 
 class HelpTest(unittest.TestCase):
     def test_help_names_every_option(self):
-        for verb, words in (("import", ("PACKAGE", "--to", "--all", "--category", ".ucx")),
+        for verb, words in (("import", ("PACKAGE", "--to", "--all", "--category", "--trust",
+                                       ".ucx")),
                             ("reset", ("--all", "--category", "--yes"))):
             done = run_cli(verb, "--help")
             self.assertEqual((done.returncode, done.stderr), (0, ""))

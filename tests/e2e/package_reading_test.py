@@ -37,10 +37,39 @@ class HonestPackageTest(SandboxTest):
                          ["Vantric", "VANTRIC", "2026", "28.0"])
         self.assertEqual(found["categories"], expected_package.LABELS)
         self.assertEqual(found["refused"], [])
+        self.assertEqual(found["untrusted"], [])
         with zipfile.ZipFile(self.exported) as archive:
             expected = [{"name": entry.filename, "sizeBytes": entry.file_size,
                          "packedSizeBytes": entry.compress_size} for entry in archive.infolist()]
         self.assertEqual(found["entries"], expected)
+
+    def test_verify_finds_every_exported_package_sound(self):
+        done = run_cli("verify", self.exported)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        with zipfile.ZipFile(self.exported) as archive:
+            names = [entry.filename for entry in archive.infolist()]
+        self.assertEqual(done.stdout.splitlines()[-1],
+                         f"{self.exported}: {len(names)} entries, {self.registry_files(names)} "
+                         f"registry files, {self.documents(names)} documents: sound")
+
+    def test_verify_as_json_tells_the_same_to_programs(self):
+        done = run_cli("verify", self.exported, "--json")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        found = json.loads(done.stdout)
+        with zipfile.ZipFile(self.exported) as archive:
+            names = [entry.filename for entry in archive.infolist()]
+        self.assertEqual(found, {
+            "package": str(self.exported), "sound": True, "entries": len(names),
+            "registryFiles": self.registry_files(names), "documents": self.documents(names),
+            "findings": [], "notes": found["notes"]})
+
+    @staticmethod
+    def registry_files(names):
+        return sum(name.startswith(("Options\\", "Register\\")) for name in names)
+
+    @staticmethod
+    def documents(names):
+        return sum(name.lower().endswith(".xml") for name in names)
 
     def test_output_is_unicode_in_the_plainest_locale(self):
         done = run_cli("inspect", self.exported, encoding=None,
@@ -68,9 +97,21 @@ class HostilePackageTest(SandboxTest):
         self.out = self.folder / "a" / "b" / "out"
         self.out.parent.mkdir(parents=True)
 
-    def inspect(self):
+    def inspect(self, kind="refused"):
         done = run_cli("inspect", "--json", self.package)
-        return done, {item["name"]: item["reason"] for item in json.loads(done.stdout)["refused"]}
+        return done, {item["name"]: item["reason"] for item in json.loads(done.stdout)[kind]}
+
+    def verify(self):
+        """The findings by name; both faces of the verb tell the same."""
+        done = run_cli("verify", self.package)
+        as_json = run_cli("verify", "--json", self.package)
+        found = json.loads(as_json.stdout)
+        findings = [(item["name"], item["problem"]) for item in found["findings"]]
+        self.assertEqual((done.returncode, done.stderr), (as_json.returncode, as_json.stderr))
+        self.assertEqual(done.returncode, 1 if findings else 0)
+        self.assertEqual(found["sound"], not findings)
+        self.assertEqual(done.stderr.splitlines(), [f"{name}: {why}" for name, why in findings])
+        return dict(findings)
 
     def outside_files(self):
         files = {path for path in self.folder.rglob("*") if path.is_file()}
@@ -100,6 +141,81 @@ class HostilePackageTest(SandboxTest):
         self.assertEqual((done.returncode, done.stderr.count("\n")), (1, 1), done.stderr)
         self.assertEqual(set(refused),
                          {name.replace("/", "\\") for name in hostile_zip.ESCAPING_NAMES})
+
+    def test_inspect_and_verify_name_every_reason_for_distrust(self):
+        for content in hostile_zip.OUTSIDE_FILES:
+            hostile_zip.make_package(self.package, [
+                ("config.ini", hostile_zip.CONFIG), ("Register/x", content),
+                ("Local\\a.txt", b"1"), ("local\\A.TXT", b"2")])
+            done, untrusted = self.inspect("untrusted")
+            self.assertEqual((done.returncode, done.stderr.count("\n")), (1, 1), done.stderr)
+            self.assertEqual(sorted(untrusted), ["Register\\x", "local\\A.TXT"])
+            self.assertEqual({name: untrusted[name] for name in self.verify()
+                              if name in untrusted}, untrusted)
+
+    def test_inspect_as_text_names_the_reasons(self):
+        hostile_zip.make_package(self.package, [
+            ("config.ini", hostile_zip.CONFIG), ("Options\\x", hostile_zip.OUTSIDE_FILES[0])])
+        done = run_cli("inspect", self.package)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("\nNot trusted 1\n  Options\\x: line 3 names the key ", done.stdout)
+
+    def test_absurd_size_is_told_from_the_directory_alone(self):
+        hostile_zip.make_bomb(self.package, 4)
+        done, untrusted = self.inspect("untrusted")
+        self.assertEqual((done.returncode, list(untrusted)), (1, ["*"]))
+        self.assertIn("would unpack to 429496", untrusted["*"])
+        self.assertEqual(self.verify(), untrusted)
+        self.assertEqual(self.inspect()[1], {})
+
+    def test_entry_that_lies_about_its_size_unpacks_to_nothing(self):
+        hostile_zip.make_package(self.package, [
+            ("config.ini", hostile_zip.CONFIG), ("Local\\zeros.bin", bytes(9_000_000))])
+        hostile_zip.declare_size(self.package, 1000)
+        self.assertEqual(self.verify(), {"Local\\zeros.bin": "the data is damaged"})
+        done = run_cli("extract", self.package, self.out)
+        self.assertEqual((done.returncode, done.stderr.count("\n")), (3, 1), done.stderr)
+        self.assertEqual([path.name for path in self.out.rglob("*") if path.is_file()],
+                         ["config.ini"])
+
+    def test_verify_names_what_is_damaged_malformed_or_missing(self):
+        content = random.Random(7).randbytes(5_000)
+        hostile_zip.make_package(self.package, [
+            ("config.ini", hostile_zip.CONFIG.replace(b"[Base]", b"Wallpapers=1\r\n[Base]")),
+            ("Options\\none.reg", b"not a registry file"),
+            ("Local\\open.xml", b"<open>"), ("Local\\whole.xml", b"<whole/>"),
+            ("Local\\damaged.bin", content), ("Local\\locked.xml", content)])
+        hostile_zip.spoil_content(self.package, "Local\\damaged.bin")
+        hostile_zip.mark_encrypted(self.package, "Local\\locked.xml")
+        found = self.verify()
+        self.assertEqual(list(found), ["Local\\damaged.bin", "Local\\locked.xml", "config.ini",
+                                       "Options\\none.reg", "Local\\open.xml"])
+        self.assertEqual(found["Local\\damaged.bin"], "the data is damaged")
+        self.assertEqual(found["Local\\locked.xml"], "the data is encrypted")
+        self.assertEqual(found["config.ini"], '"Wallpapers" is not a category')
+        self.assertEqual(found["Options\\none.reg"], "this is not a registry file")
+
+    def test_verify_wants_a_description_with_four_values(self):
+        for config, count in ((b"", 5), (b"[Base]\r\nCOMPANY=Vantric\r\n", 3)):
+            hostile_zip.make_package(self.package, [("config.ini", config)])
+            done = run_cli("verify", self.package)
+            self.assertEqual((done.returncode, done.stderr.count("\n")), (1, count), done.stderr)
+            self.assertTrue(done.stdout.endswith(f": {count} findings\n"), done.stdout)
+
+    def test_verify_wants_one_document_of_a_legacy_package(self):
+        self.package = self.folder / "settings.ucx"
+        hostile_zip.make_package(self.package, [("Scene_UI.xml", b"<scene/>")])
+        self.assertEqual(self.verify(), {})
+        for entries in ([("a.txt", b"x")], [("a.xml", b"<a/>"), ("b.XML", b"<b/>")]):
+            hostile_zip.make_package(self.package, entries)
+            self.assertEqual(list(self.verify()), ["*.xml"])
+        hostile_zip.make_package(self.package, [("Scene_UI.xml", b"<scene>")])
+        self.assertEqual(list(self.verify()), ["Scene_UI.xml"])
+
+    def test_category_without_data_is_only_noted(self):
+        hostile_zip.make_package(self.package, [("config.ini", hostile_zip.CONFIG)])
+        self.assertEqual(self.verify(), {})
+        self.assertTrue(run_cli("verify", self.package).stdout.startswith("Note: Options: "))
 
     def test_percent_signs_in_names_are_only_characters(self):
         name = "Local\\%s%n%d %1$s.txt"
@@ -150,7 +266,8 @@ class HostilePackageTest(SandboxTest):
         for content in (b"", b"PK", b"MZ" + bytes(5000), data[:len(data) // 2], data[:-30],
                         "纯文本".encode()):
             self.package.write_bytes(content)
-            for command in (("inspect",), ("inspect", "--json"), ("extract",)):
+            for command in (("inspect",), ("inspect", "--json"), ("verify",), ("verify", "--json"),
+                            ("extract",)):
                 target = [self.out] if command[0] == "extract" else []
                 done = run_cli(*command, self.package, *target)
                 self.assert_refused(done, 1, "settings.ucex")
@@ -159,6 +276,7 @@ class HostilePackageTest(SandboxTest):
     def test_missing_package_and_folder_are_refused_in_one_line(self):
         for path in (self.folder / "missing.ucex", self.folder):
             self.assert_refused(run_cli("inspect", path), 1, path.name)
+            self.assert_refused(run_cli("verify", path), 1, path.name)
             self.assert_refused(run_cli("extract", path, self.out), 1, path.name)
         self.assertFalse(self.out.exists())
 

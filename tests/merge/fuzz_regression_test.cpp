@@ -32,6 +32,7 @@ TEST(FuzzRegression, RegistryRewrite) { Replay("registry_rewrite", FuzzRegistryR
 TEST(FuzzRegression, XmlRetarget) { Replay("xml_retarget", FuzzXmlRetarget); }
 TEST(FuzzRegression, Archive) { Replay("archive", FuzzArchive); }
 TEST(FuzzRegression, Description) { Replay("description", FuzzDescription); }
+TEST(FuzzRegression, RegistryScan) { Replay("registry_scan", FuzzRegistryScan); }
 
 }  // namespace
 }  // namespace carrovan

@@ -2,40 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/package/memory_archive.h"
+
 namespace carrovan {
 namespace {
-
-// An archive in memory whose items may be broken.
-class MemoryArchive : public ArchiveExaminer {
- public:
-  void Add(std::wstring name, std::string content, ArchiveResult state = ArchiveResult::kDone) {
-    items_.push_back({{std::move(name), content.size(), content.size() / 2}, content, state});
-  }
-
-  std::optional<ArchiveItem> Item(std::size_t index) const override {
-    if (index >= items_.size()) return std::nullopt;
-    return items_[index].item;
-  }
-  ArchiveResult Extract(std::size_t, const std::wstring&) override {
-    ADD_FAILURE() << "an inspection writes nothing";
-    return ArchiveResult::kTargetNotWritable;
-  }
-  std::optional<std::vector<std::uint8_t>> Read(std::size_t index, std::size_t limit) override {
-    const Stored& stored = items_.at(index);
-    if (stored.state != ArchiveResult::kDone || stored.content.size() > limit) return std::nullopt;
-    return std::vector<std::uint8_t>(stored.content.begin(), stored.content.end());
-  }
-  ArchiveResult Check(std::size_t index) override { return items_.at(index).state; }
-
- private:
-  struct Stored {
-    ArchiveItem item;
-    std::string content;
-    ArchiveResult state;
-  };
-
-  std::vector<Stored> items_;
-};
 
 constexpr char kDescription[] =
     "[Selected]\r\nOptions=1\r\nCosmetic Thread=1\r\nRegister=0\r\n[Base]\r\nCOMPANY=Vantric\r\n"
@@ -57,6 +27,8 @@ TEST(PackageInspection, TellsWhereASoundPackageComesFrom) {
   EXPECT_EQ(inspection.entries[1].name, L"Options\\General.reg");
   EXPECT_EQ(inspection.entries[1].sizeBytes, 4u);
   EXPECT_TRUE(inspection.refused.empty());
+  EXPECT_TRUE(inspection.untrusted.empty());
+  EXPECT_TRUE(inspection.contentWasRead);
 }
 
 TEST(PackageInspection, ReadsAUtf16Description) {
@@ -100,6 +72,44 @@ TEST(PackageInspection, DescriptionWithoutItsValuesIsNamedOncePerKey) {
   EXPECT_EQ(inspection.refused[0].reason, L"the key PRODUCT is missing");
   EXPECT_EQ(inspection.refused[1].reason, L"the key RELEASE VERSION is missing");
   EXPECT_EQ(inspection.refused[2].reason, L"the key INTERNAL VERSION is missing");
+}
+
+TEST(PackageInspection, MarksThatAreNoCategoriesAreKept) {
+  MemoryArchive archive;
+  archive.Add(L"config.ini", "[Selected]\r\nOptions=1\r\nWallpapers=1\r\n[Base]\r\nx=1\r\n");
+  EXPECT_EQ(InspectPackage(archive, false).unknownCategories, (Labels{L"Wallpapers"}));
+}
+
+TEST(PackageInspection, TellsWhyThePackageIsNotToBeTrusted) {
+  MemoryArchive archive;
+  archive.Add(L"config.ini", kDescription);
+  archive.Add(L"Options\\own.reg", "REGEDIT4\n[HKEY_CURRENT_USER\\SOFTWARE\\Vantric\\x]\n");
+  archive.Add(L"Options\\run.reg", "REGEDIT4\n[HKEY_CURRENT_USER\\SOFTWARE\\Microsoft\\x]\n");
+  const auto inspection = InspectPackage(archive, false);
+  EXPECT_TRUE(inspection.refused.empty());
+  ASSERT_EQ(inspection.untrusted.size(), 1u);
+  EXPECT_EQ(inspection.untrusted[0].name, L"Options\\run.reg");
+}
+
+TEST(PackageInspection, CompanyThatIsNoneIsAReasonForDistrust) {
+  for (const char* company : {"", "..\\x", "Microsoft"}) {
+    MemoryArchive archive;
+    archive.Add(L"config.ini", std::string("[Base]\r\nCOMPANY=") + company + "\r\n");
+    const auto inspection = InspectPackage(archive, false);
+    ASSERT_EQ(inspection.untrusted.size(), 1u) << company;
+    EXPECT_EQ(inspection.untrusted[0].name, L"config.ini");
+  }
+}
+
+TEST(PackageInspection, ReadsNothingOfAnAbsurdPackage) {
+  MemoryArchive archive;
+  archive.Add(L"config.ini", kDescription);
+  archive.Declare(L"Local\\zeros.bin", std::uint64_t{5} << 30, 1000);
+  const auto inspection = InspectPackage(archive, false);
+  EXPECT_EQ(archive.reads, 0);
+  EXPECT_FALSE(inspection.contentWasRead);
+  EXPECT_EQ(inspection.entries.size(), 2u);
+  EXPECT_EQ(inspection.untrusted.size(), 1u);
 }
 
 TEST(PackageInspection, HugeDescriptionIsNotRead) {

@@ -129,6 +129,17 @@ TEST(ProfileText, WritesValues) {
   }
 }
 
+TEST(ProfileText, ListsTheKeysOfTheFirstSectionOfAName) {
+  using Keys = std::vector<std::wstring>;
+  const wchar_t* kText =
+      L"early=1\r\n[S]\r\n b = 1\r\n; c=1\r\n\r\na\r\nB=2\r\n[T]\r\nd=1\r\n[s]\r\ne=1\r\n";
+  EXPECT_EQ(ProfileKeys(kText, L" s "), (Keys{L"b", L"a", L"B"}));
+  EXPECT_EQ(ProfileKeys(kText, L"T"), (Keys{L"d"}));
+  EXPECT_EQ(ProfileKeys(kText, L""), (Keys{L"early"}));
+  EXPECT_EQ(ProfileKeys(kText, L"U"), Keys());
+  EXPECT_EQ(ProfileKeys(L"", L"S"), Keys());
+}
+
 TEST(ProfileText, BuildsAFileSectionBySection) {
   std::wstring text;
   text = WithProfileValue(text, L"Selected", L"Options", L"1");

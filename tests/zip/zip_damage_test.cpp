@@ -122,6 +122,23 @@ TEST(DamagedZip, RefusesASizeThatIsNotTheContents) {
   }
 }
 
+TEST(DamagedZip, NeverHandsOnMoreThanAnItemDeclares) {
+  for (const std::size_t size : {std::size_t{1000}, 2 * kBufferBytes + 1000}) {
+    const std::string archive = ArchiveOf(std::string(size, 'x'));
+    for (const std::size_t declared : {std::size_t{0}, std::size_t{1}, size / 2, size - 1}) {
+      SCOPED_TRACE(declared);
+      const TempFolder folder;
+      const auto reader = ZipReader::Open(
+          folder.Put(L"a.zip", WithField(archive, kSize, 4, static_cast<std::uint32_t>(declared))));
+      ASSERT_NE(reader, nullptr);
+      std::size_t taken = 0;
+      EXPECT_EQ(reader->ReadInParts(0, [&](std::string_view part) { taken += part.size(); }),
+                ArchiveResult::kDamaged);
+      EXPECT_LE(taken, declared);
+    }
+  }
+}
+
 TEST(DamagedZip, RefusesAPackedSizeThatEndsTheDataTooEarly) {
   const std::string archive = ArchiveOf(SettingsText(1000));
   const std::uint32_t packedSize = NumberAt(archive, CentralRecord(archive, 0) + kPackedSize, 4);

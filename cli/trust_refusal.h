@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "cli/session.h"
+#include "platform/machine.h"
+
+namespace carrovan {
+
+// True, after saying why in one line, for a package that is not to be trusted with a machine.
+// Nothing is unpacked. What is no package at all is left to the import to refuse.
+bool RefuseUntrusted(const Session& session, const std::wstring& package, const Machine& machine);
+
+}  // namespace carrovan

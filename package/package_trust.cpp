@@ -1,0 +1,119 @@
+#include "package/package_trust.h"
+
+#include <algorithm>
+#include <limits>
+#include <set>
+
+#include "package/registry_file_scan.h"
+#include "platform/stored_name.h"
+#include "platform/text.h"
+
+namespace carrovan {
+namespace {
+
+// The system's own keys below HKEY_CURRENT_USER\SOFTWARE. What lies there decides which programs
+// are started, and when.
+constexpr std::wstring_view kSystemsOwnKeys[] = {
+    L"Classes",    L"Clients", L"Microsoft", L"ODBC", L"Policies", L"RegisteredApplications",
+    L"Wow6432Node"};
+
+// The names of a package's items, as the file system will tell them apart.
+class StoredNames {
+ public:
+  // Why a name, in which nothing else is wrong, cannot stand beside those that were taken before.
+  std::optional<std::wstring> Take(const std::wstring& name) {
+    if (!items_.insert(name).second) {
+      return L"the name is there already, but for the case of its letters";
+    }
+    bool mixed = false;
+    for (std::size_t at = name.find(L'\\'); at != std::wstring::npos;
+         at = name.find(L'\\', at + 1)) {
+      mixed = mixed || items_.contains(name.substr(0, at));
+      folders_.insert(name.substr(0, at));
+    }
+    if (mixed || folders_.contains(name)) return L"the name is a file's and a folder's";
+    return std::nullopt;
+  }
+
+ private:
+  using Names = std::set<std::wstring, NameLess>;
+  Names items_;
+  Names folders_;  // those that lie in the names, without trailing backslash
+};
+
+std::uint64_t SaturatedSum(std::uint64_t a, std::uint64_t b) {
+  constexpr auto kMost = std::numeric_limits<std::uint64_t>::max();
+  return a > kMost - b ? kMost : a + b;
+}
+
+// The command interpreter, through which the registry tool is started, would make another name of
+// one with a variable or a quote in it.
+bool IsPlainToInterpreter(std::wstring_view name) {
+  return name.find_first_of(L"%\"") == std::wstring_view::npos;
+}
+
+std::optional<std::wstring> RefusalOfRegistryFile(ArchiveExaminer& archive, std::size_t index,
+                                                  const std::wstring& name,
+                                                  const std::wstring& company) {
+  if (!IsPlainToInterpreter(name)) return L"the name holds a percent sign or a quote";
+  RegistryFileScan scan(company);
+  const ArchiveResult result =
+      archive.ReadInParts(index, [&scan](std::string_view part) { scan.Take(part); });
+  if (result == ArchiveResult::kDone) return scan.Finish();
+  return L"its keys cannot be told: " + DescribeArchiveResult(result);
+}
+
+}  // namespace
+
+bool IsRegistryFileName(std::wstring_view itemName) {
+  const std::size_t separator = itemName.find(L'\\');
+  if (separator == std::wstring_view::npos || separator + 1 == itemName.size()) return false;
+  if (itemName.find(L'\\', separator + 1) != std::wstring_view::npos) return false;
+  const std::wstring_view folder = itemName.substr(0, separator);
+  return CompareNames(folder, L"Options") == 0 || CompareNames(folder, L"Register") == 0;
+}
+
+std::optional<RefusedItem> RefusalOfSize(const ArchiveExaminer& archive) {
+  std::uint64_t unpacked = 0;
+  for (std::size_t index = 0; const auto item = archive.Item(index); ++index) {
+    unpacked = SaturatedSum(unpacked, item->sizeBytes);
+  }
+  const bool plausible = unpacked / kLargestPlausibleRatio <= archive.SizeBytes();
+  if (unpacked <= kHarmlessBytes || plausible) return std::nullopt;
+  return RefusedItem{L"*", L"a package of " + std::to_wstring(archive.SizeBytes()) +
+                               L" bytes would unpack to " + std::to_wstring(unpacked)};
+}
+
+std::optional<std::wstring> RefusalOfCompany(const std::wstring& company) {
+  if (company.empty()) return L"the company is empty";
+  if (company.find_first_of(L"\\[]") != std::wstring::npos) {
+    return L"the company holds a backslash or a bracket";
+  }
+  const auto isCompany = [&](std::wstring_view key) { return CompareNames(key, company) == 0; };
+  if (std::ranges::any_of(kSystemsOwnKeys, isCompany)) {
+    return L"the company's key belongs to the system";
+  }
+  return std::nullopt;
+}
+
+std::vector<RefusedItem> ReasonsForDistrust(ArchiveExaminer& archive, PackageKind kind,
+                                            const std::wstring& company) {
+  if (const auto absurd = RefusalOfSize(archive)) return {*absurd};
+  std::vector<RefusedItem> reasons;
+  StoredNames names;
+  for (std::size_t index = 0; const auto item = archive.Item(index); ++index) {
+    const std::wstring& name = item->name;
+    if (const auto refusal = RefusalOfStoredName(name)) {
+      reasons.push_back({name, L"the name " + *refusal});
+      continue;
+    }
+    if (const auto clash = names.Take(name)) reasons.push_back({name, *clash});
+    if (kind == PackageKind::kLegacy || !IsRegistryFileName(name)) continue;
+    if (const auto refusal = RefusalOfRegistryFile(archive, index, name, company)) {
+      reasons.push_back({name, *refusal});
+    }
+  }
+  return reasons;
+}
+
+}  // namespace carrovan

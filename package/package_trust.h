@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "package/refused_item.h"
+#include "platform/archive_library.h"
+
+namespace carrovan {
+
+// Reasons not to trust a package with a machine. Everything in a package may come from a stranger:
+// a registry key could start a program at the next logon, a name could lead somewhere else, a small
+// archive could fill the disk.
+
+// A package is absurd when it unpacks to more than a gigabyte and to more than a thousand times its
+// own size. Settings compress ten times at best, and the format itself ends at 1,032 times for
+// anything but overlapping items; below the gigabyte even that does no harm.
+inline constexpr std::uint64_t kLargestPlausibleRatio = 1000;
+inline constexpr std::uint64_t kHarmlessBytes = std::uint64_t{1} << 30;
+
+enum class PackageKind {
+  kFull,    // ".ucex": a description, folders and registry files
+  kLegacy,  // ".ucx": one document; its folders mean nothing
+};
+
+// True for the items that an import gives to the registry tool, whatever their extension: those
+// directly in the folders "Options" and "Register".
+bool IsRegistryFileName(std::wstring_view itemName);
+
+// Why a package is absurd, told from its directory alone; nothing for any other.
+std::optional<RefusedItem> RefusalOfSize(const ArchiveExaminer& archive);
+
+// Why a package's company names no place of its own in the registry.
+std::optional<std::wstring> RefusalOfCompany(const std::wstring& company);
+
+// Every reason, in the order of the items; none for a package to trust. The registry files may name
+// keys of this company. Of an absurd package only the size is told and no content is read; of
+// others the registry files are.
+std::vector<RefusedItem> ReasonsForDistrust(ArchiveExaminer& archive, PackageKind kind,
+                                            const std::wstring& company);
+
+}  // namespace carrovan

@@ -1,0 +1,157 @@
+#include "package/registry_file_scan.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/reg_file_parser.h"
+#include "platform/registry_path.h"
+#include "platform/text.h"
+
+namespace carrovan {
+namespace {
+
+// Longer than any key can be; a line of bytes or a piece of a text is rarely as long.
+constexpr std::size_t kLongestKeptLine = kMostKeyLevels * (kLongestKeyName + 1) + 256;
+
+// Enough to recognize a key by.
+constexpr std::size_t kLongestShownKey = 200;
+
+constexpr std::wstring_view kAllowedRoot = L"HKEY_CURRENT_USER\\SOFTWARE\\";
+constexpr std::wstring_view kNotUnderstood =
+    L"could be taken for a key, but not for one that can be understood";
+
+// Takes a name off the front of a path in plain spelling: one backslash between two names.
+std::wstring_view TakePlainName(std::wstring_view& path) {
+  const std::wstring_view name = path.substr(0, path.find(L'\\'));
+  path.remove_prefix(std::min(name.size() + 1, path.size()));
+  return name;
+}
+
+bool IsAllowedKey(std::wstring_view path, std::wstring_view company) {
+  return HiveOfRoot(TakePlainName(path)) == RegistryHive::kCurrentUser &&
+         CompareNames(TakePlainName(path), L"SOFTWARE") == 0 &&
+         CompareNames(TakePlainName(path), company) == 0;
+}
+
+bool IsPlainlySpelled(std::wstring_view path) {
+  return !path.empty() && !path.starts_with(L'\\') && !path.ends_with(L'\\') &&
+         path.find(L"\\\\") == std::wstring_view::npos;
+}
+
+bool IsBlankOrComment(std::wstring_view text) {
+  const std::size_t first = text.find_first_not_of(L" \t");
+  return first == std::wstring_view::npos || text[first] == L';';
+}
+
+bool HoldsRootName(std::wstring_view line) {
+  constexpr std::wstring_view kStart = L"HKEY_";
+  for (std::size_t at = 0; at + kStart.size() <= line.size(); ++at) {
+    if (EqualsIgnoringAsciiCase(line.substr(at, kStart.size()), kStart)) return true;
+  }
+  return false;
+}
+
+std::wstring KeyOutside(std::wstring_view path, std::wstring_view company) {
+  std::wstring shown(path.substr(0, kLongestShownKey));
+  if (path.size() > kLongestShownKey) shown += L"...";
+  return L"names the key " + shown + L", which lies outside " + std::wstring(kAllowedRoot) +
+         std::wstring(company);
+}
+
+// What is wrong with a line that begins with a bracket. Tools may end the key at the first closing
+// bracket or at the last one, so that both keys must be allowed.
+std::optional<std::wstring> RefusalOfKeyLine(std::wstring_view line, std::wstring_view company) {
+  const std::size_t last = line.rfind(L']');
+  if (last == std::wstring_view::npos || !IsBlankOrComment(line.substr(last + 1))) {
+    return std::wstring(kNotUnderstood);
+  }
+  for (const std::size_t close : {line.find(L']'), last}) {
+    std::wstring_view path = line.substr(1, close - 1);
+    if (path.starts_with(L'-')) path.remove_prefix(1);
+    if (!IsPlainlySpelled(path)) return std::wstring(kNotUnderstood);
+    if (!IsAllowedKey(path, company)) return KeyOutside(path, company);
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+RegistryFileScan::RegistryFileScan(std::wstring company) : company_(std::move(company)) {}
+
+void RegistryFileScan::Take(std::string_view part) {
+  for (const char byte : part) {
+    if (refusal_) return;
+    if (encodingKnown_) {
+      TakeByte(byte);
+      continue;
+    }
+    mark_.push_back(byte);
+    if (mark_.size() < 2) continue;
+    encodingKnown_ = true;
+    isUtf16_ = mark_ == "\xFF\xFE";
+    if (!isUtf16_) std::ranges::for_each(mark_, [this](char early) { TakeByte(early); });
+  }
+}
+
+std::optional<std::wstring> RegistryFileScan::Finish() {
+  if (!encodingKnown_) std::ranges::for_each(mark_, [this](char early) { TakeByte(early); });
+  EndLine();
+  return refusal_;
+}
+
+void RegistryFileScan::TakeByte(char byte) {
+  if (!isUtf16_) return TakeUnit(static_cast<unsigned char>(byte));
+  if (!firstHalf_) {
+    firstHalf_ = byte;
+    return;
+  }
+  const auto low = static_cast<unsigned char>(*firstHalf_);
+  const auto high = static_cast<unsigned char>(byte);
+  firstHalf_.reset();
+  TakeUnit(static_cast<char16_t>(low | high << 8));
+}
+
+// Every control character but the tab ends a line here, since one tool or another stops reading at
+// it. So UTF-16 without its mark ends a line at every second byte and is not understood.
+void RegistryFileScan::TakeUnit(char16_t unit) {
+  if (unit < u' ' && unit != u'\t') {
+    EndLine();
+    if (unit == u'\n') ++lineNumber_;
+    return;
+  }
+  if (line_ == Line::kBlank && unit != u' ' && unit != u'\t') {
+    const bool passed = unit == u'"' || unit == u'@' || unit == u';';
+    line_ = passed ? Line::kPassed : Line::kKept;
+  }
+  if (line_ != Line::kKept) return;
+  kept_.push_back(unit);
+  if (kept_.size() > kLongestKeptLine) Refuse(L"is too long to be understood");
+}
+
+void RegistryFileScan::EndLine() {
+  if (line_ == Line::kKept && !refusal_) Judge(KeptText());
+  line_ = Line::kBlank;
+  kept_.clear();
+}
+
+// Headers, bytes that go on and lines within a text are none of this class's business.
+void RegistryFileScan::Judge(std::wstring_view line) {
+  if (line.front() == L'[') {
+    if (const auto refusal = RefusalOfKeyLine(line, company_)) Refuse(*refusal);
+  } else if (line.find(L'[') != std::wstring_view::npos || HoldsRootName(line)) {
+    Refuse(kNotUnderstood);
+  }
+}
+
+void RegistryFileScan::Refuse(std::wstring_view problem) {
+  refusal_ = L"line " + std::to_wstring(lineNumber_) + L" " + std::wstring(problem);
+}
+
+std::wstring RegistryFileScan::KeptText() const {
+  if (isUtf16_) return FromUtf16(kept_);
+  std::string bytes;
+  for (const char16_t unit : kept_) bytes.push_back(static_cast<char>(unit));
+  return FromUtf8(bytes);
+}
+
+}  // namespace carrovan

@@ -1,0 +1,172 @@
+#include "package/package_trust.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/text.h"
+#include "tests/package/memory_archive.h"
+
+namespace carrovan {
+namespace {
+
+constexpr char kGood[] = "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\SOFTWARE\\Vantric\\x]\r\n";
+constexpr char kBad[] = "REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantric]\r\n";
+
+std::vector<RefusedItem> Reasons(ArchiveExaminer& archive, PackageKind kind = PackageKind::kFull) {
+  return ReasonsForDistrust(archive, kind, L"Vantric");
+}
+
+TEST(PackageTrust, RegistryFilesAreThoseThatAnImportImports) {
+  for (const wchar_t* name : {L"Options\\General.reg", L"Register\\a", L"OPTIONS\\x.txt",
+                              L"register\\.reg", L"Options\\Local"}) {
+    EXPECT_TRUE(IsRegistryFileName(name)) << ToUtf8(name);
+  }
+  for (const wchar_t* name : {L"", L"Options", L"Options\\", L"Options\\sub\\a.reg", L"a.reg",
+                              L"Local\\Options\\a.reg", L"Optionsx\\a.reg", L"\\Options\\a.reg"}) {
+    EXPECT_FALSE(IsRegistryFileName(name)) << ToUtf8(name);
+  }
+}
+
+TEST(PackageTrust, TakesASoundPackage) {
+  MemoryArchive archive;
+  archive.Add(L"config.ini", "[Base]");
+  archive.Add(L"Options\\General.reg", kGood);
+  archive.Add(L"Register\\none.txt", "not a registry file");
+  archive.Add(L"Options\\sub\\a.reg", kBad);
+  archive.Add(L"Local\\a.reg", kBad);
+  archive.Add(L"Local\\", "");
+  EXPECT_TRUE(Reasons(archive).empty());
+}
+
+TEST(PackageTrust, NamesEachRegistryFileWithAKeyOutside) {
+  MemoryArchive archive;
+  archive.Add(L"options\\a.txt", kBad);
+  archive.Add(L"Options\\b.reg", kGood);
+  archive.Add(L"REGISTER\\c", kBad);
+  const auto reasons = Reasons(archive);
+  ASSERT_EQ(reasons.size(), 2U);
+  EXPECT_EQ(reasons[0], (RefusedItem{L"options\\a.txt",
+                                     L"line 3 names the key HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantric, "
+                                     L"which lies outside HKEY_CURRENT_USER\\SOFTWARE\\Vantric"}));
+  EXPECT_EQ(reasons[1].name, L"REGISTER\\c");
+}
+
+TEST(PackageTrust, DistrustsARegistryFileThatCannotBeRead) {
+  for (const ArchiveResult state :
+       {ArchiveResult::kDamaged, ArchiveResult::kEncrypted, ArchiveResult::kMethodUnsupported}) {
+    MemoryArchive archive;
+    archive.Add(L"Options\\a.reg", kGood, state);
+    EXPECT_EQ(Reasons(archive),
+              (std::vector<RefusedItem>{{L"Options\\a.reg", L"its keys cannot be told: " +
+                                                                DescribeArchiveResult(state)}}));
+  }
+}
+
+TEST(PackageTrust, DistrustsARegistryFileWhoseNameACommandLineWouldChange) {
+  for (const wchar_t* name :
+       {L"Options\\%TEMP%.reg", L"Register\\a%b.reg", L"Options\\a\" b.reg"}) {
+    MemoryArchive archive;
+    archive.Add(name, kGood);
+    EXPECT_EQ(Reasons(archive).size(), 1U) << ToUtf8(name);
+  }
+}
+
+TEST(PackageTrust, DistrustsNamesThatLeadElsewhere) {
+  MemoryArchive archive;
+  archive.Add(L"..\\evil.txt", "x");
+  archive.Add(L"Local\\nul.txt", "x");
+  archive.Add(L"", "x");
+  const auto reasons = Reasons(archive);
+  ASSERT_EQ(reasons.size(), 3U);
+  EXPECT_EQ(reasons[0], (RefusedItem{L"..\\evil.txt", L"the name leads out of the folder"}));
+  EXPECT_EQ(reasons[1].reason, L"the name names a device");
+  EXPECT_EQ(reasons[2].reason, L"the name is empty");
+}
+
+TEST(PackageTrust, DistrustsNamesThatAreTheSameToTheFileSystem) {
+  MemoryArchive archive;
+  archive.Add(L"Local\\a.txt", "1");
+  archive.Add(L"Local\\A.TXT", "2");
+  archive.Add(L"Local\\\xE4", "3");
+  archive.Add(L"Local\\\xC4", "4");
+  archive.Add(L"Local\\a", "5");
+  const auto reasons = Reasons(archive);
+  ASSERT_EQ(reasons.size(), 2U);
+  EXPECT_EQ(reasons[0].name, L"Local\\A.TXT");
+  EXPECT_EQ(reasons[1].name, L"Local\\\xC4");
+}
+
+TEST(PackageTrust, DistrustsNamesThatAreAFilesAndAFolders) {
+  const std::vector<std::pair<const wchar_t*, const wchar_t*>> clashes = {
+      {L"Local", L"local\\a"}, {L"Local\\a\\b", L"LOCAL\\a"}, {L"a\\", L"A"}, {L"a", L"a\\"}};
+  for (const auto& [first, second] : clashes) {
+    MemoryArchive archive;
+    archive.Add(first, "1");
+    archive.Add(second, "2");
+    const auto reasons = Reasons(archive);
+    ASSERT_EQ(reasons.size(), 1U) << ToUtf8(second);
+    EXPECT_EQ(reasons[0], (RefusedItem{second, L"the name is a file's and a folder's"}));
+  }
+  MemoryArchive apart;
+  for (const wchar_t* name : {L"a\\", L"a\\b", L"a\\b.c", L"ab", L"a\\bc\\d", L"A\\bc\\e"}) {
+    apart.Add(name, "x");
+  }
+  EXPECT_TRUE(Reasons(apart).empty());
+}
+
+TEST(PackageTrust, FoldersOfALegacyPackageMeanNothing) {
+  MemoryArchive archive;
+  archive.Add(L"Options\\a.reg", kBad);
+  EXPECT_TRUE(Reasons(archive, PackageKind::kLegacy).empty());
+  archive.Add(L"..\\a", "x");
+  EXPECT_EQ(Reasons(archive, PackageKind::kLegacy).size(), 1U);
+}
+
+struct SizeRow {
+  std::uint64_t sizeBytes;
+  std::uint64_t packedSizeBytes;
+  bool absurd;
+};
+
+TEST(PackageTrust, DistrustsOnlyAbsurdSizes) {
+  constexpr std::uint64_t kGigabyte = std::uint64_t{1} << 30;
+  for (const SizeRow& row :
+       {SizeRow{kGigabyte, 1, false}, SizeRow{kGigabyte + 1, 1, true},
+        SizeRow{5 * kGigabyte, kGigabyte, false}, SizeRow{5 * kGigabyte, kGigabyte / 100, false},
+        SizeRow{5 * kGigabyte, kGigabyte / 250, true}, SizeRow{~std::uint64_t{0}, kGigabyte, true},
+        SizeRow{0, 0, false}}) {
+    MemoryArchive archive;
+    archive.Declare(L"Local\\a", row.sizeBytes, row.packedSizeBytes);
+    EXPECT_EQ(RefusalOfSize(archive).has_value(), row.absurd)
+        << row.sizeBytes << " from " << row.packedSizeBytes;
+  }
+}
+
+TEST(PackageTrust, SizesThatOverflowTogetherAreAbsurd) {
+  MemoryArchive archive;
+  archive.Declare(L"Local\\a", ~std::uint64_t{0}, 1);
+  archive.Declare(L"Local\\b", 2, 1);
+  EXPECT_TRUE(RefusalOfSize(archive));
+}
+
+TEST(PackageTrust, ReadsNothingOfAnAbsurdPackage) {
+  MemoryArchive archive;
+  archive.Add(L"Options\\a.reg", kBad);
+  archive.Declare(L"Local\\a", std::uint64_t{5} << 30, 1000);
+  const auto reasons = Reasons(archive);
+  ASSERT_EQ(reasons.size(), 1U);
+  EXPECT_EQ(reasons[0].name, L"*");
+  EXPECT_EQ(archive.reads, 0);
+}
+
+TEST(PackageTrust, CompanyMustNameAPlaceOfItsOwn) {
+  for (const wchar_t* company : {L"", L"Vantric\\x", L"\\", L"a]b", L"a[b", L"Microsoft",
+                                 L"CLASSES", L"policies", L"Wow6432Node"}) {
+    EXPECT_TRUE(RefusalOfCompany(company)) << ToUtf8(company);
+  }
+  for (const wchar_t* company : {L"Vantric", L"ORMA", L"Microsoft Partner", L"A & B", L".."}) {
+    EXPECT_FALSE(RefusalOfCompany(company)) << ToUtf8(company);
+  }
+}
+
+}  // namespace
+}  // namespace carrovan
