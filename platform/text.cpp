@@ -101,6 +101,7 @@ constexpr CaseRange kLowerCase[] = {
 };
 
 char16_t UpperUnit(char16_t unit) {
+  if (unit < 0x80) return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 32) : unit;
   for (const CaseRange& range : kLowerCase) {
     if (unit < range.first || unit > range.last) continue;
     if ((unit - range.first) % range.step != 0) return unit;
