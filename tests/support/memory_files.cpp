@@ -10,13 +10,18 @@ namespace {
 
 std::wstring Folded(const std::wstring& path) {
   std::wstring folded;
+  folded.reserve(path.size());
+  bool isAscii = true;
+  wchar_t last = 0;
   for (const wchar_t c : path) {
     const bool separator = c == L'\\' || c == L'/';
-    if (separator && folded.ends_with(L'\\')) continue;
-    folded.push_back(separator ? L'\\' : c);
+    if (separator && last == L'\\') continue;
+    last = separator ? L'\\' : c >= L'a' && c <= L'z' ? static_cast<wchar_t>(c - 32) : c;
+    isAscii = isAscii && static_cast<char32_t>(c) < 0x80;
+    folded.push_back(last);
   }
-  if (folded.ends_with(L'\\')) folded.pop_back();
-  return FromUtf16(FoldedName(folded));
+  if (last == L'\\') folded.pop_back();
+  return isAscii ? folded : FromUtf16(FoldedName(folded));
 }
 
 std::wstring ParentOf(const std::wstring& folded) {

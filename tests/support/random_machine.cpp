@@ -73,7 +73,7 @@ std::size_t RandomMachine::Below(std::size_t bound) { return random_() % bound; 
 
 void RandomMachine::Install() {
   for (const wchar_t* language : kLanguages) {
-    if (languages_.empty() || Chance(40)) languages_.emplace_back(language);
+    if (languages_.empty() || Chance(30)) languages_.emplace_back(language);
   }
   for (const std::wstring& language : languages_) {
     files.PutFolder(kInstall + L"AppData\\" + language);
@@ -106,7 +106,7 @@ void RandomMachine::FillProductFolder(const std::wstring& base, bool roaming, Pu
   for (const CategoryRecord& record : CategoryTable()) {
     const std::wstring subfolder(record.subfolder);
     const bool isRoaming = record.storage == CategoryStorage::kRoamingLanguage;
-    if (subfolder.empty() || isRoaming != roaming || Chance(45)) continue;
+    if (subfolder.empty() || isRoaming != roaming || Chance(65)) continue;
     if (record.storage == CategoryStorage::kLocalSingle) {
       FillFolder(base, subfolder, put);
       continue;
@@ -118,7 +118,7 @@ void RandomMachine::FillProductFolder(const std::wstring& base, bool roaming, Pu
 }
 
 void RandomMachine::FillFolder(const std::wstring& folder, const std::wstring& subfolder, Put put) {
-  for (std::size_t left = Below(4); left > 0; --left) {
+  for (std::size_t left = Below(3); left > 0; --left) {
     const std::wstring name = OneOf(kNames);
     const std::wstring below = OneOf(kSubfolders);
     (this->*put)(folder + subfolder + L"\\" + below + name, ContentFor(name, subfolder));
