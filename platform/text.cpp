@@ -101,6 +101,7 @@ constexpr CaseRange kLowerCase[] = {
 };
 
 char16_t UpperUnit(char16_t unit) {
+  if (unit < 0x80) return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 32) : unit;
   for (const CaseRange& range : kLowerCase) {
     if (unit < range.first || unit > range.last) continue;
     if ((unit - range.first) % range.step != 0) return unit;
@@ -182,8 +183,16 @@ int CompareNames(std::wstring_view a, std::wstring_view b) {
 }
 
 std::u16string FoldedName(std::wstring_view name) {
-  std::u16string folded = ToUtf16(name);
-  for (char16_t& unit : folded) unit = UpperUnit(unit);
+  std::u16string folded(name.size(), u'\0');
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    // Beyond the 16-bit range a character is two units; such names are rare.
+    if (static_cast<char32_t>(name[i]) > 0xFFFF) {
+      folded = ToUtf16(name);
+      for (char16_t& unit : folded) unit = UpperUnit(unit);
+      return folded;
+    }
+    folded[i] = UpperUnit(static_cast<char16_t>(name[i]));
+  }
   return folded;
 }
 

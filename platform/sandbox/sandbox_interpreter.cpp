@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "platform/reg_file_parser.h"
+#include "platform/reg_file_writer.h"
 #include "platform/registry_command.h"
 #include "platform/registry_path.h"
 #include "platform/sandbox/host_file.h"
-#include "platform/sandbox/reg_file_writer.h"
 #include "platform/text_encoding.h"
 
 namespace carrovan {

@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/reg_file_apply.h"
+#include "platform/reg_file_writer.h"
 #include "platform/sandbox/host_file.h"
 #include "platform/sandbox/host_path.h"
-#include "platform/sandbox/reg_file_writer.h"
 #include "platform/text_encoding.h"
 #include "support/zip/part_file.h"
 
@@ -15,32 +16,6 @@ namespace {
 std::size_t IndexOf(RegistryHive hive) { return static_cast<std::size_t>(hive); }
 
 constexpr RegistryHive kHives[] = {RegistryHive::kCurrentUser, RegistryHive::kLocalMachine};
-
-void ApplyKeyChange(const RegKeyChange& change, RegistryKey& root) {
-  if (change.remove) {
-    root.Remove(change.keyPath);
-    return;
-  }
-  RegistryKey& key = root.Make(change.keyPath);
-  for (const RegValueChange& value : change.values) {
-    if (value.remove) {
-      key.RemoveValue(value.value.name);
-    } else {
-      key.SetValue(value.value);
-    }
-  }
-}
-
-void Apply(const RegFile& file, RegistryHive hive, RegistryKey& root) {
-  for (const RegKeyChange& change : file.keys) {
-    if (change.hive == hive) ApplyKeyChange(change, root);
-  }
-}
-
-bool Concerns(const RegFile& file, RegistryHive hive) {
-  return std::any_of(file.keys.begin(), file.keys.end(),
-                     [hive](const RegKeyChange& change) { return change.hive == hive; });
-}
 
 // What keeps a text from being the whole content of one hive.
 std::optional<std::wstring> ProblemOf(const std::optional<RegFile>& file, RegistryHive hive) {
@@ -105,7 +80,7 @@ bool SandboxRegistry::Merge(const RegFile& file) {
   bool merged = true;
   for (const RegistryHive hive : kHives) {
     if (!Concerns(file, hive)) continue;
-    merged = Change(hive, [&](RegistryKey& root) { Apply(file, hive, root); }) && merged;
+    merged = Change(hive, [&](RegistryKey& root) { ApplyRegFile(file, hive, root); }) && merged;
   }
   return merged;
 }
@@ -175,7 +150,7 @@ std::optional<std::wstring> SandboxRegistry::LoadHive(RegistryHive hive, Registr
   if (status != FileStatus::kDone) return name + L"the file cannot be read";
   const auto file = ParseRegFile(DecodeText(content).text);
   if (auto problem = ProblemOf(file, hive)) return name + *problem;
-  Apply(*file, hive, root);
+  ApplyRegFile(*file, hive, root);
   return std::nullopt;
 }
 

@@ -10,7 +10,7 @@
 #include "platform/reg_file_parser.h"
 #include "platform/registry.h"
 #include "platform/registry_editor.h"
-#include "platform/sandbox/registry_key.h"
+#include "platform/registry_key.h"
 
 namespace carrovan {
 

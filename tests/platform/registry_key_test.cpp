@@ -1,4 +1,4 @@
-#include "platform/sandbox/registry_key.h"
+#include "platform/registry_key.h"
 
 #include <gtest/gtest.h>
 

@@ -10,14 +10,18 @@ namespace {
 
 std::wstring Folded(const std::wstring& path) {
   std::wstring folded;
+  folded.reserve(path.size());
+  bool isAscii = true;
+  wchar_t last = 0;
   for (const wchar_t c : path) {
     const bool separator = c == L'\\' || c == L'/';
-    if (separator && folded.ends_with(L'\\')) continue;
-    folded.push_back(separator ? L'\\'
-                               : (c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + 32) : c));
+    if (separator && last == L'\\') continue;
+    last = separator ? L'\\' : c >= L'a' && c <= L'z' ? static_cast<wchar_t>(c - 32) : c;
+    isAscii = isAscii && static_cast<char32_t>(c) < 0x80;
+    folded.push_back(last);
   }
-  if (folded.ends_with(L'\\')) folded.pop_back();
-  return folded;
+  if (last == L'\\') folded.pop_back();
+  return isAscii ? folded : FromUtf16(FoldedName(folded));
 }
 
 std::wstring ParentOf(const std::wstring& folded) {
@@ -29,6 +33,10 @@ std::wstring ParentOf(const std::wstring& folded) {
 
 SystemCode MemoryFiles::Fault(const std::string& operation, const std::wstring& path) const {
   return fault ? fault(operation, path) : kSystemOk;
+}
+
+SystemCode MemoryFiles::MissingCode(const std::wstring& path) const {
+  return IsFolder(ParentOf(Folded(path))) ? kFileNotFound : kPathNotFound;
 }
 
 const MemoryFiles::Entry* MemoryFiles::Find(const std::wstring& path) const {
@@ -104,8 +112,9 @@ std::vector<FolderEntry> MemoryFiles::ListFolder(const std::wstring& folder) con
        ++at) {
     if (at->first.find(L'\\', front.size()) == std::wstring::npos) found.push_back(&at->second);
   }
-  std::sort(found.begin(), found.end(),
-            [](const Entry* a, const Entry* b) { return a->order < b->order; });
+  std::sort(found.begin(), found.end(), [this](const Entry* a, const Entry* b) {
+    return listsByName ? CompareNames(a->name, b->name) < 0 : a->order < b->order;
+  });
   std::vector<FolderEntry> listed;
   for (const Entry* const entry : found) {
     FolderEntry& added = listed.emplace_back();
@@ -118,7 +127,7 @@ std::vector<FolderEntry> MemoryFiles::ListFolder(const std::wstring& folder) con
 SystemCode MemoryFiles::ReadFolder(const std::wstring& folder,
                                    std::vector<FolderEntry>& entries) const {
   if (const SystemCode code = Fault("list", folder); code != kSystemOk) return code;
-  if (!IsFolder(folder)) return kPathNotFound;
+  if (!IsFolder(folder)) return Exists(folder) ? kNotAFolder : kPathNotFound;
   entries = ListFolder(folder);
   return kSystemOk;
 }
@@ -126,7 +135,7 @@ SystemCode MemoryFiles::ReadFolder(const std::wstring& folder,
 SystemCode MemoryFiles::ReadBytes(const std::wstring& path, std::string& bytes) const {
   if (const SystemCode code = Fault("read", path); code != kSystemOk) return code;
   const Entry* const entry = Find(path);
-  if (entry == nullptr) return kFileNotFound;
+  if (entry == nullptr) return MissingCode(path);
   if (entry->isFolder) return kAccessDenied;
   bytes = entry->bytes;
   return kSystemOk;
@@ -165,7 +174,7 @@ SystemCode MemoryFiles::CreateEmptyFile(const std::wstring& path) { return Write
 SystemCode MemoryFiles::RemoveFile(const std::wstring& path) {
   if (const SystemCode code = Fault("remove", path); code != kSystemOk) return code;
   const Entry* const entry = Find(path);
-  if (entry == nullptr) return kFileNotFound;
+  if (entry == nullptr) return MissingCode(path);
   if (entry->isFolder || entry->readOnly) return kAccessDenied;
   entries_.erase(Folded(path));
   return Done("remove", path);
@@ -173,7 +182,8 @@ SystemCode MemoryFiles::RemoveFile(const std::wstring& path) {
 
 SystemCode MemoryFiles::RemoveFolder(const std::wstring& path) {
   if (const SystemCode code = Fault("remove folder", path); code != kSystemOk) return code;
-  if (!IsFolder(path)) return kPathNotFound;
+  if (!Exists(path)) return MissingCode(path);
+  if (!IsFolder(path)) return kNotAFolder;
   if (!ListFolder(path).empty()) return kFolderNotEmpty;
   entries_.erase(Folded(path));
   return Done("remove folder", path);
@@ -196,13 +206,15 @@ SystemCode MemoryFiles::AppendBytes(const std::wstring& path, std::string_view b
 SystemCode MemoryFiles::CopyOver(const std::wstring& source, const std::wstring& target) {
   if (const SystemCode code = Fault("copy", source); code != kSystemOk) return code;
   const Entry* const entry = Find(source);
-  if (entry == nullptr || entry->isFolder) return kFileNotFound;
+  if (entry == nullptr) return MissingCode(source);
+  if (entry->isFolder) return kAccessDenied;
   const SystemCode code = Store(target, entry->bytes);
   return code == kSystemOk ? Done("copy", target) : code;
 }
 
 SystemCode MemoryFiles::MoveFolder(const std::wstring& source, const std::wstring& target) {
   if (!IsFolder(ParentOf(Folded(target)))) return kPathNotFound;
+  if (Folded(target).starts_with(Folded(source) + L'\\')) return kInvalidName;
   std::vector<std::pair<std::wstring, Entry>> inside;
   const std::wstring front = Folded(source) + L'\\';
   for (auto at = entries_.lower_bound(front);
@@ -216,16 +228,22 @@ SystemCode MemoryFiles::MoveFolder(const std::wstring& source, const std::wstrin
   return Done("move", target);
 }
 
+SystemCode MemoryFiles::MoveFile(const std::wstring& source, const std::wstring& target) {
+  if (!IsFolder(ParentOf(Folded(target)))) return kPathNotFound;
+  const Entry moved = *Find(source);
+  entries_.erase(Folded(source));
+  Entry& added = Add(target);
+  added.bytes = moved.bytes;
+  added.readOnly = moved.readOnly;
+  return Done("move", target);
+}
+
 SystemCode MemoryFiles::MoveTo(const std::wstring& source, const std::wstring& target) {
   if (const SystemCode code = Fault("move", source); code != kSystemOk) return code;
   const Entry* const entry = Find(source);
-  if (entry == nullptr) return kFileNotFound;
+  if (entry == nullptr) return MissingCode(source);
   if (Exists(target)) return kAlreadyExists;
-  if (entry->isFolder) return MoveFolder(source, target);
-  const SystemCode code = Store(target, entry->bytes);
-  if (code != kSystemOk) return code;
-  entries_.erase(Folded(source));
-  return Done("move", target);
+  return entry->isFolder ? MoveFolder(source, target) : MoveFile(source, target);
 }
 
 }  // namespace carrovan

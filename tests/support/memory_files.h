@@ -9,8 +9,9 @@
 
 namespace carrovan {
 
-// Files in memory, for tests that need many of them or need them to fail. Lists a folder in the
-// order in which its entries were made. Both slashes separate, case does not count.
+// Files in memory, for tests that need many of them or need them to fail. Both
+// slashes separate, case does not count. It says neither that a name is not fit for a file nor that
+// one is too long.
 class MemoryFiles : public FileSystem {
  public:
   // Asked before every operation that answers with a code, with the operation's name and its
@@ -18,6 +19,9 @@ class MemoryFiles : public FileSystem {
   std::function<SystemCode(const std::string& operation, const std::wstring& path)> fault;
 
   std::size_t partBytes = 4096;  // of what ReadInParts gives at a time
+
+  // A folder is listed by name, as the systems do, and not in the order in which it was filled.
+  bool listsByName = false;
 
   std::vector<std::wstring> changes;  // "operation path" for each change that was made
 
@@ -55,6 +59,8 @@ class MemoryFiles : public FileSystem {
     bool readOnly = false;
   };
 
+  SystemCode MissingCode(const std::wstring& path) const;
+  SystemCode MoveFile(const std::wstring& source, const std::wstring& target);
   SystemCode Fault(const std::string& operation, const std::wstring& path) const;
   const Entry* Find(const std::wstring& path) const;
   SystemCode Store(const std::wstring& path, std::string bytes);

@@ -2,9 +2,9 @@
 
 #include "platform/path_text.h"
 #include "platform/profile_text.h"
-#include "platform/reg_file_parser.h"
+#include "platform/reg_file_apply.h"
+#include "platform/reg_file_writer.h"
 #include "platform/registry_command.h"
-#include "platform/sandbox/reg_file_writer.h"
 #include "platform/stored_name.h"
 #include "platform/text.h"
 #include "platform/text_encoding.h"
@@ -110,21 +110,6 @@ class EndedCommand : public RunningCommand {
   bool succeeded_;
 };
 
-void ApplyKeyChange(const RegKeyChange& change, RegistryKey& root) {
-  if (change.remove) {
-    root.Remove(change.keyPath);
-    return;
-  }
-  RegistryKey& key = root.Make(change.keyPath);
-  for (const RegValueChange& value : change.values) {
-    if (value.remove) {
-      key.RemoveValue(value.value.name);
-    } else {
-      key.SetValue(value.value);
-    }
-  }
-}
-
 }  // namespace
 
 std::wstring MemoryRegistry::Text(RegistryHive hive, const std::wstring& keyPath) const {
@@ -229,8 +214,8 @@ bool MemoryInterpreter::Import(const std::wstring& file) {
   if (files_.ReadBytes(file, bytes) != kSystemOk) return false;
   const auto parsed = ParseRegFile(TextOf(bytes));
   if (!parsed) return false;
-  for (const RegKeyChange& change : parsed->keys) {
-    ApplyKeyChange(change, registry_.Root(change.hive));
+  for (const RegistryHive hive : {RegistryHive::kCurrentUser, RegistryHive::kLocalMachine}) {
+    ApplyRegFile(*parsed, hive, registry_.Root(hive));
   }
   return true;
 }

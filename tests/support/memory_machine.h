@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/machine.h"
-#include "platform/sandbox/registry_key.h"
+#include "platform/registry_key.h"
 #include "platform/sandbox/utf8_code_page.h"
 #include "tests/support/fakes.h"
 #include "tests/support/memory_files.h"

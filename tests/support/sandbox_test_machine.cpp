@@ -1,6 +1,6 @@
 #include <stdexcept>
 
-#include "platform/sandbox/reg_file_writer.h"
+#include "platform/reg_file_writer.h"
 #include "platform/sandbox/sandbox_machine.h"
 #include "platform/text.h"
 #include "tests/support/temporary_folder.h"

@@ -3,8 +3,8 @@
 #include <string>
 
 #include "platform/registry.h"
+#include "platform/registry_key.h"
 #include "platform/registry_path.h"
-#include "platform/sandbox/registry_key.h"
 
 namespace carrovan {
 

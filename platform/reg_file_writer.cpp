@@ -1,4 +1,4 @@
-#include "platform/sandbox/reg_file_writer.h"
+#include "platform/reg_file_writer.h"
 
 #include <cstddef>
 #include <utility>

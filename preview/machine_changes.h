@@ -1,0 +1,60 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/file_image.h"
+#include "platform/registry.h"
+#include "preview/overlay_registry.h"
+#include "preview/overlay_tree.h"
+
+namespace carrovan {
+
+// What is otherwise than before on a machine. Only what really differs: a file that was written
+// again with the same bytes is no change, a name in another case is the same name. What lies below
+// an added or removed folder or key is told of one by one. A file in place of a folder, or the
+// reverse, is a removal and an addition.
+
+enum class Change { kAdded, kReplaced, kRemoved };
+
+struct FileChange {
+  std::wstring path;
+  Change change = Change::kAdded;
+  bool isFolder = false;
+  FileImage before;  // absent for what was added
+  FileImage after;   // absent for what was removed
+};
+
+struct KeyChange {
+  RegistryHive hive = RegistryHive::kCurrentUser;
+  std::wstring path;
+  Change change = Change::kAdded;  // or kRemoved
+};
+
+struct ValueChange {
+  RegistryHive hive = RegistryHive::kCurrentUser;
+  std::wstring key;
+  std::wstring name;  // empty for the key's default value
+  std::optional<RegistryValue> before;
+  std::optional<RegistryValue> after;
+};
+
+// Each list is in the order of CompareNames: by path, and by hive, key and name.
+struct MachineChanges {
+  std::vector<FileChange> files;
+  std::vector<KeyChange> keys;
+  std::vector<ValueChange> values;
+
+  bool IsEmpty() const { return files.empty() && keys.empty() && values.empty(); }
+};
+
+// The files of an overlay that differ from those of the machine below it.
+std::vector<FileChange> FileChangesOf(const OverlayTree& tree, const FileReader& overlay,
+                                      const FileReader& machine);
+
+// Fills the keys and values in which an overlay differs from the registry below it.
+void AddRegistryChanges(const OverlayRegistry& overlay, const RegistryReader& machine,
+                        MachineChanges& changes);
+
+}  // namespace carrovan

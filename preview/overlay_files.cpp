@@ -1,0 +1,234 @@
+#include "preview/overlay_files.h"
+
+#include <algorithm>
+
+#include "platform/text.h"
+#include "reset/folder_wipe.h"
+
+namespace carrovan {
+namespace {
+
+FolderEntry EntryOf(const OverlayNode& node, const std::wstring& name) {
+  return {name, node.kind == SeenKind::kFolder, node.isLink && !node.isNew};
+}
+
+bool ListedBefore(const FolderEntry& a, const FolderEntry& b) {
+  const int order = CompareNames(a.name, b.name);
+  return order != 0 ? order < 0 : a.name < b.name;
+}
+
+bool IsBelow(const OverlayPath& path, const OverlayPath& folder) {
+  if (!IsSamePath(path.root, folder.root) || path.names.size() < folder.names.size()) return false;
+  return std::equal(folder.names.begin(), folder.names.end(), path.names.begin(), IsSamePath);
+}
+
+}  // namespace
+
+std::unique_ptr<OverlayFiles> OverlayFiles::Open(const Machine& machine, std::wstring& reason) {
+  const auto temp = machine.folders.TempPath();
+  const auto guid = machine.guids.NewGuid();
+  if (!temp || !guid || guid->size() < 2) {
+    reason = L"no folder for the preview: the system tells no temporary path or no GUID";
+    return nullptr;
+  }
+  const std::wstring spool = *temp + guid->substr(1, guid->size() - 2);
+  if (const SystemCode code = machine.files.CreateFolder(spool); code != kSystemOk) {
+    reason = L"no folder for the preview: " + spool + L": " + DescribeSystemCode(code);
+    return nullptr;
+  }
+  return std::unique_ptr<OverlayFiles>(new OverlayFiles(machine.files, spool));
+}
+
+OverlayFiles::OverlayFiles(FileSystem& machine, std::wstring spool)
+    : machine_(machine), spool_(std::move(spool)), tree_(machine) {
+  if (const auto path = ParseOverlayPath(spool_)) tree_.Hide(*path);
+}
+
+OverlayFiles::~OverlayFiles() { static_cast<void>(WipeFolder(machine_, spool_)); }
+
+std::wstring OverlayFiles::Locate(const std::wstring& path) const {
+  const Seen seen = Look(path);
+  return seen.kind == SeenKind::kFile ? seen.real : JoinNames(spool_, L"none");
+}
+
+std::wstring OverlayFiles::NewSpoolFile() { return JoinNames(spool_, std::to_wstring(++spooled_)); }
+
+SystemCode OverlayFiles::Adopt(const std::wstring& spoolFile, const std::wstring& path) {
+  if (const SystemCode code = CodeOfWriting(path); code != kSystemOk) return code;
+  tree_.PutFile(*ParseOverlayPath(path), spoolFile);
+  return kSystemOk;
+}
+
+Seen OverlayFiles::Look(const std::wstring& path) const {
+  const auto parsed = ParseOverlayPath(path);
+  return parsed ? tree_.Look(*parsed) : Seen();
+}
+
+bool OverlayFiles::IsReadOnly(const Seen& seen) const {
+  const bool isMade = seen.node != nullptr && seen.node->isNew;
+  return seen.kind == SeenKind::kFile && !isMade && machine_.IsReadOnly(seen.real);
+}
+
+SystemCode OverlayFiles::MissingCode(const OverlayPath& path) const {
+  return tree_.Look(path.Parent()).kind == SeenKind::kFolder ? kFileNotFound : kPathNotFound;
+}
+
+SystemCode OverlayFiles::CodeOfWriting(const std::wstring& path) const {
+  const auto parsed = ParseOverlayPath(path);
+  if (!parsed || !parsed->mayBeMade) return kInvalidName;
+  const Seen seen = tree_.Look(*parsed);
+  if (seen.kind == SeenKind::kFolder || IsReadOnly(seen)) return kAccessDenied;
+  return tree_.Look(parsed->Parent()).kind == SeenKind::kFolder ? kSystemOk : kPathNotFound;
+}
+
+SystemCode OverlayFiles::CodeOfReading(const std::wstring& path, Seen& seen) const {
+  const auto parsed = ParseOverlayPath(path);
+  if (!parsed) return kInvalidName;
+  seen = tree_.Look(*parsed);
+  if (seen.kind == SeenKind::kMissing) return MissingCode(*parsed);
+  return seen.kind == SeenKind::kFolder ? kAccessDenied : kSystemOk;
+}
+
+bool OverlayFiles::Exists(const std::wstring& path) const {
+  const Seen seen = Look(path);
+  return seen.IsOfMachine() ? machine_.Exists(seen.real) : seen.kind != SeenKind::kMissing;
+}
+
+bool OverlayFiles::IsFolder(const std::wstring& path) const {
+  return Look(path).kind == SeenKind::kFolder;
+}
+
+bool OverlayFiles::IsLink(const std::wstring& path) const { return Look(path).isLink; }
+
+bool OverlayFiles::IsReadOnly(const std::wstring& path) const { return IsReadOnly(Look(path)); }
+
+std::vector<FolderEntry> OverlayFiles::ListFolder(const std::wstring& folder) const {
+  std::vector<FolderEntry> entries;
+  static_cast<void>(ReadFolder(folder, entries));
+  return entries;
+}
+
+SystemCode OverlayFiles::ReadFolder(const std::wstring& folder,
+                                    std::vector<FolderEntry>& entries) const {
+  const Seen seen = Look(folder);
+  if (seen.IsOfMachine()) return machine_.ReadFolder(seen.real, entries);
+  if (seen.kind != SeenKind::kFolder) {
+    return seen.kind == SeenKind::kFile ? kNotAFolder : kPathNotFound;
+  }
+  std::vector<FolderEntry> machine;
+  if (!seen.real.empty()) {
+    const SystemCode code = machine_.ReadFolder(seen.real, machine);
+    if (code != kSystemOk) return code;
+  }
+  entries = Merged(*seen.node, machine);
+  return kSystemOk;
+}
+
+std::vector<FolderEntry> OverlayFiles::Merged(const OverlayNode& folder,
+                                              const std::vector<FolderEntry>& machine) const {
+  std::vector<FolderEntry> merged;
+  for (const FolderEntry& entry : machine) {
+    const auto node = folder.below.find(FoldedName(entry.name));
+    if (node == folder.below.end()) {
+      merged.push_back(entry);
+    } else if (node->second->kind != SeenKind::kMissing && node->second->name.empty()) {
+      merged.push_back(EntryOf(*node->second, entry.name));
+    }
+  }
+  for (const auto& [folded, node] : folder.below) {
+    if (node->kind != SeenKind::kMissing && !node->name.empty()) {
+      merged.push_back(EntryOf(*node, node->name));
+    }
+  }
+  std::sort(merged.begin(), merged.end(), ListedBefore);
+  return merged;
+}
+
+SystemCode OverlayFiles::ReadBytes(const std::wstring& path, std::string& bytes) const {
+  Seen seen;
+  const SystemCode code = CodeOfReading(path, seen);
+  return code == kSystemOk ? machine_.ReadBytes(seen.real, bytes) : code;
+}
+
+SystemCode OverlayFiles::ReadInParts(const std::wstring& path, const TakePart& take) const {
+  Seen seen;
+  const SystemCode code = CodeOfReading(path, seen);
+  return code == kSystemOk ? machine_.ReadInParts(seen.real, take) : code;
+}
+
+SystemCode OverlayFiles::CreateFolder(const std::wstring& path) {
+  const auto parsed = ParseOverlayPath(path);
+  if (!parsed || !parsed->mayBeMade) return kInvalidName;
+  if (tree_.Look(*parsed).kind != SeenKind::kMissing) return kAlreadyExists;
+  if (tree_.Look(parsed->Parent()).kind != SeenKind::kFolder) return kPathNotFound;
+  tree_.PutNewFolder(*parsed);
+  return kSystemOk;
+}
+
+SystemCode OverlayFiles::CreateEmptyFile(const std::wstring& path) { return WriteBytes(path, {}); }
+
+SystemCode OverlayFiles::RemoveFile(const std::wstring& path) {
+  Seen seen;
+  if (const SystemCode code = CodeOfReading(path, seen); code != kSystemOk) return code;
+  if (!seen.isLink && IsReadOnly(seen)) return kAccessDenied;
+  tree_.Remove(*ParseOverlayPath(path));
+  return kSystemOk;
+}
+
+SystemCode OverlayFiles::RemoveFolder(const std::wstring& path) {
+  const auto parsed = ParseOverlayPath(path);
+  if (!parsed) return kInvalidName;
+  const Seen seen = tree_.Look(*parsed);
+  if (seen.kind == SeenKind::kMissing) return MissingCode(*parsed);
+  if (seen.kind == SeenKind::kFile) return kNotAFolder;
+  std::vector<FolderEntry> entries;
+  if (!seen.isLink) {
+    const SystemCode code = ReadFolder(path, entries);
+    if (code != kSystemOk) return code;
+  }
+  if (!entries.empty()) return kFolderNotEmpty;
+  tree_.Remove(*parsed);
+  return kSystemOk;
+}
+
+SystemCode OverlayFiles::WriteBytes(const std::wstring& path, std::string_view bytes) {
+  if (const SystemCode code = CodeOfWriting(path); code != kSystemOk) return code;
+  const std::wstring spoolFile = NewSpoolFile();
+  if (const SystemCode code = machine_.WriteBytes(spoolFile, bytes); code != kSystemOk) return code;
+  return Adopt(spoolFile, path);
+}
+
+SystemCode OverlayFiles::AppendBytes(const std::wstring& path, std::string_view bytes) {
+  if (const SystemCode code = CodeOfWriting(path); code != kSystemOk) return code;
+  std::string content;
+  const SystemCode code = ReadBytes(path, content);
+  if (code != kSystemOk && code != kFileNotFound) return code;
+  return WriteBytes(path, content.append(bytes));
+}
+
+// The machine's file is read to its end, as copying would: one that cannot be read is not copied.
+SystemCode OverlayFiles::CopyOver(const std::wstring& source, const std::wstring& target) {
+  Seen seen;
+  if (const SystemCode code = CodeOfReading(source, seen); code != kSystemOk) return code;
+  if (seen.IsOfMachine()) {
+    const auto look = [](std::string_view, std::uint64_t) {};
+    const SystemCode code = machine_.ReadInParts(seen.real, look);
+    if (code != kSystemOk) return code;
+  }
+  return Adopt(seen.real, target);
+}
+
+SystemCode OverlayFiles::MoveTo(const std::wstring& source, const std::wstring& target) {
+  const auto from = ParseOverlayPath(source);
+  const auto to = ParseOverlayPath(target);
+  if (!from || !to || !to->mayBeMade) return kInvalidName;
+  const SeenKind kind = tree_.Look(*from).kind;
+  if (kind == SeenKind::kMissing) return MissingCode(*from);
+  if (tree_.Look(*to).kind != SeenKind::kMissing) return kAlreadyExists;
+  if (tree_.Look(to->Parent()).kind != SeenKind::kFolder) return kPathNotFound;
+  if (IsBelow(*to, *from)) return kInvalidName;
+  tree_.Move(*from, *to);
+  return kSystemOk;
+}
+
+}  // namespace carrovan

@@ -1,0 +1,118 @@
+// A preview tells exactly what the run does, for whatever machine.
+//
+// CARROVAN_PREVIEW_CASES gives another number of cases, CARROVAN_PREVIEW_SEED the one seed to play.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <iterator>
+
+#include "platform/text.h"
+#include "preview/overlay_machine.h"
+#include "tests/support/machine_snapshot.h"
+#include "tests/support/random_run.h"
+
+namespace carrovan {
+namespace {
+
+unsigned FromEnvironment(const char* name, unsigned otherwise) {
+  const char* const text = std::getenv(name);
+  return text == nullptr ? otherwise : static_cast<unsigned>(std::strtoul(text, nullptr, 10));
+}
+
+// Wine takes its time for every document.
+#ifdef CARROVAN_WIDE_MAIN
+constexpr unsigned kCases = 150;
+#else
+constexpr unsigned kCases = 3000;
+#endif
+
+std::vector<std::string> Plain(const std::vector<std::wstring>& lines) {
+  std::vector<std::string> plain;
+  for (const std::wstring& line : lines) plain.push_back(WithoutGuids(line));
+  return plain;
+}
+
+// Both lists are sorted.
+void ExpectSame(const std::vector<std::string>& foreseen,
+                const std::vector<std::string>& happened) {
+  std::vector<std::string> differing;
+  std::set_symmetric_difference(foreseen.begin(), foreseen.end(), happened.begin(), happened.end(),
+                                std::back_inserter(differing));
+  for (const std::string& line : differing) {
+    const bool wasForeseen = std::binary_search(foreseen.begin(), foreseen.end(), line);
+    ADD_FAILURE() << (wasForeseen ? "did not happen: " : "was not foreseen: ") << line;
+  }
+}
+
+bool IsInOrder(const MachineChanges& changes) {
+  return std::is_sorted(
+      changes.files.begin(), changes.files.end(),
+      [](const FileChange& a, const FileChange& b) { return CompareNames(a.path, b.path) < 0; });
+}
+
+class PreviewProperty : public testing::Test {
+ protected:
+  // True when the run changed something.
+  bool Play(unsigned seed) {
+    RandomMachine machine(seed);
+    const MachineSnapshot before = TakeSnapshot(machine);
+    MachineChanges foreseen;
+    const RunEnding preview = Preview(machine, foreseen);
+    EXPECT_TRUE(TakeSnapshot(machine) == before) << "the preview left traces";
+
+    const RunEnding real = PlayRandomRun(machine, machine.Ports());
+    const MachineChanges happened = DifferenceOf(before, TakeSnapshot(machine));
+    ExpectSame(LinesOf(foreseen), LinesOf(happened));
+    EXPECT_TRUE(IsInOrder(foreseen));
+    EXPECT_EQ(Plain(preview.report.problems), Plain(real.report.problems));
+    EXPECT_EQ(Plain(preview.view.messages), Plain(real.view.messages));
+    EXPECT_EQ(preview.report.unextracted, real.report.unextracted);
+    EXPECT_EQ(preview.view.finishText, real.view.finishText);
+    changedFiles_ += happened.files.size();
+    changedValues_ += happened.values.size();
+    problems_ += real.report.problems.size();
+    return !happened.IsEmpty();
+  }
+
+  std::size_t changedFiles_ = 0;
+  std::size_t changedValues_ = 0;
+  std::size_t problems_ = 0;
+
+ private:
+  static RunEnding Preview(RandomMachine& machine, MachineChanges& foreseen) {
+    std::wstring reason;
+    const auto overlay = OverlayMachine::Open(machine.Ports(), reason);
+    if (overlay == nullptr) {
+      ADD_FAILURE() << WithoutGuids(reason);
+      return {};
+    }
+    RunEnding ending = PlayRandomRun(machine, overlay->Ports());
+    foreseen = overlay->Changes();
+    return ending;
+  }
+};
+
+TEST_F(PreviewProperty, ForetellsEveryRunExactly) {
+  if (const unsigned seed = FromEnvironment("CARROVAN_PREVIEW_SEED", 0); seed != 0) {
+    Play(seed);
+    return;
+  }
+  const unsigned cases = FromEnvironment("CARROVAN_PREVIEW_CASES", kCases);
+  unsigned changing = 0;
+  for (unsigned seed = 1; seed <= cases && !HasFailure(); ++seed) {
+    SCOPED_TRACE("CARROVAN_PREVIEW_SEED=" + std::to_string(seed));
+    if (Play(seed)) ++changing;
+  }
+  // Cases that do nothing prove nothing.
+  EXPECT_GT(changing, cases / 2);
+  EXPECT_GT(changedFiles_, cases);
+  EXPECT_GT(changedValues_, cases);
+  EXPECT_GT(problems_, cases / 20);
+  std::cout << cases << " cases, " << changing << " changed something: " << changedFiles_
+            << " files, " << changedValues_ << " values; " << problems_ << " problems told\n";
+}
+
+}  // namespace
+}  // namespace carrovan
