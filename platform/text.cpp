@@ -185,13 +185,14 @@ int CompareNames(std::wstring_view a, std::wstring_view b) {
 std::u16string FoldedName(std::wstring_view name) {
   std::u16string folded(name.size(), u'\0');
   for (std::size_t i = 0; i < name.size(); ++i) {
+    const auto unit = static_cast<char16_t>(name[i]);
     // Beyond the 16-bit range a character is two units; such names are rare.
-    if (static_cast<char32_t>(name[i]) > 0xFFFF) {
+    if (unit != name[i]) {
       folded = ToUtf16(name);
-      for (char16_t& unit : folded) unit = UpperUnit(unit);
+      for (char16_t& each : folded) each = UpperUnit(each);
       return folded;
     }
-    folded[i] = UpperUnit(static_cast<char16_t>(name[i]));
+    folded[i] = UpperUnit(unit);
   }
   return folded;
 }
