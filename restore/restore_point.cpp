@@ -108,10 +108,10 @@ std::optional<RestorePoint> ReadRestorePoint(const FileReader& files, const std:
   RestorePoint point;
   point.id = id;
   point.folder = root + L"\\" + id;
-  if (!IsRestorePointId(id)) return std::nullopt;
-  if (files.ReadBytes(point.folder + L"\\" + kJournalName, journal) != kSystemOk) {
-    return std::nullopt;
-  }
+  if (!IsRestorePointId(id) || !files.IsFolder(point.folder)) return std::nullopt;
+  const std::wstring path = point.folder + L"\\" + kJournalName;
+  if (files.Exists(path) && files.ReadBytes(path, journal) != kSystemOk) return std::nullopt;
+  if (journal.find('\n') == std::string::npos) return point;
   PointReader reader(point);
   std::string_view rest = journal;
   for (auto end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n')) {

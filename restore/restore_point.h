@@ -49,7 +49,7 @@ struct RestorePoint {
 std::vector<std::wstring> RestorePointIds(const FileReader& files, const std::wstring& root);
 
 // Nothing when there is no such point or its journal does not begin as one. A line that is cut
-// short or damaged is passed over.
+// short or damaged is passed over. A point whose run was killed before it noted anything is empty.
 std::optional<RestorePoint> ReadRestorePoint(const FileReader& files, const std::wstring& root,
                                              const std::wstring& id);
 

@@ -8,6 +8,7 @@ namespace carrovan {
 UndoReport UndoChanges(const RestorePoint& point, const UndoChoice& choice,
                        const Machine& machine) {
   UndoReport report;
+  if (point.files.empty() && point.keys.empty() && point.scratch.empty()) return report;
   UndoKeys(point, choice, machine, report);
   UndoFiles(point, choice, machine.files, report);
   const bool everything = !choice.includesFile && !choice.includesKey;

@@ -39,6 +39,19 @@ TEST_F(RestorePointTest, IsNoneWithoutABeginning) {
   EXPECT_EQ(ReadRestorePoint(machine.files, Root(), L".."), std::nullopt);
 }
 
+TEST_F(RestorePointTest, IsEmptyWhenItsRunWasKilledAtOnce) {
+  const std::wstring id = L"2026-01-01T000000Z";
+  const std::wstring folder = Root() + L"\\" + id;
+  machine.files.PutFolder(folder);
+  for (const char* journal : {"", "{\"record\":\"point be"}) {
+    machine.files.Put(folder + L"\\" + kJournalName, journal);
+    const auto point = ReadRestorePoint(machine.files, Root(), id);
+    ASSERT_TRUE(point);
+    EXPECT_TRUE(point->files.empty());
+    EXPECT_TRUE(UndoChanges(*point, {}, machine.Ports()).IsComplete());
+  }
+}
+
 TEST_F(RestorePointTest, PrunesTheOldestAndNothingElse) {
   for (const wchar_t* id : {L"2026-01-01T000000Z", L"2025-01-01T000000Z"}) {
     machine.files.Put(Root() + L"\\" + id + L"\\" + kJournalName, "x");
