@@ -25,7 +25,14 @@ class PlayableSandbox:
         registry = {}
         for hive in ("HKEY_CURRENT_USER", "HKEY_LOCAL_MACHINE"):
             registry.update(registry_file.parse(self.sandbox.registry_bytes(hive)))
-        return State(files_below(self.sandbox.profile), registry)
+        return State(without_restore_points(files_below(self.sandbox.profile)), registry)
+
+
+def without_restore_points(files):
+    """The program's own, which no run and no undo counts among what it changes."""
+    own = "Local/Carrovan"
+    return {path: content for path, content in files.items()
+            if path != own and not path.startswith(own + "/")}
 
 
 def files_below(folder):
