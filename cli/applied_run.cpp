@@ -4,6 +4,8 @@
 
 #include "cli/console_log.h"
 #include "cli/json_text.h"
+#include "preview/fulfilment.h"
+#include "preview/overlay_machine.h"
 #include "restore/recorded_machine.h"
 
 namespace carrovan {
@@ -23,6 +25,33 @@ nlohmann::json ToJson(const std::vector<std::wstring>& lines) {
   return array;
 }
 
+// The words of a run that only serves to foresee another are not shown twice.
+class SilentConsole : public Console {
+ public:
+  void Out(std::wstring_view) override {}
+  void Err(std::wstring_view) override {}
+  bool ErrIsTerminal() const override { return false; }
+  bool IsOutWhole() const override { return true; }
+};
+
+// What the run would change, or nothing after saying why that cannot be told. A run that is refused
+// changes nothing.
+std::optional<MachineChanges> Foresee(const Session& session, const Machine& machine,
+                                      const Run& run) {
+  std::wstring reason;
+  const auto overlay = OverlayMachine::Open(machine, reason);
+  if (!overlay) {
+    session.Fail(reason);
+    return std::nullopt;
+  }
+  SilentConsole silent;
+  Session quiet(silent);
+  quiet.root = session.root;
+  CollectedLog log;
+  static_cast<void>(run(quiet, overlay->Ports(), log));
+  return overlay->Changes();
+}
+
 // One run from its restore point to what is printed of it.
 class ChosenRun {
  public:
@@ -31,6 +60,9 @@ class ChosenRun {
       : session_(session), choice_(choice), about_(about), machine_(machine) {}
 
   ExitStatus Do(const Run& run) {
+    if (choice_.verify && !(foreseen_ = Foresee(session_, machine_, run))) {
+      return ExitStatus::kFailed;
+    }
     if (!choice_.noRestorePoint && !BeginRestorePoint()) return ExitStatus::kFailed;
     ConsoleLog console(session_);
     LineLog& log = choice_.json ? static_cast<LineLog&>(log_) : console;
@@ -74,7 +106,17 @@ class ChosenRun {
     if (!restorePoint_.empty()) {
       session_.Print(L"Restore point: " + restorePoint_ + L" ('undo' puts everything back)");
     }
+    if (foreseen_) session_.Print(VerificationText());
     session_.Print(applied.finishText);
+  }
+
+  std::size_t ForeseenCount() const {
+    return foreseen_->files.size() + foreseen_->keys.size() + foreseen_->values.size();
+  }
+
+  std::wstring VerificationText() const {
+    return L"Read back: " + std::to_wstring(ForeseenCount()) + L" changes, " +
+           std::to_wstring(differences_.size()) + L" not as they were to become";
   }
 
   nlohmann::json Document(const AppliedRun& applied, ExitStatus status) {
@@ -92,7 +134,12 @@ class ChosenRun {
                                {"problems", ToJson(applied.report.problems)},
                                {"unextracted", applied.report.unextracted},
                                {"log", ToJson(log_.lines)},
+                               {"verification", nullptr},
                                {"restorePoint", nullptr}};
+    if (foreseen_) {
+      document["verification"] = {{"changes", ForeseenCount()},
+                                  {"differences", ToJson(differences_)}};
+    }
     if (!restorePoint_.empty()) document["restorePoint"] = ToUtf8(restorePoint_);
     return document;
   }
@@ -102,6 +149,8 @@ class ChosenRun {
   const PointBegun& about_;
   const Machine& machine_;
   CollectedLog log_;
+  std::optional<MachineChanges> foreseen_;
+  std::vector<std::wstring> differences_;
   std::unique_ptr<ChangeRecorder> recorder_;
   std::wstring restorePoint_;
 };

@@ -7,6 +7,7 @@
 
 #include "cli/run_choice.h"
 #include "cli/session.h"
+#include "environment/product_context.h"
 #include "package/import_report.h"
 #include "platform/line_log.h"
 #include "platform/machine.h"
@@ -24,6 +25,7 @@ struct AppliedRun {
   ImportReport report;
   std::wstring finishText;
   std::vector<CategoryOutcome> categories;  // in tree order; empty for a legacy package
+  ProductContext context;                   // of the version that it worked on
 };
 
 // One run on a machine, which may be the real one or stand in front of it. Nothing, after saying

@@ -54,6 +54,8 @@ void AddExport(CLI::App& app, ExportOptions& options, Verb& chosen) {
 }
 
 void AddRunChoice(CLI::App& verb, RunChoice& choice) {
+  verb.add_flag("--dry-run", choice.dryRun, "Change nothing; print what would change");
+  verb.add_flag("--verify", choice.verify, "Read back every file and value that was to change");
   verb.add_flag("--no-restore-point", choice.noRestorePoint,
                 "Keep nothing with which the run could be undone");
   AddJson(verb, choice.json);

@@ -90,7 +90,8 @@ class ImportVerb {
       return std::nullopt;
     }
     steps_.Apply(checklist);
-    return AppliedRun{report_, view_.FinishText(), OutcomesOf(checklist, L"imported", L"left out")};
+    return AppliedRun{report_, view_.FinishText(), OutcomesOf(checklist, L"imported", L"left out"),
+                      context_};
   }
 
   std::optional<AppliedRun> ImportLegacyPackage() {
@@ -101,7 +102,7 @@ class ImportVerb {
                     L" and cannot be imported into " + options_.year);
     }
     steps_.ApplyLegacy();
-    return AppliedRun{report_, view_.FinishText(), {}};
+    return AppliedRun{report_, view_.FinishText(), {}, context_};
   }
 
   const Session& session_;

@@ -36,14 +36,16 @@ std::optional<AppliedRun> ResetVersion(const Session& session, const ResetOption
   }
   RegistryTool tool(machine.interpreter, machine.clock, RegistryToolPace::kWaitForEnd);
   ImportReport report = RunReset({context, state.package, machine, tool, view}, checklist);
-  return AppliedRun{std::move(report), view.FinishText(), OutcomesOf(checklist, L"reset", L"kept")};
+  return AppliedRun{std::move(report), view.FinishText(), OutcomesOf(checklist, L"reset", L"kept"),
+                    context};
 }
 
 }  // namespace
 
 ExitStatus RunResetVerb(const Session& session, const ResetOptions& options) {
   if (const auto refused = RefuseUnknownLabels(session, options.categories)) return *refused;
-  if (!options.yes) return session.Misused(L"--yes is needed: the reset removes settings");
+  if (!options.yes && !options.run.dryRun)
+    return session.Misused(L"--yes is needed: the reset removes settings");
   const auto owned = session.OpenMachine();
   if (!owned) return ExitStatus::kFailed;
   const Machine machine = owned->Ports();
