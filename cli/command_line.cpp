@@ -71,8 +71,7 @@ void AddImport(CLI::App& app, ImportOptions& options, Verb& chosen) {
   AddCategories(*verb, options.categories,
                 "Every category that the package holds; the only choice for a .ucx package");
   verb->add_flag("--trust", options.trust,
-                 "Take the package even if it names registry keys of others, holds names that lead "
-                 "elsewhere or would unpack to an absurd size");
+                 "Take the package even if there are reasons not to trust it; inspect lists them");
   AddRunChoice(*verb, options.run);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunImportVerb(session, options); };

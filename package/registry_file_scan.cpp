@@ -95,7 +95,7 @@ void RegistryFileScan::Take(std::string_view part) {
 
 std::optional<std::wstring> RegistryFileScan::Finish() {
   if (!encodingKnown_) std::ranges::for_each(mark_, [this](char early) { TakeByte(early); });
-  EndLine();
+  EndLine(LineEnd::kPlain);
   return refusal_;
 }
 
@@ -114,8 +114,11 @@ void RegistryFileScan::TakeByte(char byte) {
 // Every control character but the tab ends a line here, since one tool or another stops reading at
 // it. So UTF-16 without its mark ends a line at every second byte and is not understood.
 void RegistryFileScan::TakeUnit(char16_t unit) {
+  const bool behindReturn = std::exchange(behindReturn_, unit == u'\r');
+  if (behindReturn && unit != u'\n') EndLine(LineEnd::kOdd);
+  if (unit == u'\r') return;
   if (unit < u' ' && unit != u'\t') {
-    EndLine();
+    EndLine(unit == u'\n' ? LineEnd::kPlain : LineEnd::kOdd);
     if (unit == u'\n') ++lineNumber_;
     return;
   }
@@ -128,15 +131,17 @@ void RegistryFileScan::TakeUnit(char16_t unit) {
   if (kept_.size() > kLongestKeptLine) Refuse(L"is too long to be understood");
 }
 
-void RegistryFileScan::EndLine() {
-  if (line_ == Line::kKept && !refusal_) Judge(KeptText());
+void RegistryFileScan::EndLine(LineEnd end) {
+  if (line_ == Line::kKept && !refusal_) Judge(KeptText(), end);
   line_ = Line::kBlank;
   kept_.clear();
 }
 
 // Headers, bytes that go on and lines within a text are none of this class's business.
-void RegistryFileScan::Judge(std::wstring_view line) {
-  if (line.front() == L'[') {
+void RegistryFileScan::Judge(std::wstring_view line, LineEnd end) {
+  if (line.front() == L'[' && end == LineEnd::kOdd) {
+    Refuse(kNotUnderstood);
+  } else if (line.front() == L'[') {
     if (const auto refusal = RefusalOfKeyLine(line, company_)) Refuse(*refusal);
   } else if (line.find(L'[') != std::wstring_view::npos || HoldsRootName(line)) {
     Refuse(kNotUnderstood);

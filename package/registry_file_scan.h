@@ -29,10 +29,13 @@ class RegistryFileScan {
     kKept,    // anything else, kept to be judged when it ends
   };
 
+  // Tools that do not end a line where it ends oddly would take a longer key from it.
+  enum class LineEnd { kPlain, kOdd };
+
   void TakeByte(char byte);
   void TakeUnit(char16_t unit);
-  void EndLine();
-  void Judge(std::wstring_view line);
+  void EndLine(LineEnd end);
+  void Judge(std::wstring_view line, LineEnd end);
   void Refuse(std::wstring_view problem);
   std::wstring KeptText() const;
 
@@ -42,6 +45,7 @@ class RegistryFileScan {
   bool isUtf16_ = false;
   std::optional<char> firstHalf_;  // of a UTF-16 unit
   Line line_ = Line::kBlank;
+  bool behindReturn_ = false;
   std::u16string kept_;
   std::size_t lineNumber_ = 1;
   std::optional<std::wstring> refusal_;
