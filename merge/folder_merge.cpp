@@ -20,7 +20,8 @@ class FolderMerge {
         backup_(oldFolder + L"_backup"),
         files_(ports.files),
         dom_(ports.dom),
-        log_(ports.log) {}
+        log_(ports.log),
+        mergedNames_(ports.merged) {}
 
   bool Run() {
     if (!Validate(L"Old", old_) || !Validate(L"New", new_)) return false;
@@ -69,6 +70,7 @@ class FolderMerge {
     const std::wstring workingPath = JoinPath(working_, name);
     if (MergeXmlFiles(JoinPath(old_, name), newPath, workingPath, dom_, log_)) {
       ++merged_;
+      if (mergedNames_ != nullptr) mergedNames_->push_back(name);
       log_.WriteLine(L"Successfully merged: " + name);
     } else {
       log_.WriteLine(L"Failed to merge, copying new version: " + name);
@@ -175,6 +177,7 @@ class FolderMerge {
   FileSystem& files_;
   XmlDom& dom_;
   LineLog& log_;
+  std::vector<std::wstring>* mergedNames_;
   FileNameSet oldNames_;
   FileNameSet newNames_;
   int merged_ = 0;

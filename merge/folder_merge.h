@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "platform/file_system.h"
 #include "platform/line_log.h"
@@ -12,6 +13,7 @@ struct FolderMergePorts {
   FileSystem& files;
   XmlDom& dom;
   LineLog& log;
+  std::vector<std::wstring>* merged = nullptr;  // gets the names of the merged files
 };
 
 // Brings the XML files of an old folder up to date with a new folder: files of both are merged,

@@ -98,7 +98,8 @@ bool MergeShortcutFile(const std::wstring& oldPath, const std::wstring& newPath,
 }
 
 bool MergeShortcutFolders(const std::wstring& oldFolder, const std::wstring& newFolder,
-                          const std::wstring& tableName, FileSystem& files, XmlDom& dom) {
+                          const std::wstring& tableName, FileSystem& files, XmlDom& dom,
+                          std::vector<std::wstring>* merged) {
   const std::vector<std::wstring> listed = ListShortcutFiles(files, oldFolder);
   const std::unordered_set<std::wstring> oldNames(listed.begin(), listed.end());
   const std::string table = ToUtf8(tableName);
@@ -112,6 +113,7 @@ bool MergeShortcutFolders(const std::wstring& oldFolder, const std::wstring& new
       static_cast<void>(files.RemoveFile(temporaryPath));
     } else if (ReplaceByMerged(oldPath, newPath, temporaryPath, files)) {
       updated = true;
+      if (merged != nullptr) merged->push_back(name);
     }
   }
   return updated;

@@ -15,9 +15,10 @@ namespace carrovan {
 // Every failure shows in the result only.
 
 // Updates each XML file of the new folder that has a namesake in the old folder. True when at least
-// one was replaced by a merged version.
+// one was replaced by a merged version. `merged`, where it is given, gets the names of those.
 bool MergeShortcutFolders(const std::wstring& oldFolder, const std::wstring& newFolder,
-                          const std::wstring& tableName, FileSystem& files, XmlDom& dom);
+                          const std::wstring& tableName, FileSystem& files, XmlDom& dom,
+                          std::vector<std::wstring>* merged = nullptr);
 
 // Writes the merged document to the output path. False, and nothing written, when there is nothing
 // to add or anything fails.

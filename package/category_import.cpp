@@ -19,10 +19,21 @@ void DropUnmergedCustomization(const ImportRun& run, const std::wstring& folder)
   }
 }
 
+// What is merged in the package's folder is laid over the profile.
+void NoteMerged(const ImportRun& run, const std::wstring& folder,
+                const std::vector<std::wstring>& names) {
+  if (!folder.starts_with(run.context.stagingFolder)) return;
+  const std::wstring target =
+      run.package.applicationDataRoot + folder.substr(run.context.stagingFolder.size());
+  for (const std::wstring& name : names) run.report.merged.push_back(target + L"\\" + name);
+}
+
 bool MergeLanguage(const ImportRun& run, const std::wstring& oldFolder,
                    const std::wstring& newFolder) {
   try {
-    MergeAndSyncFolders(oldFolder, newFolder, {run.machine.files, run.dom, run.log});
+    std::vector<std::wstring> merged;
+    MergeAndSyncFolders(oldFolder, newFolder, {run.machine.files, run.dom, run.log, &merged});
+    NoteMerged(run, oldFolder, merged);
     return true;
   } catch (const FileSystemError& error) {
     run.report.problems.push_back(L"Not merged: " + error.Description());
@@ -58,9 +69,11 @@ void MergeShortcuts(const ImportRun& run) {
   const FileSystem& files = run.machine.files;
   std::wstring target = run.context.localRoot + kCustomization;
   if (!IsCustomizationFolder(files, target)) target = run.context.defaultCustomizationFolder;
-  MergeShortcutFolders(target, run.package.localFolder + kCustomization,
-                       run.package.product + run.package.targetInternalVersion, run.machine.files,
-                       run.dom);
+  const std::wstring folder = run.package.localFolder + kCustomization;
+  std::vector<std::wstring> merged;
+  MergeShortcutFolders(target, folder, run.package.product + run.package.targetInternalVersion,
+                       run.machine.files, run.dom, &merged);
+  NoteMerged(run, folder, merged);
 }
 
 void TakeIn(const ImportRun& run, const CategoryRecord& record) {
@@ -85,14 +98,22 @@ void TakeIn(const ImportRun& run, const CategoryRecord& record) {
   }
 }
 
+// Values that would not be imported anyway.
+void LeaveOutRegistryFolder(const ImportRun& run, const std::wstring& name) {
+  WipeOrReport(run.machine.files, run.context.stagingFolder + name, run.report);
+  std::erase_if(run.report.dropped, [&name](const DroppedValue& value) {
+    return value.file.starts_with(name + L"\\");
+  });
+}
+
 void LeaveOut(const ImportRun& run, const CategoryRecord& record) {
   const std::wstring subfolder(record.subfolder);
   FileSystem& files = run.machine.files;
   switch (record.storage) {
     case CategoryStorage::kOptionKeys:
-      return WipeOrReport(files, run.context.stagingFolder + L"Options", run.report);
+      return LeaveOutRegistryFolder(run, L"Options");
     case CategoryStorage::kWholeKey:
-      return WipeOrReport(files, run.context.stagingFolder + L"Register", run.report);
+      return LeaveOutRegistryFolder(run, L"Register");
     case CategoryStorage::kRoamingLanguage:
       return RemoveSubfolderInEach(run, run.package.roamingFolder, subfolder);
     case CategoryStorage::kLocalLanguage:

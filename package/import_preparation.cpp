@@ -20,6 +20,29 @@ bool IsOtherRelease(const ImportRun& run) {
   return run.package.releaseVersion != run.context.selectedVersion;
 }
 
+// The name between the quotes in front of a line's "=", as the registry has it.
+std::wstring ValueNameOf(const std::wstring& line) {
+  std::wstring name;
+  for (std::size_t i = 1; i < line.size() && line[0] == L'"' && line[i] != L'"'; ++i) {
+    if (line[i] == L'\\' && i + 1 < line.size()) ++i;
+    name.push_back(line[i]);
+  }
+  return name;
+}
+
+std::wstring KeyOf(const std::wstring& keyLine) {
+  return keyLine.size() < 2 ? L"" : keyLine.substr(1, keyLine.rfind(L']') - 1);
+}
+
+void NoteDropped(const ImportRun& run, const std::vector<DroppedLine>& lines) {
+  for (const DroppedLine& dropped : lines) {
+    run.report.dropped.push_back({dropped.file.substr(run.context.stagingFolder.size()),
+                                  KeyOf(dropped.keyLine), ValueNameOf(dropped.line),
+                                  L"names a path that does not exist here: " +
+                                      dropped.line.substr(dropped.line.find(L'=') + 1)});
+  }
+}
+
 void MendPackage(const ImportRun& run) {
   const PackageState& package = run.package;
   run.view.ShowMessage(std::wstring(Text(StringId::kKeepPathFiles)));
@@ -29,8 +52,12 @@ void MendPackage(const ImportRun& run) {
                              .targetInternalVersion = package.targetInternalVersion,
                              .productName = package.product,
                              .firstDraftingFolder = package.draftingFolder};
-  const auto failures = RewritePackageTree(WithoutTrailingBackslashes(run.context.stagingFolder),
-                                           inputs, RewritePortsOf(run));
+  std::vector<DroppedLine> dropped;
+  RewritePorts ports = RewritePortsOf(run);
+  ports.dropped = &dropped;
+  const auto failures =
+      RewritePackageTree(WithoutTrailingBackslashes(run.context.stagingFolder), inputs, ports);
+  NoteDropped(run, dropped);
   for (const RewriteFailure& failure : failures) {
     run.report.problems.push_back(L"Not mended: " + failure.path + L": " +
                                   DescribeSystemCode(failure.code));

@@ -3,6 +3,7 @@
 #include "environment/version_folders.h"
 #include "package/staging_folder.h"
 #include "platform/path_text.h"
+#include "platform/registry_path.h"
 #include "platform/text.h"
 #include "rewrite/option_migration.h"
 #include "rewrite/xml_rewrite.h"
@@ -48,6 +49,11 @@ void MigrateOptions(const ImportRun& run) {
                           run.machine.registryEditor, run.log);
   if (!migration.started) {
     run.report.problems.push_back(L"No option was imported: " + package.legacyXmlPath);
+  }
+  for (const PassedOption& passed : migration.passed) {
+    run.report.dropped.push_back({FileNameOf(package.legacyXmlPath),
+                                  RootName(RegistryHive::kCurrentUser) + L"\\" + passed.key,
+                                  passed.name, passed.why});
   }
   for (const std::wstring& key : migration.failedKeys) {
     run.report.problems.push_back(L"Not every value could be set: " + key);

@@ -90,6 +90,11 @@ std::wstring ValueLine(const RegistryValue& value, RegFileForm form) {
 
 }  // namespace
 
+std::wstring RegValueText(const RegistryValue& value) {
+  const std::wstring line = ValueLine({L"", value.type, value.data}, RegFileForm::kLossless);
+  return ReplaceAll(line.substr(line.find(L'=') + 1), kContinuation, L"");
+}
+
 std::wstring WriteRegFile(RegistryHive hive, const std::wstring& keyPath, const RegistryKey& key,
                           RegFileForm form) {
   std::wstring text = L"Windows Registry Editor Version 5.00\r\n";

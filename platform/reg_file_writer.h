@@ -22,4 +22,8 @@ enum class RegFileForm {
 std::wstring WriteRegFile(RegistryHive hive, const std::wstring& keyPath, const RegistryKey& key,
                           RegFileForm form);
 
+// A value as it stands in such a file behind its name, on one line however long it is: "text",
+// dword:00000001, hex:01,02. Nothing is lost.
+std::wstring RegValueText(const RegistryValue& value);
+
 }  // namespace carrovan

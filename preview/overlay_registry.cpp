@@ -151,9 +151,9 @@ SystemCode OverlayRegistry::CopyTree(RegistryHive sourceHive, const std::wstring
     const SystemCode code = TryOpen(sourceHive, sourcePath);
     return code == kSystemOk ? kAccessDenied : code;
   }
-  if (const SystemCode code = CreateKey(targetHive, targetPath); code != kSystemOk) return code;
   RegistryKey copy;  // the target may lie below the source
   ReadTree(sourceHive, sourcePath, copy);
+  if (const SystemCode code = CreateKey(targetHive, targetPath); code != kSystemOk) return code;
   WriteTree(targetHive, targetPath, copy);
   return kSystemOk;
 }

@@ -139,15 +139,19 @@ struct Verdict {
   bool fitsInPlace = true;                // no line moves back over one that is still to be read
 };
 
-Verdict Judge(std::string_view body, const TextForm& form, const FileReader& files) {
+Verdict Judge(std::string_view body, const TextForm& form, const FileReader& files,
+              const TellDroppedLine& tell) {
   Verdict verdict;
   PathChecker checker(files);
+  std::string_view keyLine;
   std::u16string text;
   LineReader lines(body, form.UnitBytes());
   for (std::size_t number = 0; const auto line = lines.Next(); ++number) {
     if (IsInvalid(*line, form, checker, text)) {
       verdict.invalidLines.push_back(number);
+      if (tell) tell(form.Decode(keyLine), form.Decode(line->Bytes()));
     } else {
+      if (line->Size() > 0 && (*line)[0] == u'[') keyLine = line->Bytes();
       verdict.keptBytes += line->Bytes().size() + 2 * form.UnitBytes();
       verdict.fitsInPlace = verdict.fitsInPlace && verdict.keptBytes <= lines.Position();
     }
@@ -174,10 +178,10 @@ void CopyKept(std::string_view body, const TextForm& form, const Verdict& verdic
 
 }  // namespace
 
-std::size_t DropInvalidPaths(std::string& fileBytes, const TextForm& form,
-                             const FileReader& files) {
+std::size_t DropInvalidPaths(std::string& fileBytes, const TextForm& form, const FileReader& files,
+                             const TellDroppedLine& tell) {
   const std::string_view body = form.Body(fileBytes);
-  const Verdict verdict = Judge(body, form, files);
+  const Verdict verdict = Judge(body, form, files, tell);
   if (verdict.invalidLines.empty()) return 0;
   const std::size_t begin = form.Mark(fileBytes).size();
   const std::string rest(form.Rest(fileBytes));

@@ -42,7 +42,11 @@ class OptionWriter {
   }
 
   void EnterIfThere(const XmlNode& node, const std::wstring& keyPath) {
-    if (registry_.TryOpen(kUser, keyPath) == kSystemOk) Enter(node, keyPath);
+    if (registry_.TryOpen(kUser, keyPath) == kSystemOk) {
+      Enter(node, keyPath);
+    } else {
+      done_.passed.push_back({keyPath, L"", L"the key does not exist here"});
+    }
   }
 
   // All values of a level are written before any of its subkeys is visited.
@@ -55,13 +59,19 @@ class OptionWriter {
     levels_.push_back({node.FirstChild(), keyPath});
   }
 
-  std::optional<RegistryValue> ValueOf(const XmlNode& node, const std::wstring& keyPath) const {
+  std::optional<RegistryValue> ValueOf(const XmlNode& node, const std::wstring& keyPath) {
     if (!node.IsElement()) return std::nullopt;
     const auto text = node.Attribute(kValueAttribute);
     if (!text) return std::nullopt;
     std::wstring name = FromUtf8(node.Name());
     const auto type = registry_.ValueType(kUser, keyPath, name);
-    return type ? MigratedValue(std::move(name), *text, *type) : std::nullopt;
+    auto value = type ? MigratedValue(name, *text, *type) : std::nullopt;
+    if (!value) {
+      done_.passed.push_back({keyPath, std::move(name),
+                              type ? L"the value here is neither text nor a number"
+                                   : L"the value does not exist here"});
+    }
+    return value;
   }
 
   void Write(const std::wstring& keyPath, const std::vector<RegistryValue>& values) {

@@ -11,10 +11,18 @@
 
 namespace carrovan {
 
+// A value of the document that was passed over.
+struct PassedOption {
+  std::wstring key;   // below the current user's hive
+  std::wstring name;  // empty when the whole key was passed over
+  std::wstring why;
+};
+
 struct OptionMigration {
   bool started = false;                  // false: the document or the root key did not open
   std::size_t written = 0;               // values set
   std::vector<std::wstring> failedKeys;  // keys in which a value could not be set
+  std::vector<PassedOption> passed;      // what the registry has no place for
 };
 
 // Carries the values of an option document into the registry below the current user's

@@ -1,5 +1,7 @@
 #include "rewrite/registry_rewrite.h"
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -38,11 +40,21 @@ SystemCode Rewrite(const std::wstring& file, const FilePasses& wanted, const Rew
   if (read != kSystemOk) return read;
   text.Finish();
 
+  std::vector<DroppedLine> droppedLines;
+  TellDroppedLine tell;
+  if (ports.dropped != nullptr) {
+    tell = [&](std::u16string_view keyLine, std::u16string_view line) {
+      droppedLines.push_back({file, FromUtf16(keyLine), FromUtf16(line)});
+    };
+  }
   const std::size_t dropped =
-      wanted.invalidPaths ? DropInvalidPaths(text.Result(), text.Form(), ports.files) : 0;
+      wanted.invalidPaths ? DropInvalidPaths(text.Result(), text.Form(), ports.files, tell) : 0;
   if (text.Changed() || dropped > 0) {
     const SystemCode written = ports.files.WriteBytes(file, text.Result());
     if (written != kSystemOk) return written;
+  }
+  if (ports.dropped != nullptr) {
+    std::move(droppedLines.begin(), droppedLines.end(), std::back_inserter(*ports.dropped));
   }
   if (text.KnowsUser()) {
     ports.log.WriteLine(Counted(L"Successfully replaced ", text.UserPaths(), L" user paths"));

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "platform/code_page.h"
 #include "platform/file_system.h"
 #include "platform/line_log.h"
@@ -7,12 +10,20 @@
 
 namespace carrovan {
 
+// A line that was taken out of a registry file, with the key line above it; both trimmed.
+struct DroppedLine {
+  std::wstring file;
+  std::wstring keyLine;
+  std::wstring line;
+};
+
 // What the rewriting of a package's files works on. Reports go to the log.
 struct RewritePorts {
   FileSystem& files;
   const UserIdentity& user;
   const CodePage& codePage;
   LineLog& log;
+  std::vector<DroppedLine>* dropped = nullptr;  // gets every line that was dropped
 };
 
 }  // namespace carrovan

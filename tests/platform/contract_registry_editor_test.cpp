@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "tests/support/test_machine.h"
+#include "tests/support/contract_machines.h"
 
 namespace carrovan {
 namespace {
@@ -11,7 +11,7 @@ namespace {
 constexpr RegistryHive kUser = RegistryHive::kCurrentUser;
 constexpr RegistryHive kMachine = RegistryHive::kLocalMachine;
 
-class RegistryEditorContract : public testing::Test {
+class RegistryEditorContract : public ContractTest {
  protected:
   std::wstring Key(const std::wstring& rest = {}) const {
     return L"SOFTWARE\\Vantric\\" + machine_->product.productName + rest;
@@ -20,11 +20,9 @@ class RegistryEditorContract : public testing::Test {
   bool IsThere(RegistryHive hive, const std::wstring& key) const {
     return machine_->Ports().registry.CanOpenKey(hive, key);
   }
-
-  std::unique_ptr<TestMachine> machine_ = NewTestMachine();
 };
 
-TEST_F(RegistryEditorContract, OpensKeysThatAreThereAndMakesNone) {
+TEST_P(RegistryEditorContract, OpensKeysThatAreThereAndMakesNone) {
   machine_->PutKey(kUser, Key(L"\\Sub"));
   EXPECT_EQ(Editor().TryOpen(kUser, Key(L"\\SUB")), kSystemOk);
   EXPECT_EQ(Editor().TryOpen(kUser, Key(L"\\None")), kFileNotFound);
@@ -32,7 +30,7 @@ TEST_F(RegistryEditorContract, OpensKeysThatAreThereAndMakesNone) {
   EXPECT_FALSE(IsThere(kUser, Key(L"\\None")));
 }
 
-TEST_F(RegistryEditorContract, CannotOpenAKeyThatTheUserMayNotUse) {
+TEST_P(RegistryEditorContract, CannotOpenAKeyThatTheUserMayNotUse) {
   machine_->PutKey(kUser, Key(L"\\Closed"));
   if (!machine_->MakeKeyUnreadable(kUser, Key(L"\\Closed"))) {
     GTEST_SKIP() << "this system cannot close a key";
@@ -43,7 +41,7 @@ TEST_F(RegistryEditorContract, CannotOpenAKeyThatTheUserMayNotUse) {
   EXPECT_FALSE(IsThere(kUser, Key(L"\\Copy")));
 }
 
-TEST_F(RegistryEditorContract, TellsTheTypeOfAValue) {
+TEST_P(RegistryEditorContract, TellsTheTypeOfAValue) {
   const RegistryValue values[] = {MakeStringValue(L"sz", L"x"),
                                   MakeStringValue(L"", L"default", kRegExpandSz),
                                   MakeDwordValue(L"number", 1),
@@ -58,7 +56,7 @@ TEST_F(RegistryEditorContract, TellsTheTypeOfAValue) {
   EXPECT_EQ(Editor().ValueType(kUser, Key(L"\\None"), L"sz"), std::nullopt);
 }
 
-TEST_F(RegistryEditorContract, SetsValuesOfAKeyThatIsThere) {
+TEST_P(RegistryEditorContract, SetsValuesOfAKeyThatIsThere) {
   machine_->PutValue(kUser, Key(), MakeStringValue(L"Old", L"x", kRegExpandSz));
   const std::vector<RegistryValue> values = {MakeStringValue(L"Old", L"\x4E2D"),
                                              MakeDwordValue(L"New", 7)};
@@ -68,12 +66,12 @@ TEST_F(RegistryEditorContract, SetsValuesOfAKeyThatIsThere) {
   EXPECT_EQ(Editor().SetValues(kUser, Key(), {}), kSystemOk);
 }
 
-TEST_F(RegistryEditorContract, SetsNothingInAMissingKey) {
+TEST_P(RegistryEditorContract, SetsNothingInAMissingKey) {
   EXPECT_EQ(Editor().SetValues(kUser, Key(L"\\None"), {MakeDwordValue(L"a", 1)}), kFileNotFound);
   EXPECT_FALSE(IsThere(kUser, Key(L"\\None")));
 }
 
-TEST_F(RegistryEditorContract, CreatesAKeyWithThoseAbove) {
+TEST_P(RegistryEditorContract, CreatesAKeyWithThoseAbove) {
   machine_->PutValue(kUser, Key(L"\\There"), MakeDwordValue(L"a", 1));
   EXPECT_EQ(Editor().CreateKey(kUser, Key(L"\\A\\B")), kSystemOk);
   EXPECT_TRUE(IsThere(kUser, Key(L"\\A\\B")));
@@ -81,7 +79,7 @@ TEST_F(RegistryEditorContract, CreatesAKeyWithThoseAbove) {
   EXPECT_EQ(machine_->Value(kUser, Key(L"\\There"), L"a"), MakeDwordValue(L"a", 1));
 }
 
-TEST_F(RegistryEditorContract, DeletesOneValue) {
+TEST_P(RegistryEditorContract, DeletesOneValue) {
   machine_->PutValue(kUser, Key(), MakeDwordValue(L"a", 1));
   machine_->PutValue(kUser, Key(), MakeDwordValue(L"b", 2));
   machine_->PutValue(kUser, Key(), MakeStringValue(L"", L"default"));
@@ -94,7 +92,7 @@ TEST_F(RegistryEditorContract, DeletesOneValue) {
   EXPECT_EQ(Editor().DeleteValue(kUser, Key(L"\\None"), L"a"), kFileNotFound);
 }
 
-TEST_F(RegistryEditorContract, DeletesAKeyWithWhatIsBelow) {
+TEST_P(RegistryEditorContract, DeletesAKeyWithWhatIsBelow) {
   machine_->PutValue(kUser, Key(L"\\A\\B\\C"), MakeDwordValue(L"a", 1));
   machine_->PutKey(kUser, Key(L"\\AB"));
   EXPECT_EQ(Editor().DeleteTree(kUser, Key(L"\\a")), kSystemOk);
@@ -104,7 +102,7 @@ TEST_F(RegistryEditorContract, DeletesAKeyWithWhatIsBelow) {
   EXPECT_EQ(Editor().DeleteTree(kUser, L""), kInvalidName);
 }
 
-TEST_F(RegistryEditorContract, CopiesAWholeTreeToAnotherHive) {
+TEST_P(RegistryEditorContract, CopiesAWholeTreeToAnotherHive) {
   const RegistryValue deep{L"deep", kRegBinary, {1, 2, 3}};
   const RegistryValue plain = MakeStringValue(L"", L"default");
   machine_->PutValue(kMachine, Key(L"\\Source"), plain);
@@ -117,7 +115,7 @@ TEST_F(RegistryEditorContract, CopiesAWholeTreeToAnotherHive) {
   EXPECT_EQ(machine_->Value(kMachine, Key(L"\\Source\\A\\B"), L"deep"), deep);
 }
 
-TEST_F(RegistryEditorContract, CopiesOverWhatIsThere) {
+TEST_P(RegistryEditorContract, CopiesOverWhatIsThere) {
   machine_->PutValue(kMachine, Key(L"\\Source"), MakeDwordValue(L"a", 1));
   machine_->PutValue(kUser, Key(L"\\Target"), MakeStringValue(L"a", L"x"));
   machine_->PutValue(kUser, Key(L"\\Target"), MakeDwordValue(L"b", 2));
@@ -126,10 +124,12 @@ TEST_F(RegistryEditorContract, CopiesOverWhatIsThere) {
   EXPECT_EQ(machine_->Value(kUser, Key(L"\\Target"), L"b"), MakeDwordValue(L"b", 2));
 }
 
-TEST_F(RegistryEditorContract, CopiesNothingFromAMissingKey) {
+TEST_P(RegistryEditorContract, CopiesNothingFromAMissingKey) {
   EXPECT_EQ(Editor().CopyTree(kMachine, Key(L"\\None"), kUser, Key(L"\\Target")), kFileNotFound);
   EXPECT_FALSE(IsThere(kUser, Key(L"\\Target")));
 }
+
+CARROVAN_CONTRACT(RegistryEditorContract);
 
 }  // namespace
 }  // namespace carrovan

@@ -4,24 +4,22 @@
 #include <algorithm>
 #include <memory>
 
-#include "tests/support/test_machine.h"
+#include "tests/support/contract_machines.h"
 
 namespace carrovan {
 namespace {
 
 constexpr RegistryHive kUser = RegistryHive::kCurrentUser;
 
-class RegistryContract : public testing::Test {
+class RegistryContract : public ContractTest {
  protected:
   std::wstring Key(const std::wstring& rest = {}) const {
     return L"SOFTWARE\\Vantric\\" + machine_->product.productName + rest;
   }
   const RegistryReader& Registry() { return machine_->Ports().registry; }
-
-  std::unique_ptr<TestMachine> machine_ = NewTestMachine();
 };
 
-TEST_F(RegistryContract, OpensKeysThatAreThere) {
+TEST_P(RegistryContract, OpensKeysThatAreThere) {
   machine_->PutKey(kUser, Key(L"\\General\\Sub key"));
   EXPECT_TRUE(Registry().CanOpenKey(kUser, Key()));
   EXPECT_TRUE(Registry().CanOpenKey(kUser, Key(L"\\General")));
@@ -30,13 +28,13 @@ TEST_F(RegistryContract, OpensKeysThatAreThere) {
   EXPECT_FALSE(Registry().CanOpenKey(kUser, Key(L" 28.0")));
 }
 
-TEST_F(RegistryContract, KeepsTheHivesApart) {
+TEST_P(RegistryContract, KeepsTheHivesApart) {
   machine_->PutKey(RegistryHive::kLocalMachine, Key(L"\\28.0"));
   EXPECT_TRUE(Registry().CanOpenKey(RegistryHive::kLocalMachine, Key(L"\\28.0")));
   EXPECT_FALSE(Registry().CanOpenKey(kUser, Key(L"\\28.0")));
 }
 
-TEST_F(RegistryContract, FindsKeysWithoutRegardToCase) {
+TEST_P(RegistryContract, FindsKeysWithoutRegardToCase) {
   machine_->PutKey(kUser, Key(L"\\General"));
   EXPECT_TRUE(Registry().CanOpenKey(kUser, Key(L"\\GENERAL")));
   EXPECT_TRUE(Registry().CanOpenKey(kUser, L"software\\VANTRIC\\" + machine_->product.productName));
@@ -44,7 +42,7 @@ TEST_F(RegistryContract, FindsKeysWithoutRegardToCase) {
 
 // The few characters between "Z" and "a" are left out: Wine compares lower-case names and puts them
 // elsewhere than Windows does.
-TEST_F(RegistryContract, ListsSubkeysInTheRegistrysOrder) {
+TEST_P(RegistryContract, ListsSubkeysInTheRegistrysOrder) {
   for (const wchar_t* name : {L"28.0", L"Beta", L"25.0", L"alpha", L"26.0", L"sub key"}) {
     machine_->PutKey(kUser, Key(L"\\" + std::wstring(name)));
   }
@@ -52,7 +50,7 @@ TEST_F(RegistryContract, ListsSubkeysInTheRegistrysOrder) {
             (std::vector<std::wstring>{L"25.0", L"26.0", L"28.0", L"alpha", L"Beta", L"sub key"}));
 }
 
-TEST_F(RegistryContract, ReadsEveryValueOfAKey) {
+TEST_P(RegistryContract, ReadsEveryValueOfAKey) {
   const std::vector<RegistryValue> values = {MakeStringValue(L"z", L"\x4E2D"),
                                              MakeStringValue(L"", L"default", kRegExpandSz),
                                              MakeDwordValue(L"a", 7),
@@ -67,31 +65,31 @@ TEST_F(RegistryContract, ReadsEveryValueOfAKey) {
   EXPECT_TRUE(std::is_permutation(read->begin(), read->end(), values.begin(), values.end()));
 }
 
-TEST_F(RegistryContract, TellsAKeyWithoutValuesFromAMissingOne) {
+TEST_P(RegistryContract, TellsAKeyWithoutValuesFromAMissingOne) {
   machine_->PutKey(kUser, Key(L"\\Empty"));
   EXPECT_EQ(Registry().Values(kUser, Key(L"\\Empty")), std::vector<RegistryValue>());
   EXPECT_EQ(Registry().Values(kUser, Key(L"\\Missing")), std::nullopt);
 }
 
-TEST_F(RegistryContract, TellsAnEmptyKeyFromAMissingOne) {
+TEST_P(RegistryContract, TellsAnEmptyKeyFromAMissingOne) {
   machine_->PutKey(kUser, Key(L"\\Empty"));
   EXPECT_EQ(Registry().SubkeyNames(kUser, Key(L"\\Empty")), std::vector<std::wstring>());
   EXPECT_EQ(Registry().SubkeyNames(kUser, Key(L"\\Missing")), std::nullopt);
 }
 
-TEST_F(RegistryContract, KeepsNamesInEveryScript) {
+TEST_P(RegistryContract, KeepsNamesInEveryScript) {
   machine_->PutKey(kUser, Key(L"\\\x4E2D\x6587"));
   EXPECT_TRUE(Registry().CanOpenKey(kUser, Key(L"\\\x4E2D\x6587")));
   EXPECT_EQ(Registry().SubkeyNames(kUser, Key()), std::vector<std::wstring>{L"\x4E2D\x6587"});
 }
 
-TEST_F(RegistryContract, ListsAKeyWithTheLongestName) {
+TEST_P(RegistryContract, ListsAKeyWithTheLongestName) {
   const std::wstring longest(255, L'n');
   machine_->PutKey(kUser, Key(L"\\" + longest));
   EXPECT_EQ(Registry().SubkeyNames(kUser, Key()), std::vector<std::wstring>{longest});
 }
 
-TEST_F(RegistryContract, CannotOpenAKeyThatTheUserMayNotRead) {
+TEST_P(RegistryContract, CannotOpenAKeyThatTheUserMayNotRead) {
   machine_->PutKey(kUser, Key(L"\\Closed"));
   if (!machine_->MakeKeyUnreadable(kUser, Key(L"\\Closed"))) {
     GTEST_SKIP() << "this system cannot close a key";
@@ -100,6 +98,8 @@ TEST_F(RegistryContract, CannotOpenAKeyThatTheUserMayNotRead) {
   EXPECT_EQ(Registry().SubkeyNames(kUser, Key(L"\\Closed")), std::nullopt);
   EXPECT_EQ(Registry().SubkeyNames(kUser, Key()), std::vector<std::wstring>{L"Closed"});
 }
+
+CARROVAN_CONTRACT(RegistryContract);
 
 }  // namespace
 }  // namespace carrovan

@@ -70,6 +70,10 @@ class PreviewProperty : public testing::Test {
     EXPECT_EQ(Plain(preview.view.messages), Plain(real.view.messages));
     EXPECT_EQ(preview.report.unextracted, real.report.unextracted);
     EXPECT_EQ(preview.view.finishText, real.view.finishText);
+    merged_ += real.report.merged.size();
+    dropped_ += real.report.dropped.size();
+    EXPECT_EQ(Plain(preview.report.merged), Plain(real.report.merged));
+    EXPECT_EQ(preview.report.dropped.size(), real.report.dropped.size());
     changedFiles_ += happened.files.size();
     changedValues_ += happened.values.size();
     problems_ += real.report.problems.size();
@@ -79,6 +83,8 @@ class PreviewProperty : public testing::Test {
   std::size_t changedFiles_ = 0;
   std::size_t changedValues_ = 0;
   std::size_t problems_ = 0;
+  std::size_t merged_ = 0;
+  std::size_t dropped_ = 0;
 
  private:
   static RunEnding Preview(RandomMachine& machine, MachineChanges& foreseen) {
@@ -110,8 +116,11 @@ TEST_F(PreviewProperty, ForetellsEveryRunExactly) {
   EXPECT_GT(changedFiles_, cases);
   EXPECT_GT(changedValues_, cases);
   EXPECT_GT(problems_, cases / 20);
+  EXPECT_GT(merged_, cases / 50);
+  EXPECT_GT(dropped_, cases / 50);
   std::cout << cases << " cases, " << changing << " changed something: " << changedFiles_
-            << " files, " << changedValues_ << " values; " << problems_ << " problems told\n";
+            << " files, " << changedValues_ << " values; " << merged_ << " merged, " << dropped_
+            << " dropped, " << problems_ << " problems told\n";
 }
 
 }  // namespace

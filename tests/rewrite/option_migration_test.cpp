@@ -58,6 +58,19 @@ TEST_F(OptionMigrationTest, ConvertsToTheTypeOfTheExistingValue) {
   EXPECT_TRUE(log.lines.empty());
 }
 
+TEST_F(OptionMigrationTest, TellsWhatItPassedOver) {
+  Put(L"", {L"Bytes", kRegBinary, {1, 2}});
+  const OptionMigration done =
+      Migrate("<r><Bytes value='5'/><None value='1'/><Sub><Deep value='1'/></Sub></r>");
+  ASSERT_EQ(done.passed.size(), 3u);
+  EXPECT_EQ(done.passed[0].key, Key());
+  EXPECT_EQ(done.passed[0].name, L"Bytes");
+  EXPECT_EQ(done.passed[1].name, L"None");
+  EXPECT_NE(done.passed[0].why, done.passed[1].why);
+  EXPECT_EQ(done.passed[2].key, Key(L"\\Sub"));
+  EXPECT_EQ(done.passed[2].name, L"");
+}
+
 TEST_F(OptionMigrationTest, WritesEmptyTextWithItsTerminatingZero) {
   Put(L"", MakeStringValue(L"Text", L"old"));
   Migrate("<r><Text value=''/></r>");

@@ -28,12 +28,12 @@ constexpr const char* kRibbons[] = {
     "<VANTRIC28.0><Item ElementID=\"9\"/></VANTRIC28.0>",
 };
 constexpr const char* kShortcuts[] = {
-    "<r><VANTRIC28.0><Accels-0 Command=\"1\" Ctrl=\"1\" Key=\"7\"/><Count>1</Count></"
-    "VANTRIC28.0></r>",
-    "<r><VANTRIC28.0><Accels-0 Command=\"2\" Ctrl=\"0\" Key=\"8\"/><Count>1</Count></"
-    "VANTRIC28.0></r>",
-    "<r><VANTRIC27.0><Accels-0 Command=\"3\" Ctrl=\"1\" Key=\"9\"/><Count>1</Count></"
-    "VANTRIC27.0></r>",
+    "<r><VANTRIC28.0><Accels-0><Command>1</Command><Ctrl>1</Ctrl><Key>7</Key></Accels-0>"
+    "<Count>1</Count></VANTRIC28.0></r>",
+    "<r><VANTRIC28.0><Accels-0><Command>2</Command><Ctrl>0</Ctrl><Key>8</Key></Accels-0>"
+    "<Count>1</Count></VANTRIC28.0></r>",
+    "<r><VANTRIC27.0><Accels-0><Command>3</Command><Ctrl>1</Ctrl><Key>9</Key></Accels-0>"
+    "<Count>1</Count></VANTRIC27.0></r>",
     "<r/>",
 };
 constexpr const char* kTexts[] = {"", "x", "one", "two", "C:\\Users\\old\\x 2025"};

@@ -1,0 +1,176 @@
+#include "cli/preview_output.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "cli/json_text.h"
+#include "platform/reg_file_writer.h"
+#include "platform/registry_path.h"
+
+namespace carrovan {
+namespace {
+
+using nlohmann::json;
+
+// What a line shows of a value before it is cut.
+constexpr std::size_t kShownCharacters = 80;
+
+std::wstring_view WordOf(const PreviewedFile& file) {
+  if (file.isMerged) return L"merged";
+  constexpr std::wstring_view kWords[] = {L"added", L"replaced", L"removed"};
+  return kWords[static_cast<std::size_t>(file.change.change)];
+}
+
+std::wstring_view WordOf(const ValueChange& change) {
+  return !change.before ? L"added" : !change.after ? L"removed" : L"changed";
+}
+
+std::wstring_view WordOf(const KeyChange& change) {
+  return change.change == Change::kAdded ? L"added" : L"removed";
+}
+
+std::wstring FullKey(RegistryHive hive, const std::wstring& path) {
+  return RootName(hive) + L"\\" + path;
+}
+
+// For people.
+
+std::wstring Padded(std::wstring_view text, std::size_t width) {
+  std::wstring padded(text);
+  padded.resize(std::max(padded.size(), width), L' ');
+  return padded;
+}
+
+std::wstring SummaryText(const PreviewSummary& summary) {
+  const std::pair<std::size_t, std::wstring_view> kCounts[] = {
+      {summary.filesAdded, L"files added"},       {summary.filesReplaced, L"files replaced"},
+      {summary.filesMerged, L"files merged"},     {summary.filesRemoved, L"files removed"},
+      {summary.valuesAdded, L"values added"},     {summary.valuesChanged, L"values changed"},
+      {summary.valuesRemoved, L"values removed"}, {summary.valuesDropped, L"values dropped"}};
+  std::wstring text;
+  for (const auto& [count, what] : kCounts) {
+    if (count == 0) continue;
+    text += (text.empty() ? L"" : L", ") + std::to_wstring(count) + L" " + std::wstring(what);
+  }
+  return text.empty() ? L"folders and keys only" : text;
+}
+
+std::wstring Shown(const RegistryValue& value) {
+  const std::wstring text = RegValueText(value);
+  if (text.size() <= kShownCharacters) return text;
+  return text.substr(0, kShownCharacters) + L"... (" + std::to_wstring(text.size()) +
+         L" characters)";
+}
+
+std::wstring ShownName(const std::wstring& name) { return name.empty() ? L"(default)" : name; }
+
+std::wstring LineOf(const PreviewedFile& file) {
+  const FileChange& change = file.change;
+  std::wstring line = L"  " + Padded(WordOf(file), 8) + L" " + change.path;
+  if (change.isFolder) return line + L"\\";
+  if (change.change != Change::kAdded) return line;
+  return line + L" (" + std::to_wstring(change.after.sizeBytes) + L" bytes)";
+}
+
+std::wstring LineOf(const ValueChange& change) {
+  std::wstring line = L"  value " + Padded(WordOf(change), 7) + L" " +
+                      FullKey(change.hive, change.key) + L"  " + ShownName(change.name);
+  if (change.before && change.after) {
+    return line + L" from " + Shown(*change.before) + L" to " + Shown(*change.after);
+  }
+  return line + L" = " + Shown(change.before ? *change.before : *change.after);
+}
+
+std::wstring LineOf(const KeyChange& change) {
+  return L"  key " + Padded(WordOf(change), 9) + L" " + FullKey(change.hive, change.path);
+}
+
+std::wstring LineOf(const DroppedValue& value) {
+  return L"  value dropped " + value.key + L"  " + value.name + L": " + value.why;
+}
+
+template <typename Items>
+void PrintLines(const Session& session, const Items& items) {
+  for (const auto& item : items) session.Print(LineOf(item));
+}
+
+// For programs.
+
+json TextOrNull(const std::optional<RegistryValue>& value) {
+  return value ? json(ToUtf8(RegValueText(*value))) : json();
+}
+
+json SizeOrNull(const FileImage& image) {
+  return image.kind == FileKind::kFile ? json(image.sizeBytes) : json();
+}
+
+json ToJson(const PreviewSummary& summary) {
+  return {{"filesAdded", summary.filesAdded},       {"filesReplaced", summary.filesReplaced},
+          {"filesMerged", summary.filesMerged},     {"filesRemoved", summary.filesRemoved},
+          {"valuesAdded", summary.valuesAdded},     {"valuesChanged", summary.valuesChanged},
+          {"valuesRemoved", summary.valuesRemoved}, {"valuesDropped", summary.valuesDropped}};
+}
+
+json ToJson(const PreviewedFile& file) {
+  return {{"path", ToUtf8(file.change.path)},
+          {"change", ToUtf8(WordOf(file))},
+          {"folder", file.change.isFolder},
+          {"sizeBefore", SizeOrNull(file.change.before)},
+          {"sizeAfter", SizeOrNull(file.change.after)}};
+}
+
+json ToJson(const KeyChange& change) {
+  return {{"key", ToUtf8(FullKey(change.hive, change.path))}, {"change", ToUtf8(WordOf(change))}};
+}
+
+json ToJson(const ValueChange& change) {
+  return {{"key", ToUtf8(FullKey(change.hive, change.key))},
+          {"name", ToUtf8(change.name)},
+          {"change", ToUtf8(WordOf(change))},
+          {"type", change.after ? change.after->type : change.before->type},
+          {"before", TextOrNull(change.before)},
+          {"after", TextOrNull(change.after)}};
+}
+
+json ToJson(const DroppedValue& value) {
+  return {{"file", ToUtf8(value.file)},
+          {"key", ToUtf8(value.key)},
+          {"name", ToUtf8(value.name)},
+          {"why", ToUtf8(value.why)}};
+}
+
+template <typename Items>
+json ListOf(const Items& items) {
+  json list = json::array();
+  for (const auto& item : items) list.push_back(ToJson(item));
+  return list;
+}
+
+}  // namespace
+
+void PrintPreview(const Session& session, const PreviewReport& report) {
+  for (const PreviewedCategory& category : report.categories) {
+    session.Print(category.label + L": " + SummaryText(category.summary));
+    PrintLines(session, category.files);
+    PrintLines(session, category.keys);
+    PrintLines(session, category.values);
+    PrintLines(session, category.dropped);
+  }
+  session.Print(report.categories.empty() ? L"Nothing was changed; a run would change nothing."
+                                          : L"Nothing was changed; a run would do the above.");
+}
+
+void PrintPreviewJson(const Session& session, const PreviewReport& report) {
+  json categories = json::array();
+  for (const PreviewedCategory& category : report.categories) {
+    categories.push_back({{"label", ToUtf8(category.label)},
+                          {"summary", ToJson(category.summary)},
+                          {"files", ListOf(category.files)},
+                          {"keys", ListOf(category.keys)},
+                          {"values", ListOf(category.values)},
+                          {"dropped", ListOf(category.dropped)}});
+  }
+  PrintJsonText(session, {{"categories", categories}});
+}
+
+}  // namespace carrovan

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "cli/session.h"
+#include "preview/preview_report.h"
+
+namespace carrovan {
+
+// Prints what a run would change.
+//
+// The document is an object with one member, "categories", a list in the order of the report:
+//   "label"    the category's name
+//   "summary"  the numbers "filesAdded", "filesReplaced", "filesMerged", "filesRemoved",
+//              "valuesAdded", "valuesChanged", "valuesRemoved", "valuesDropped"
+//   "files"    "path", "change" (added, replaced, merged, removed), "folder" (true or false),
+//              "sizeBefore" and "sizeAfter" in bytes, null where there is no file
+//   "keys"     "key" with its hive, "change" (added, removed)
+//   "values"   "key", "name" (empty for the default value), "change" (added, changed, removed),
+//              "type" (the number of the new value's type, or of the one that is removed),
+//              "before" and "after" as in a registry file, null where there is none
+//   "dropped"  values of the package that are left out: "file", "key", "name", "why"
+void PrintPreviewJson(const Session& session, const PreviewReport& report);
+
+// A heading with the numbers for each category, one line for each item, and a last line which says
+// that nothing was changed.
+void PrintPreview(const Session& session, const PreviewReport& report);
+
+}  // namespace carrovan

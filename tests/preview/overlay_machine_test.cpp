@@ -1,0 +1,111 @@
+// The other ports of an overlay: registry, registry tool, archives, initialization files.
+#include "preview/overlay_machine.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/registry_command.h"
+#include "platform/text.h"
+#include "tests/support/machine_snapshot.h"
+
+namespace carrovan {
+namespace {
+
+constexpr RegistryHive kUser = RegistryHive::kCurrentUser;
+
+class OverlayMachineTest : public testing::Test {
+ protected:
+  OverlayMachineTest() {
+    machine_.files.PutFolder(L"C:\\Users\\u\\AppData\\Local\\Temp");
+    machine_.registry.Root(kUser).Make(L"A\\B").SetValue(MakeDwordValue(L"n", 1));
+    machine_.registry.Root(kUser).Make(L"A").SetValue(MakeStringValue(L"s", L"x"));
+    before_ = TakeSnapshot(machine_);
+    std::wstring reason;
+    overlay_ = OverlayMachine::Open(machine_.Ports(), reason);
+  }
+
+  Machine Ports() { return overlay_->Ports(); }
+  std::vector<std::string> Changes() { return LinesOf(overlay_->Changes()); }
+  bool Import(const std::string& text) {
+    EXPECT_EQ(Ports().files.WriteBytes(L"C:\\x.reg", text), kSystemOk);
+    return Ports().interpreter.Start(RegImportCommand(L"C:\\x.reg"))->WaitForEnd();
+  }
+
+  MemoryMachine machine_;
+  MachineSnapshot before_;
+  std::unique_ptr<OverlayMachine> overlay_;
+};
+
+TEST_F(OverlayMachineTest, ValuesAreChangedInTheOverlayOnly) {
+  RegistryEditor& editor = Ports().registryEditor;
+  EXPECT_EQ(editor.SetValues(kUser, L"a", {MakeStringValue(L"S", L"y"), MakeDwordValue(L"d", 2)}),
+            kSystemOk);
+  EXPECT_EQ(editor.DeleteValue(kUser, L"A\\b", L"N"), kSystemOk);
+  const auto values = Ports().registry.Values(kUser, L"A");
+  ASSERT_TRUE(values);
+  EXPECT_EQ(values->at(0), MakeStringValue(L"s", L"y"));
+  EXPECT_EQ(values->at(1), MakeDwordValue(L"d", 2));
+  EXPECT_EQ(overlay_->Changes().values.size(), 3u);
+  overlay_.reset();
+  EXPECT_TRUE(TakeSnapshot(machine_) == before_);
+}
+
+TEST_F(OverlayMachineTest, AKeyThatWasMadeAgainShowsNothingOfBefore) {
+  RegistryEditor& editor = Ports().registryEditor;
+  EXPECT_EQ(editor.DeleteTree(kUser, L"A"), kSystemOk);
+  EXPECT_FALSE(Ports().registry.CanOpenKey(kUser, L"A\\B"));
+  EXPECT_EQ(editor.DeleteTree(kUser, L"A"), kFileNotFound);
+  EXPECT_EQ(editor.CreateKey(kUser, L"a\\C"), kSystemOk);
+  EXPECT_EQ(Ports().registry.SubkeyNames(kUser, L"A"), std::vector<std::wstring>{L"C"});
+  EXPECT_TRUE(Ports().registry.Values(kUser, L"A")->empty());
+  const MachineChanges changes = overlay_->Changes();
+  ASSERT_EQ(changes.keys.size(), 2u);
+  EXPECT_EQ(changes.keys[0].path, L"A\\B");
+  EXPECT_EQ(changes.keys[0].change, Change::kRemoved);
+  EXPECT_EQ(changes.keys[1].path, L"a\\C");
+  EXPECT_EQ(changes.values.size(), 2u);
+}
+
+TEST_F(OverlayMachineTest, WhatIsSetBackIsNoChange) {
+  RegistryEditor& editor = Ports().registryEditor;
+  EXPECT_EQ(editor.CopyTree(kUser, L"A", kUser, L"A\\Copy"), kSystemOk);
+  EXPECT_EQ(Changes().size(), 4u);
+  EXPECT_EQ(editor.DeleteTree(kUser, L"A\\Copy"), kSystemOk);
+  EXPECT_EQ(editor.SetValues(kUser, L"A\\B", {MakeDwordValue(L"n", 2)}), kSystemOk);
+  EXPECT_EQ(editor.SetValues(kUser, L"A\\B", {MakeDwordValue(L"N", 1)}), kSystemOk);
+  EXPECT_TRUE(Changes().empty());
+}
+
+TEST_F(OverlayMachineTest, TheRegistryToolImportsAFileOfTheOverlay) {
+  EXPECT_TRUE(
+      Import("REGEDIT4\r\n\r\n[-HKEY_CURRENT_USER\\A\\B]\r\n\r\n[HKEY_CURRENT_USER\\A]\r\n"
+             "\"s\"=-\r\n\"d\"=dword:00000007\r\n\"none\"=-\r\n"));
+  EXPECT_FALSE(Ports().registry.CanOpenKey(kUser, L"A\\B"));
+  EXPECT_EQ(Ports().registry.Values(kUser, L"A"), std::vector{MakeDwordValue(L"d", 7)});
+  EXPECT_FALSE(Import("no registry file"));
+  EXPECT_FALSE(Ports().interpreter.Start(L"/C del C:\\x.reg")->WaitForEnd());
+  EXPECT_FALSE(Ports().interpreter.Start(RegImportCommand(L"C:\\none.reg"))->WaitForEnd());
+}
+
+TEST_F(OverlayMachineTest, ArchivesAreWrittenAndReadInTheOverlay) {
+  EXPECT_EQ(Ports().files.WriteBytes(L"C:\\source", "content"), kSystemOk);
+  const auto writer = Ports().archives.Create(L"C:\\a.zip", ArchivePurpose::kUnpackAtOnce);
+  ASSERT_TRUE(writer);
+  EXPECT_EQ(writer->Add(L"sub\\x", L"C:\\source"), ArchiveResult::kDone);
+  EXPECT_NE(writer->Add(L"y", L"C:\\none"), ArchiveResult::kDone);
+  EXPECT_FALSE(Ports().files.Exists(L"C:\\a.zip"));
+  EXPECT_EQ(writer->Close(), ArchiveResult::kDone);
+  const auto reader = Ports().archives.Open(L"C:\\a.zip");
+  ASSERT_TRUE(reader);
+  EXPECT_EQ(reader->Extract(0, L"C:\\made\\deep\\x"), ArchiveResult::kDone);
+  std::string bytes;
+  EXPECT_EQ(Ports().files.ReadBytes(L"C:\\made\\deep\\x", bytes), kSystemOk);
+  EXPECT_EQ(bytes, "content");
+  EXPECT_EQ(reader->Extract(1, L"C:\\y"), ArchiveResult::kNoSuchItem);
+  EXPECT_EQ(reader->Extract(0, L"C:\\made"), ArchiveResult::kTargetNotWritable);
+  EXPECT_FALSE(machine_.files.Exists(L"C:\\a.zip"));
+  EXPECT_FALSE(Ports().archives.Create(L"C:\\made", ArchivePurpose::kKeep));
+  EXPECT_FALSE(Ports().archives.Open(L"C:\\none.zip"));
+}
+
+}  // namespace
+}  // namespace carrovan
