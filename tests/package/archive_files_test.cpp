@@ -90,6 +90,9 @@ TEST_F(ArchiveFilesTest, ChangesNothing) {
   EXPECT_EQ(files_.RemoveFile(L"config.ini"), kAccessDenied);
   EXPECT_EQ(files_.RemoveFolder(L"Empty"), kAccessDenied);
   EXPECT_EQ(files_.WriteBytes(L"config.ini", "x"), kAccessDenied);
+  std::unique_ptr<FileReplacement> replacement;
+  EXPECT_EQ(files_.BeginReplacement(L"config.ini", 1, replacement), kAccessDenied);
+  EXPECT_EQ(replacement, nullptr);
   EXPECT_EQ(files_.AppendBytes(L"config.ini", "x"), kAccessDenied);
   EXPECT_EQ(files_.CopyOver(L"config.ini", L"new"), kAccessDenied);
   EXPECT_EQ(files_.MoveTo(L"config.ini", L"new"), kAccessDenied);
