@@ -59,8 +59,9 @@ SystemCode ArchiveFiles::ReadInParts(const std::wstring& path, const TakePart& t
   if (at == indexes_.end()) return kFileNotFound;
   const auto item = archive_.Item(at->second);
   const std::uint64_t fileBytes = item ? item->sizeBytes : 0;
-  const ArchiveResult result =
-      archive_.ReadInParts(at->second, [&](std::string_view part) { take(part, fileBytes); });
+  bool isWanted = true;
+  const ArchiveResult result = archive_.ReadInParts(
+      at->second, [&](std::string_view part) { isWanted = isWanted && take(part, fileBytes); });
   return result == ArchiveResult::kDone ? kSystemOk : kInvalidData;
 }
 
@@ -73,6 +74,11 @@ SystemCode ArchiveFiles::RemoveFile(const std::wstring&) { return kAccessDenied;
 SystemCode ArchiveFiles::RemoveFolder(const std::wstring&) { return kAccessDenied; }
 
 SystemCode ArchiveFiles::WriteBytes(const std::wstring&, std::string_view) { return kAccessDenied; }
+
+SystemCode ArchiveFiles::BeginReplacement(const std::wstring&, std::uint64_t,
+                                          std::unique_ptr<FileReplacement>&) {
+  return kAccessDenied;
+}
 
 SystemCode ArchiveFiles::AppendBytes(const std::wstring&, std::string_view) {
   return kAccessDenied;

@@ -35,7 +35,10 @@ bool TrustedInterpreter::MayBeImported(std::wstring_view quotedPath) const {
   if (path.find(L'"') != std::wstring::npos) return false;
   if (FileNameOf(path).find(L'%') != std::wstring::npos) return false;
   RegistryFileScan scan(company_);
-  const auto take = [&scan](std::string_view part, std::uint64_t) { scan.Take(part); };
+  const auto take = [&scan](std::string_view part, std::uint64_t) {
+    scan.Take(part);
+    return true;
+  };
   return files_.ReadInParts(path, take) == kSystemOk && !scan.Finish();
 }
 

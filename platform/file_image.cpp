@@ -27,6 +27,7 @@ SystemCode ReadFileImage(const FileReader& files, const std::wstring& path, File
     const SystemCode code = files.ReadInParts(path, [&read](std::string_view part, std::uint64_t) {
       read.sizeBytes += part.size();
       read.crc32 = Continue(read.crc32, part);
+      return true;
     });
     if (code != kSystemOk) return code;
   }

@@ -2,10 +2,12 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "platform/file_replacement.h"
 #include "platform/system_code.h"
 
 namespace carrovan {
@@ -45,9 +47,10 @@ class FileReader {
                                              std::string& bytes) const = 0;
 
   // Calls `take` with a file's content part by part, each time with the whole size of the file. For
-  // large files, of which no second copy is to be held. When reading fails, parts in front of the
-  // failure have been taken.
-  using TakePart = std::function<void(std::string_view part, std::uint64_t fileBytes)>;
+  // large files, of which no second copy is to be held. Reading ends, and counts as done, when
+  // `take` wants no more parts and gives false. When reading fails, parts in front of the failure
+  // have been taken.
+  using TakePart = std::function<bool(std::string_view part, std::uint64_t fileBytes)>;
   [[nodiscard]] virtual SystemCode ReadInParts(const std::wstring& path,
                                                const TakePart& take) const = 0;
 };
@@ -70,6 +73,13 @@ class FileSystem : public FileReader {
 
   // Creates the file or replaces its whole content. A read-only file is not replaced.
   [[nodiscard]] virtual SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) = 0;
+
+  // Begins what WriteBytes does for a content that comes in parts; `replacement` stays as it is
+  // when that fails. Room for the expected size is set aside at once where the system can do that,
+  // but the content may turn out smaller or larger.
+  [[nodiscard]] virtual SystemCode BeginReplacement(
+      const std::wstring& path, std::uint64_t expectedBytes,
+      std::unique_ptr<FileReplacement>& replacement) = 0;
 
   // Puts bytes behind what a file holds, which is created when it is missing. For a record that is
   // kept while something goes on: what was appended before a program is killed stays.

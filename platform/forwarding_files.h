@@ -36,6 +36,10 @@ class ForwardingFiles : public FileSystem {
   SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override {
     return files_.WriteBytes(path, bytes);
   }
+  SystemCode BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,
+                              std::unique_ptr<FileReplacement>& replacement) override {
+    return files_.BeginReplacement(path, expectedBytes, replacement);
+  }
   SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override {
     return files_.AppendBytes(path, bytes);
   }

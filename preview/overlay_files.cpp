@@ -198,6 +198,37 @@ SystemCode OverlayFiles::WriteBytes(const std::wstring& path, std::string_view b
   return Adopt(spoolFile, path);
 }
 
+class OverlayFiles::Replacement : public FileReplacement {
+ public:
+  Replacement(OverlayFiles& overlay, std::wstring path)
+      : overlay_(overlay), path_(std::move(path)) {}
+
+  SystemCode Begin(std::uint64_t expectedBytes) {
+    spoolFile_ = overlay_.NewSpoolFile();
+    return overlay_.machine_.BeginReplacement(spoolFile_, expectedBytes, file_);
+  }
+  SystemCode Append(std::string_view part) override { return file_->Append(part); }
+  SystemCode Complete() override {
+    const SystemCode code = file_->Complete();
+    return code == kSystemOk ? overlay_.Adopt(spoolFile_, path_) : code;
+  }
+
+ private:
+  OverlayFiles& overlay_;
+  std::wstring path_;
+  std::wstring spoolFile_;
+  std::unique_ptr<FileReplacement> file_;
+};
+
+SystemCode OverlayFiles::BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,
+                                          std::unique_ptr<FileReplacement>& replacement) {
+  if (const SystemCode code = CodeOfWriting(path); code != kSystemOk) return code;
+  auto begun = std::make_unique<Replacement>(*this, path);
+  if (const SystemCode code = begun->Begin(expectedBytes); code != kSystemOk) return code;
+  replacement = std::move(begun);
+  return kSystemOk;
+}
+
 SystemCode OverlayFiles::AppendBytes(const std::wstring& path, std::string_view bytes) {
   if (const SystemCode code = CodeOfWriting(path); code != kSystemOk) return code;
   std::string content;
@@ -211,7 +242,7 @@ SystemCode OverlayFiles::CopyOver(const std::wstring& source, const std::wstring
   Seen seen;
   if (const SystemCode code = CodeOfReading(source, seen); code != kSystemOk) return code;
   if (seen.IsOfMachine()) {
-    const auto look = [](std::string_view, std::uint64_t) {};
+    const auto look = [](std::string_view, std::uint64_t) { return true; };
     const SystemCode code = machine_.ReadInParts(seen.real, look);
     if (code != kSystemOk) return code;
   }

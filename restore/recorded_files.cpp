@@ -4,6 +4,31 @@
 #include "restore/recorded_change.h"
 
 namespace carrovan {
+namespace {
+
+// The second note is made when the file has taken its place, or has been given up.
+class RecordedReplacement : public FileReplacement {
+ public:
+  RecordedReplacement(ChangeRecorder& recorder, std::wstring path,
+                      std::unique_ptr<FileReplacement> file)
+      : recorder_(recorder), path_(std::move(path)), file_(std::move(file)) {}
+  ~RecordedReplacement() override {
+    file_.reset();
+    recorder_.FileChanged(path_);
+  }
+  RecordedReplacement(const RecordedReplacement&) = delete;
+  RecordedReplacement& operator=(const RecordedReplacement&) = delete;
+
+  SystemCode Append(std::string_view part) override { return file_->Append(part); }
+  SystemCode Complete() override { return file_->Complete(); }
+
+ private:
+  ChangeRecorder& recorder_;
+  std::wstring path_;
+  std::unique_ptr<FileReplacement> file_;
+};
+
+}  // namespace
 
 SystemCode RecordedFiles::CreateFolder(const std::wstring& path) {
   // Making a folder that is there changes nothing.
@@ -28,6 +53,22 @@ SystemCode RecordedFiles::RemoveFolder(const std::wstring& path) {
 
 SystemCode RecordedFiles::WriteBytes(const std::wstring& path, std::string_view bytes) {
   return MakeRecorded(recorder_, path, [&] { return ForwardingFiles::WriteBytes(path, bytes); });
+}
+
+SystemCode RecordedFiles::BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,
+                                           std::unique_ptr<FileReplacement>& replacement) {
+  if (recorder_.IsScratch(path)) {
+    return ForwardingFiles::BeginReplacement(path, expectedBytes, replacement);
+  }
+  if (const SystemCode code = recorder_.FileChanges(path); code != kSystemOk) return code;
+  std::unique_ptr<FileReplacement> file;
+  const SystemCode code = ForwardingFiles::BeginReplacement(path, expectedBytes, file);
+  if (code != kSystemOk) {
+    recorder_.FileChanged(path);
+    return code;
+  }
+  replacement = std::make_unique<RecordedReplacement>(recorder_, path, std::move(file));
+  return kSystemOk;
 }
 
 SystemCode RecordedFiles::AppendBytes(const std::wstring& path, std::string_view bytes) {

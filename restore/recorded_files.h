@@ -16,6 +16,8 @@ class RecordedFiles : public ForwardingFiles {
   SystemCode RemoveFile(const std::wstring& path) override;
   SystemCode RemoveFolder(const std::wstring& path) override;
   SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override;
+  SystemCode BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,
+                              std::unique_ptr<FileReplacement>& replacement) override;
   SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override;
   SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override;
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;

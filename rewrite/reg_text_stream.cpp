@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "platform/large_buffer.h"
 #include "rewrite/unit_text.h"
 
 namespace carrovan {
@@ -13,34 +12,36 @@ constexpr std::size_t kMarkBytes = 2;
 
 }  // namespace
 
-void RegTextStream::Take(std::string_view part, std::uint64_t fileBytes) {
-  if (result_.capacity() < fileBytes) {
-    // What is not used of this costs nothing; growing step by step would copy it often.
-    result_.reserve(static_cast<std::size_t>(fileBytes + fileBytes / 4));
-    ExpectToFill(result_.data(), result_.capacity());
-  }
+bool RegTextStream::Take(std::string_view part) {
   std::size_t searched = form_ ? pending_.size() : 0;
   pending_.append(part);
   if (!form_ && pending_.size() >= kMarkBytes) Begin();
-  if (!form_ || overLines_) return;
+  if (!form_ || overLines_) return true;
   searched -= searched % form_->UnitBytes();
   const std::size_t end = LastLineEnd(pending_, searched, form_->UnitBytes());
-  EditLines(std::string_view(pending_).substr(0, end));
+  if (!EditLines(std::string_view(pending_).substr(0, end))) return false;
   pending_.erase(0, end);
+  return true;
 }
 
-void RegTextStream::Finish() {
+bool RegTextStream::Finish() {
   if (!form_) Begin();
   const std::size_t whole = pending_.size() - pending_.size() % form_->UnitBytes();
-  EditLines(std::string_view(pending_).substr(0, whole));
-  result_.append(pending_, whole);
-  pending_.clear();
+  if (!EditLines(std::string_view(pending_).substr(0, whole))) return false;
+  output_.append(pending_, whole);
+  return true;
+}
+
+std::string_view RegTextStream::TakeOutput() {
+  given_.swap(output_);
+  output_.clear();
+  return given_;
 }
 
 void RegTextStream::Begin() {
   form_.emplace(pending_, codePage_);
-  result_ = form_->Mark(pending_);
-  pending_.erase(0, result_.size());
+  output_ = form_->Mark(pending_);
+  pending_.erase(0, output_.size());
   std::optional<RegUser>& user = passes_.user;
   if (user && !form_->CanHold(user->rule.name)) user.reset();
   if (user && !form_->CanHold(user->profile)) user->profile.clear();
@@ -49,19 +50,22 @@ void RegTextStream::Begin() {
   });
 }
 
-void RegTextStream::EditLines(std::string_view lines) {
+bool RegTextStream::EditLines(std::string_view lines) {
   const std::size_t blockBytes = overLines_ ? lines.size() : kBlockBytes;
-  std::u16string text;
   while (!lines.empty()) {
-    const std::string_view block = TakeWholeLines(lines, blockBytes, form_->UnitBytes());
-    form_->Decode(block, text);
-    if (Apply(text)) {
-      form_->AppendEncoded(text, result_);
-      changed_ = true;
-    } else {
-      result_ += block;
-    }
+    if (!EditBlock(TakeWholeLines(lines, blockBytes, form_->UnitBytes()))) return false;
   }
+  return true;
+}
+
+bool RegTextStream::EditBlock(std::string_view block) {
+  form_->Decode(block, text_);
+  const bool edited = Apply(text_);
+  if (form_->IsUtf16()) return Emit<char16_t>(text_, edited);
+  if (!edited) return Emit(block, edited);
+  encoded_.clear();
+  form_->AppendEncoded(text_, encoded_);
+  return Emit<char>(encoded_, edited);
 }
 
 // Whether the text was changed.
@@ -77,6 +81,21 @@ bool RegTextStream::Apply(std::u16string& text) {
   }
   userPaths_ += users;
   return count + users > 0;
+}
+
+template <typename Char>
+bool RegTextStream::Emit(std::basic_string_view<Char> lines, bool edited) {
+  if (expected_ == RegFileFate::kLosesLines) {
+    AppendOtherLines(lines, *form_, *passes_.paths, dropped_, output_);
+    return true;
+  }
+  if (passes_.paths != nullptr && HoldsInvalidPath(lines, *form_, *passes_.paths)) {
+    fate_ = RegFileFate::kLosesLines;
+  } else if (edited) {
+    fate_ = RegFileFate::kIsEdited;
+  }
+  if (expected_ == RegFileFate::kIsEdited) output_.append(BytesOf(lines));
+  return fate_ == expected_;
 }
 
 }  // namespace carrovan

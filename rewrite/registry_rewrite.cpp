@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 #include <optional>
-#include <utility>
 
 #include "platform/text.h"
-#include "rewrite/invalid_paths.h"
+#include "rewrite/path_checker.h"
 #include "rewrite/reg_text_stream.h"
 
 namespace carrovan {
@@ -31,39 +31,73 @@ struct FilePasses {
   bool invalidPaths = false;
 };
 
+void Report(const RegTextStream& text, LineLog& log) {
+  if (text.KnowsUser()) {
+    log.WriteLine(Counted(L"Successfully replaced ", text.UserPaths(), L" user paths"));
+  }
+  if (text.DroppedLineCount() > 0) {
+    log.WriteLine(Counted(L"Successfully removed ", text.DroppedLineCount(),
+                          L" registry entries with invalid absolute paths"));
+  }
+}
+
+// Reads the file up to the first block of which more is to be made than the stream expects.
+SystemCode Look(const std::wstring& file, RegTextStream& text, const FileReader& files,
+                std::uint64_t& fileBytes) {
+  bool asExpected = true;
+  const SystemCode code = files.ReadInParts(file, [&](std::string_view part, std::uint64_t bytes) {
+    fileBytes = bytes;
+    asExpected = text.Take(part);
+    return asExpected;
+  });
+  if (code == kSystemOk && asExpected) static_cast<void>(text.Finish());
+  return code;
+}
+
+// The same, and replaces the file when all is as expected.
+SystemCode Edit(const std::wstring& file, RegTextStream& text, FileSystem& files,
+                std::uint64_t fileBytes) {
+  std::unique_ptr<FileReplacement> replacement;
+  SystemCode written = files.BeginReplacement(file, fileBytes, replacement);
+  if (written != kSystemOk) return written;
+  bool asExpected = true;
+  const SystemCode read = files.ReadInParts(file, [&](std::string_view part, std::uint64_t) {
+    asExpected = text.Take(part);
+    if (asExpected) written = replacement->Append(text.TakeOutput());
+    return asExpected && written == kSystemOk;
+  });
+  if (read != kSystemOk || written != kSystemOk) return read != kSystemOk ? read : written;
+  if (!asExpected || !text.Finish()) return kSystemOk;
+  written = replacement->Append(text.TakeOutput());
+  return written == kSystemOk ? replacement->Complete() : written;
+}
+
 SystemCode Rewrite(const std::wstring& file, const FilePasses& wanted, const RewritePorts& ports) {
+  PathChecker paths(ports.files);
   TextPasses passes{InUnits(wanted.replacements), std::nullopt};
   if (wanted.userPaths) passes.user = RegUserOf(ports.user);
-  RegTextStream text(std::move(passes), ports.codePage);
-  const SystemCode read = ports.files.ReadInParts(
-      file, [&](std::string_view part, std::uint64_t bytes) { text.Take(part, bytes); });
-  if (read != kSystemOk) return read;
-  text.Finish();
-
-  std::vector<DroppedLine> droppedLines;
+  if (wanted.invalidPaths) passes.paths = &paths;
+  std::vector<DroppedLine> dropped;
   TellDroppedLine tell;
   if (ports.dropped != nullptr) {
     tell = [&](std::u16string_view keyLine, std::u16string_view line) {
-      droppedLines.push_back({file, FromUtf16(keyLine), FromUtf16(line)});
+      dropped.push_back({file, FromUtf16(keyLine), FromUtf16(line)});
     };
   }
-  const std::size_t dropped =
-      wanted.invalidPaths ? DropInvalidPaths(text.Result(), text.Form(), ports.files, tell) : 0;
-  if (text.Changed() || dropped > 0) {
-    const SystemCode written = ports.files.WriteBytes(file, text.Result());
-    if (written != kSystemOk) return written;
+  std::uint64_t fileBytes = 0;
+  for (RegFileFate expected = RegFileFate::kStays;;) {
+    RegTextStream text(passes, ports.codePage, expected, tell);
+    const SystemCode code = expected == RegFileFate::kStays
+                                ? Look(file, text, ports.files, fileBytes)
+                                : Edit(file, text, ports.files, fileBytes);
+    if (code != kSystemOk) return code;
+    if (text.Fate() == expected) {
+      if (ports.dropped != nullptr) std::ranges::move(dropped, std::back_inserter(*ports.dropped));
+      Report(text, ports.log);
+      return kSystemOk;
+    }
+    expected = text.Fate();
   }
-  if (ports.dropped != nullptr) {
-    std::move(droppedLines.begin(), droppedLines.end(), std::back_inserter(*ports.dropped));
-  }
-  if (text.KnowsUser()) {
-    ports.log.WriteLine(Counted(L"Successfully replaced ", text.UserPaths(), L" user paths"));
-  }
-  if (dropped > 0) {
-    ports.log.WriteLine(Counted(L"Successfully removed ", dropped,
-                                L" registry entries with invalid absolute paths"));
-  }
-  return kSystemOk;
 }
 
 }  // namespace

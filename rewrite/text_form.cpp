@@ -81,7 +81,7 @@ std::string TextForm::Encode(std::u16string_view text) const {
 
 void TextForm::AppendEncoded(std::u16string_view text, std::string& bytes) const {
   if (isUtf16_) {
-    bytes.append(static_cast<const char*>(static_cast<const void*>(text.data())), text.size() * 2);
+    bytes.append(BytesOf(text));
   } else if (IsAscii(text)) {
     for (const char16_t c : text) bytes.push_back(static_cast<char>(c));
   } else {

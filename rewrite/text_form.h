@@ -41,6 +41,13 @@ class TextForm {
   bool isUtf8_ = false;
 };
 
+// The bytes that a text's units lie in.
+template <typename Char>
+std::string_view BytesOf(std::basic_string_view<Char> text) {
+  return {static_cast<const char*>(static_cast<const void*>(text.data())),
+          text.size() * sizeof(Char)};
+}
+
 // Takes the front of a text off it, about `leastBytes` long and up to the end of a line.
 std::string_view TakeWholeLines(std::string_view& body, std::size_t leastBytes,
                                 std::size_t unitBytes);

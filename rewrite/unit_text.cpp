@@ -7,33 +7,32 @@ namespace carrovan {
 namespace {
 
 // Positions that are looked at in one go.
-constexpr std::size_t kStride = 64;
+constexpr std::size_t kStride = 32;
 
-// Three units of a search text, spread over it.
+// The first and the last unit of a search text.
 class Probes {
  public:
   explicit Probes(std::u16string_view search)
-      : middle_(search.size() / 2),
-        last_(search.size() - 1),
-        units_{search.front(), search[middle_], search.back()} {}
+      : distance_(search.size() - 1), first_(search.front()), last_(search.back()) {}
 
   // Whether a match may begin at one of kStride positions. Without a way out of the loop the
   // compiler compares many positions at once.
   bool MayBeginFrom(const char16_t* at) const {
     std::uint16_t hit = 0;
     for (std::size_t i = 0; i < kStride; ++i) {
-      const auto difference = static_cast<std::uint16_t>(
-          (at[i] ^ units_[0]) | (at[i + middle_] ^ units_[1]) | (at[i + last_] ^ units_[2]));
-      // All bits, as the processor's own comparison gives them.
-      hit = static_cast<std::uint16_t>(hit | (difference == 0 ? 0xFFFF : 0));
+      const int both = AllBits(at[i] == first_) & AllBits(at[i + distance_] == last_);
+      hit = static_cast<std::uint16_t>(hit | both);
     }
     return hit != 0;
   }
 
  private:
-  std::size_t middle_;
-  std::size_t last_;
-  char16_t units_[3];
+  // As the processor's own comparison gives them.
+  static std::uint16_t AllBits(bool set) { return set ? 0xFFFF : 0; }
+
+  std::size_t distance_;
+  char16_t first_;
+  char16_t last_;
 };
 
 }  // namespace

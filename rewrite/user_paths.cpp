@@ -71,6 +71,14 @@ std::size_t ReplaceNamesBehind(std::u16string_view prefix, std::u16string& text,
   return count;
 }
 
+std::size_t ReplaceNamesInLine(std::u16string& line, const UserPathRule& rule) {
+  std::size_t count = 0;
+  for (const std::u16string_view prefix : rule.prefixes) {
+    count += ReplaceNamesBehind(prefix, line, rule);
+  }
+  return count;
+}
+
 // As a registry file writes a string.
 std::u16string RegEscaped(std::wstring_view text) {
   return ToUtf16(ReplaceAll(ReplaceAll(text, L"\\", L"\\\\"), L"\"", L"\\\""));
@@ -103,11 +111,29 @@ std::u16string XmlEscaped(std::u16string_view text, bool anyCharacter) {
 
 }  // namespace
 
+// No prefix and no name goes over the end of a line, so that only the lines with users count.
 std::size_t ReplaceUserNames(std::u16string& text, const UserPathRule& rule) {
-  if (FindUnits(text, kInEveryPrefix) == kNotFound) return 0;
+  std::u16string result;
+  std::u16string line;
+  std::size_t copied = 0;
   std::size_t count = 0;
-  for (const std::u16string_view prefix : rule.prefixes) {
-    count += ReplaceNamesBehind(prefix, text, rule);
+  for (std::size_t hit = FindUnits(text, kInEveryPrefix); hit != kNotFound;) {
+    const std::size_t begin = text.rfind(u'\n', hit) + 1;  // 0 when there is none
+    const std::size_t end = std::min(text.find(u'\n', hit), text.size());
+    const bool isOnlyLine = begin == 0 && end == text.size();  // which may be a very long one
+    if (isOnlyLine) return ReplaceNamesInLine(text, rule);
+    line.assign(text, begin, end - begin);
+    if (const std::size_t inLine = ReplaceNamesInLine(line, rule); inLine > 0) {
+      if (count == 0) result.reserve(text.size() + text.size() / 8);
+      result.append(text, copied, begin - copied).append(line);
+      copied = end;
+      count += inLine;
+    }
+    hit = FindUnits(text, kInEveryPrefix, end);
+  }
+  if (count > 0) {
+    result.append(text, copied);
+    text.swap(result);
   }
   return count;
 }

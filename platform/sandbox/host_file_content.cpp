@@ -51,7 +51,7 @@ SystemCode ReadParts(const fs::path& path, const FileReader::TakePart& take) {
     const auto count = file.ReadAt(offset, {AsBytes(part.data()), part.size()});
     if (!count) return kGeneralFailure;
     if (*count == 0) return kSystemOk;
-    take(std::string_view(part).substr(0, *count), facts->sizeBytes);
+    if (!take(std::string_view(part).substr(0, *count), facts->sizeBytes)) return kSystemOk;
     offset += *count;
   }
 }
@@ -70,15 +70,41 @@ SystemCode ReadWhole(const fs::path& path, std::string& bytes) {
 }
 
 // Complete or not at all: the file appears under its own name once everything is in it.
-SystemCode ReplaceWhole(const fs::path& path, std::string_view bytes) {
-  if (const SystemCode code = CodeOfParent(path); code != kSystemOk) return code;
-  if (!OwnerMayWrite(path)) return kAccessDenied;
-  PartFile part;
-  FileStatus status = part.CreateForItem(path);
-  if (status == FileStatus::kDone) {
-    status = part.File().WriteAt(0, {AsBytes(bytes.data()), bytes.size()});
+class HostReplacement : public FileReplacement {
+ public:
+  SystemCode Begin(const fs::path& path) {
+    if (const SystemCode code = CodeOfParent(path); code != kSystemOk) return code;
+    return OwnerMayWrite(path) ? CodeOf(part_.CreateForItem(path)) : kAccessDenied;
   }
-  return CodeOf(status == FileStatus::kDone ? part.Complete() : status);
+
+  void SetRoomAside(std::uint64_t bytes) {
+    part_.File().SetRoomAside(bytes);
+    roomBytes_ = bytes;
+  }
+
+  SystemCode Append(std::string_view part) override {
+    const FileStatus status = part_.File().WriteAt(size_, {AsBytes(part.data()), part.size()});
+    size_ += part.size();
+    return CodeOf(status);
+  }
+
+  SystemCode Complete() override {
+    const bool hasRoomLeft = size_ < roomBytes_;
+    const FileStatus status = hasRoomLeft ? part_.File().EndAt(size_) : FileStatus::kDone;
+    return CodeOf(status == FileStatus::kDone ? part_.Complete() : status);
+  }
+
+ private:
+  PartFile part_;
+  std::uint64_t size_ = 0;
+  std::uint64_t roomBytes_ = 0;
+};
+
+SystemCode ReplaceWhole(const fs::path& path, std::string_view bytes) {
+  HostReplacement replacement;
+  SystemCode code = replacement.Begin(path);
+  if (code == kSystemOk) code = replacement.Append(bytes);
+  return code == kSystemOk ? replacement.Complete() : code;
 }
 
 SystemCode Append(const fs::path& path, std::string_view bytes) {
@@ -114,6 +140,17 @@ SystemCode HostFileSystem::ReadInParts(const std::wstring& path, const TakePart&
 SystemCode HostFileSystem::WriteBytes(const std::wstring& path, std::string_view bytes) {
   const auto host = paths_.ToHost(path);
   return host && paths_.MayBeMade(path) ? ReplaceWhole(*host, bytes) : kInvalidName;
+}
+
+SystemCode HostFileSystem::BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,
+                                            std::unique_ptr<FileReplacement>& replacement) {
+  const auto host = paths_.ToHost(path);
+  if (!host || !paths_.MayBeMade(path)) return kInvalidName;
+  auto begun = std::make_unique<HostReplacement>();
+  if (const SystemCode code = begun->Begin(*host); code != kSystemOk) return code;
+  begun->SetRoomAside(expectedBytes);
+  replacement = std::move(begun);
+  return kSystemOk;
 }
 
 SystemCode HostFileSystem::AppendBytes(const std::wstring& path, std::string_view bytes) {

@@ -35,31 +35,41 @@ SystemCode WriteAll(const FileHandle& file, std::string_view bytes) {
 }
 
 // A new file beside the one that it is to become.
-class PartFile {
+class PartFile : public FileReplacement {
  public:
-  explicit PartFile(const std::wstring& target) : target_(target) {
-    constexpr int kMostAttempts = 1000;
-    const std::wstring folder = target.substr(0, target.size() - FileNameOf(target).size());
-    code_ = ERROR_FILE_EXISTS;
-    for (int i = 0; i < kMostAttempts && code_ == ERROR_FILE_EXISTS; ++i) {
-      path_ = SystemPath(folder + PartName(i));
-      file_ = FileHandle(CreateFileW(path_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                     FILE_ATTRIBUTE_NORMAL, nullptr));
-      code_ = file_ ? kSystemOk : GetLastError();
-    }
-    created_ = code_ == kSystemOk;
-  }
-  ~PartFile() {
+  PartFile() = default;
+  ~PartFile() override {
     file_ = FileHandle();
     if (created_) DeleteFileW(path_.c_str());
   }
   PartFile(const PartFile&) = delete;
   PartFile& operator=(const PartFile&) = delete;
 
-  // Gives the target these bytes and nothing else.
-  SystemCode Become(std::string_view bytes) {
-    if (!created_) return code_;
-    if (const SystemCode code = WriteAll(file_, bytes); code != kSystemOk) return code;
+  SystemCode Begin(const std::wstring& target) {
+    constexpr int kMostAttempts = 1000;
+    target_ = target;
+    const std::wstring folder = target.substr(0, target.size() - FileNameOf(target).size());
+    SystemCode code = ERROR_FILE_EXISTS;
+    for (int i = 0; i < kMostAttempts && code == ERROR_FILE_EXISTS; ++i) {
+      path_ = SystemPath(folder + PartName(i));
+      file_ = FileHandle(CreateFileW(path_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                     FILE_ATTRIBUTE_NORMAL, nullptr));
+      code = file_ ? kSystemOk : GetLastError();
+    }
+    created_ = code == kSystemOk;
+    return code;
+  }
+
+  // What is left over is given back when the file is closed.
+  void SetRoomAside(std::uint64_t bytes) {
+    FILE_ALLOCATION_INFO room = {};
+    room.AllocationSize.QuadPart = static_cast<LONGLONG>(bytes);
+    SetFileInformationByHandle(file_.Get(), FileAllocationInfo, &room, sizeof(room));
+  }
+
+  SystemCode Append(std::string_view part) override { return WriteAll(file_, part); }
+
+  SystemCode Complete() override {
     file_ = FileHandle();
     const BOOL moved =
         MoveFileExW(path_.c_str(), SystemPath(target_).c_str(), MOVEFILE_REPLACE_EXISTING);
@@ -71,7 +81,6 @@ class PartFile {
   std::wstring target_;
   std::wstring path_;
   FileHandle file_;
-  SystemCode code_ = kSystemOk;
   bool created_ = false;
 };
 
@@ -151,7 +160,8 @@ SystemCode WindowsFileSystem::ReadInParts(const std::wstring& path, const TakePa
       return GetLastError();
     }
     if (count == 0) return kSystemOk;
-    take(std::string_view(part).substr(0, count), static_cast<std::uint64_t>(size.QuadPart));
+    const auto fileBytes = static_cast<std::uint64_t>(size.QuadPart);
+    if (!take(std::string_view(part).substr(0, count), fileBytes)) return kSystemOk;
   }
 }
 
@@ -195,7 +205,21 @@ SystemCode WindowsFileSystem::RemoveFolder(const std::wstring& path) {
 // The file appears under its own name once everything is in it. Not every system that runs this
 // program asks for the read-only mark before replacing a file.
 SystemCode WindowsFileSystem::WriteBytes(const std::wstring& path, std::string_view bytes) {
-  return IsReadOnly(path) ? kAccessDenied : PartFile(path).Become(bytes);
+  std::unique_ptr<FileReplacement> file;
+  SystemCode code = BeginReplacement(path, bytes.size(), file);
+  if (code == kSystemOk) code = file->Append(bytes);
+  return code == kSystemOk ? file->Complete() : code;
+}
+
+SystemCode WindowsFileSystem::BeginReplacement(const std::wstring& path,
+                                               std::uint64_t expectedBytes,
+                                               std::unique_ptr<FileReplacement>& replacement) {
+  if (IsReadOnly(path)) return kAccessDenied;
+  auto file = std::make_unique<PartFile>();
+  if (const SystemCode code = file->Begin(path); code != kSystemOk) return code;
+  file->SetRoomAside(expectedBytes);
+  replacement = std::move(file);
+  return kSystemOk;
 }
 
 SystemCode WindowsFileSystem::AppendBytes(const std::wstring& path, std::string_view bytes) {

@@ -23,6 +23,8 @@ class WindowsFileSystem : public FileSystem {
   [[nodiscard]] SystemCode RemoveFile(const std::wstring& path) override;
   [[nodiscard]] SystemCode RemoveFolder(const std::wstring& path) override;
   [[nodiscard]] SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override;
+  [[nodiscard]] SystemCode BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,
+                                            std::unique_ptr<FileReplacement>& replacement) override;
   [[nodiscard]] SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override;
   [[nodiscard]] SystemCode CopyOver(const std::wstring& source,
                                     const std::wstring& target) override;

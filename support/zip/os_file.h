@@ -45,6 +45,13 @@ class OsFile {
   // Reads until the buffer is full or the file ends. Nothing when the system reports an error.
   std::optional<std::size_t> ReadAt(std::uint64_t offset, std::span<std::uint8_t> buffer) const;
   [[nodiscard]] FileStatus WriteAt(std::uint64_t offset, std::span<const std::uint8_t> data);
+
+  // Sets room aside for a new file that is about to grow to this size, so that it need not be found
+  // piece by piece. A wish: where it cannot be had, writing tells. What is left over when the file
+  // is written stays with it until EndAt.
+  void SetRoomAside(std::uint64_t sizeBytes);
+  [[nodiscard]] FileStatus EndAt(std::uint64_t sizeBytes);
+
   [[nodiscard]] FileStatus SetModified(std::int64_t seconds);
   [[nodiscard]] FileStatus FlushToDisk();
 

@@ -151,6 +151,17 @@ FileStatus OsFile::WriteAt(std::uint64_t offset, std::span<const std::uint8_t> d
   return FileStatus::kDone;
 }
 
+void OsFile::SetRoomAside(std::uint64_t sizeBytes) {
+  const auto size = static_cast<off_t>(sizeBytes);
+  if (fallocate(Descriptor(handle_), FALLOC_FL_KEEP_SIZE, 0, size) == 0) return;
+  // A full disk may have given a part of it.
+  static_cast<void>(EndAt(0));
+}
+
+FileStatus OsFile::EndAt(std::uint64_t sizeBytes) {
+  return StatusOf(ftruncate(Descriptor(handle_), static_cast<off_t>(sizeBytes)));
+}
+
 FileStatus OsFile::SetModified(std::int64_t seconds) {
   std::array<timespec, 2> times = {};
   times[0].tv_nsec = UTIME_OMIT;

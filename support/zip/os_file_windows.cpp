@@ -158,6 +158,19 @@ FileStatus OsFile::WriteAt(std::uint64_t offset, std::span<const std::uint8_t> d
   return FileStatus::kDone;
 }
 
+void OsFile::SetRoomAside(std::uint64_t sizeBytes) {
+  FILE_ALLOCATION_INFO room = {};
+  room.AllocationSize.QuadPart = static_cast<LONGLONG>(sizeBytes);
+  SetFileInformationByHandle(Handle(handle_), FileAllocationInfo, &room, sizeof(room));
+}
+
+FileStatus OsFile::EndAt(std::uint64_t sizeBytes) {
+  LARGE_INTEGER end = {};
+  end.QuadPart = static_cast<LONGLONG>(sizeBytes);
+  return StatusOf(SetFilePointerEx(Handle(handle_), end, nullptr, FILE_BEGIN) &&
+                  SetEndOfFile(Handle(handle_)));
+}
+
 FileStatus OsFile::SetModified(std::int64_t seconds) {
   const auto ticks =
       static_cast<std::uint64_t>((seconds + kSecondsFrom1601To1970) * kTicksPerSecond);

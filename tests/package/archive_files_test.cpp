@@ -63,6 +63,7 @@ TEST_F(ArchiveFilesTest, ReadsItemsWholeAndInParts) {
   const auto take = [&](std::string_view part, std::uint64_t fileBytes) {
     bytes += part;
     size = fileBytes;
+    return true;
   };
   EXPECT_EQ(files_.ReadInParts(L"config.ini", take), kSystemOk);
   EXPECT_EQ(bytes, "[Base]");
@@ -78,7 +79,7 @@ TEST_F(ArchiveFilesTest, WhatCannotBeReadLeavesTheTextAsItWas) {
   EXPECT_EQ(files.ReadBytes(L"broken.xml", bytes), kInvalidData);
   EXPECT_EQ(files.ReadBytes(L"large.xml", bytes), kInvalidData);
   EXPECT_EQ(bytes, "as it was");
-  const auto take = [](std::string_view, std::uint64_t) {};
+  const auto take = [](std::string_view, std::uint64_t) { return true; };
   EXPECT_EQ(files.ReadInParts(L"missing", take), kFileNotFound);
   EXPECT_EQ(files.ReadInParts(L"broken.xml", take), kInvalidData);
 }
@@ -89,6 +90,9 @@ TEST_F(ArchiveFilesTest, ChangesNothing) {
   EXPECT_EQ(files_.RemoveFile(L"config.ini"), kAccessDenied);
   EXPECT_EQ(files_.RemoveFolder(L"Empty"), kAccessDenied);
   EXPECT_EQ(files_.WriteBytes(L"config.ini", "x"), kAccessDenied);
+  std::unique_ptr<FileReplacement> replacement;
+  EXPECT_EQ(files_.BeginReplacement(L"config.ini", 1, replacement), kAccessDenied);
+  EXPECT_EQ(replacement, nullptr);
   EXPECT_EQ(files_.AppendBytes(L"config.ini", "x"), kAccessDenied);
   EXPECT_EQ(files_.CopyOver(L"config.ini", L"new"), kAccessDenied);
   EXPECT_EQ(files_.MoveTo(L"config.ini", L"new"), kAccessDenied);

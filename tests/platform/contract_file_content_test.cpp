@@ -234,21 +234,88 @@ TEST_P(FileContentContract, ReadsInParts) {
                                     EXPECT_FALSE(part.empty());
                                     EXPECT_EQ(fileBytes, bytes.size());
                                     read += part;
+                                    return true;
                                   }),
               kSystemOk);
     EXPECT_EQ(read, bytes);
   }
 }
 
+TEST_P(FileContentContract, EndsReadingWhenNoMorePartsAreWanted) {
+  Put(L"file.bin", std::string(1'000'003, 'x'));
+  int parts = 0;
+  EXPECT_EQ(Files().ReadInParts(At(L"file.bin"),
+                                [&](std::string_view, std::uint64_t) { return ++parts < 2; }),
+            kSystemOk);
+  EXPECT_EQ(parts, 2);
+}
+
 TEST_P(FileContentContract, TellsWhyAFileCannotBeReadInParts) {
   Put(L"secret.txt", "x");
   machine_->MakeUnreadable(At(L"secret.txt"));
   const auto read = [this](const wchar_t* name) {
-    return Files().ReadInParts(At(name), [](std::string_view, std::uint64_t) { FAIL(); });
+    return Files().ReadInParts(At(name), [](std::string_view, std::uint64_t) {
+      ADD_FAILURE();
+      return false;
+    });
   };
   EXPECT_EQ(read(L"none.txt"), kFileNotFound);
   EXPECT_EQ(read(L"none\\none.txt"), kPathNotFound);
   EXPECT_NE(read(L"secret.txt"), kSystemOk);
+}
+
+TEST_P(FileContentContract, ReplacesAFileInPartsOnceAllAreThere) {
+  for (const std::uint64_t expectedBytes : {0, 100'000, 300'002, 5'000'000}) {
+    Put(L"File.bin", "old");
+    std::unique_ptr<FileReplacement> file;
+    ASSERT_EQ(Files().BeginReplacement(At(L"fILE.bin"), expectedBytes, file), kSystemOk);
+    EXPECT_EQ(file->Append(std::string(300'001, 'x')), kSystemOk);
+    EXPECT_EQ(file->Append(""), kSystemOk);
+    EXPECT_EQ(file->Append(BinaryBytes()), kSystemOk);
+    EXPECT_EQ(Content(L"File.bin"), "old");
+    EXPECT_EQ(file->Complete(), kSystemOk);
+    file.reset();
+    EXPECT_EQ(Content(L"File.bin"), std::string(300'001, 'x') + BinaryBytes()) << expectedBytes;
+    EXPECT_EQ(Listed(L""), std::vector<std::wstring>{L"File.bin"});
+  }
+}
+
+TEST_P(FileContentContract, ReplacementMayBringNewAndEmptyFiles) {
+  std::unique_ptr<FileReplacement> file;
+  ASSERT_EQ(Files().BeginReplacement(At(L"new.bin"), 1000, file), kSystemOk);
+  EXPECT_EQ(file->Complete(), kSystemOk);
+  EXPECT_EQ(Content(L"new.bin"), "");
+  EXPECT_EQ(Listed(L""), std::vector<std::wstring>{L"new.bin"});
+}
+
+TEST_P(FileContentContract, ReplacementThatIsGivenUpLeavesNothing) {
+  Put(L"file.bin", "old");
+  std::unique_ptr<FileReplacement> file;
+  ASSERT_EQ(Files().BeginReplacement(At(L"file.bin"), 1000, file), kSystemOk);
+  EXPECT_EQ(file->Append("new"), kSystemOk);
+  file.reset();
+  EXPECT_EQ(Content(L"file.bin"), "old");
+  EXPECT_EQ(Listed(L""), std::vector<std::wstring>{L"file.bin"});
+}
+
+TEST_P(FileContentContract, TellsWhyAFileCannotBeReplaced) {
+  machine_->MakeFolder(At(L"folder"));
+  Put(L"closed\\file.txt", "x");
+  machine_->MakeFolderUnwritable(At(L"closed"));
+  Put(L"readonly.txt", "x");
+  machine_->MakeReadOnly(At(L"readonly.txt"));
+  std::unique_ptr<FileReplacement> file;
+  const auto begin = [&](const wchar_t* name) {
+    return Files().BeginReplacement(At(name), 1, file);
+  };
+  EXPECT_EQ(begin(L"none\\file.txt"), kPathNotFound);
+  EXPECT_EQ(begin(L"a?b\\file.txt"), kInvalidName);
+  EXPECT_EQ(begin(L"closed\\new.txt"), kAccessDenied);
+  EXPECT_EQ(begin(L"readonly.txt"), kAccessDenied);
+  EXPECT_EQ(file, nullptr);
+  EXPECT_EQ(Listed(L""), (std::vector<std::wstring>{L"closed", L"folder", L"readonly.txt"}));
+  ASSERT_EQ(begin(L"folder"), kSystemOk);
+  EXPECT_EQ(file->Complete(), kAccessDenied);
 }
 
 TEST_P(FileContentContract, MovesOntoNothingThatIsThere) {

@@ -1,6 +1,12 @@
 #include "platform/sandbox/host_file_system.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
 
 #include "tests/support/temporary_folder.h"
 
@@ -45,6 +51,39 @@ TEST_F(HostFileSystemTest, ReportsAFileWhereAFolderIsNeeded) {
   EXPECT_EQ(files_.RemoveFile(L"C:\\file\\sub"), kPathNotFound);
   EXPECT_EQ(files_.RemoveFolder(L"C:\\file"), kNotAFolder);
   EXPECT_TRUE(files_.ListFolder(L"C:\\file").empty());
+}
+
+TEST_F(HostFileSystemTest, GivesRoomThatWasNotUsedBack) {
+  std::unique_ptr<FileReplacement> file;
+  ASSERT_EQ(files_.BeginReplacement(L"C:\\new", 8 << 20, file), kSystemOk);
+  ASSERT_EQ(file->Append("content"), kSystemOk);
+  ASSERT_EQ(file->Complete(), kSystemOk);
+  struct stat facts = {};
+  ASSERT_EQ(stat(Host("new").c_str(), &facts), 0);
+  EXPECT_EQ(facts.st_size, 7);
+  EXPECT_LT(facts.st_blocks * 512, 1 << 20);
+}
+
+// In a process of its own no file may grow beyond a size, as on a disk that is full.
+TEST_F(HostFileSystemTest, ReplacementOnAFullDiskLeavesTheFileAlone) {
+  Put("file");
+  const pid_t child = fork();
+  if (child == 0) {
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit = {100'000, 100'000};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::unique_ptr<FileReplacement> file;
+    if (files_.BeginReplacement(L"C:\\file", 200'000, file) != kSystemOk) _exit(1);
+    if (file->Append(std::string(90'000, 'x')) != kSystemOk) _exit(2);
+    const SystemCode code = file->Append(std::string(90'000, 'x'));
+    file.reset();
+    _exit(code == kSystemDiskFull ? 0 : 3);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(fs::file_size(Host("file")), std::string("content").size());
+  EXPECT_EQ(Names(files_.ListFolder(L"C:\\")), std::vector<std::wstring>{L"file"});
 }
 
 TEST_F(HostFileSystemTest, ReportsANameThatIsTooLongForTheHost) {

@@ -48,6 +48,18 @@ TEST_F(OverlayFilesTest, LeavesTheMachineAsItWas) {
   EXPECT_TRUE(TakeSnapshot(machine_) == before_);
 }
 
+TEST_F(OverlayFilesTest, AReplacementIsNeverOnTheMachine) {
+  Open();
+  std::unique_ptr<FileReplacement> file;
+  ASSERT_EQ(Files().BeginReplacement(L"C:\\d\\a.txt", 6, file), kSystemOk);
+  EXPECT_EQ(file->Append("new "), kSystemOk);
+  EXPECT_EQ(Content(L"C:\\d\\a.txt"), "old");
+  EXPECT_EQ(file->Append("text"), kSystemOk);
+  EXPECT_EQ(file->Complete(), kSystemOk);
+  EXPECT_EQ(Content(L"C:\\d\\a.txt"), "new text");
+  EXPECT_EQ(machine_.files.Bytes(L"C:\\d\\a.txt"), "old");
+}
+
 TEST_F(OverlayFilesTest, NeverShowsItsSpool) {
   Open();
   EXPECT_EQ(Files().WriteBytes(L"C:\\d\\a.txt", "new"), kSystemOk);

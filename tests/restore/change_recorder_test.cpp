@@ -18,12 +18,36 @@ TEST_F(ChangeRecorderTest, NotesAChangeBeforeItIsMade) {
   EXPECT_EQ(order, (std::vector<std::string>{"note", "change", "note"}));
 }
 
+TEST_F(ChangeRecorderTest, NotesAReplacementBeforeItBeginsAndWhenItIsOver) {
+  using Steps = std::vector<std::string>;
+  Steps order;
+  machine.files.fault = [&](const std::string& operation, const std::wstring& path) {
+    const bool isChange = path == kData + L"a.txt" && operation != "read" && operation != "copy";
+    if (operation == "append") order.push_back("note");
+    if (isChange) order.push_back(operation);
+    return kSystemOk;
+  };
+  std::unique_ptr<FileReplacement> file;
+  EXPECT_EQ(run->files.BeginReplacement(kData + L"a.txt", 1, file), kSystemOk);
+  EXPECT_EQ(file->Append("x"), kSystemOk);
+  EXPECT_EQ(file->Complete(), kSystemOk);
+  file.reset();
+  EXPECT_EQ(order, (Steps{"note", "begin", "write part", "write", "note"}));
+  order.clear();
+  EXPECT_EQ(run->files.BeginReplacement(kData + L"a.txt", 1, file), kSystemOk);
+  file.reset();
+  EXPECT_EQ(order, (Steps{"note", "begin", "note"}));
+}
+
 TEST_F(ChangeRecorderTest, MakesNoChangeThatCannotBeNoted) {
   const std::wstring before = State();
   machine.files.fault = [](const std::string& operation, const std::wstring&) {
     return operation == "append" ? kSystemDiskFull : kSystemOk;
   };
   EXPECT_EQ(run->files.WriteBytes(kData + L"a.txt", "x"), kSystemDiskFull);
+  std::unique_ptr<FileReplacement> file;
+  EXPECT_EQ(run->files.BeginReplacement(kData + L"a.txt", 1, file), kSystemDiskFull);
+  EXPECT_EQ(file, nullptr);
   EXPECT_EQ(run->files.RemoveFile(kData + L"a.txt"), kSystemDiskFull);
   EXPECT_EQ(run->files.CreateFolder(kData + L"new"), kSystemDiskFull);
   EXPECT_EQ(run->files.RemoveFolder(kData + L"empty"), kSystemDiskFull);

@@ -11,8 +11,16 @@ class UndoTest : public RestoreFixture {
  protected:
   const std::wstring before_ = State();
 
+  void Replace(const std::wstring& path, std::string_view bytes) {
+    std::unique_ptr<FileReplacement> file;
+    ASSERT_EQ(run->files.BeginReplacement(path, bytes.size(), file), kSystemOk);
+    EXPECT_EQ(file->Append(bytes), kSystemOk);
+    EXPECT_EQ(file->Complete(), kSystemOk);
+  }
+
   void ChangeMuch() {
     EXPECT_EQ(run->files.WriteBytes(kData + L"a.txt", "after"), kSystemOk);
+    Replace(kData + L"d.txt", "in parts");
     EXPECT_EQ(run->files.RemoveFile(kData + L"sub\\b.txt"), kSystemOk);
     EXPECT_EQ(run->files.RemoveFolder(kData + L"sub"), kSystemOk);
     EXPECT_EQ(run->files.WriteBytes(kData + L"sub", "a file now"), kSystemOk);

@@ -141,6 +141,28 @@ TEST_F(RegistryRewrite, FullDiskLeavesTheFileAndReportsNothing) {
   EXPECT_TRUE(bench.log.lines.empty());
 }
 
+TEST_F(RegistryRewrite, FailureAtAnyStepLeavesTheFileAndReportsNothing) {
+  const std::string bytes = Utf16File(L"\"a\"=\"C:/Users/x/y\"\r\n\"b\"=\"2025\"");
+  for (const std::string step : {"read", "begin", "write part", "write"}) {
+    bench.files.Put(kFile, bytes);
+    bench.files.fault = [&](const std::string& operation, const std::wstring&) {
+      return operation == step ? kSharingViolation : kSystemOk;
+    };
+    EXPECT_EQ(RewriteRegFile(kFile, {{L"2025", L"2026"}}, bench.Ports()), kSharingViolation)
+        << step;
+    EXPECT_EQ(bench.files.Bytes(kFile), bytes) << step;
+    EXPECT_TRUE(bench.log.lines.empty()) << step;
+  }
+}
+
+TEST_F(RegistryRewrite, BeginsNoFileWhenNothingChanges) {
+  bench.files.Put(kFile, Utf16File(L"\"a\"=\"b\"\n"));
+  bench.files.fault = [](const std::string& operation, const std::wstring&) {
+    return operation == "begin" ? kAccessDenied : kSystemOk;
+  };
+  EXPECT_EQ(RewriteRegFile(kFile, {{L"x", L"y"}}, bench.Ports()), kSystemOk);
+}
+
 TEST_F(RegistryRewrite, TextLongerThanABlockKeepsItsLines) {
   std::wstring before;
   std::wstring after;
@@ -304,6 +326,26 @@ TEST_F(InvalidPaths, TrimsLinesAndEndsThemInCrLfWhenOneIsDropped) {
             Utf16File(L"\"v\"=hex:01,\\\r\n02\r\n\r\n[k]\r\n"));
 }
 
+TEST_F(InvalidPaths, TrimsEveryLineOfALongFileWhenTheLastOneIsDropped) {
+  std::wstring before;
+  std::wstring after;
+  for (int i = 0; i < 20000; ++i) {
+    const std::wstring line = L"\"" + std::to_wstring(i) + L"\"=\"C:/Users/";
+    before += L"  " + line + L"someone\\old\" \n";
+    after += line + L"newuser\\new\"\r\n";
+  }
+  bench.files.partBytes = 100'001;
+  bench.files.Put(L"C:\\Users\\newuser\\new", "");
+  bench.files.Put(kFile, Utf16File(before + L"\"a\"=\"Q:\\\\x\""));
+  EXPECT_EQ(RewriteRegFile(kFile, {{L"old", L"new"}}, bench.Ports()), kSystemOk);
+  EXPECT_TRUE(bench.files.Bytes(kFile) == Utf16File(after));
+  EXPECT_EQ(bench.files.changes, std::vector<std::wstring>{L"write C:\\d\\a.reg"});
+  EXPECT_EQ(bench.log.lines,
+            (std::vector<std::wstring>{
+                L"Successfully replaced 20000 user paths",
+                L"Successfully removed 1 registry entries with invalid absolute paths"}));
+}
+
 TEST_F(InvalidPaths, FileWithLfOnlyAndNoEndOfLineGrows) {
   const std::wstring before = L"Windows Registry Editor Version 5.00\n\n[k]\n\"b\"=\"c\"\n";
   const std::wstring after = L"Windows Registry Editor Version 5.00\r\n\r\n[k]\r\n\"b\"=\"c\"\r\n";
@@ -366,6 +408,30 @@ TEST_F(InvalidPaths, AsksForEachDistinctPathOnce) {
       files.asked,
       (std::map<std::wstring, int>{
           {L"C:\\none", 1}, {L"C:\\there", 1}, {L"C:\\there\\x.dat", 1}, {L"C:\\there\\none", 1}}));
+}
+
+TEST_F(InvalidPaths, AsksOnceThoughTheFileIsReadAgain) {
+  CountingFiles files(bench.files);
+  std::wstring text;
+  for (int i = 0; i < 5000; ++i) text += L"\"a\"=\"C:/there/x.dat\"\r\n";
+  bench.files.Put(kFile, Utf16File(L"2025\r\n" + text + L"\"c\"=\"C:\\\\there\\\\none\""));
+  EXPECT_EQ(
+      RewriteRegFile(kFile, {{L"2025", L"2026"}}, {files, bench.user, bench.codePage, bench.log}),
+      kSystemOk);
+  EXPECT_EQ(bench.files.Bytes(kFile), Utf16File(L"2026\r\n" + text));
+  EXPECT_EQ(files.asked, (std::map<std::wstring, int>{
+                             {L"C:\\there", 1}, {L"C:/there/x.dat", 1}, {L"C:\\there\\none", 1}}));
+}
+
+TEST_F(InvalidPaths, KnowsAMissingFolderBySpelling) {
+  CountingFiles files(bench.files);
+  bench.files.Put(kFile, Utf16File(L"\"a\"=\"C:\\\\none\\\\x\"\n\"b\"=\"C:\\\\none\\\\y\"\n"
+                                   L"\"c\"=\"C:\\\\none\\\\..\"\n\"d\"=\"C:\\\\none\\\\\"\n"
+                                   L"\"e\"=\"C:/none/z\"\n\"f\"=\"C:\\\\none\\\\..\\\\there\"\n"));
+  EXPECT_EQ(RemoveInvalidAbsolutePaths(kFile, {files, bench.user, bench.codePage, bench.log}),
+            kSystemOk);
+  EXPECT_EQ(files.asked, (std::map<std::wstring, int>{
+                             {L"C:\\none", 1}, {L"C:\\none\\..", 1}, {L"C:\\none\\..\\there", 1}}));
 }
 
 TEST_F(InvalidPaths, StepsBackOutOfAMissingFolderAreLeftToTheSystem) {

@@ -5,6 +5,22 @@ namespace {
 
 using Port = FaultyPort;
 
+class FaultyReplacement : public FileReplacement {
+ public:
+  FaultyReplacement(std::unique_ptr<FileReplacement> file, Fault& fault)
+      : file_(std::move(file)), fault_(fault) {}
+  SystemCode Append(std::string_view part) override {
+    return fault_.Strikes(Port::kFiles) ? kSystemDiskFull : file_->Append(part);
+  }
+  SystemCode Complete() override {
+    return fault_.Strikes(Port::kFiles) ? kSharingViolation : file_->Complete();
+  }
+
+ private:
+  std::unique_ptr<FileReplacement> file_;
+  Fault& fault_;
+};
+
 class FaultyFiles : public ForwardingFiles {
  public:
   FaultyFiles(FileSystem& files, Fault& fault) : ForwardingFiles(files), fault_(fault) {}
@@ -48,6 +64,15 @@ class FaultyFiles : public ForwardingFiles {
   }
   SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override {
     return Strikes() ? kSystemDiskFull : ForwardingFiles::WriteBytes(path, bytes);
+  }
+  SystemCode BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,
+                              std::unique_ptr<FileReplacement>& replacement) override {
+    if (Strikes()) return kAccessDenied;
+    std::unique_ptr<FileReplacement> file;
+    const SystemCode code = ForwardingFiles::BeginReplacement(path, expectedBytes, file);
+    if (code != kSystemOk) return code;
+    replacement = std::make_unique<FaultyReplacement>(std::move(file), fault_);
+    return kSystemOk;
   }
   SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override {
     return Strikes() ? kSystemDiskFull : ForwardingFiles::AppendBytes(path, bytes);

@@ -145,19 +145,23 @@ SystemCode MemoryFiles::ReadInParts(const std::wstring& path, const TakePart& ta
   std::string bytes;
   if (const SystemCode code = ReadBytes(path, bytes); code != kSystemOk) return code;
   for (std::string_view rest = bytes; !rest.empty();) {
-    take(rest.substr(0, partBytes), bytes.size());
+    if (!take(rest.substr(0, partBytes), bytes.size())) break;
     rest.remove_prefix(std::min(partBytes, rest.size()));
   }
   return kSystemOk;
 }
 
-SystemCode MemoryFiles::Store(const std::wstring& path, std::string bytes) {
+SystemCode MemoryFiles::MayStore(const std::wstring& path) const {
   const Entry* const there = Find(path);
   if (there != nullptr && (there->isFolder || there->readOnly)) return kAccessDenied;
   const std::wstring parent = ParentOf(Folded(path));
-  if (!parent.empty() && !IsFolder(parent)) return kPathNotFound;
-  Add(path).bytes = std::move(bytes);
-  return kSystemOk;
+  return parent.empty() || IsFolder(parent) ? kSystemOk : kPathNotFound;
+}
+
+SystemCode MemoryFiles::Store(const std::wstring& path, std::string bytes) {
+  const SystemCode code = MayStore(path);
+  if (code == kSystemOk) Add(path).bytes = std::move(bytes);
+  return code;
 }
 
 SystemCode MemoryFiles::CreateFolder(const std::wstring& path) {
@@ -193,6 +197,31 @@ SystemCode MemoryFiles::WriteBytes(const std::wstring& path, std::string_view by
   if (const SystemCode code = Fault("write", path); code != kSystemOk) return code;
   const SystemCode code = Store(path, std::string(bytes));
   return code == kSystemOk ? Done("write", path) : code;
+}
+
+class MemoryFiles::Replacement : public FileReplacement {
+ public:
+  Replacement(MemoryFiles& files, const std::wstring& path) : files_(files), path_(path) {}
+
+  SystemCode Append(std::string_view part) override {
+    const SystemCode code = files_.Fault("write part", path_);
+    if (code == kSystemOk) bytes_ += part;
+    return code;
+  }
+  SystemCode Complete() override { return files_.WriteBytes(path_, bytes_); }
+
+ private:
+  MemoryFiles& files_;
+  std::wstring path_;
+  std::string bytes_;
+};
+
+SystemCode MemoryFiles::BeginReplacement(const std::wstring& path, std::uint64_t /*expectedBytes*/,
+                                         std::unique_ptr<FileReplacement>& replacement) {
+  if (const SystemCode code = Fault("begin", path); code != kSystemOk) return code;
+  if (const SystemCode code = MayStore(path); code != kSystemOk) return code;
+  replacement = std::make_unique<Replacement>(*this, path);
+  return kSystemOk;
 }
 
 SystemCode MemoryFiles::AppendBytes(const std::wstring& path, std::string_view bytes) {

@@ -46,11 +46,15 @@ class MemoryFiles : public FileSystem {
   SystemCode RemoveFile(const std::wstring& path) override;
   SystemCode RemoveFolder(const std::wstring& path) override;
   SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override;
+  SystemCode BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,
+                              std::unique_ptr<FileReplacement>& replacement) override;
   SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override;
   SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override;
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
 
  private:
+  class Replacement;
+
   struct Entry {
     std::wstring name;
     std::string bytes;
@@ -63,6 +67,7 @@ class MemoryFiles : public FileSystem {
   SystemCode MoveFile(const std::wstring& source, const std::wstring& target);
   SystemCode Fault(const std::string& operation, const std::wstring& path) const;
   const Entry* Find(const std::wstring& path) const;
+  SystemCode MayStore(const std::wstring& path) const;
   SystemCode Store(const std::wstring& path, std::string bytes);
   SystemCode MoveFolder(const std::wstring& source, const std::wstring& target);
   SystemCode Done(const std::string& operation, const std::wstring& path);
