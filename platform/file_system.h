@@ -92,7 +92,7 @@ class FileSystem : public FileReader {
                                             const std::wstring& target) = 0;
 
   // Gives a file, or a folder with what it holds, another path; kAlreadyExists when something is
-  // there.
+  // there. The same path in another case gives it that spelling.
   [[nodiscard]] virtual SystemCode MoveTo(const std::wstring& source,
                                           const std::wstring& target) = 0;
 };

@@ -22,6 +22,10 @@ bool IsBelow(const OverlayPath& path, const OverlayPath& folder) {
   return std::equal(folder.names.begin(), folder.names.end(), path.names.begin(), IsSamePath);
 }
 
+bool IsSame(const OverlayPath& a, const OverlayPath& b) {
+  return a.names.size() == b.names.size() && IsBelow(a, b);
+}
+
 }  // namespace
 
 std::unique_ptr<OverlayFiles> OverlayFiles::Open(const Machine& machine, std::wstring& reason) {
@@ -255,9 +259,11 @@ SystemCode OverlayFiles::MoveTo(const std::wstring& source, const std::wstring& 
   if (!from || !to || !to->mayBeMade) return kInvalidName;
   const SeenKind kind = tree_.Look(*from).kind;
   if (kind == SeenKind::kMissing) return MissingCode(*from);
-  if (tree_.Look(*to).kind != SeenKind::kMissing) return kAlreadyExists;
-  if (tree_.Look(to->Parent()).kind != SeenKind::kFolder) return kPathNotFound;
-  if (IsBelow(*to, *from)) return kInvalidName;
+  if (!IsSame(*to, *from)) {
+    if (tree_.Look(*to).kind != SeenKind::kMissing) return kAlreadyExists;
+    if (tree_.Look(to->Parent()).kind != SeenKind::kFolder) return kPathNotFound;
+    if (IsBelow(*to, *from)) return kInvalidName;
+  }
   tree_.Move(*from, *to);
   return kSystemOk;
 }

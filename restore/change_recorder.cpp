@@ -64,7 +64,10 @@ ChangeRecorder::ChangeRecorder(const Machine& machine, std::wstring root, std::w
       registry_(machine.registry),
       temporaryPath_(TidyPath(machine.folders.TempPath().value_or(L""))),
       root_(TidyPath(root)),
-      id_(std::move(id)) {}
+      id_(std::move(id)),
+      fileNames_(NamesInFolders(files_)),
+      userKeyNames_(NamesInKeys(registry_, RegistryHive::kCurrentUser)),
+      machineKeyNames_(NamesInKeys(registry_, RegistryHive::kLocalMachine)) {}
 
 SystemCode ChangeRecorder::MakeFolders() {
   return MakeFolderPath(files_, Folder() + L"\\" + kCopiesFolder);
@@ -122,13 +125,14 @@ std::wstring ChangeRecorder::AsSpelled(const std::wstring& path) {
   const std::wstring parent = RemoveFileSpec(path);
   const std::wstring name = FileNameOf(path);
   if (parent == path || name.empty()) return path;
-  if (parent != listedFolder_ || !listedNames_.contains(name)) {
-    listedFolder_ = parent;
-    listedNames_.clear();
-    for (FolderEntry& entry : files_.ListFolder(parent)) listedNames_.insert(entry.name);
-  }
-  const auto spelled = listedNames_.find(name);
-  return spelled == listedNames_.end() ? path : parent + L"\\" + *spelled;
+  return parent + L"\\" + fileNames_.Spell(parent, name);
+}
+
+std::wstring ChangeRecorder::KeyAsSpelled(RegistryHive hive, const std::wstring& keyPath) {
+  SpelledNames& names = hive == RegistryHive::kCurrentUser ? userKeyNames_ : machineKeyNames_;
+  const std::wstring parent = ParentKey(keyPath);
+  if (parent.empty()) return names.Spell(parent, keyPath);
+  return JoinKey(parent, names.Spell(parent, keyPath.substr(parent.size() + 1)));
 }
 
 SystemCode ChangeRecorder::KeepCopy(const std::wstring& path, FileChanging& change) {
@@ -186,7 +190,10 @@ SystemCode ChangeRecorder::NoteKey(RegistryHive hive, const std::wstring& keyPat
                                    const std::vector<std::wstring>& setting) {
   const std::wstring name = RootName(hive) + L"\\" + keyPath;
   KeyChanging change{hive, keyPath, std::nullopt, setting};
-  if (!notedKeys_.contains(name)) change.before = ImageOfKey(hive, keyPath);
+  if (!notedKeys_.contains(name)) {
+    change.before = ImageOfKey(hive, keyPath);
+    if (change.before->exists) change.keyPath = KeyAsSpelled(hive, keyPath);
+  }
   const SystemCode code = Append(change);
   if (code == kSystemOk) notedKeys_.insert(name);
   return code;

@@ -7,6 +7,7 @@
 #include "platform/machine.h"
 #include "platform/text.h"
 #include "restore/journal_record.h"
+#include "restore/spelled_names.h"
 
 namespace carrovan {
 
@@ -66,8 +67,9 @@ class ChangeRecorder {
   KeyImage ImageOfKey(RegistryHive hive, const std::wstring& keyPath) const;
   std::wstring NextCopyName();
 
-  // The path with its last name as the folder has it, so that it can come back in its own spelling.
+  // The path with its last name as the folder or the key has it.
   std::wstring AsSpelled(const std::wstring& path);
+  std::wstring KeyAsSpelled(RegistryHive hive, const std::wstring& keyPath);
 
   FileSystem& files_;
   const RegistryReader& registry_;
@@ -77,8 +79,9 @@ class ChangeRecorder {
   std::set<std::wstring, NameLess> notedFiles_;
   std::set<std::wstring, NameLess> notedKeys_;  // with their root's name
   std::vector<std::wstring> scratch_;
-  std::wstring listedFolder_;  // the last folder whose names were asked for
-  std::set<std::wstring, NameLess> listedNames_;
+  SpelledNames fileNames_;
+  SpelledNames userKeyNames_;
+  SpelledNames machineKeyNames_;
   std::size_t copies_ = 0;
 };
 

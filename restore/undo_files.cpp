@@ -5,6 +5,7 @@
 #include "platform/text.h"
 #include "reset/folder_wipe.h"
 #include "restore/restore_folder.h"
+#include "restore/spelled_names.h"
 #include "restore/undo_steps.h"
 
 namespace carrovan {
@@ -15,7 +16,11 @@ class FileUndo {
  public:
   FileUndo(const RestorePoint& point, const UndoChoice& choice, FileSystem& files,
            UndoReport& report)
-      : point_(point), choice_(choice), files_(files), report_(report) {}
+      : point_(point),
+        choice_(choice),
+        files_(files),
+        report_(report),
+        spelled_(NamesInFolders(files)) {}
 
   // What the run made goes before what was there comes back, folders before what was in them.
   void Run() {
@@ -25,6 +30,7 @@ class FileUndo {
     for (auto file = chosen_.rbegin(); file != chosen_.rend(); ++file) RemoveMadeFolder(**file);
     for (const FileHistory* file : chosen_) MakeFolder(*file);
     for (const FileHistory* file : chosen_) PutBack(*file);
+    SpellAsBefore();
     RemoveScratch();
   }
 
@@ -53,12 +59,17 @@ class FileUndo {
     if (const SystemCode code = ReadFileImage(files_, file.path, now); code != kSystemOk) {
       return Fail(file.path, code);
     }
-    if (now == file.before) return false;
+    if (now == file.before && IsSpelledAsBefore(file)) return false;
     // What is gone is nobody's work, and a folder is one by what it holds.
     const bool own = file.unfinished || now == file.after || now.kind == FileKind::kAbsent ||
                      now.kind == FileKind::kFolder || choice_.force;
     if (!own) report_.kept.push_back(L"Kept, as it was changed since: " + file.path);
     return own;
+  }
+
+  bool IsSpelledAsBefore(const FileHistory& file) {
+    const std::wstring name = FileNameOf(file.path);
+    return spelled_.Spell(RemoveFileSpec(file.path), name) == name;
   }
 
   bool Fail(const std::wstring& path, SystemCode code) {
@@ -119,6 +130,18 @@ class FileUndo {
     }
   }
 
+  // What was removed and made again may have come in another case.
+  void SpellAsBefore() {
+    SpelledNames spelled(NamesInFolders(files_));
+    for (const FileHistory* file : chosen_) {
+      const std::wstring folder = RemoveFileSpec(file->path);
+      const std::wstring now = folder + L"\\" + spelled.Spell(folder, FileNameOf(file->path));
+      if (now == file->path) continue;
+      const SystemCode code = files_.MoveTo(now, file->path);
+      if (code != kSystemOk) Fail(file->path, code);
+    }
+  }
+
   void RemoveScratch() {
     for (const std::wstring& folder : point_.scratch) {
       if (!WipeFolder(files_, folder)) {
@@ -131,6 +154,7 @@ class FileUndo {
   const UndoChoice& choice_;
   FileSystem& files_;
   UndoReport& report_;
+  SpelledNames spelled_;  // before anything is put back
   std::vector<const FileHistory*> chosen_;
 };
 

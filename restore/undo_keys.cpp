@@ -74,12 +74,18 @@ class KeyUndo {
     }
   }
 
-  // All at once: some registries take long to save a change.
+  // All at once: some registries take long to save a change. A value that is there keeps its
+  // name's spelling when it is set, so it goes first when that is another one.
   void PutValuesBack(const KeyHistory& key, const KeyImage& now) {
     std::vector<RegistryValue> values;
     for (const RegistryValue& value : key.before.values) {
       const RegistryValue* const current = Find(now, value.name);
-      if (IsSame(&value, current) || !MayChange(key, value.name, current)) continue;
+      if (current != nullptr && *current == value) continue;
+      if (!MayChange(key, value.name, current)) continue;
+      if (current != nullptr && current->name != value.name) {
+        static_cast<void>(
+            machine_.registryEditor.DeleteValue(key.hive, key.keyPath, current->name));
+      }
       values.push_back(value);
     }
     if (values.empty()) return;

@@ -3,8 +3,10 @@
 #include <span>
 #include <system_error>
 
+#include "platform/path_text.h"
 #include "platform/sandbox/host_access.h"
 #include "platform/sandbox/host_file_system.h"
+#include "platform/sandbox/host_path.h"
 #include "support/zip/part_file.h"
 
 namespace carrovan {
@@ -170,10 +172,12 @@ SystemCode HostFileSystem::MoveTo(const std::wstring& source, const std::wstring
   if (!from || !to || !paths_.MayBeMade(target)) return kInvalidName;
   std::error_code error;
   if (!fs::exists(fs::symlink_status(*from, error))) return MissingCode(*from);
-  if (fs::exists(fs::symlink_status(*to, error))) return kAlreadyExists;
+  const bool isRespelled = *from == *to;
+  if (!isRespelled && fs::exists(fs::symlink_status(*to, error))) return kAlreadyExists;
   if (const SystemCode code = CodeOfParent(*to); code != kSystemOk) return code;
   if (!OwnerMayWrite(from->parent_path())) return kAccessDenied;
-  fs::rename(*from, *to, error);
+  const fs::path name = HostPathFromText(FileNameOf(WithoutTrailingBackslashes(target)));
+  fs::rename(*from, isRespelled ? from->parent_path() / name : *to, error);
   return SystemCodeOf(error);
 }
 

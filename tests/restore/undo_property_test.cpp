@@ -1,9 +1,11 @@
 // Whatever a run does to whatever machine, an undo brings the machine back as it was.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 
+#include "platform/reg_file_writer.h"
 #include "platform/text.h"
 #include "restore/recorded_machine.h"
 #include "restore/restore_folder.h"
@@ -26,13 +28,16 @@ constexpr unsigned kCases = 100;
 constexpr unsigned kCases = 2000;
 #endif
 
-// All but the restore points themselves.
+// All but the restore points themselves. A key that the run removed and made again keeps the case
+// of its new name, as no key can be renamed.
 MachineSnapshot Snapshot(const RandomMachine& machine) {
   const std::wstring own = L"C:\\Users\\u\\AppData\\Local\\Carrovan";
   MachineSnapshot snapshot = TakeSnapshot(machine);
   std::erase_if(snapshot.files, [&own](const auto& entry) {
     return CompareNames(entry.second.path.substr(0, own.size()), own) == 0;
   });
+  for (auto& [folded, key] : snapshot.keys) key.clear();
+  for (auto& [folded, value] : snapshot.values) value.key = FromUtf16(folded.second);
   return snapshot;
 }
 
@@ -78,6 +83,28 @@ class UndoProperty : public testing::Test {
     if (after == before) return;
     for (const std::string& line : LinesOf(DifferenceOf(before, after))) ADD_FAILURE() << line;
     ADD_FAILURE() << "not as before";
+    ExpectSpelledAlike(before, after);
+  }
+
+  // Tells names that are the same to the system but not to the eye.
+  static void ExpectSpelledAlike(const MachineSnapshot& before, const MachineSnapshot& after) {
+    const std::vector<std::string> now = Spelled(after);
+    for (const std::string& line : Spelled(before)) {
+      if (!std::binary_search(now.begin(), now.end(), line)) ADD_FAILURE() << "was: " << line;
+    }
+  }
+
+  static std::vector<std::string> Spelled(const MachineSnapshot& snapshot) {
+    std::vector<std::string> lines;
+    for (const auto& [folded, file] : snapshot.files) {
+      lines.push_back(ToUtf8(file.path) + (file.isReadOnly ? " read-only" : ""));
+    }
+    for (const auto& [folded, value] : snapshot.values) {
+      lines.push_back(
+          ToUtf8(value.key + L" " + value.value.name + L" " + RegValueText(value.value)));
+    }
+    std::sort(lines.begin(), lines.end());
+    return lines;
   }
 
   unsigned changing_ = 0;

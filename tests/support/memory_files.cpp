@@ -271,7 +271,7 @@ SystemCode MemoryFiles::MoveTo(const std::wstring& source, const std::wstring& t
   if (const SystemCode code = Fault("move", source); code != kSystemOk) return code;
   const Entry* const entry = Find(source);
   if (entry == nullptr) return MissingCode(source);
-  if (Exists(target)) return kAlreadyExists;
+  if (Folded(source) != Folded(target) && Exists(target)) return kAlreadyExists;
   return entry->isFolder ? MoveFolder(source, target) : MoveFile(source, target);
 }
 
