@@ -13,6 +13,7 @@ constexpr RegistryHive kUser = RegistryHive::kCurrentUser;
 constexpr RegistryHive kMachine = RegistryHive::kLocalMachine;
 
 const std::wstring kInstall = L"C:\\Program Files\\Product\\";
+const std::wstring kCustomization = L"\\Customization";
 const std::wstring kData = L"C:\\Users\\u\\AppData\\";
 constexpr const wchar_t* kLanguages[] = {L"en-us", L"zh-CN", L"fr-fr"};
 constexpr const wchar_t* kNames[] = {L"a.xml", L"A.XML", L"b.xml",          L"menu.UIK",
@@ -106,7 +107,8 @@ void RandomMachine::FillProductFolder(const std::wstring& base, bool roaming, Pu
   for (const CategoryRecord& record : CategoryTable()) {
     const std::wstring subfolder(record.subfolder);
     const bool isRoaming = record.storage == CategoryStorage::kRoamingLanguage;
-    if (subfolder.empty() || isRoaming != roaming || Chance(65)) continue;
+    if (subfolder.empty() || isRoaming != roaming) continue;
+    if (Chance(subfolder == kCustomization ? 30 : 65)) continue;
     if (record.storage == CategoryStorage::kLocalSingle) {
       FillFolder(base, subfolder, put);
       continue;
@@ -118,6 +120,10 @@ void RandomMachine::FillProductFolder(const std::wstring& base, bool roaming, Pu
 }
 
 void RandomMachine::FillFolder(const std::wstring& folder, const std::wstring& subfolder, Put put) {
+  // The same name on both sides, so that there is something to merge.
+  if (subfolder == kCustomization && Chance(70)) {
+    (this->*put)(folder + subfolder + L"\\a.xml", ContentFor(L"a.xml", subfolder));
+  }
   for (std::size_t left = Below(3); left > 0; --left) {
     const std::wstring name = OneOf(kNames);
     const std::wstring below = OneOf(kSubfolders);
@@ -127,7 +133,7 @@ void RandomMachine::FillFolder(const std::wstring& folder, const std::wstring& s
 
 std::string RandomMachine::ContentFor(const std::wstring& name, const std::wstring& subfolder) {
   if (!EndsWithIgnoringAsciiCase(name, L".xml")) return OneOf(kTexts);
-  return subfolder == L"\\Customization" && Chance(50) ? OneOf(kShortcuts) : OneOf(kRibbons);
+  return subfolder == kCustomization && Chance(50) ? OneOf(kShortcuts) : OneOf(kRibbons);
 }
 
 void RandomMachine::FillDrafting(const std::wstring& base, const std::wstring& year, Put put) {
