@@ -4,8 +4,9 @@
 
 #include "cli/console_log.h"
 #include "cli/json_text.h"
+#include "cli/preview_output.h"
+#include "cli/trial_run.h"
 #include "preview/fulfilment.h"
-#include "preview/overlay_machine.h"
 #include "restore/recorded_machine.h"
 
 namespace carrovan {
@@ -25,33 +26,6 @@ nlohmann::json ToJson(const std::vector<std::wstring>& lines) {
   return array;
 }
 
-// The words of a run that only serves to foresee another are not shown twice.
-class SilentConsole : public Console {
- public:
-  void Out(std::wstring_view) override {}
-  void Err(std::wstring_view) override {}
-  bool ErrIsTerminal() const override { return false; }
-  bool IsOutWhole() const override { return true; }
-};
-
-// What the run would change, or nothing after saying why that cannot be told. A run that is refused
-// changes nothing.
-std::optional<MachineChanges> Foresee(const Session& session, const Machine& machine,
-                                      const Run& run) {
-  std::wstring reason;
-  const auto overlay = OverlayMachine::Open(machine, reason);
-  if (!overlay) {
-    session.Fail(reason);
-    return std::nullopt;
-  }
-  SilentConsole silent;
-  Session quiet(silent);
-  quiet.root = session.root;
-  CollectedLog log;
-  static_cast<void>(run(quiet, overlay->Ports(), log));
-  return overlay->Changes();
-}
-
 // One run from its restore point to what is printed of it.
 class ChosenRun {
  public:
@@ -60,19 +34,42 @@ class ChosenRun {
       : session_(session), choice_(choice), about_(about), machine_(machine) {}
 
   ExitStatus Do(const Run& run) {
-    if (choice_.verify && !(foreseen_ = Foresee(session_, machine_, run))) {
-      return ExitStatus::kFailed;
-    }
+    if (choice_.dryRun) return Show(run);
+    if (choice_.verify && !Foresee(run)) return ExitStatus::kFailed;
     if (!choice_.noRestorePoint && !BeginRestorePoint()) return ExitStatus::kFailed;
     ConsoleLog console(session_);
     LineLog& log = choice_.json ? static_cast<LineLog&>(log_) : console;
     const auto applied = RunRecorded(run, log);
     const bool kept = recorder_ && recorder_->End();
     if (kept) restorePoint_ = recorder_->Id();
-    return applied ? Conclude(*applied) : ExitStatus::kFailed;
+    if (!applied) return ExitStatus::kFailed;
+    if (choice_.verify) differences_ = UnfulfilledChanges(foreseen_, machine_);
+    return Conclude(*applied);
   }
 
  private:
+  ExitStatus Show(const Run& run) {
+    const auto trial = TryOut(session_, machine_, run, TrialWords::kRefusals);
+    if (!trial || !trial->applied) return ExitStatus::kFailed;
+    const AppliedRun& applied = *trial->applied;
+    const ExitStatus status = ComplainOf(applied);
+    const PreviewReport report = MakePreviewReport(trial->changes, applied.report,
+                                                   CategoryPlaces(applied.context, machine_));
+    if (choice_.json) {
+      PrintPreviewJson(session_, report, Heading(applied, status));
+    } else {
+      PrintPreview(session_, report);
+    }
+    return status;
+  }
+
+  bool Foresee(const Run& run) {
+    auto trial = TryOut(session_, machine_, run, TrialWords::kNone);
+    if (!trial) return false;
+    foreseen_ = std::move(trial->changes);
+    return true;
+  }
+
   bool BeginRestorePoint() {
     std::wstring reason;
     recorder_ = ChangeRecorder::Begin(machine_, about_, reason);
@@ -88,9 +85,16 @@ class ChosenRun {
     return run(session_, recorded.Ports(), log);
   }
 
-  ExitStatus Conclude(const AppliedRun& applied) {
+  // Each item that was skipped, failed or differs.
+  ExitStatus ComplainOf(const AppliedRun& applied) {
     for (const std::wstring& problem : applied.report.problems) session_.Complain(problem);
-    const ExitStatus status = applied.report.IsComplete() ? ExitStatus::kDone : ExitStatus::kPartly;
+    for (const std::wstring& difference : differences_) session_.Complain(difference);
+    const bool whole = applied.report.IsComplete() && differences_.empty();
+    return whole ? ExitStatus::kDone : ExitStatus::kPartly;
+  }
+
+  ExitStatus Conclude(const AppliedRun& applied) {
+    const ExitStatus status = ComplainOf(applied);
     if (choice_.json) {
       PrintJsonText(session_, Document(applied, status));
     } else {
@@ -106,17 +110,23 @@ class ChosenRun {
     if (!restorePoint_.empty()) {
       session_.Print(L"Restore point: " + restorePoint_ + L" ('undo' puts everything back)");
     }
-    if (foreseen_) session_.Print(VerificationText());
+    if (choice_.verify) session_.Print(VerificationText());
     session_.Print(applied.finishText);
   }
 
-  std::size_t ForeseenCount() const {
-    return foreseen_->files.size() + foreseen_->keys.size() + foreseen_->values.size();
+  std::wstring VerificationText() const {
+    return L"Read back: " + std::to_wstring(CountForeseen(foreseen_)) + L" items, " +
+           std::to_wstring(differences_.size()) + L" not as they were to become";
   }
 
-  std::wstring VerificationText() const {
-    return L"Read back: " + std::to_wstring(ForeseenCount()) + L" changes, " +
-           std::to_wstring(differences_.size()) + L" not as they were to become";
+  // What the documents of a run and of its preview have in common.
+  nlohmann::json Heading(const AppliedRun& applied, ExitStatus status) const {
+    return {{"verb", ToUtf8(about_.verb)},
+            {"version", ToUtf8(about_.version)},
+            {"package", ToUtf8(about_.package)},
+            {"dryRun", choice_.dryRun},
+            {"exitStatus", static_cast<int>(status)},
+            {"problems", ToJson(applied.report.problems)}};
   }
 
   nlohmann::json Document(const AppliedRun& applied, ExitStatus status) {
@@ -125,19 +135,15 @@ class ChosenRun {
       categories.push_back(
           {{"label", ToUtf8(category.label)}, {"outcome", ToUtf8(category.outcome)}});
     }
-    nlohmann::json document = {{"verb", ToUtf8(about_.verb)},
-                               {"version", ToUtf8(about_.version)},
-                               {"package", ToUtf8(about_.package)},
-                               {"exitStatus", static_cast<int>(status)},
-                               {"finishText", ToUtf8(applied.finishText)},
-                               {"categories", categories},
-                               {"problems", ToJson(applied.report.problems)},
-                               {"unextracted", applied.report.unextracted},
-                               {"log", ToJson(log_.lines)},
-                               {"verification", nullptr},
-                               {"restorePoint", nullptr}};
-    if (foreseen_) {
-      document["verification"] = {{"changes", ForeseenCount()},
+    nlohmann::json document = Heading(applied, status);
+    document.update({{"finishText", ToUtf8(applied.finishText)},
+                     {"categories", categories},
+                     {"unextracted", applied.report.unextracted},
+                     {"log", ToJson(log_.lines)},
+                     {"verification", nullptr},
+                     {"restorePoint", nullptr}});
+    if (choice_.verify) {
+      document["verification"] = {{"items", CountForeseen(foreseen_)},
                                   {"differences", ToJson(differences_)}};
     }
     if (!restorePoint_.empty()) document["restorePoint"] = ToUtf8(restorePoint_);
@@ -149,7 +155,7 @@ class ChosenRun {
   const PointBegun& about_;
   const Machine& machine_;
   CollectedLog log_;
-  std::optional<MachineChanges> foreseen_;
+  MachineChanges foreseen_;  // when it is to be read back
   std::vector<std::wstring> differences_;
   std::unique_ptr<ChangeRecorder> recorder_;
   std::wstring restorePoint_;

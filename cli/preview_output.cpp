@@ -160,7 +160,7 @@ void PrintPreview(const Session& session, const PreviewReport& report) {
                                           : L"Nothing was changed; a run would do the above.");
 }
 
-void PrintPreviewJson(const Session& session, const PreviewReport& report) {
+void PrintPreviewJson(const Session& session, const PreviewReport& report, json heading) {
   json categories = json::array();
   for (const PreviewedCategory& category : report.categories) {
     categories.push_back({{"label", ToUtf8(category.label)},
@@ -170,7 +170,8 @@ void PrintPreviewJson(const Session& session, const PreviewReport& report) {
                           {"values", ListOf(category.values)},
                           {"dropped", ListOf(category.dropped)}});
   }
-  PrintJsonText(session, {{"categories", categories}});
+  heading["categories"] = std::move(categories);
+  PrintJsonText(session, heading);
 }
 
 }  // namespace carrovan

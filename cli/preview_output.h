@@ -1,5 +1,7 @@
 #pragma once
 
+#include <nlohmann/json.hpp>
+
 #include "cli/session.h"
 #include "preview/preview_report.h"
 
@@ -7,7 +9,8 @@ namespace carrovan {
 
 // Prints what a run would change.
 //
-// The document is an object with one member, "categories", a list in the order of the report:
+// The document is `heading`, an object, with one more member "categories", a list in the order of
+// the report:
 //   "label"    the category's name
 //   "summary"  the numbers "filesAdded", "filesReplaced", "filesMerged", "filesRemoved",
 //              "valuesAdded", "valuesChanged", "valuesRemoved", "valuesDropped"
@@ -18,7 +21,7 @@ namespace carrovan {
 //              "type" (the number of the new value's type, or of the one that is removed),
 //              "before" and "after" as in a registry file, null where there is none
 //   "dropped"  values of the package that are left out: "file", "key", "name", "why"
-void PrintPreviewJson(const Session& session, const PreviewReport& report);
+void PrintPreviewJson(const Session& session, const PreviewReport& report, nlohmann::json heading);
 
 // A heading with the numbers for each category, one line for each item, and a last line which says
 // that nothing was changed.

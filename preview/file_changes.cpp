@@ -43,8 +43,8 @@ struct Folder {
 
 class Comparison {
  public:
-  Comparison(const FileReader& overlay, const FileReader& machine)
-      : overlay_(overlay), machine_(machine) {}
+  Comparison(const FileReader& overlay, const FileReader& machine, MachineChanges& changes)
+      : overlay_(overlay), machine_(machine), changes_(changes) {}
 
   // A folder that is there before and after.
   void CompareFolder(const Folder& folder) {
@@ -58,13 +58,6 @@ class Comparison {
         Compare(folder, node, Find(before, name), Find(after, name));
       }
     }
-  }
-
-  std::vector<FileChange> TakeChanges() {
-    std::stable_sort(
-        changes_.begin(), changes_.end(),
-        [](const FileChange& a, const FileChange& b) { return CompareNames(a.path, b.path) < 0; });
-    return std::move(changes_);
   }
 
  private:
@@ -90,9 +83,13 @@ class Comparison {
     }
     const FileImage imageBefore = ImageOf(machine_, was, before);
     const FileImage imageAfter = ImageOf(overlay_, is, after);
-    if (imageBefore == imageAfter) return;
+    if (imageBefore == imageAfter) {
+      const std::wstring& path = is.empty() ? was : is;
+      changes_.rewrittenFiles.push_back({path, Change::kReplaced, false, imageBefore, imageAfter});
+      return;
+    }
     if (imageBefore.kind == FileKind::kFile && imageAfter.kind == FileKind::kFile) {
-      changes_.push_back({is, Change::kReplaced, false, imageBefore, imageAfter});
+      changes_.files.push_back({is, Change::kReplaced, false, imageBefore, imageAfter});
       return;
     }
     if (before != nullptr) Tell(Change::kRemoved, was, *before, imageBefore);
@@ -113,7 +110,7 @@ class Comparison {
             const FileImage& image) {
     const bool added = change == Change::kAdded;
     const FileImage absent;
-    changes_.push_back(
+    changes_.files.push_back(
         {path, change, entry.isFolder, added ? absent : image, added ? image : absent});
     if (!IsPlainFolder(entry)) return;
     const FileReader& files = added ? overlay_ : machine_;
@@ -125,18 +122,20 @@ class Comparison {
 
   const FileReader& overlay_;
   const FileReader& machine_;
-  std::vector<FileChange> changes_;
+  MachineChanges& changes_;
 };
 
 }  // namespace
 
-std::vector<FileChange> FileChangesOf(const OverlayTree& tree, const FileReader& overlay,
-                                      const FileReader& machine) {
-  Comparison comparison(overlay, machine);
+void AddFileChanges(const OverlayTree& tree, const FileReader& overlay, const FileReader& machine,
+                    MachineChanges& changes) {
+  Comparison comparison(overlay, machine, changes);
   for (const auto& [name, root] : tree.Roots()) {
     comparison.CompareFolder({root->real, root->real, root.get(), root->real});
   }
-  return comparison.TakeChanges();
+  std::ranges::stable_sort(changes.files, [](const FileChange& a, const FileChange& b) {
+    return CompareNames(a.path, b.path) < 0;
+  });
 }
 
 }  // namespace carrovan

@@ -20,6 +20,15 @@ void CheckFile(const FileChange& change, const FileReader& files, Lines& lines) 
   }
 }
 
+// A file in place of a folder comes as a removal and an addition; the later one is what remains.
+void CheckFiles(const std::vector<FileChange>& changes, const FileReader& files, Lines& lines) {
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    const bool isReplaced =
+        i + 1 < changes.size() && CompareNames(changes[i].path, changes[i + 1].path) == 0;
+    if (!isReplaced) CheckFile(changes[i], files, lines);
+  }
+}
+
 void CheckKey(const KeyChange& change, const RegistryReader& registry, Lines& lines) {
   const bool wanted = change.change != Change::kRemoved;
   if (registry.CanOpenKey(change.hive, change.path) == wanted) return;
@@ -48,10 +57,19 @@ void CheckValue(const ValueChange& change, const RegistryReader& registry, Lines
 std::vector<std::wstring> UnfulfilledChanges(const MachineChanges& foreseen,
                                              const Machine& machine) {
   Lines lines;
-  for (const FileChange& change : foreseen.files) CheckFile(change, machine.files, lines);
+  for (const auto* files : {&foreseen.files, &foreseen.rewrittenFiles}) {
+    CheckFiles(*files, machine.files, lines);
+  }
   for (const KeyChange& change : foreseen.keys) CheckKey(change, machine.registry, lines);
-  for (const ValueChange& change : foreseen.values) CheckValue(change, machine.registry, lines);
+  for (const auto* values : {&foreseen.values, &foreseen.rewrittenValues}) {
+    for (const ValueChange& change : *values) CheckValue(change, machine.registry, lines);
+  }
   return lines;
+}
+
+std::size_t CountForeseen(const MachineChanges& foreseen) {
+  return foreseen.files.size() + foreseen.rewrittenFiles.size() + foreseen.keys.size() +
+         foreseen.values.size() + foreseen.rewrittenValues.size();
 }
 
 }  // namespace carrovan

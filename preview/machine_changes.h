@@ -46,14 +46,18 @@ struct MachineChanges {
   std::vector<KeyChange> keys;
   std::vector<ValueChange> values;
 
+  // No changes, but touched: the same before and after.
+  std::vector<FileChange> rewrittenFiles;
+  std::vector<ValueChange> rewrittenValues;
+
   bool IsEmpty() const { return files.empty() && keys.empty() && values.empty(); }
 };
 
-// The files of an overlay that differ from those of the machine below it.
-std::vector<FileChange> FileChangesOf(const OverlayTree& tree, const FileReader& overlay,
-                                      const FileReader& machine);
+// Fills the files in which an overlay differs from the machine below it.
+void AddFileChanges(const OverlayTree& tree, const FileReader& overlay, const FileReader& machine,
+                    MachineChanges& changes);
 
-// Fills the keys and values in which an overlay differs from the registry below it.
+// The same for the keys and values in which an overlay differs from the registry below it.
 void AddRegistryChanges(const OverlayRegistry& overlay, const RegistryReader& machine,
                         MachineChanges& changes);
 

@@ -26,7 +26,7 @@ Machine OverlayMachine::Ports() {
 
 MachineChanges OverlayMachine::Changes() const {
   MachineChanges changes;
-  changes.files = FileChangesOf(files_->Tree(), *files_, machine_.files);
+  AddFileChanges(files_->Tree(), *files_, machine_.files, changes);
   AddRegistryChanges(registry_, machine_.registry, changes);
   return changes;
 }

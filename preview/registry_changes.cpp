@@ -78,8 +78,10 @@ class Comparison {
       const auto is = after.find(name);
       if (is == after.end()) {
         changes_.values.push_back({hive_, pathBefore, value.name, value, std::nullopt});
-      } else if (!IsSameContent(value, is->second)) {
-        changes_.values.push_back({hive_, pathBefore, value.name, value, is->second});
+      } else {
+        auto& values =
+            IsSameContent(value, is->second) ? changes_.rewrittenValues : changes_.values;
+        values.push_back({hive_, pathBefore, value.name, value, is->second});
       }
     }
     for (const auto& [name, value] : after) {

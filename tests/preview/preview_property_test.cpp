@@ -9,6 +9,7 @@
 #include <iterator>
 
 #include "platform/text.h"
+#include "preview/fulfilment.h"
 #include "preview/overlay_machine.h"
 #include "tests/support/machine_snapshot.h"
 #include "tests/support/random_run.h"
@@ -66,6 +67,10 @@ class PreviewProperty : public testing::Test {
     const MachineChanges happened = DifferenceOf(before, TakeSnapshot(machine));
     ExpectSame(LinesOf(foreseen), LinesOf(happened));
     EXPECT_TRUE(IsInOrder(foreseen));
+    for (const std::wstring& line : UnfulfilledChanges(foreseen, machine.Ports())) {
+      const bool isOwn = WithoutGuids(line) != ToUtf8(line);
+      EXPECT_TRUE(isOwn) << ToUtf8(line);
+    }
     EXPECT_EQ(Plain(preview.report.problems), Plain(real.report.problems));
     EXPECT_EQ(Plain(preview.view.messages), Plain(real.view.messages));
     EXPECT_EQ(preview.report.unextracted, real.report.unextracted);

@@ -104,7 +104,7 @@ TEST_F(PreviewReportTest, SaysThatThereIsNothingToDo) {
 
 TEST_F(PreviewReportTest, IsPrintedAsADocument) {
   Fill();
-  PrintPreviewJson(Session(console_), Report());
+  PrintPreviewJson(Session(console_), Report(), {{"verb", "import"}});
   for (const wchar_t* part :
        {L"\"label\": \"Custom Parts Library\"", L"\"filesMerged\": 1", L"\"change\": \"merged\"",
         L"\"sizeBefore\": 3", L"\"sizeAfter\": null", L"\"folder\": true",
