@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <set>
+#include <span>
 
 #include "package/registry_file_scan.h"
 #include "platform/stored_name.h"
@@ -16,6 +17,12 @@ namespace {
 constexpr std::wstring_view kSystemsOwnKeys[] = {
     L"Classes",    L"Clients", L"Microsoft", L"ODBC", L"Policies", L"RegisteredApplications",
     L"Wow6432Node"};
+
+// Folders of the profile over which a package is laid.
+constexpr std::wstring_view kProfileHalves[] = {L"Local", L"LocalLow", L"Roaming"};
+
+// The 2D drafting settings lie below their own maker's name.
+constexpr std::wstring_view kDraftingCompany = L"ORMA";
 
 // The names of a package's items, as the file system will tell them apart.
 class StoredNames {
@@ -50,6 +57,24 @@ std::uint64_t SaturatedSum(std::uint64_t a, std::uint64_t b) {
 // one with a variable or a quote in it.
 bool IsPlainToInterpreter(std::wstring_view name) {
   return name.find_first_of(L"%\"") == std::wstring_view::npos;
+}
+
+bool IsAmong(std::wstring_view name, std::span<const std::wstring_view> names) {
+  return std::ranges::any_of(
+      names, [name](std::wstring_view each) { return CompareNames(each, name) == 0; });
+}
+
+// Why a file does not belong where the name would put it. A folder of another program may be one
+// from which the system starts programs at a logon.
+std::optional<std::wstring> RefusalOfPlace(std::wstring_view name, std::wstring_view company) {
+  const std::size_t half = name.find(L'\\');
+  if (!IsAmong(name.substr(0, half), kProfileHalves)) return std::nullopt;
+  const std::wstring_view below = name.substr(half + 1);
+  const std::size_t folder = below.find(L'\\');
+  if (folder == std::wstring_view::npos) return std::nullopt;
+  const std::wstring_view own[] = {company, kDraftingCompany};
+  if (IsAmong(below.substr(0, folder), own)) return std::nullopt;
+  return L"the file would lie in a folder of another program";
 }
 
 std::optional<std::wstring> RefusalOfRegistryFile(ArchiveExaminer& archive, std::size_t index,
@@ -89,10 +114,9 @@ std::optional<std::wstring> RefusalOfCompany(const std::wstring& company) {
   if (company.find_first_of(L"\\[]") != std::wstring::npos) {
     return L"the company holds a backslash or a bracket";
   }
-  const auto isCompany = [&](std::wstring_view key) { return CompareNames(key, company) == 0; };
-  if (std::ranges::any_of(kSystemsOwnKeys, isCompany)) {
-    return L"the company's key belongs to the system";
-  }
+  if (IsAmong(company, kSystemsOwnKeys)) return L"the company's key belongs to the system";
+  // What is noted there tells from where this program loads its library.
+  if (CompareNames(company, L"Carrovan") == 0) return L"the company's key is Carrovan's own";
   return std::nullopt;
 }
 
@@ -108,7 +132,9 @@ std::vector<RefusedItem> ReasonsForDistrust(ArchiveExaminer& archive, PackageKin
       continue;
     }
     if (const auto clash = names.Take(name)) reasons.push_back({name, *clash});
-    if (kind == PackageKind::kLegacy || !IsRegistryFileName(name)) continue;
+    if (kind == PackageKind::kLegacy) continue;
+    if (const auto refusal = RefusalOfPlace(name, company)) reasons.push_back({name, *refusal});
+    if (!IsRegistryFileName(name)) continue;
     if (const auto refusal = RefusalOfRegistryFile(archive, index, name, company)) {
       reasons.push_back({name, *refusal});
     }

@@ -50,6 +50,31 @@ TEST(PackageTrust, NamesEachRegistryFileWithAKeyOutside) {
   EXPECT_EQ(reasons[1].name, L"REGISTER\\c");
 }
 
+TEST(PackageTrust, DistrustsFilesForFoldersOfOtherPrograms) {
+  for (const wchar_t* name :
+       {L"Roaming\\Microsoft\\Windows\\Start Menu\\Programs\\Startup\\a.bat",
+        L"roaming\\MICROS~1\\a", L"Local\\Carrovan\\Restore\\2026-01-01T000000Z\\journal",
+        L"LocalLow\\Other\\a", L"Local\\Vantric2\\a", L"Local\\Other\\"}) {
+    MemoryArchive archive;
+    archive.Add(name, "x");
+    EXPECT_EQ(
+        Reasons(archive),
+        (std::vector<RefusedItem>{{name, L"the file would lie in a folder of another program"}}))
+        << ToUtf8(name);
+    EXPECT_TRUE(Reasons(archive, PackageKind::kLegacy).empty());
+  }
+}
+
+TEST(PackageTrust, TakesFilesForTheProductsOwnFolders) {
+  MemoryArchive archive;
+  archive.Add(L"Local\\vantric\\VANTRIC\\28.0\\a", "x");
+  archive.Add(L"roaming\\ORMA\\ORMA CAD TVRN-INT-VANTRIC 2026 (x64)\\26.0\\a", "x");
+  archive.Add(L"Roaming\\a.txt", "x");
+  archive.Add(L"Options\\sub\\a.txt", "x");
+  archive.Add(L"readme.txt", "x");
+  EXPECT_TRUE(Reasons(archive).empty());
+}
+
 TEST(PackageTrust, DistrustsARegistryFileThatCannotBeRead) {
   for (const ArchiveResult state :
        {ArchiveResult::kDamaged, ArchiveResult::kEncrypted, ArchiveResult::kMethodUnsupported}) {
@@ -97,7 +122,7 @@ TEST(PackageTrust, DistrustsNamesThatAreTheSameToTheFileSystem) {
 
 TEST(PackageTrust, DistrustsNamesThatAreAFilesAndAFolders) {
   const std::vector<std::pair<const wchar_t*, const wchar_t*>> clashes = {
-      {L"Local", L"local\\a"}, {L"Local\\a\\b", L"LOCAL\\a"}, {L"a\\", L"A"}, {L"a", L"a\\"}};
+      {L"Local", L"local\\a"}, {L"Other\\a\\b", L"OTHER\\a"}, {L"a\\", L"A"}, {L"a", L"a\\"}};
   for (const auto& [first, second] : clashes) {
     MemoryArchive archive;
     archive.Add(first, "1");
@@ -160,7 +185,7 @@ TEST(PackageTrust, ReadsNothingOfAnAbsurdPackage) {
 
 TEST(PackageTrust, CompanyMustNameAPlaceOfItsOwn) {
   for (const wchar_t* company : {L"", L"Vantric\\x", L"\\", L"a]b", L"a[b", L"Microsoft",
-                                 L"CLASSES", L"policies", L"Wow6432Node"}) {
+                                 L"CLASSES", L"policies", L"Wow6432Node", L"carrovan"}) {
     EXPECT_TRUE(RefusalOfCompany(company)) << ToUtf8(company);
   }
   for (const wchar_t* company : {L"Vantric", L"ORMA", L"Microsoft Partner", L"A & B", L".."}) {
