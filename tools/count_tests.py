@@ -15,7 +15,18 @@ _UNITTEST = re.compile(r"^(?:\d+: )?Ran (\d+) tests? in [^\n]*\n(?:\d+: )?\n"
                        r"(?:\d+: )?(?:OK|FAILED)([^\n]*)", re.MULTILINE)
 
 
+def in_order(log):
+    """Of tests that ran side by side, the lines of each together."""
+    lines = log.splitlines(keepends=True)
+    number = re.compile(r"(\d+): ")
+    def test_of(line):
+        match = number.match(line)
+        return int(match.group(1)) if match else 0
+    return "".join(sorted(lines, key=test_of))
+
+
 def count(log):
+    log = in_order(log)
     counts = {name: sum(map(int, pattern.findall(log)))
               for name, pattern in _GOOGLE_TEST.items()}
     for ran, rest in _UNITTEST.findall(log):

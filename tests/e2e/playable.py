@@ -35,6 +35,27 @@ def without_restore_points(files):
             if path != own and not path.startswith(own + "/")}
 
 
+def assert_foreseen(test, foreseen, before, after):
+    """Every change was foreseen by the dry run, and everything foreseen has happened."""
+    changed = {path.lower() for path in before.files.keys() | after.files.keys()
+               if before.files.get(path, "none") != after.files.get(path, "none")}
+    told = {file["path"].split("\\AppData\\")[1].replace("\\", "/").lower()
+            for category in foreseen["categories"] for file in category["files"]}
+    test.assertEqual(told, changed)
+    values = {f"{value['key']}|{value['name']}".lower()
+              for category in foreseen["categories"] for value in category["values"]}
+    test.assertEqual(values, changed_values(before.registry, after.registry))
+
+
+def changed_values(before, after):
+    changed = set()
+    for key in before.keys() | after.keys():
+        old, new = before.get(key, {}), after.get(key, {})
+        changed |= {f"{key}|{name}".lower() for name in old.keys() | new.keys()
+                    if old.get(name) != new.get(name)}
+    return changed
+
+
 def files_below(folder):
     """Content by path relative to the folder; None for a folder."""
     return {str(path.relative_to(folder)): None if path.is_dir() else path.read_bytes()

@@ -3,7 +3,7 @@
 import json
 
 from machines import SandboxTest, make_sandbox, snapshot
-from playable import PlayableSandbox, differences
+from playable import PlayableSandbox, assert_foreseen
 
 
 class PreviewTest(SandboxTest):
@@ -27,32 +27,13 @@ class PreviewTest(SandboxTest):
     def foreseen(self, *arguments):
         return json.loads(self.dry_run(*arguments, "--json").stdout)
 
-    def assert_foreseen(self, foreseen, before, after):
-        """Every change was foreseen, and everything foreseen has happened."""
-        expected = set()
-        for path in before.files.keys() | after.files.keys():
-            if before.files.get(path, "none") != after.files.get(path, "none"):
-                expected.add(path.lower())
-        told = {file["path"].split("\\AppData\\")[1].replace("\\", "/").lower()
-                for category in foreseen["categories"] for file in category["files"]}
-        self.assertEqual(told, expected)
-        values = {f"{value['key']}|{value['name']}".lower()
-                  for category in foreseen["categories"] for value in category["values"]}
-        changed = set()
-        for key in before.registry.keys() | after.registry.keys():
-            old, new = before.registry.get(key, {}), after.registry.get(key, {})
-            for name in old.keys() | new.keys():
-                if old.get(name) != new.get(name):
-                    changed.add(f"{key}|{name}".lower())
-        self.assertEqual(values, changed)
-
     def test_dry_import_foretells_the_import_and_changes_nothing(self):
         self.run_verb("export", "--version", "2025", "--all", "--output", self.package)
         arguments = ("import", self.package, "--to", "2026", "--all")
         foreseen = self.foreseen(*arguments)
         before = self.machine.state()
         self.run_verb(*arguments)
-        self.assert_foreseen(foreseen, before, self.machine.state())
+        assert_foreseen(self, foreseen, before, self.machine.state())
         self.assertTrue(foreseen["dryRun"])
         merged = [file for category in foreseen["categories"] for file in category["files"]
                   if file["change"] == "merged"]
@@ -63,7 +44,7 @@ class PreviewTest(SandboxTest):
         foreseen = self.foreseen(*arguments)
         before = self.machine.state()
         self.run_verb(*arguments, "--yes")
-        self.assert_foreseen(foreseen, before, self.machine.state())
+        assert_foreseen(self, foreseen, before, self.machine.state())
         labels = {category["label"] for category in foreseen["categories"]}
         self.assertEqual(labels, {"Options", "Interface layout"})
 

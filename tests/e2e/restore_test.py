@@ -8,10 +8,10 @@ import subprocess
 import time
 import unittest
 
-from machines import CLI, SandboxTest, make_sandbox, small_sandbox
+from machines import RELEASE_CLI, SandboxTest, make_sandbox, small_sandbox
 from playable import PlayableSandbox, differences
 
-KILLS = int(os.environ.get("CARROVAN_KILLS", "8"))
+KILLS = int(os.environ.get("CARROVAN_KILLS", "25"))
 
 
 class RestoreCase(SandboxTest):
@@ -193,7 +193,8 @@ class KillTest(SandboxTest):
     def setUp(self):
         super().setUp()
         self.template = small_sandbox(self.folder / "template")
-        done = self.template.run("export", "--version", "2025", "--all", "--output", self.package)
+        done = self.template.run("export", "--version", "2025", "--all", "--output", self.package,
+                                 program=RELEASE_CLI)
         self.assertEqual(done.returncode, 0, done.stderr)
         self.before = PlayableSandbox(self.template).state()
 
@@ -203,7 +204,7 @@ class KillTest(SandboxTest):
         return type(self.template)(self.folder / "machine", self.template.user)
 
     def start_import(self, sandbox):
-        return subprocess.Popen([CLI, "--root", sandbox.root, "import", self.package, "--to",
+        return subprocess.Popen([RELEASE_CLI, "--root", sandbox.root, "import", self.package, "--to",
                                  "2026", "--all"], stdout=subprocess.DEVNULL,
                                 stderr=subprocess.DEVNULL)
 
@@ -225,7 +226,7 @@ class KillTest(SandboxTest):
             killed += program.wait() != 0
             state = machine.state()
             changed += differences(self.before, state) != []
-            done = machine.run("undo")
+            done = sandbox.run("undo", program=RELEASE_CLI)
             if done.returncode == 1:
                 self.assertIn("There is nothing to undo", done.stderr)
             else:

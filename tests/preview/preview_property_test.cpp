@@ -26,7 +26,7 @@ unsigned FromEnvironment(const char* name, unsigned otherwise) {
 #ifdef CARROVAN_WIDE_MAIN
 constexpr unsigned kCases = 150;
 #else
-constexpr unsigned kCases = 2000;
+constexpr unsigned kCases = 1000;
 #endif
 
 std::vector<std::string> Plain(const std::vector<std::wstring>& lines) {

@@ -25,7 +25,7 @@ unsigned FromEnvironment(const char* name, unsigned otherwise) {
 #ifdef CARROVAN_WIDE_MAIN
 constexpr unsigned kCases = 100;
 #else
-constexpr unsigned kCases = 1000;
+constexpr unsigned kCases = 500;
 #endif
 
 // All but the restore points themselves. A key that the run removed and made again keeps the case

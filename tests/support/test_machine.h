@@ -67,6 +67,9 @@ class TestMachine {
   virtual void MakeFolderUnwritable(const std::wstring& folder) = 0;
   virtual void MakeReadOnly(const std::wstring& path) = 0;
 
+  // True where moving a file onto itself does not give it the new spelling, as under Wine.
+  virtual bool KeepsSpelling() const { return false; }
+
   // Key paths are relative to the hive. Keys are created with their parents and removed at the end
   // when they were not there before.
   virtual void PutKey(RegistryHive hive, const std::wstring& keyPath) = 0;

@@ -120,6 +120,10 @@ void WindowsTestMachine::MakeReadOnly(const std::wstring& path) {
   Require(SetReadOnly(path, true), "cannot make read-only", path);
 }
 
+bool WindowsTestMachine::KeepsSpelling() const {
+  return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+}
+
 void WindowsTestMachine::PutKey(RegistryHive hive, const std::wstring& keyPath) {
   for (const std::wstring& key : OutermostFirst(keyPath)) {
     if (registry_.CanOpenKey(hive, key)) continue;

@@ -50,6 +50,7 @@ class WindowsTestMachine : public TestMachine {
   void MakeUnreadable(const std::wstring& path) override;
   void MakeFolderUnwritable(const std::wstring& folder) override;
   void MakeReadOnly(const std::wstring& path) override;
+  bool KeepsSpelling() const override;
 
   void PutKey(RegistryHive hive, const std::wstring& keyPath) override;
   void PutValue(RegistryHive hive, const std::wstring& keyPath,
