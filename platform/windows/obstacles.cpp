@@ -124,4 +124,9 @@ std::unique_ptr<Obstacle> ClaimName(const std::wstring& name) {
 
 unsigned long OwnProcessId() { return GetCurrentProcessId(); }
 
+bool RunsUnderWine() {
+  const HMODULE system = GetModuleHandleW(L"ntdll.dll");
+  return system != nullptr && GetProcAddress(system, "wine_get_version") != nullptr;
+}
+
 }  // namespace carrovan

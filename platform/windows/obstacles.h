@@ -31,4 +31,7 @@ std::unique_ptr<Obstacle> ClaimName(const std::wstring& name);
 
 unsigned long OwnProcessId();
 
+// Not Windows itself, which differs in little.
+bool RunsUnderWine();
+
 }  // namespace carrovan

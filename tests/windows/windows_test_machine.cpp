@@ -120,9 +120,7 @@ void WindowsTestMachine::MakeReadOnly(const std::wstring& path) {
   Require(SetReadOnly(path, true), "cannot make read-only", path);
 }
 
-bool WindowsTestMachine::KeepsSpelling() const {
-  return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
-}
+bool WindowsTestMachine::KeepsSpelling() const { return RunsUnderWine(); }
 
 void WindowsTestMachine::PutKey(RegistryHive hive, const std::wstring& keyPath) {
   for (const std::wstring& key : OutermostFirst(keyPath)) {
