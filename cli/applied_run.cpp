@@ -6,6 +6,7 @@
 #include "cli/json_text.h"
 #include "cli/preview_output.h"
 #include "cli/trial_run.h"
+#include "platform/repeated_guids.h"
 #include "preview/fulfilment.h"
 #include "restore/recorded_machine.h"
 
@@ -40,6 +41,7 @@ class ChosenRun {
     ConsoleLog console(session_);
     LineLog& log = choice_.json ? static_cast<LineLog&>(log_) : console;
     const auto applied = RunRecorded(run, log);
+    if (applied) TakeVersion(*applied);
     const bool kept = recorder_ && recorder_->End();
     if (kept) restorePoint_ = recorder_->Id();
     if (!applied) return ExitStatus::kFailed;
@@ -48,10 +50,18 @@ class ChosenRun {
   }
 
  private:
+  // A legacy package names its version itself, which is known only now.
+  void TakeVersion(const AppliedRun& applied) {
+    if (!about_.version.empty()) return;
+    about_.version = applied.context.selectedVersion;
+    if (recorder_) recorder_->Describe(about_);
+  }
+
   ExitStatus Show(const Run& run) {
     const auto trial = TryOut(session_, machine_, run, TrialWords::kRefusals);
     if (!trial || !trial->applied) return ExitStatus::kFailed;
     const AppliedRun& applied = *trial->applied;
+    TakeVersion(applied);
     const ExitStatus status = ComplainOf(applied);
     const PreviewReport report = MakePreviewReport(trial->changes, applied.report,
                                                    CategoryPlaces(applied.context, machine_));
@@ -67,6 +77,7 @@ class ChosenRun {
     auto trial = TryOut(session_, machine_, run, TrialWords::kNone);
     if (!trial) return false;
     foreseen_ = std::move(trial->changes);
+    foreseenGuids_ = std::move(trial->guids);
     return true;
   }
 
@@ -79,9 +90,12 @@ class ChosenRun {
     return false;
   }
 
+  // What was foreseen to be left behind under a GUID shall have that name.
   std::optional<AppliedRun> RunRecorded(const Run& run, LineLog& log) {
-    if (!recorder_) return run(session_, machine_, log);
-    RecordedMachine recorded(machine_, *recorder_);
+    RepeatedGuids guids(foreseenGuids_, machine_.guids);
+    const Machine machine = WithGuids(machine_, guids);
+    if (!recorder_) return run(session_, machine, log);
+    RecordedMachine recorded(machine, *recorder_);
     return run(session_, recorded.Ports(), log);
   }
 
@@ -139,6 +153,7 @@ class ChosenRun {
     document.update({{"finishText", ToUtf8(applied.finishText)},
                      {"categories", categories},
                      {"unextracted", applied.report.unextracted},
+                     {"dropped", DroppedJson(applied.report.dropped)},
                      {"log", ToJson(log_.lines)},
                      {"verification", nullptr},
                      {"restorePoint", nullptr}});
@@ -152,10 +167,11 @@ class ChosenRun {
 
   const Session& session_;
   const RunChoice& choice_;
-  const PointBegun& about_;
+  PointBegun about_;
   const Machine& machine_;
   CollectedLog log_;
   MachineChanges foreseen_;  // when it is to be read back
+  std::vector<std::wstring> foreseenGuids_;
   std::vector<std::wstring> differences_;
   std::unique_ptr<ChangeRecorder> recorder_;
   std::wstring restorePoint_;

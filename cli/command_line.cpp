@@ -1,5 +1,6 @@
 #include "cli/command_line.h"
 
+#include <algorithm>
 #include <sstream>
 
 #include "cli/merge_verbs.h"
@@ -258,6 +259,12 @@ ExitStatus Explain(const CLI::App& app, const CLI::ParseError& error, Console& c
   return code == 0 ? ExitStatus::kDone : ExitStatus::kUsage;
 }
 
+bool IsVerb(const CLI::App& app, const std::wstring& word) {
+  const auto verbs = app.get_subcommands([](const CLI::App*) { return true; });
+  return std::ranges::any_of(
+      verbs, [&](const CLI::App* verb) { return verb->get_name() == ToUtf8(word); });
+}
+
 ExitStatus ParseAndRun(const std::vector<std::wstring>& arguments, Console& console) {
   CLI::App app("Carrovan moves a CAD user's settings between versions and machines.",
                "carrovan-cli");
@@ -293,6 +300,11 @@ ExitStatus ParseAndRun(const std::vector<std::wstring>& arguments, Console& cons
   AddRewriting(app, rewriting, chosen);
   AddRibbon(app, chosen);
 
+  if (!arguments.empty() && !arguments.front().starts_with(L'-') &&
+      !IsVerb(app, arguments.front())) {
+    return session.Misused(L"There is no verb \"" + arguments.front() +
+                           L"\"; 'carrovan-cli --help' lists them");
+  }
   try {
     app.parse(ReversedUtf8(arguments));
   } catch (const CLI::ParseError& error) {

@@ -41,16 +41,23 @@ std::wstring Padded(std::wstring_view text, std::size_t width) {
   return padded;
 }
 
+// "1 file added", "2 files added"
+std::wstring Counted(std::size_t count, std::wstring_view what) {
+  const std::size_t noun = what.find(L' ');
+  return std::to_wstring(count) + L" " + std::wstring(what.substr(0, noun)) +
+         (count == 1 ? L"" : L"s") + std::wstring(what.substr(noun));
+}
+
 std::wstring SummaryText(const PreviewSummary& summary) {
   const std::pair<std::size_t, std::wstring_view> kCounts[] = {
-      {summary.filesAdded, L"files added"},       {summary.filesReplaced, L"files replaced"},
-      {summary.filesMerged, L"files merged"},     {summary.filesRemoved, L"files removed"},
-      {summary.valuesAdded, L"values added"},     {summary.valuesChanged, L"values changed"},
-      {summary.valuesRemoved, L"values removed"}, {summary.valuesDropped, L"values dropped"}};
+      {summary.filesAdded, L"file added"},       {summary.filesReplaced, L"file replaced"},
+      {summary.filesMerged, L"file merged"},     {summary.filesRemoved, L"file removed"},
+      {summary.valuesAdded, L"value added"},     {summary.valuesChanged, L"value changed"},
+      {summary.valuesRemoved, L"value removed"}, {summary.valuesDropped, L"value dropped"}};
   std::wstring text;
   for (const auto& [count, what] : kCounts) {
     if (count == 0) continue;
-    text += (text.empty() ? L"" : L", ") + std::to_wstring(count) + L" " + std::wstring(what);
+    text += (text.empty() ? L"" : L", ") + Counted(count, what);
   }
   return text.empty() ? L"folders and keys only" : text;
 }
@@ -86,7 +93,8 @@ std::wstring LineOf(const KeyChange& change) {
 }
 
 std::wstring LineOf(const DroppedValue& value) {
-  return L"  value dropped " + value.key + L"  " + value.name + L": " + value.why;
+  const std::wstring name = value.name.empty() ? L"" : L"  " + value.name;
+  return L"  value dropped " + value.key + name + L": " + value.why;
 }
 
 template <typename Items>
@@ -160,6 +168,8 @@ void PrintPreview(const Session& session, const PreviewReport& report) {
                                           : L"Nothing was changed; a run would do the above.");
 }
 
+json DroppedJson(const std::vector<DroppedValue>& dropped) { return ListOf(dropped); }
+
 void PrintPreviewJson(const Session& session, const PreviewReport& report, json heading) {
   json categories = json::array();
   for (const PreviewedCategory& category : report.categories) {
@@ -168,7 +178,7 @@ void PrintPreviewJson(const Session& session, const PreviewReport& report, json 
                           {"files", ListOf(category.files)},
                           {"keys", ListOf(category.keys)},
                           {"values", ListOf(category.values)},
-                          {"dropped", ListOf(category.dropped)}});
+                          {"dropped", DroppedJson(category.dropped)}});
   }
   heading["categories"] = std::move(categories);
   PrintJsonText(session, heading);

@@ -23,6 +23,9 @@ namespace carrovan {
 //   "dropped"  values of the package that are left out: "file", "key", "name", "why"
 void PrintPreviewJson(const Session& session, const PreviewReport& report, nlohmann::json heading);
 
+// The list "dropped" of such a document.
+nlohmann::json DroppedJson(const std::vector<DroppedValue>& dropped);
+
 // A heading with the numbers for each category, one line for each item, and a last line which says
 // that nothing was changed.
 void PrintPreview(const Session& session, const PreviewReport& report);

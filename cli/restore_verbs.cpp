@@ -9,6 +9,9 @@
 namespace carrovan {
 namespace {
 
+// More than anybody has.
+constexpr std::int64_t kMostPoints = 1'000'000;
+
 std::wstring StateText(PointState state) {
   switch (state) {
     case PointState::kUnfinished:
@@ -66,9 +69,8 @@ void AddList(CLI::App& app, RestorePointsOptions& options, Verb& chosen) {
 }
 
 void AddUndo(CLI::App& app, UndoOptions& options, Verb& chosen) {
-  CLI::App* verb =
-      app.add_subcommand("undo", "Put back what an import or a reset changed, the newest first");
-  AddText(*verb, "ID", options.id, "Restore point to go back to the start of");
+  CLI::App* verb = app.add_subcommand("undo", "Put back what an import or a reset changed");
+  AddText(*verb, "ID", options.id, "Restore point of the run; the newest without one");
   AddLabels(*verb, options.categories, "Put back only these categories");
   verb->add_flag("--force", options.force, "Overwrite also what was changed since");
   AddJson(*verb, options.json);
@@ -81,6 +83,7 @@ void AddPrune(CLI::App& app, PruneOptions& options, Verb& chosen) {
   CLI::App* verb = app.add_subcommand("prune", "Remove all but the newest restore points");
   verb->add_option("--keep", options.keep, "How many restore points to keep")
       ->required()
+      ->check(CLI::Range(std::int64_t{0}, kMostPoints))
       ->type_name("N");
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunPruneVerb(session, options); };

@@ -1,5 +1,6 @@
 #include "cli/trial_run.h"
 
+#include "platform/repeated_guids.h"
 #include "preview/overlay_machine.h"
 
 namespace carrovan {
@@ -42,8 +43,10 @@ std::optional<TrialRun> TryOut(const Session& session, const Machine& machine, c
   trial.root = session.root;
   NoLog log;
   TrialRun result;
-  result.applied = run(trial, overlay->Ports(), log);
+  NotedGuids guids(machine.guids);
+  result.applied = run(trial, WithGuids(overlay->Ports(), guids), log);
   result.changes = overlay->Changes();
+  result.guids = std::move(guids.noted);
   return result;
 }
 

@@ -44,6 +44,11 @@ bool IsChosen(const CategoryChoice& choice, const CategoryRecord* record) {
 // The places of the version that the run of the point worked on. Nothing after saying why.
 std::optional<CategoryPlaces> PlacesOf(const Session& session, const RestorePoint& point,
                                        const Machine& machine) {
+  if (point.about.version.empty()) {
+    session.Fail(L"The run of " + point.id + L" ended before its version was known; it can be " +
+                 L"undone as a whole only");
+    return std::nullopt;
+  }
   CommandLineView view(session, L"");
   ProductContext context;
   if (!LoadProductContext(context, machine, view)) return std::nullopt;

@@ -77,6 +77,8 @@ SystemCode ChangeRecorder::Append(const JournalRecord& record) {
   return files_.AppendBytes(Folder() + L"\\" + kJournalName, EncodeRecord(record));
 }
 
+void ChangeRecorder::Describe(const PointBegun& about) { static_cast<void>(Append(about)); }
+
 bool ChangeRecorder::IsScratch(const std::wstring& path) const {
   const std::wstring tidy = TidyPath(path);
   return std::ranges::any_of(scratch_,

@@ -22,6 +22,9 @@ class ChangeRecorder {
 
   const std::wstring& Id() const { return id_; }
 
+  // Tells more of the run than was known at its beginning.
+  void Describe(const PointBegun& about);
+
   // True for what lies in a folder of the run's own, which needs no notes.
   bool IsScratch(const std::wstring& path) const;
 

@@ -11,7 +11,7 @@ namespace {
 
 using nlohmann::json;
 
-// The first member of each record says which one it is.
+// The member that says which record it is.
 constexpr char kRecord[] = "record";
 
 constexpr std::pair<FileKind, const char*> kKinds[] = {{FileKind::kAbsent, "absent"},

@@ -122,6 +122,11 @@ class UndoTest(RestoreCase):
         self.assert_refused(self.machine.run("undo", "--category", "Nothing"), 2,
                             'There is no category "Nothing"')
 
+    def test_prune_refuses_odd_numbers(self):
+        for number in ("-1", "99999999999999999999", "one"):
+            done = self.machine.run("prune", "--keep", number)
+            self.assertEqual((done.returncode, done.stdout), (2, ""), number)
+
     def test_no_restore_point_is_kept_when_none_is_wanted(self):
         done = self.import_all("--no-restore-point")
         self.assertNotIn("Restore point", done.stdout)
@@ -174,7 +179,8 @@ class UndoTest(RestoreCase):
         done = self.run_verb("import", self.package, "--to", "2026", "--all", "--json", "--verify",
                              status=3)
         self.assertIn(closed.name, done.stderr)
-        self.assertEqual(json.loads(done.stdout)["exitStatus"], 3)
+        result = json.loads(done.stdout)
+        self.assertEqual((result["exitStatus"], result["verification"]["differences"]), (3, []))
 
 
 class WholeSampleTest(RestoreCase):

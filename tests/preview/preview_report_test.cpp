@@ -80,7 +80,7 @@ TEST_F(PreviewReportTest, IsPrintedLineByLine) {
   PrintPreview(Session(console_), Report());
   const std::wstring key = L"HKEY_CURRENT_USER\\" + kLive;
   for (const std::wstring& line :
-       {std::wstring(L"Options: 1 values added, 1 values dropped\n"),
+       {std::wstring(L"Options: 1 value added, 1 value dropped\n"),
         L"  key added     " + key + L"\\General\n",
         L"  value added   " + key + L"\\General  n = dword:00000001\n",
         L"  value changed " + key + L"  (default) from \"x\" to \"y\\\"z\"\n",

@@ -4,35 +4,25 @@
 
 #include "platform/text.h"
 #include "preview/overlay_machine.h"
+#include "reset/folder_wipe.h"
+#include "restore/recorded_machine.h"
+#include "restore/restore_folder.h"
 
 namespace carrovan {
 namespace {
 
-// A machine behind an overlay. What a test puts there lies on the machine itself, as long as the
-// overlay shows it; what it looks at is what the overlay shows.
-class OverlayTestMachine : public TestMachine {
+// A machine in front of another one, on which everything that a test puts there lies.
+class FrontTestMachine : public TestMachine {
  public:
-  OverlayTestMachine() {
-    product = machine_->product;
-    std::wstring reason;
-    overlay_ = OverlayMachine::Open(machine_->Ports(), reason);
-    EXPECT_TRUE(overlay_) << ToUtf8(reason);
-  }
+  FrontTestMachine() { product = machine_->product; }
 
-  Machine Ports() override { return overlay_->Ports(); }
   std::wstring ScratchFolder() const override { return machine_->ScratchFolder(); }
   void MakeFolder(const std::wstring& path) override { machine_->MakeFolder(path); }
   void PutFile(const std::wstring& path, const std::string& bytes) override {
     machine_->PutFile(path, bytes);
-    FileSystem& files = overlay_->Ports().files;
-    std::string shown;
-    if (files.ReadBytes(path, shown) == kSystemOk && shown == bytes) return;
-    EXPECT_EQ(files.WriteBytes(path, bytes), kSystemOk) << ToUtf8(path);
   }
   std::optional<std::string> FileBytes(const std::wstring& path) const override {
-    std::string bytes;
-    const bool read = overlay_->Ports().files.ReadBytes(path, bytes) == kSystemOk;
-    return read ? std::optional(bytes) : std::nullopt;
+    return machine_->FileBytes(path);
   }
   void DeletePath(const std::wstring& path) override { machine_->DeletePath(path); }
   void MakeUnreadable(const std::wstring& path) override { machine_->MakeUnreadable(path); }
@@ -49,6 +39,40 @@ class OverlayTestMachine : public TestMachine {
   }
   std::optional<RegistryValue> Value(RegistryHive hive, const std::wstring& keyPath,
                                      const std::wstring& name) const override {
+    return machine_->Value(hive, keyPath, name);
+  }
+  bool MakeKeyUnreadable(RegistryHive hive, const std::wstring& keyPath) override {
+    return machine_->MakeKeyUnreadable(hive, keyPath);
+  }
+
+ protected:
+  std::unique_ptr<TestMachine> machine_ = NewTestMachine();
+};
+
+// What a test looks at is what the overlay shows, and so must be what it puts there.
+class OverlayTestMachine : public FrontTestMachine {
+ public:
+  OverlayTestMachine() {
+    std::wstring reason;
+    overlay_ = OverlayMachine::Open(machine_->Ports(), reason);
+    EXPECT_TRUE(overlay_) << ToUtf8(reason);
+  }
+
+  Machine Ports() override { return overlay_->Ports(); }
+  void PutFile(const std::wstring& path, const std::string& bytes) override {
+    machine_->PutFile(path, bytes);
+    FileSystem& files = overlay_->Ports().files;
+    std::string shown;
+    if (files.ReadBytes(path, shown) == kSystemOk && shown == bytes) return;
+    EXPECT_EQ(files.WriteBytes(path, bytes), kSystemOk) << ToUtf8(path);
+  }
+  std::optional<std::string> FileBytes(const std::wstring& path) const override {
+    std::string bytes;
+    const bool read = overlay_->Ports().files.ReadBytes(path, bytes) == kSystemOk;
+    return read ? std::optional(bytes) : std::nullopt;
+  }
+  std::optional<RegistryValue> Value(RegistryHive hive, const std::wstring& keyPath,
+                                     const std::wstring& name) const override {
     const auto values = overlay_->Ports().registry.Values(hive, keyPath);
     if (!values) return std::nullopt;
     for (const RegistryValue& value : *values) {
@@ -56,20 +80,45 @@ class OverlayTestMachine : public TestMachine {
     }
     return std::nullopt;
   }
-  bool MakeKeyUnreadable(RegistryHive hive, const std::wstring& keyPath) override {
-    return machine_->MakeKeyUnreadable(hive, keyPath);
-  }
 
  private:
-  std::unique_ptr<TestMachine> machine_ = NewTestMachine();
   std::unique_ptr<OverlayMachine> overlay_;
+};
+
+// A machine whose changes are noted in a restore point, which lies among the test's own files.
+class RecordedTestMachine : public FrontTestMachine {
+ public:
+  RecordedTestMachine() : ports_(machine_->Ports()) {
+    std::wstring reason;
+    recorder_ = ChangeRecorder::Begin(ports_, {L"import", L"2026", L""}, reason);
+    EXPECT_TRUE(recorder_) << ToUtf8(reason);
+    recorded_.emplace(ports_, *recorder_);
+  }
+  ~RecordedTestMachine() override {
+    const auto root = RestoreRoot(ports_.folders);
+    if (root) WipeFolder(ports_.files, *root + L"\\" + recorder_->Id());
+  }
+
+  Machine Ports() override { return recorded_->Ports(); }
+  bool KeepsSpelling() const override { return machine_->KeepsSpelling(); }
+
+ private:
+  Machine ports_;
+  std::unique_ptr<ChangeRecorder> recorder_;
+  std::optional<RecordedMachine> recorded_;
 };
 
 }  // namespace
 
 std::unique_ptr<TestMachine> NewContractMachine(ContractMachine kind) {
-  if (kind == ContractMachine::kOwn) return NewTestMachine();
-  return std::make_unique<OverlayTestMachine>();
+  switch (kind) {
+    case ContractMachine::kOverlay:
+      return std::make_unique<OverlayTestMachine>();
+    case ContractMachine::kRecorded:
+      return std::make_unique<RecordedTestMachine>();
+    default:
+      return NewTestMachine();
+  }
 }
 
 }  // namespace carrovan

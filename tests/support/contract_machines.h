@@ -6,8 +6,9 @@
 
 namespace carrovan {
 
-// A contract holds for the system's own ports and for those that a preview puts in front of them.
-enum class ContractMachine { kOwn, kOverlay };
+// A contract holds for the system's own ports and for those that a preview or a restore point puts
+// in front of them.
+enum class ContractMachine { kOwn, kOverlay, kRecorded };
 
 std::unique_ptr<TestMachine> NewContractMachine(ContractMachine kind);
 
@@ -22,13 +23,15 @@ class ContractTest : public testing::TestWithParam<ContractMachine> {
 };
 
 inline std::string NameOfContractMachine(const testing::TestParamInfo<ContractMachine>& info) {
-  return info.param == ContractMachine::kOwn ? "Own" : "Overlay";
+  constexpr const char* kNames[] = {"Own", "Overlay", "Recorded"};
+  return kNames[static_cast<std::size_t>(info.param)];
 }
 
-// Runs a fixture that derives from ContractTest on both.
-#define CARROVAN_CONTRACT(Fixture)                                                            \
-  INSTANTIATE_TEST_SUITE_P(Machines, Fixture,                                                 \
-                           testing::Values(ContractMachine::kOwn, ContractMachine::kOverlay), \
+// Runs a fixture that derives from ContractTest on each.
+#define CARROVAN_CONTRACT(Fixture)                                                           \
+  INSTANTIATE_TEST_SUITE_P(Machines, Fixture,                                                \
+                           testing::Values(ContractMachine::kOwn, ContractMachine::kOverlay, \
+                                           ContractMachine::kRecorded),                      \
                            NameOfContractMachine)
 
 }  // namespace carrovan
