@@ -18,7 +18,9 @@ class Writer : public ArchiveWriter {
         writer_(std::move(writer)) {}
 
   ArchiveResult Add(const std::wstring& entryName, const std::wstring& sourcePath) override {
-    return writer_->Add(entryName, files_.Locate(sourcePath));
+    const bool isFolder = files_.IsFolder(sourcePath);
+    return isFolder ? ArchiveResult::kSourceUnreadable
+                    : writer_->Add(entryName, files_.Locate(sourcePath));
   }
 
   ArchiveResult Close() override {

@@ -6,14 +6,14 @@
 
 #include "platform/text.h"
 #include "platform/text_encoding.h"
-#include "tests/support/test_machine.h"
+#include "tests/support/contract_machines.h"
 
 namespace carrovan {
 namespace {
 
 constexpr RegistryHive kUser = RegistryHive::kCurrentUser;
 
-class CommandInterpreterContract : public testing::Test {
+class CommandInterpreterContract : public ContractTest {
  protected:
   std::wstring Key(const std::wstring& rest = {}) const {
     return L"SOFTWARE\\Vantric\\" + machine_->product.productName + rest;
@@ -42,7 +42,6 @@ class CommandInterpreterContract : public testing::Test {
     return DecodeText(std::vector<std::uint8_t>(bytes.begin(), bytes.end())).text;
   }
 
-  std::unique_ptr<TestMachine> machine_ = NewTestMachine();
   std::wstring file_ = machine_->ScratchFolder() + L"one key.reg";
 };
 
@@ -69,7 +68,12 @@ std::vector<RegistryValue> ValuesOfEveryType() {
   };
 }
 
-TEST_F(CommandInterpreterContract, CarriesEveryTypeOfValueThroughAFile) {
+// An overlay does not export; nothing that it is for needs that.
+INSTANTIATE_TEST_SUITE_P(Machines, CommandInterpreterContract,
+                         testing::Values(ContractMachine::kOwn, ContractMachine::kRecorded),
+                         NameOfContractMachine);
+
+TEST_P(CommandInterpreterContract, CarriesEveryTypeOfValueThroughAFile) {
   const std::wstring key = Key(L"\\With blanks\\\x4E2D");
   for (const RegistryValue& value : ValuesOfEveryType()) machine_->PutValue(kUser, key, value);
   Export(Key(L"\\With blanks"));
@@ -88,7 +92,7 @@ TEST_F(CommandInterpreterContract, CarriesEveryTypeOfValueThroughAFile) {
   }
 }
 
-TEST_F(CommandInterpreterContract, WritesAFileOfTheToolsForm) {
+TEST_P(CommandInterpreterContract, WritesAFileOfTheToolsForm) {
   machine_->PutValue(kUser, Key(L"\\K"), MakeStringValue(L"", L"d"));
   machine_->PutValue(kUser, Key(L"\\K"), MakeDwordValue(L"a", 26));
   machine_->PutValue(kUser, Key(L"\\K"), {L"b", kRegBinary, std::vector<std::uint8_t>(30, 0xAB)});
@@ -104,7 +108,7 @@ TEST_F(CommandInterpreterContract, WritesAFileOfTheToolsForm) {
                             key + L"\\Sub b]\r\n\r\n");
 }
 
-TEST_F(CommandInterpreterContract, OverwritesAnOlderExport) {
+TEST_P(CommandInterpreterContract, OverwritesAnOlderExport) {
   machine_->PutFile(file_, std::string(10'000, 'x'));
   machine_->PutKey(kUser, Key(L"\\K"));
   Export(Key(L"\\K"));
@@ -112,12 +116,12 @@ TEST_F(CommandInterpreterContract, OverwritesAnOlderExport) {
                             Key(L"\\K") + L"]\r\n\r\n");
 }
 
-TEST_F(CommandInterpreterContract, LeavesNoFileForAMissingKey) {
+TEST_P(CommandInterpreterContract, LeavesNoFileForAMissingKey) {
   Export(Key(L"\\Missing"));
   EXPECT_FALSE(machine_->Ports().files.Exists(file_));
 }
 
-TEST_F(CommandInterpreterContract, ImportsIntoWhatIsThere) {
+TEST_P(CommandInterpreterContract, ImportsIntoWhatIsThere) {
   machine_->PutValue(kUser, Key(L"\\K"), MakeStringValue(L"keep", L"1"));
   machine_->PutValue(kUser, Key(L"\\K"), MakeStringValue(L"gone", L"1"));
   machine_->PutKey(kUser, Key(L"\\K\\Gone\\Sub"));
@@ -131,7 +135,7 @@ TEST_F(CommandInterpreterContract, ImportsIntoWhatIsThere) {
   EXPECT_FALSE(machine_->Ports().registry.CanOpenKey(kUser, Key(L"\\K\\Gone")));
 }
 
-TEST_F(CommandInterpreterContract, ImportsTheLinesBesideABadOne) {
+TEST_P(CommandInterpreterContract, ImportsTheLinesBesideABadOne) {
   machine_->PutKey(kUser, Key(L"\\K"));
   Put(L"Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\" + Key(L"\\K") +
       L"]\r\n\"a\"=\"1\"\r\n\"bad\"=\"never ends\r\n\"z\"=\"2\"\r\n");
@@ -141,14 +145,14 @@ TEST_F(CommandInterpreterContract, ImportsTheLinesBesideABadOne) {
   EXPECT_EQ(machine_->Value(kUser, Key(L"\\K"), L"z"), MakeStringValue(L"z", L"2"));
 }
 
-TEST_F(CommandInterpreterContract, ImportsNothingFromAFileOfAnotherKind) {
+TEST_P(CommandInterpreterContract, ImportsNothingFromAFileOfAnotherKind) {
   machine_->PutKey(kUser, Key(L"\\K"));
   Put(L"Not a registry file\r\n\r\n[HKEY_CURRENT_USER\\" + Key(L"\\K") + L"]\r\n\"a\"=\"1\"\r\n");
   Import();
   EXPECT_EQ(machine_->Value(kUser, Key(L"\\K"), L"a"), std::nullopt);
 }
 
-TEST_F(CommandInterpreterContract, SurvivesACommandThatFails) {
+TEST_P(CommandInterpreterContract, SurvivesACommandThatFails) {
   Run(L"/C reg import \"" + machine_->ScratchFolder() + L"none.reg\"");
   Run(L"/C");
 }
