@@ -7,7 +7,7 @@
 namespace carrovan {
 namespace {
 
-constexpr std::size_t kBlockBytes = std::size_t{64} << 10;
+constexpr std::size_t kBlockBytes = std::size_t{16} << 10;
 constexpr std::size_t kMarkBytes = 2;
 
 }  // namespace
