@@ -45,7 +45,7 @@ TEST_F(PackageVerificationTest, SoundPackageIsCounted) {
   archive_.Add(L"Register\\All.reg", kRegistryFile);
   archive_.Add(L"Roaming\\Vantric\\VANTRIC\\28.0\\en-us\\Customization\\Ribbon.XML", "<ribbon/>");
   archive_.Add(L"Roaming\\Vantric\\VANTRIC\\28.0\\en-us\\Customization\\x.txt", "<not xml");
-  archive_.Add(L"Local\\folder.xml\\", "");
+  archive_.Add(L"Local\\Vantric\\folder.xml\\", "");
   const auto verification = Verify();
   EXPECT_TRUE(verification.IsSound());
   EXPECT_EQ(verification.notes, std::vector<RefusedItem>());

@@ -113,6 +113,11 @@ const std::string kOutside[] = {
     "; comment\0[HKEY_LOCAL_MACHINE\\x]\r\n"s,
 };
 
+TEST(RegistryFileScan, RefusesALineThatEndsTwice) {
+  EXPECT_TRUE(RefusalOf("REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\SOFTWARE\\Vantric]\r\r\n"));
+  EXPECT_FALSE(RefusalOf("REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\SOFTWARE\\Vantric]\r\n\r\n"));
+}
+
 TEST(RegistryFileScan, RefusesKeysOutsideInEveryForm) {
   for (const std::string& body : kOutside) {
     for (const std::string& form : FormsOf(body)) {
@@ -138,7 +143,6 @@ const std::string kNotUnderstood[] = {
     "[HKEY_CURRENT_USER\\SOFTWARE\\Vantric\rX]\r\n",
     "[HKEY_CURRENT_USER\\SOFTWARE\\Vantric\0X]\r\n"s,
     "[HKEY_CURRENT_USER\\SOFTWARE\\Vantric]\rX]\r\n",
-    "[HKEY_CURRENT_USER\\SOFTWARE\\Vantric]\r\r\n",
     "[HKEY_CURRENT_USER\\SOFTWARE\\Vantric]\fX]\r\n",
     "[HKEY_CURRENT_USER\\SOFTWARE\\Vantric]\0X]\r\n"s,
     "\xC2\xA0[HKEY_LOCAL_MACHINE\\x]\r\n",
