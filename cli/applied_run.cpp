@@ -6,7 +6,8 @@
 #include "cli/json_text.h"
 #include "cli/preview_output.h"
 #include "cli/trial_run.h"
-#include "platform/repeated_guids.h"
+#include "platform/path_text.h"
+#include "platform/text.h"
 #include "preview/fulfilment.h"
 #include "restore/recorded_machine.h"
 
@@ -77,8 +78,18 @@ class ChosenRun {
     auto trial = TryOut(session_, machine_, run, TrialWords::kNone);
     if (!trial) return false;
     foreseen_ = std::move(trial->changes);
-    foreseenGuids_ = std::move(trial->guids);
+    ForgetTemporaryFiles();
     return true;
+  }
+
+  // What a run leaves there of its own has another name each time.
+  void ForgetTemporaryFiles() {
+    const std::wstring folder = WithTrailingBackslash(machine_.folders.TempPath().value_or(L""));
+    for (auto* files : {&foreseen_.files, &foreseen_.rewrittenFiles}) {
+      std::erase_if(*files, [&folder](const FileChange& change) {
+        return CompareNames(change.path.substr(0, folder.size()), folder) == 0;
+      });
+    }
   }
 
   bool BeginRestorePoint() {
@@ -90,12 +101,9 @@ class ChosenRun {
     return false;
   }
 
-  // What was foreseen to be left behind under a GUID shall have that name.
   std::optional<AppliedRun> RunRecorded(const Run& run, LineLog& log) {
-    RepeatedGuids guids(foreseenGuids_, machine_.guids);
-    const Machine machine = WithGuids(machine_, guids);
-    if (!recorder_) return run(session_, machine, log);
-    RecordedMachine recorded(machine, *recorder_);
+    if (!recorder_) return run(session_, machine_, log);
+    RecordedMachine recorded(machine_, *recorder_);
     return run(session_, recorded.Ports(), log);
   }
 
@@ -171,7 +179,6 @@ class ChosenRun {
   const Machine& machine_;
   CollectedLog log_;
   MachineChanges foreseen_;  // when it is to be read back
-  std::vector<std::wstring> foreseenGuids_;
   std::vector<std::wstring> differences_;
   std::unique_ptr<ChangeRecorder> recorder_;
   std::wstring restorePoint_;

@@ -1,6 +1,5 @@
 #include "cli/trial_run.h"
 
-#include "platform/repeated_guids.h"
 #include "preview/overlay_machine.h"
 
 namespace carrovan {
@@ -43,10 +42,8 @@ std::optional<TrialRun> TryOut(const Session& session, const Machine& machine, c
   trial.root = session.root;
   NoLog log;
   TrialRun result;
-  NotedGuids guids(machine.guids);
-  result.applied = run(trial, WithGuids(overlay->Ports(), guids), log);
+  result.applied = run(trial, overlay->Ports(), log);
   result.changes = overlay->Changes();
-  result.guids = std::move(guids.noted);
   return result;
 }
 

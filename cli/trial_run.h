@@ -1,8 +1,6 @@
 #pragma once
 
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "cli/applied_run.h"
 #include "preview/machine_changes.h"
@@ -13,7 +11,6 @@ namespace carrovan {
 struct TrialRun {
   std::optional<AppliedRun> applied;  // nothing when the run was refused
   MachineChanges changes;             // what it would change
-  std::vector<std::wstring> guids;    // by which it named what it made for itself
 };
 
 enum class TrialWords {

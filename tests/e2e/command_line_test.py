@@ -41,6 +41,7 @@ class HelpTest(SandboxTest):
             done = run_cli(*arguments, cwd=self.folder)
             self.assertEqual((done.returncode, done.stdout), (2, ""), arguments)
             self.assertNotEqual(done.stderr, "", arguments)
+        self.assertIn('There is no verb "fly"', run_cli("fly").stderr)
         self.assertEqual(os.listdir(self.folder), [])
 
 

@@ -8,6 +8,7 @@ import subprocess
 import time
 import unittest
 
+import hostile_zip
 from machines import RELEASE_CLI, SandboxTest, make_sandbox, small_sandbox
 from playable import PlayableSandbox, differences
 
@@ -127,6 +128,18 @@ class UndoTest(RestoreCase):
             done = self.machine.run("prune", "--keep", number)
             self.assertEqual((done.returncode, done.stdout), (2, ""), number)
 
+    def test_undo_of_a_legacy_import_knows_its_version(self):
+        package = self.folder / "settings.ucx"
+        hostile_zip.make_package(package, [("VANTRIC_Option_Config.xml",
+                                            b'<r><Draw><Font value="Release 2025"/></Draw></r>')])
+        before = self.machine.state()
+        done = self.run_verb("import", package, "--all", "--json")
+        self.assertEqual(json.loads(done.stdout)["version"], "2026")
+        self.assertNotEqual(differences(before, self.machine.state()), [])
+        self.assertEqual(self.points()[0]["version"], "2026")
+        self.run_verb("undo", "--category", "Options")
+        self.assert_state(before)
+
     def test_no_restore_point_is_kept_when_none_is_wanted(self):
         done = self.import_all("--no-restore-point")
         self.assertNotIn("Restore point", done.stdout)
@@ -168,6 +181,9 @@ class UndoTest(RestoreCase):
         self.assertEqual(result["restorePoint"], self.points()[0]["id"])
         self.assertEqual(result["problems"], [])
         self.assertIn({"label": "Options", "outcome": "imported"}, result["categories"])
+        self.assertTrue(result["dropped"])
+        for value in result["dropped"]:
+            self.assertIn("names a path that does not exist here", value["why"])
         self.assertIn("Your settings have been successfully imported", result["finishText"])
 
     def test_a_file_that_cannot_be_changed_is_named_and_the_status_is_3(self):
