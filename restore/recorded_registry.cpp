@@ -1,9 +1,8 @@
 #include "restore/recorded_registry.h"
 
-#include "platform/reg_file_parser.h"
+#include "platform/read_reg_file.h"
 #include "platform/registry_command.h"
 #include "platform/registry_path.h"
-#include "platform/text_encoding.h"
 
 namespace carrovan {
 namespace {
@@ -43,13 +42,6 @@ class RecordedCommand : public RunningCommand {
   std::vector<NamedKey> keys_;
   ChangeRecorder& recorder_;
 };
-
-// What the registry tool will read; nothing for a file that it refuses.
-std::optional<RegFile> ReadRegFile(const FileReader& files, const std::wstring& path) {
-  std::string bytes;
-  if (files.ReadBytes(path, bytes) != kSystemOk) return std::nullopt;
-  return ParseRegFile(DecodeText(std::vector<std::uint8_t>(bytes.begin(), bytes.end())).text);
-}
 
 SystemCode NoteKeys(const RegFile& file, ChangeRecorder& recorder, std::vector<NamedKey>& keys) {
   for (const RegKeyChange& change : file.keys) {

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/ended_command.h"
 #include "platform/reg_file_parser.h"
 #include "platform/reg_file_writer.h"
 #include "platform/registry_command.h"
@@ -14,15 +15,6 @@
 
 namespace carrovan {
 namespace {
-
-class EndedCommand : public RunningCommand {
- public:
-  explicit EndedCommand(bool succeeded) : succeeded_(succeeded) {}
-  bool WaitForEnd() override { return succeeded_; }
-
- private:
-  bool succeeded_;
-};
 
 // Takes the text in front of a mark, and the mark, off a command line.
 std::optional<std::wstring> TakeUntil(std::wstring_view& line, std::wstring_view mark) {

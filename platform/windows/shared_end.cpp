@@ -6,8 +6,8 @@ namespace {
 bool SetLimits(HANDLE job, DWORD flags) {
   JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
   limits.BasicLimitInformation.LimitFlags = flags;
-  return SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits,
-                                 sizeof(limits)) != FALSE;
+  return SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof(limits)) !=
+         FALSE;
 }
 
 }  // namespace

@@ -51,7 +51,9 @@ def wine_environment():
     return environment
 
 
-class WineImportTest(SandboxTest):
+class WineTest(SandboxTest):
+    """Each test finds the sample product as it was installed."""
+
     def setUp(self):
         super().setUp()
         subprocess.run([PROJECT / "tools/wine-prefix", PREFIX], check=True)
@@ -59,6 +61,8 @@ class WineImportTest(SandboxTest):
                         "--programs", WINDOWS_BUILD], check=True)
         self.machine = PlayableWine()
 
+
+class WineImportTest(WineTest):
     def test_tour_from_2025_to_2026_with_a_backup_and_a_reset(self):
         play_tour(self, self.machine, self.folder)
         self.assertEqual(self.machine.staging_folders(), [])

@@ -5,24 +5,19 @@ import os
 import random
 import shutil
 import subprocess
-import sys
 import time
 
-from machines import MAKE_SAMPLE, PROJECT, SandboxTest
+from machines import PROJECT
 from playable import assert_foreseen, differences
-from wine_export_test import PREFIX, STARTUP_FOLDER, WINDOWS_BUILD, windows_path
-from wine_import_test import PlayableWine, wine_environment
+from wine_export_test import STARTUP_FOLDER, windows_path
+from wine_import_test import WineTest, wine_environment
 
 KILLS = int(os.environ.get("CARROVAN_KILLS", "3"))
 
 
-class WineRestoreTest(SandboxTest):
+class WineRestoreTest(WineTest):
     def setUp(self):
         super().setUp()
-        subprocess.run([PROJECT / "tools/wine-prefix", PREFIX], check=True)
-        subprocess.run([sys.executable, MAKE_SAMPLE, "--wine", PREFIX,
-                        "--programs", WINDOWS_BUILD], check=True)
-        self.machine = PlayableWine()
         own = self.machine.app_data / "Local/Carrovan"
         shutil.rmtree(own, ignore_errors=True)
         self.addCleanup(shutil.rmtree, own, ignore_errors=True)

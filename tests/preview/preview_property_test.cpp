@@ -4,23 +4,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <iostream>
 #include <iterator>
 
 #include "platform/text.h"
 #include "preview/fulfilment.h"
 #include "preview/overlay_machine.h"
+#include "tests/support/from_environment.h"
 #include "tests/support/machine_snapshot.h"
 #include "tests/support/random_run.h"
 
 namespace carrovan {
 namespace {
-
-unsigned FromEnvironment(const char* name, unsigned otherwise) {
-  const char* const text = std::getenv(name);
-  return text == nullptr ? otherwise : static_cast<unsigned>(std::strtoul(text, nullptr, 10));
-}
 
 // Wine takes its time for every document.
 #ifdef CARROVAN_WIDE_MAIN

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <iostream>
 
 #include "platform/reg_file_writer.h"
@@ -10,16 +9,12 @@
 #include "restore/recorded_machine.h"
 #include "restore/restore_folder.h"
 #include "restore/undo_run.h"
+#include "tests/support/from_environment.h"
 #include "tests/support/machine_snapshot.h"
 #include "tests/support/random_run.h"
 
 namespace carrovan {
 namespace {
-
-unsigned FromEnvironment(const char* name, unsigned otherwise) {
-  const char* const text = std::getenv(name);
-  return text == nullptr ? otherwise : static_cast<unsigned>(std::strtoul(text, nullptr, 10));
-}
 
 // Wine takes its time for every document.
 #ifdef CARROVAN_WIDE_MAIN

@@ -1,7 +1,9 @@
 #include "tests/support/memory_machine.h"
 
+#include "platform/ended_command.h"
 #include "platform/path_text.h"
 #include "platform/profile_text.h"
+#include "platform/read_reg_file.h"
 #include "platform/reg_file_apply.h"
 #include "platform/reg_file_writer.h"
 #include "platform/registry_command.h"
@@ -99,15 +101,6 @@ class Reader : public ArchiveReader {
 
   FileSystem& files_;
   std::vector<StoredItem> items_;
-};
-
-class EndedCommand : public RunningCommand {
- public:
-  explicit EndedCommand(bool succeeded) : succeeded_(succeeded) {}
-  bool WaitForEnd() override { return succeeded_; }
-
- private:
-  bool succeeded_;
 };
 
 }  // namespace
@@ -210,9 +203,7 @@ std::unique_ptr<RunningCommand> MemoryInterpreter::Start(const std::wstring& par
 }
 
 bool MemoryInterpreter::Import(const std::wstring& file) {
-  std::string bytes;
-  if (files_.ReadBytes(file, bytes) != kSystemOk) return false;
-  const auto parsed = ParseRegFile(TextOf(bytes));
+  const auto parsed = ReadRegFile(files_, file);
   if (!parsed) return false;
   for (const RegistryHive hive : {RegistryHive::kCurrentUser, RegistryHive::kLocalMachine}) {
     ApplyRegFile(*parsed, hive, registry_.Root(hive));
