@@ -22,12 +22,6 @@ class CollectedLog : public LineLog {
   std::vector<std::wstring> lines;
 };
 
-nlohmann::json ToJson(const std::vector<std::wstring>& lines) {
-  nlohmann::json array = nlohmann::json::array();
-  for (const std::wstring& line : lines) array.push_back(ToUtf8(line));
-  return array;
-}
-
 // One run from its restore point to what is printed of it.
 class ChosenRun {
  public:
@@ -148,7 +142,7 @@ class ChosenRun {
             {"package", ToUtf8(about_.package)},
             {"dryRun", choice_.dryRun},
             {"exitStatus", static_cast<int>(status)},
-            {"problems", ToJson(applied.report.problems)}};
+            {"problems", TextsToJson(applied.report.problems)}};
   }
 
   nlohmann::json Document(const AppliedRun& applied, ExitStatus status) {
@@ -162,12 +156,12 @@ class ChosenRun {
                      {"categories", categories},
                      {"unextracted", applied.report.unextracted},
                      {"dropped", DroppedJson(applied.report.dropped)},
-                     {"log", ToJson(log_.lines)},
+                     {"log", TextsToJson(log_.lines)},
                      {"verification", nullptr},
                      {"restorePoint", nullptr}});
     if (choice_.verify) {
       document["verification"] = {{"items", CountForeseen(foreseen_)},
-                                  {"differences", ToJson(differences_)}};
+                                  {"differences", TextsToJson(differences_)}};
     }
     if (!restorePoint_.empty()) document["restorePoint"] = ToUtf8(restorePoint_);
     return document;

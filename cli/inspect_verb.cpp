@@ -27,14 +27,12 @@ nlohmann::json ItemsToJson(const std::vector<RefusedItem>& items) {
 }
 
 nlohmann::json ToJson(const PackageInspection& inspection) {
-  nlohmann::json categories = nlohmann::json::array();
-  for (const std::wstring& label : inspection.categories) categories.push_back(ToUtf8(label));
   return {{"legacy", inspection.legacy},
           {"product", ToUtf8(inspection.product)},
           {"company", ToUtf8(inspection.company)},
           {"releaseVersion", ToUtf8(inspection.releaseVersion)},
           {"internalVersion", ToUtf8(inspection.internalVersion)},
-          {"categories", categories},
+          {"categories", TextsToJson(inspection.categories)},
           {"entries", EntriesToJson(inspection)},
           {"refused", ItemsToJson(inspection.refused)},
           {"untrusted", ItemsToJson(inspection.untrusted)}};

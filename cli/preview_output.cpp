@@ -29,10 +29,6 @@ std::wstring_view WordOf(const KeyChange& change) {
   return change.change == Change::kAdded ? L"added" : L"removed";
 }
 
-std::wstring FullKey(RegistryHive hive, const std::wstring& path) {
-  return RootName(hive) + L"\\" + path;
-}
-
 // For people.
 
 std::wstring Padded(std::wstring_view text, std::size_t width) {
@@ -81,7 +77,7 @@ std::wstring LineOf(const PreviewedFile& file) {
 
 std::wstring LineOf(const ValueChange& change) {
   std::wstring line = L"  value " + Padded(WordOf(change), 7) + L" " +
-                      FullKey(change.hive, change.key) + L"  " + ShownName(change.name);
+                      FullKeyPath(change.hive, change.key) + L"  " + ShownName(change.name);
   if (change.before && change.after) {
     return line + L" from " + Shown(*change.before) + L" to " + Shown(*change.after);
   }
@@ -89,7 +85,7 @@ std::wstring LineOf(const ValueChange& change) {
 }
 
 std::wstring LineOf(const KeyChange& change) {
-  return L"  key " + Padded(WordOf(change), 9) + L" " + FullKey(change.hive, change.path);
+  return L"  key " + Padded(WordOf(change), 9) + L" " + FullKeyPath(change.hive, change.path);
 }
 
 std::wstring LineOf(const DroppedValue& value) {
@@ -128,11 +124,12 @@ json ToJson(const PreviewedFile& file) {
 }
 
 json ToJson(const KeyChange& change) {
-  return {{"key", ToUtf8(FullKey(change.hive, change.path))}, {"change", ToUtf8(WordOf(change))}};
+  return {{"key", ToUtf8(FullKeyPath(change.hive, change.path))},
+          {"change", ToUtf8(WordOf(change))}};
 }
 
 json ToJson(const ValueChange& change) {
-  return {{"key", ToUtf8(FullKey(change.hive, change.key))},
+  return {{"key", ToUtf8(FullKeyPath(change.hive, change.key))},
           {"name", ToUtf8(change.name)},
           {"change", ToUtf8(WordOf(change))},
           {"type", change.after ? change.after->type : change.before->type},

@@ -64,15 +64,11 @@ ExitStatus Conclude(const Session& session, const RestorePoint& point, const Und
   for (const std::wstring& line : report.problems) session.Complain(line);
   const ExitStatus status = report.IsComplete() ? ExitStatus::kDone : ExitStatus::kPartly;
   if (asJson) {
-    nlohmann::json kept = nlohmann::json::array();
-    for (const std::wstring& line : report.kept) kept.push_back(ToUtf8(line));
-    nlohmann::json problems = nlohmann::json::array();
-    for (const std::wstring& line : report.problems) problems.push_back(ToUtf8(line));
     PrintJsonText(session, {{"restorePoint", ToUtf8(point.id)},
                             {"exitStatus", static_cast<int>(status)},
                             {"restored", report.restored},
-                            {"kept", kept},
-                            {"problems", problems}});
+                            {"kept", TextsToJson(report.kept)},
+                            {"problems", TextsToJson(report.problems)}});
     return status;
   }
   session.Print(L"Restore point " + point.id + L": " + std::to_wstring(report.restored) +

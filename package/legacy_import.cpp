@@ -52,8 +52,8 @@ void MigrateOptions(const ImportRun& run) {
   }
   for (const PassedOption& passed : migration.passed) {
     run.report.dropped.push_back({FileNameOf(package.legacyXmlPath),
-                                  RootName(RegistryHive::kCurrentUser) + L"\\" + passed.key,
-                                  passed.name, passed.why});
+                                  FullKeyPath(RegistryHive::kCurrentUser, passed.key), passed.name,
+                                  passed.why});
   }
   for (const std::wstring& key : migration.failedKeys) {
     run.report.problems.push_back(L"Not every value could be set: " + key);

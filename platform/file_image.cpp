@@ -16,14 +16,16 @@ FileImage ImageOfBytes(std::string_view bytes) {
   return {FileKind::kFile, bytes.size(), Continue(0, bytes)};
 }
 
+FileKind KindAt(const FileReader& files, const std::wstring& path) {
+  if (files.IsLink(path)) return FileKind::kLink;
+  if (files.IsFolder(path)) return FileKind::kFolder;
+  return files.Exists(path) ? FileKind::kFile : FileKind::kAbsent;
+}
+
 SystemCode ReadFileImage(const FileReader& files, const std::wstring& path, FileImage& image) {
   FileImage read;
-  if (files.IsLink(path)) {
-    read.kind = FileKind::kLink;
-  } else if (files.IsFolder(path)) {
-    read.kind = FileKind::kFolder;
-  } else if (files.Exists(path)) {
-    read.kind = FileKind::kFile;
+  read.kind = KindAt(files, path);
+  if (read.kind == FileKind::kFile) {
     const SystemCode code = files.ReadInParts(path, [&read](std::string_view part, std::uint64_t) {
       read.sizeBytes += part.size();
       read.crc32 = Continue(read.crc32, part);

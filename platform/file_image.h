@@ -18,6 +18,9 @@ struct FileImage {
   bool operator==(const FileImage&) const = default;
 };
 
+// A link is not followed.
+FileKind KindAt(const FileReader& files, const std::wstring& path);
+
 // Reads a file whole, part by part. A link is not followed. On failure `image` stays as it is.
 [[nodiscard]] SystemCode ReadFileImage(const FileReader& files, const std::wstring& path,
                                        FileImage& image);

@@ -8,6 +8,10 @@ std::wstring RootName(RegistryHive hive) {
   return hive == RegistryHive::kCurrentUser ? L"HKEY_CURRENT_USER" : L"HKEY_LOCAL_MACHINE";
 }
 
+std::wstring FullKeyPath(RegistryHive hive, const std::wstring& keyPath) {
+  return RootName(hive) + L"\\" + keyPath;
+}
+
 std::wstring JoinKey(const std::wstring& keyPath, const std::wstring& subkey) {
   return keyPath.empty() ? subkey : keyPath + L"\\" + subkey;
 }

@@ -19,6 +19,9 @@ inline constexpr std::size_t kLongestValueName = 16383;
 // The root as it is written in full, for example "HKEY_CURRENT_USER".
 std::wstring RootName(RegistryHive hive);
 
+// A key's path with its root in front, as a registry file names it.
+std::wstring FullKeyPath(RegistryHive hive, const std::wstring& keyPath);
+
 // The path of a subkey; the empty path is the hive itself.
 std::wstring JoinKey(const std::wstring& keyPath, const std::wstring& subkey);
 

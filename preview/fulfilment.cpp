@@ -32,7 +32,7 @@ void CheckFiles(const std::vector<FileChange>& changes, const FileReader& files,
 void CheckKey(const KeyChange& change, const RegistryReader& registry, Lines& lines) {
   const bool wanted = change.change != Change::kRemoved;
   if (registry.CanOpenKey(change.hive, change.path) == wanted) return;
-  lines.push_back(L"Not as it was to become: " + RootName(change.hive) + L"\\" + change.path);
+  lines.push_back(L"Not as it was to become: " + FullKeyPath(change.hive, change.path));
 }
 
 // The key's value of that name, in the spelling that was asked for.
@@ -48,7 +48,7 @@ std::optional<RegistryValue> ValueNow(const ValueChange& change, const RegistryR
 
 void CheckValue(const ValueChange& change, const RegistryReader& registry, Lines& lines) {
   if (ValueNow(change, registry) == change.after) return;
-  lines.push_back(L"Not as it was to become: " + RootName(change.hive) + L"\\" + change.key +
+  lines.push_back(L"Not as it was to become: " + FullKeyPath(change.hive, change.key) +
                   L", value " + (change.name.empty() ? L"(default)" : change.name));
 }
 

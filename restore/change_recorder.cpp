@@ -190,7 +190,7 @@ SystemCode ChangeRecorder::KeyChanges(RegistryHive hive, const std::wstring& key
 
 SystemCode ChangeRecorder::NoteKey(RegistryHive hive, const std::wstring& keyPath,
                                    const std::vector<std::wstring>& setting) {
-  const std::wstring name = RootName(hive) + L"\\" + keyPath;
+  const std::wstring name = FullKeyPath(hive, keyPath);
   KeyChanging change{hive, keyPath, std::nullopt, setting};
   if (!notedKeys_.contains(name)) {
     change.before = ImageOfKey(hive, keyPath);

@@ -48,7 +48,7 @@ class PointReader {
   }
 
   void operator()(const KeyChanging& change) {
-    const std::wstring name = RootName(change.hive) + L"\\" + change.keyPath;
+    const std::wstring name = FullKeyPath(change.hive, change.keyPath);
     const auto [place, added] = keys_.try_emplace(name, point_.keys.size());
     if (added && !change.before) return void(keys_.erase(place));
     if (added) {
@@ -60,7 +60,7 @@ class PointReader {
   }
 
   void operator()(const KeyChanged& change) {
-    const auto found = keys_.find(RootName(change.hive) + L"\\" + change.keyPath);
+    const auto found = keys_.find(FullKeyPath(change.hive, change.keyPath));
     if (found == keys_.end()) return;
     point_.keys[found->second].after = change.after;
     point_.keys[found->second].unfinished = false;

@@ -96,20 +96,15 @@ class FileUndo {
         files_.AppendBytes(point_.folder + L"\\" + kJournalName, EncodeRecord(record)));
   }
 
-  FileKind KindAt(const std::wstring& path) const {
-    if (files_.IsLink(path)) return FileKind::kLink;
-    if (files_.IsFolder(path)) return FileKind::kFolder;
-    return files_.Exists(path) ? FileKind::kFile : FileKind::kAbsent;
-  }
-
   // A file in the place of nothing, of a folder or of a link.
   void RemoveMadeFile(const FileHistory& file) {
-    if (file.before.kind == FileKind::kFile || KindAt(file.path) != FileKind::kFile) return;
+    if (file.before.kind == FileKind::kFile || KindAt(files_, file.path) != FileKind::kFile) return;
     MakeNoted(file, [&] { return files_.RemoveFile(file.path); });
   }
 
   void RemoveMadeFolder(const FileHistory& file) {
-    if (file.before.kind == FileKind::kFolder || KindAt(file.path) != FileKind::kFolder) return;
+    if (file.before.kind == FileKind::kFolder || KindAt(files_, file.path) != FileKind::kFolder)
+      return;
     if (files_.ListFolder(file.path).empty()) {
       MakeNoted(file, [&] { return files_.RemoveFolder(file.path); });
     } else {

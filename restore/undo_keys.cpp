@@ -107,7 +107,7 @@ class KeyUndo {
   }
 
   static std::wstring NameOf(const KeyHistory& key, const std::wstring& name) {
-    const std::wstring path = RootName(key.hive) + L"\\" + key.keyPath;
+    const std::wstring path = FullKeyPath(key.hive, key.keyPath);
     return name.empty() ? path : path + L", value " + name;
   }
 
