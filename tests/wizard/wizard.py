@@ -5,6 +5,7 @@ import json
 import os
 import signal
 import subprocess
+import sys
 import threading
 import time
 from pathlib import Path
@@ -12,6 +13,9 @@ from pathlib import Path
 from screen import wait_for
 
 ROOT = Path(__file__).resolve().parents[2]
+sys.path.append(str(ROOT / "tools"))
+from limits import end_group, run_limited  # noqa: E402
+
 PROGRAMS = ROOT / "build" / "windows"
 STARTUP_FOLDER = "drive_c/Program Files/ORMA/VANTRIC 2026/Bin"
 
@@ -59,15 +63,14 @@ class Wizard:
         self._name = program
         self.process = subprocess.Popen(
             [ROOT / "tools" / "wine", program], cwd=self._folder, env=self._environment,
-            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+            process_group=0)
 
     def __enter__(self):
         return self
 
     def __exit__(self, *_):
-        if self.process.poll() is None:
-            self.process.terminate()
-        self.process.wait()
+        end_group(self.process)
 
     def windows(self):
         """The visible windows, the uppermost first, each with its visible controls."""
@@ -222,10 +225,9 @@ class Wizard:
 
 def list_windows(screen, prefix, program):
     """The visible windows of a program, the uppermost first, each with its visible controls."""
-    answer = subprocess.run(
+    answer = run_limited(
         [ROOT / "tools" / "wine", PROGRAMS / "tests" / "window_probe.exe", program],
-        env={**screen.environment(), "WINEPREFIX": str(prefix)}, check=True,
-        stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
+        env={**screen.environment(), "WINEPREFIX": str(prefix)}, check=True).stdout
     windows = []
     for facts in json.loads(answer):
         if facts["depth"] == 0:
@@ -262,6 +264,12 @@ def find(window, number, depth):
 
 def install_programs(prefix):
     """Puts the sample product with the programs of this build into a prefix."""
-    subprocess.run([ROOT / "tools" / "make_sample.py", "--wine", prefix, "--programs", PROGRAMS],
-                   check=True, stdout=subprocess.DEVNULL,
-                   env={**os.environ, "WINEPREFIX": str(prefix)})
+    run_limited([ROOT / "tools" / "make_sample.py", "--wine", prefix, "--programs", PROGRAMS],
+                check=True, env={**os.environ, "WINEPREFIX": str(prefix)})
+
+
+def end_wine(prefix):
+    """Ends everything that runs in a prefix: Wine keeps to the screen, or to none, that its first
+    program had, and programs take the scale when the first of them starts."""
+    for option in ("-k", "-w"):
+        run_limited(["wineserver", option], env={**os.environ, "WINEPREFIX": str(prefix)})
