@@ -19,7 +19,7 @@ from wine_registry import export_key
 
 sys.path.append(str(PROJECT / "tests/wizard"))
 from limits import end_group, run_limited  # noqa: E402
-from screen import Screen, wait_for  # noqa: E402
+from screen import LIMIT_SECONDS, Screen, wait_for  # noqa: E402
 from wizard import HEADING, Wizard, processes_in_prefix  # noqa: E402
 
 DIST = PROJECT / "build/dist"
@@ -319,7 +319,7 @@ class RunningWizardTest(InstalledCase):
 
     def close(self, wizard):
         self.screen.press("Escape")
-        self.assertEqual(wizard.process.wait(20), 0)
+        self.assertEqual(wizard.process.wait(LIMIT_SECONDS), 0)
 
     def test_installed_wizard_opens_and_keeps_setup_and_uninstaller_away(self):
         self.install("/PRODUCT=" + BIN_NAME)

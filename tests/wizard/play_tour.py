@@ -13,7 +13,7 @@ import time
 from pathlib import Path
 
 from machine_state import MachineState, describe_changes
-from screen import Screen
+from screen import LIMIT_SECONDS, Screen
 from wizard import (BACKUP, CANCEL, EXPORT, FINISH, FINISH_TITLE, HEADING, IMPORT, NEXT, PATH_TITLE,
                     RESET, SELECT_ALL, TREE, VERSIONS, Wizard, end_wine)
 
@@ -44,7 +44,7 @@ class Tour:
                 step()
             self._note(title)
         self._wizard.press_button(CANCEL)
-        self._wizard.process.wait(20)
+        self._wizard.process.wait(LIMIT_SECONDS)
 
     def _export(self):
         self._wizard.start(EXPORT)
@@ -116,7 +116,7 @@ class Tour:
 
 
 def main():
-    run_within(1800, "the tour of the wizard")
+    run_within(3600, "the tour of the wizard")
     prefix, folder = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve()
     (folder / "pages").mkdir(parents=True, exist_ok=True)
     (folder / "changes.txt").unlink(missing_ok=True)

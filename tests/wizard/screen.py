@@ -83,7 +83,7 @@ class Screen:
                        timeout=LIMIT_SECONDS)
 
 
-def wait_for(condition, seconds=20, what="the expected state"):
+def wait_for(condition, seconds=LIMIT_SECONDS, what="the expected state"):
     """The condition's first true value; an AssertionError when there is none in time."""
     end = time.monotonic() + seconds
     while True:

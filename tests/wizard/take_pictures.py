@@ -7,7 +7,7 @@ import sys
 import time
 from pathlib import Path
 
-from screen import Screen
+from screen import LIMIT_SECONDS, Screen
 from wizard import (BACK, CANCEL, EXPORT, FINISH, FINISH_TITLE, HEADING, IMPORT, NEXT, PATH_TITLE,
                     RESET, ROOT, TREE, VERSIONS, Wizard, end_wine, install_programs)
 
@@ -66,7 +66,7 @@ def take(wizard, prefix, folder, percent):
     wizard.answer()
     picture("reset", TREE)
     wizard.press_button(CANCEL)
-    wizard.process.wait(20)
+    wizard.process.wait(LIMIT_SECONDS)
 
 
 if __name__ == "__main__":

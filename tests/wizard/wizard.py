@@ -10,7 +10,7 @@ import threading
 import time
 from pathlib import Path
 
-from screen import wait_for
+from screen import LIMIT_SECONDS, wait_for
 
 ROOT = Path(__file__).resolve().parents[2]
 sys.path.append(str(ROOT / "tools"))
@@ -103,12 +103,12 @@ class Wizard:
     def tree(self):
         return self.page_control(TREE)
 
-    def wait_until(self, condition, what, seconds=20):
+    def wait_until(self, condition, what, seconds=LIMIT_SECONDS):
         return wait_for(lambda: condition(self), seconds, what)
 
     def wait_until_done(self, condition, what):
         """For the end of a run, which takes long on a busy machine."""
-        return self.wait_until(condition, what, seconds=150)
+        return self.wait_until(condition, what, seconds=900)
 
     def click(self, control):
         self.screen.click(*control.centre())
@@ -207,8 +207,8 @@ class Wizard:
         if self.process.poll() is not None:
             return
         self.process.send_signal(signal.SIGSTOP)
-        end = time.monotonic() + 5
-        while any(process.exists() for process in processes) and time.monotonic() < end:
+        end = time.monotonic() + 30
+        while any(map(still_runs, processes)) and time.monotonic() < end:
             if done.wait(0.02):
                 break
         self.process.send_signal(signal.SIGCONT)
@@ -249,6 +249,14 @@ def processes_in_prefix(prefix, names):
         except OSError:  # it has ended
             continue
     return found
+
+
+def still_runs(process):
+    """False also for a process that has ended and that nobody has waited for."""
+    try:
+        return (process / "environ").read_bytes() != b""
+    except OSError:
+        return False
 
 
 def is_frame(window):

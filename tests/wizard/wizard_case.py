@@ -9,7 +9,7 @@ import zipfile
 from pathlib import Path
 
 from machine_state import parse_registry_file
-from screen import Screen
+from screen import LIMIT_SECONDS, Screen
 from wizard import PROGRAMS, ROOT, STARTUP_FOLDER, Wizard, end_wine, install_programs
 
 from limits import end_group, run_limited  # found by way of wizard
@@ -101,7 +101,7 @@ class WizardCase(unittest.TestCase):
         return sorted((DRIVE / "users").glob("*/AppData/Local/Temp/*-*-*-*-*"))
 
     def assert_ends(self, wizard):
-        self.assertEqual(wizard.process.wait(20), 0)
+        self.assertEqual(wizard.process.wait(LIMIT_SECONDS), 0)
 
 
 def windows_name(path):
