@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Counts what test programs said they ran: count_tests.py LOG prints passed, failed and skipped.
 
-Understands GoogleTest and Python's unittest, also as quoted by ctest."""
+Understands GoogleTest and Python's unittest, also as quoted by ctest, of which a program that
+crashed or ran out of time counts as one failure."""
 
 import re
 import sys
@@ -13,6 +14,8 @@ _GOOGLE_TEST = {
 }
 _UNITTEST = re.compile(r"^(?:\d+: )?Ran (\d+) tests? in [^\n]*\n(?:\d+: )?\n"
                        r"(?:\d+: )?(?:OK|FAILED)([^\n]*)", re.MULTILINE)
+
+_CTEST_ENDED = re.compile(r"^\t *\d+ - \S+ \((?!Failed\))[^)\n]+\)", re.MULTILINE)
 
 
 def in_order(log):
@@ -36,6 +39,7 @@ def count(log):
         counts["passed"] += max(int(ran) - bad - skipped, 0)
         counts["failed"] += bad
         counts["skipped"] += skipped
+    counts["failed"] += len(_CTEST_ENDED.findall(log))
     return counts
 
 

@@ -14,6 +14,7 @@ from pathlib import Path
 
 PROJECT = Path(__file__).resolve().parents[2]
 MAKE_SAMPLE = PROJECT / "tools" / "make_sample.py"
+sys.path.append(str(PROJECT / "tools"))  # its limits.py is for the tests too
 
 # The program under test, and the same without sanitizers for what is measured.
 CLI = os.environ.get("CARROVAN_CLI", PROJECT / "build/host-check/carrovan-cli")

@@ -2,7 +2,6 @@
 
 import json
 import os
-import subprocess
 import sys
 import tempfile
 import zipfile
@@ -12,6 +11,8 @@ import registry_file
 from machines import (EXPORT_ALL, MAKE_SAMPLE, PROJECT, RELEASE_CLI, SandboxTest, make_sandbox,
                       run_cli)
 
+from limits import run_limited  # found by way of machines
+
 WINDOWS_BUILD = os.environ.get("CARROVAN_WINDOWS_BUILD", PROJECT / "build/windows")
 PREFIX = PROJECT / "build/wine-test"  # the one that tools/test-windows uses
 STARTUP_FOLDER = PREFIX / "drive_c/Program Files/ORMA/VANTRIC 2026/Bin"
@@ -20,9 +21,15 @@ STARTUP_FOLDER = PREFIX / "drive_c/Program Files/ORMA/VANTRIC 2026/Bin"
 def run_windows(*arguments):
     environment = dict(os.environ, WINEPREFIX=str(PREFIX))
     environment.pop("DISPLAY", None)
-    return subprocess.run([PROJECT / "tools/wine", "carrovan-cli.exe", *arguments],
-                          cwd=STARTUP_FOLDER, env=environment, capture_output=True, check=False,
-                          encoding="utf-8")
+    return run_limited([PROJECT / "tools/wine", "carrovan-cli.exe", *arguments],
+                       cwd=STARTUP_FOLDER, env=environment, encoding="utf-8")
+
+
+def make_wine_sample():
+    """Puts the sample product with the programs of this build into the prefix."""
+    run_limited([PROJECT / "tools/wine-prefix", PREFIX], check=True)
+    run_limited([sys.executable, MAKE_SAMPLE, "--wine", PREFIX, "--programs", WINDOWS_BUILD],
+                check=True)
 
 
 def windows_path(path):
@@ -32,9 +39,7 @@ def windows_path(path):
 class WineExportTest(SandboxTest):
     @classmethod
     def setUpClass(cls):
-        subprocess.run([PROJECT / "tools/wine-prefix", PREFIX], check=True)
-        subprocess.run([sys.executable, MAKE_SAMPLE, "--wine", PREFIX,
-                        "--programs", WINDOWS_BUILD], check=True)
+        make_wine_sample()
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
         cls.machine = make_sandbox(Path(folder.name) / "machine")

@@ -5,14 +5,19 @@ import os
 import shutil
 import subprocess
 import sys
+import tempfile
 
 import hostile_zip
 import registry_file
 from expected_machine import State
-from machines import MAKE_SAMPLE, PROJECT, SandboxTest
+from machines import PROJECT, SandboxTest
 from playable import differences, exists_on_drive, files_below, play_tour
-from wine_export_test import PREFIX, WINDOWS_BUILD, run_windows, windows_path
+from wine_export_test import PREFIX, make_wine_sample, run_windows, windows_path
 from wine_registry import export_key
+
+sys.path.append(str(PROJECT / "tests/wizard"))
+from limits import end_group  # noqa: E402
+from screen import wait_for  # noqa: E402
 
 
 class PlayableWine:
@@ -56,9 +61,7 @@ class WineTest(SandboxTest):
 
     def setUp(self):
         super().setUp()
-        subprocess.run([PROJECT / "tools/wine-prefix", PREFIX], check=True)
-        subprocess.run([sys.executable, MAKE_SAMPLE, "--wine", PREFIX,
-                        "--programs", WINDOWS_BUILD], check=True)
+        make_wine_sample()
         self.machine = PlayableWine()
 
 
@@ -94,11 +97,16 @@ class WineImportTest(WineTest):
         product = PREFIX / "drive_c" / "vantric.EXE"
         shutil.copy2(PREFIX / "drive_c" / "windows" / "system32" / "cmd.exe", product)
         self.addCleanup(product.unlink)
-        with subprocess.Popen([PROJECT / "tools/wine", "C:\\vantric.EXE"], stdin=subprocess.PIPE,
-                              stdout=subprocess.PIPE, env=wine_environment()) as process:
-            process.stdout.read(1)  # it runs
-            yield
-            process.communicate()
+        with tempfile.TemporaryFile() as output, subprocess.Popen(
+                [PROJECT / "tools/wine", "C:\\vantric.EXE"], stdin=subprocess.PIPE, stdout=output,
+                env=wine_environment(), process_group=0) as process:
+            try:
+                wait_for(lambda: os.fstat(output.fileno()).st_size, 120, "the product to run")
+                yield
+                process.stdin.close()
+                process.wait(120)
+            finally:
+                end_group(process)
 
     def assert_import_refused(self, reason):
         done = self.machine.run("import", windows_path(self.package), "--to", "2026", "--all")

@@ -1,10 +1,13 @@
 """The registry of a Wine prefix, read by Wine's own registry tool."""
 
 import os
-import subprocess
+import sys
 from pathlib import Path
 
 PROJECT = Path(__file__).resolve().parents[2]
+sys.path.append(str(PROJECT / "tools"))
+from limits import run_limited  # noqa: E402
+
 ATTEMPTS = 3  # on a busy machine the tool sometimes ends at once, without a word
 
 
@@ -14,8 +17,8 @@ def export_key(prefix, key):
     environment = {**os.environ, "WINEPREFIX": str(prefix)}
     environment.pop("DISPLAY", None)
     for _ in range(ATTEMPTS):
-        done = subprocess.run([PROJECT / "tools/wine", "reg", "export", key, r"C:\state.reg", "/y"],
-                              check=False, capture_output=True, env=environment)
+        done = run_limited([PROJECT / "tools/wine", "reg", "export", key, r"C:\state.reg", "/y"],
+                           env=environment)
         if done.returncode == 0 and file.exists():
             content = file.read_bytes()
             file.unlink()

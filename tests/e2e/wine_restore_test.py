@@ -12,6 +12,8 @@ from playable import assert_foreseen, differences
 from wine_export_test import STARTUP_FOLDER, windows_path
 from wine_import_test import WineTest, wine_environment
 
+from limits import end_group, run_limited  # found by way of machines
+
 KILLS = int(os.environ.get("CARROVAN_KILLS", "3"))
 
 
@@ -61,11 +63,14 @@ class WineRestoreTest(WineTest):
         moments = random.Random(1)
         for number in range(KILLS):
             with subprocess.Popen([PROJECT / "tools/wine", "carrovan-cli.exe", *self.import_all()],
-                                  cwd=STARTUP_FOLDER, env=wine_environment(),
+                                  cwd=STARTUP_FOLDER, env=wine_environment(), process_group=0,
                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as program:
-                time.sleep(moments.random() * longest)
-                self.kill_windows_program()
-                program.wait()
+                try:
+                    time.sleep(moments.random() * longest)
+                    self.kill_windows_program()
+                    program.wait(120)
+                finally:
+                    end_group(program)
             done = self.machine.run("undo")
             self.assertIn(done.returncode, (0, 1), f"kill {number}: {done.stderr}")
             self.assert_state(self.before)
@@ -73,9 +78,8 @@ class WineRestoreTest(WineTest):
     @staticmethod
     def kill_windows_program():
         """Like the end of a task: the registry tool that it started may live on."""
-        subprocess.run([PROJECT / "tools/wine", "taskkill", "/f", "/im", "carrovan-cli.exe"],
-                       env=wine_environment(), stdout=subprocess.DEVNULL,
-                       stderr=subprocess.DEVNULL, check=False)
+        run_limited([PROJECT / "tools/wine", "taskkill", "/f", "/im", "carrovan-cli.exe"],
+                    env=wine_environment())
 
     def export(self):
         self.run_verb("export", "--version", "2025", "--all", "--output",

@@ -18,7 +18,8 @@ from machines import MAKE_SAMPLE, PROJECT, digest
 from wine_registry import export_key
 
 sys.path.append(str(PROJECT / "tests/wizard"))
-from screen import Screen, wait_for  # noqa: E402
+from limits import end_group, run_limited  # noqa: E402
+from screen import LIMIT_SECONDS, Screen, wait_for  # noqa: E402
 from wizard import HEADING, Wizard, processes_in_prefix  # noqa: E402
 
 DIST = PROJECT / "build/dist"
@@ -41,8 +42,7 @@ DONE, FAILED, RUNNING, NO_LIBRARY = 0, 2, 3, 4
 
 @functools.cache
 def make_dist(*arguments):
-    subprocess.run([PROJECT / "tools/make-dist", *arguments], check=True,
-                   stdout=subprocess.DEVNULL)
+    run_limited([PROJECT / "tools/make-dist", *arguments], check=True, seconds=3600)
 
 
 def version():
@@ -116,12 +116,11 @@ class InstalledCase(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         make_dist()
-        subprocess.run([PROJECT / "tools/wine-prefix", PREFIX], check=True)
+        run_limited([PROJECT / "tools/wine-prefix", PREFIX], check=True)
         cls.screen = cls.enterClassContext(Screen())
         cls.environment = {**cls.screen.environment(), "WINEPREFIX": str(PREFIX)}
         cls.keep_wine_running()
-        subprocess.run([sys.executable, MAKE_SAMPLE, "--wine", PREFIX], check=True,
-                       stdout=subprocess.DEVNULL)
+        run_limited([sys.executable, MAKE_SAMPLE, "--wine", PREFIX], check=True)
         shutil.copy2(PROGRAMS / "tarvik.dll", BIN)
         PICTURES.mkdir(exist_ok=True)
         cls.local, = (DRIVE / "users").glob("*/AppData/Local")
@@ -133,26 +132,19 @@ class InstalledCase(unittest.TestCase):
 
     @classmethod
     def keep_wine_running(cls):
-        """Wine's services start with the first program and end with the last. They inherit the
-        first one's output, so it is a program whose output nobody reads."""
+        """Wine keeps to the screen, or to none, that its first program had, so the first one is a
+        program on this screen that stays."""
         process = subprocess.Popen([PROJECT / "tools/wine", "cmd"], stdin=subprocess.PIPE,
                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                                   env=cls.environment)
-        cls.addClassCleanup(subprocess.run, ["wineserver", "-k"], env=cls.environment,
-                            check=False)
-        cls.addClassCleanup(process.communicate)
+                                   env=cls.environment, process_group=0)
+        cls.addClassCleanup(run_limited, ["wineserver", "-k"], env=cls.environment)
+        cls.addClassCleanup(end_group, process)
+        cls.addClassCleanup(process.stdin.close)
 
     @classmethod
     def run_windows(cls, *command):
-        """What a program starts besides, Wine's desktop for one, inherits its output and outlives
-        it: the end of a pipe would never come, so the output goes into files."""
-        with tempfile.TemporaryFile() as output, tempfile.TemporaryFile() as errors:
-            done = subprocess.run([PROJECT / "tools/wine", *command], env=cls.environment,
-                                  stdout=output, stderr=errors, check=False)
-            for file in (output, errors):
-                file.seek(0)
-            return subprocess.CompletedProcess(command, done.returncode, output.read().decode(),
-                                               errors.read().decode())
+        return run_limited([PROJECT / "tools/wine", *command], env=cls.environment,
+                           encoding="utf-8")
 
     def setUp(self):
         self.addCleanup(self.clean)
@@ -327,7 +319,7 @@ class RunningWizardTest(InstalledCase):
 
     def close(self, wizard):
         self.screen.press("Escape")
-        self.assertEqual(wizard.process.wait(20), 0)
+        self.assertEqual(wizard.process.wait(LIMIT_SECONDS), 0)
 
     def test_installed_wizard_opens_and_keeps_setup_and_uninstaller_away(self):
         self.install("/PRODUCT=" + BIN_NAME)

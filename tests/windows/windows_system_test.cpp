@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 
 #include "platform/registry_value.h"
 #include "platform/text.h"
 #include "platform/windows/registry_writer.h"
+#include "platform/windows/windows_clock.h"
 #include "platform/windows/windows_command_interpreter.h"
 #include "platform/windows/windows_known_folders.h"
 #include "tests/support/test_machine.h"
@@ -62,6 +64,14 @@ TEST(WindowsCommandInterpreter, WaitsForTheEndOfTheCommand) {
   ASSERT_NE(command, nullptr);
   command->WaitForEnd();
   EXPECT_EQ(machine->FileBytes(file), "done\r\n");
+}
+
+TEST(WindowsClock, PauseLastsAsLongAsAskedFor) {
+  constexpr std::chrono::milliseconds kPause(200);
+  constexpr std::chrono::milliseconds kTick(20);  // the system counts in ticks and may lack one
+  const auto begun = std::chrono::steady_clock::now();
+  WindowsClock().Pause(kPause);
+  EXPECT_GE(std::chrono::steady_clock::now() - begun, kPause - kTick);
 }
 
 class RegistryWriterTest : public testing::Test {

@@ -7,17 +7,17 @@ from 2025, imports it into 2026 without two categories, and resets three categor
 The prefix holds the sample product and its programs. The folder gets a picture of every step, the
 packages, and changes.txt, which tells what each step has changed in the registry and in folders."""
 
-import os
 import shutil
-import subprocess
 import sys
 import time
 from pathlib import Path
 
 from machine_state import MachineState, describe_changes
-from screen import Screen
+from screen import LIMIT_SECONDS, Screen
 from wizard import (BACKUP, CANCEL, EXPORT, FINISH, FINISH_TITLE, HEADING, IMPORT, NEXT, PATH_TITLE,
-                    RESET, SELECT_ALL, TREE, VERSIONS, Wizard)
+                    RESET, SELECT_ALL, TREE, VERSIONS, Wizard, end_wine)
+
+from limits import run_within  # found by way of wizard
 
 SETTINGS, BACKUP_PACKAGE = "settings-2025.ucex", "backup-2026.ucex"
 LEFT_OUT = ("Register", "Custom Parts Library")
@@ -44,7 +44,7 @@ class Tour:
                 step()
             self._note(title)
         self._wizard.press_button(CANCEL)
-        self._wizard.process.wait(20)
+        self._wizard.process.wait(LIMIT_SECONDS)
 
     def _export(self):
         self._wizard.start(EXPORT)
@@ -116,15 +116,13 @@ class Tour:
 
 
 def main():
+    run_within(3600, "the tour of the wizard")
     prefix, folder = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve()
     (folder / "pages").mkdir(parents=True, exist_ok=True)
     (folder / "changes.txt").unlink(missing_ok=True)
     for name in (SETTINGS, BACKUP_PACKAGE):
         (prefix / "drive_c" / name).unlink(missing_ok=True)
-    # Wine keeps to the screen, or to none, that its first program had.
-    for option in ("-k", "-w"):
-        subprocess.run(["wineserver", option], env={**os.environ, "WINEPREFIX": str(prefix)},
-                       check=False)
+    end_wine(prefix)
     with Screen() as screen, Wizard(screen, prefix) as wizard:
         Tour(wizard, prefix, folder).play()
     for name in (SETTINGS, BACKUP_PACKAGE):

@@ -1,11 +1,13 @@
 """A screen without a monitor: an X server, a window manager, real key presses and mouse clicks."""
 
 import os
+import select
 import subprocess
 import time
 from pathlib import Path
 
 
+LIMIT_SECONDS = 120  # for what takes less than a second on an idle machine
 DOUBLE_CLICK_SECONDS = 0.6  # a little more than the system's own time
 
 
@@ -20,7 +22,7 @@ class Screen:
              "-nolisten", "tcp"], pass_fds=[write_end], stderr=subprocess.DEVNULL)
         os.close(write_end)
         with os.fdopen(read_end) as pipe:
-            self.display = ":" + pipe.readline().strip()
+            self.display = ":" + self._line_of(pipe)
         self._manager = subprocess.Popen(
             ["openbox", "--sm-disable", "--config-file", Path(__file__).with_name("openbox.xml")],
             env=self.environment(), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
@@ -31,7 +33,21 @@ class Screen:
     def __exit__(self, *_):
         for process in (self._manager, self._server):
             process.terminate()
-            process.wait()
+            try:
+                process.wait(LIMIT_SECONDS)
+            except subprocess.TimeoutExpired:
+                process.kill()
+                process.wait()
+
+    def _line_of(self, pipe):
+        """What the X server says when it is ready."""
+        if not select.select([pipe], [], [], LIMIT_SECONDS)[0]:
+            self._server.kill()
+            raise TimeoutError(f"Xvfb was not ready within {LIMIT_SECONDS} s")
+        line = pipe.readline().strip()
+        if not line:
+            raise OSError("Xvfb has ended instead of giving a screen")
+        return line
 
     def environment(self):
         """For the programs that shall use this screen."""
@@ -60,13 +76,14 @@ class Screen:
             left, top, width, height = area
             command += ["-crop", f"{width}x{height}+{left}+{top}", "+repage"]
         command += ["-strip", "-define", "png:compression-level=9", str(path)]
-        subprocess.run(command, env=self.environment(), check=True)
+        subprocess.run(command, env=self.environment(), check=True, timeout=LIMIT_SECONDS)
 
     def _xdotool(self, *arguments):
-        subprocess.run(["xdotool", *map(str, arguments)], env=self.environment(), check=True)
+        subprocess.run(["xdotool", *map(str, arguments)], env=self.environment(), check=True,
+                       timeout=LIMIT_SECONDS)
 
 
-def wait_for(condition, seconds=20, what="the expected state"):
+def wait_for(condition, seconds=LIMIT_SECONDS, what="the expected state"):
     """The condition's first true value; an AssertionError when there is none in time."""
     end = time.monotonic() + seconds
     while True:

@@ -3,20 +3,22 @@
 take_pictures.py PREFIX FOLDER [PERCENT...]. Each picture is named after its page and scale."""
 
 import os
-import subprocess
 import sys
 import time
 from pathlib import Path
 
-from screen import Screen
+from screen import LIMIT_SECONDS, Screen
 from wizard import (BACK, CANCEL, EXPORT, FINISH, FINISH_TITLE, HEADING, IMPORT, NEXT, PATH_TITLE,
-                    RESET, ROOT, TREE, VERSIONS, Wizard, install_programs)
+                    RESET, ROOT, TREE, VERSIONS, Wizard, end_wine, install_programs)
+
+from limits import run_limited, run_within  # found by way of wizard
 
 
 def main():
+    run_within(1800, "taking pictures of the wizard")
     prefix, folder = Path(sys.argv[1]), Path(sys.argv[2])
     folder.mkdir(parents=True, exist_ok=True)
-    subprocess.run([ROOT / "tools" / "wine-prefix", prefix], check=True)
+    run_limited([ROOT / "tools" / "wine-prefix", prefix], check=True)
     install_programs(prefix)
     for percent in map(int, sys.argv[3:] or ("100", "150")):
         set_scale(prefix, percent)
@@ -27,12 +29,10 @@ def main():
 
 def set_scale(prefix, percent):
     environment = {**os.environ, "WINEPREFIX": str(prefix)}
-    subprocess.run([ROOT / "tools" / "wine", "reg", "add", r"HKCU\Control Panel\Desktop",
-                    "/v", "LogPixels", "/t", "REG_DWORD", "/d", str(96 * percent // 100), "/f"],
-                   env=environment, check=True, stdout=subprocess.DEVNULL)
-    # Programs take the scale when the first of them starts.
-    subprocess.run(["wineserver", "-k"], env=environment, check=False)
-    subprocess.run(["wineserver", "-w"], env=environment, check=False)
+    run_limited([ROOT / "tools" / "wine", "reg", "add", r"HKCU\Control Panel\Desktop",
+                 "/v", "LogPixels", "/t", "REG_DWORD", "/d", str(96 * percent // 100), "/f"],
+                env=environment, check=True)
+    end_wine(prefix)
 
 
 def take(wizard, prefix, folder, percent):
@@ -66,7 +66,7 @@ def take(wizard, prefix, folder, percent):
     wizard.answer()
     picture("reset", TREE)
     wizard.press_button(CANCEL)
-    wizard.process.wait(20)
+    wizard.process.wait(LIMIT_SECONDS)
 
 
 if __name__ == "__main__":

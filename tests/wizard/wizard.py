@@ -5,13 +5,17 @@ import json
 import os
 import signal
 import subprocess
+import sys
 import threading
 import time
 from pathlib import Path
 
-from screen import wait_for
+from screen import LIMIT_SECONDS, wait_for
 
 ROOT = Path(__file__).resolve().parents[2]
+sys.path.append(str(ROOT / "tools"))
+from limits import end_group, run_limited  # noqa: E402
+
 PROGRAMS = ROOT / "build" / "windows"
 STARTUP_FOLDER = "drive_c/Program Files/ORMA/VANTRIC 2026/Bin"
 
@@ -59,15 +63,14 @@ class Wizard:
         self._name = program
         self.process = subprocess.Popen(
             [ROOT / "tools" / "wine", program], cwd=self._folder, env=self._environment,
-            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+            process_group=0)
 
     def __enter__(self):
         return self
 
     def __exit__(self, *_):
-        if self.process.poll() is None:
-            self.process.terminate()
-        self.process.wait()
+        end_group(self.process)
 
     def windows(self):
         """The visible windows, the uppermost first, each with its visible controls."""
@@ -100,12 +103,12 @@ class Wizard:
     def tree(self):
         return self.page_control(TREE)
 
-    def wait_until(self, condition, what, seconds=20):
+    def wait_until(self, condition, what, seconds=LIMIT_SECONDS):
         return wait_for(lambda: condition(self), seconds, what)
 
     def wait_until_done(self, condition, what):
         """For the end of a run, which takes long on a busy machine."""
-        return self.wait_until(condition, what, seconds=150)
+        return self.wait_until(condition, what, seconds=900)
 
     def click(self, control):
         self.screen.click(*control.centre())
@@ -204,8 +207,8 @@ class Wizard:
         if self.process.poll() is not None:
             return
         self.process.send_signal(signal.SIGSTOP)
-        end = time.monotonic() + 5
-        while any(process.exists() for process in processes) and time.monotonic() < end:
+        end = time.monotonic() + 30
+        while any(map(still_runs, processes)) and time.monotonic() < end:
             if done.wait(0.02):
                 break
         self.process.send_signal(signal.SIGCONT)
@@ -222,10 +225,9 @@ class Wizard:
 
 def list_windows(screen, prefix, program):
     """The visible windows of a program, the uppermost first, each with its visible controls."""
-    answer = subprocess.run(
+    answer = run_limited(
         [ROOT / "tools" / "wine", PROGRAMS / "tests" / "window_probe.exe", program],
-        env={**screen.environment(), "WINEPREFIX": str(prefix)}, check=True,
-        stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
+        env={**screen.environment(), "WINEPREFIX": str(prefix)}, check=True).stdout
     windows = []
     for facts in json.loads(answer):
         if facts["depth"] == 0:
@@ -249,6 +251,14 @@ def processes_in_prefix(prefix, names):
     return found
 
 
+def still_runs(process):
+    """False also for a process that has ended and that nobody has waited for."""
+    try:
+        return (process / "environ").read_bytes() != b""
+    except OSError:
+        return False
+
+
 def is_frame(window):
     return any(control.number == CANCEL and control.depth == 1 for control in window.controls)
 
@@ -262,6 +272,12 @@ def find(window, number, depth):
 
 def install_programs(prefix):
     """Puts the sample product with the programs of this build into a prefix."""
-    subprocess.run([ROOT / "tools" / "make_sample.py", "--wine", prefix, "--programs", PROGRAMS],
-                   check=True, stdout=subprocess.DEVNULL,
-                   env={**os.environ, "WINEPREFIX": str(prefix)})
+    run_limited([ROOT / "tools" / "make_sample.py", "--wine", prefix, "--programs", PROGRAMS],
+                check=True, env={**os.environ, "WINEPREFIX": str(prefix)})
+
+
+def end_wine(prefix):
+    """Ends everything that runs in a prefix: Wine keeps to the screen, or to none, that its first
+    program had, and programs take the scale when the first of them starts."""
+    for option in ("-k", "-w"):
+        run_limited(["wineserver", option], env={**os.environ, "WINEPREFIX": str(prefix)})

@@ -9,8 +9,10 @@ import zipfile
 from pathlib import Path
 
 from machine_state import parse_registry_file
-from screen import Screen
-from wizard import PROGRAMS, ROOT, STARTUP_FOLDER, Wizard, install_programs
+from screen import LIMIT_SECONDS, Screen
+from wizard import PROGRAMS, ROOT, STARTUP_FOLDER, Wizard, end_wine, install_programs
+
+from limits import end_group, run_limited  # found by way of wizard
 
 PREFIX = Path(os.environ.get("CARROVAN_WIZARD_PREFIX", ROOT / "build" / "wine-wizard"))
 DRIVE = PREFIX / "drive_c"
@@ -25,7 +27,7 @@ class WizardCase(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        subprocess.run([ROOT / "tools" / "wine-prefix", PREFIX], check=True)
+        run_limited([ROOT / "tools" / "wine-prefix", PREFIX], check=True)
         if not WizardCase._sample_is_fresh:
             install_programs(PREFIX)
         WizardCase._sample_is_fresh = not cls.SPOILS_SAMPLE
@@ -33,8 +35,7 @@ class WizardCase(unittest.TestCase):
 
     @classmethod
     def tearDownClass(cls):
-        subprocess.run(["wineserver", "-k"], env={**os.environ, "WINEPREFIX": str(PREFIX)},
-                       check=False)
+        end_wine(PREFIX)
 
     def setUp(self):
         # A wizard that an earlier test ended by force left its folder.
@@ -66,16 +67,14 @@ class WizardCase(unittest.TestCase):
             return self._run(command, folder)
         process = subprocess.Popen([ROOT / "tools" / "wine", *command], cwd=folder,
                                    env=self._environment(), stdout=subprocess.DEVNULL,
-                                   stderr=subprocess.DEVNULL)
-        self.addCleanup(process.wait)
-        self.addCleanup(process.terminate)
+                                   stderr=subprocess.DEVNULL, process_group=0)
+        self.addCleanup(end_group, process)
         return process
 
     @classmethod
     def _run(cls, command, folder, status=0):
-        done = subprocess.run([ROOT / "tools" / "wine", *command], cwd=folder, check=False,
-                              env=cls._environment(), stdout=subprocess.PIPE,
-                              stderr=subprocess.DEVNULL)
+        done = run_limited([ROOT / "tools" / "wine", *command], cwd=folder,
+                           env=cls._environment())
         assert done.returncode == status, (command, done.returncode)
         return done.stdout
 
@@ -102,7 +101,7 @@ class WizardCase(unittest.TestCase):
         return sorted((DRIVE / "users").glob("*/AppData/Local/Temp/*-*-*-*-*"))
 
     def assert_ends(self, wizard):
-        self.assertEqual(wizard.process.wait(20), 0)
+        self.assertEqual(wizard.process.wait(LIMIT_SECONDS), 0)
 
 
 def windows_name(path):

@@ -2,9 +2,9 @@
 
 import os
 import shutil
-import subprocess
 from pathlib import Path
 
+from limits import run_limited
 from sample import product
 from sample.identity import identity_file
 from sample.layout import find, lay_files
@@ -49,6 +49,6 @@ def _replace_keys(prefix, hive, registry_file):
 
 def _run_wine(prefix, *command, check=True):
     environment = dict(os.environ, WINEPREFIX=str(Path(prefix).resolve()))
-    done = subprocess.run([_WINE, *command], env=environment, capture_output=True, check=False)
+    done = run_limited([_WINE, *command], env=environment)
     if check and done.returncode != 0:
         raise OSError(f"wine {' '.join(command)} failed: {done.stderr.decode(errors='replace')}")
