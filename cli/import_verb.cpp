@@ -120,7 +120,15 @@ class ImportVerb {
 
 std::optional<AppliedRun> RunOnce(const Session& session, const ImportOptions& options,
                                   const Machine& machine, LineLog& log) {
-  if (options.trust) return ImportVerb(session, options, machine, log).Run();
+  if (options.trust) {
+    NotingInterpreter interpreter(machine.interpreter, machine.files);
+    auto applied = ImportVerb(session, options, WithInterpreter(machine, interpreter), log).Run();
+    if (!applied) return applied;
+    for (const std::wstring& line : interpreter.NotUnderstood()) {
+      applied->report.problems.push_back(L"Neither foreseen nor undone is what " + line);
+    }
+    return applied;
+  }
   TrustedInterpreter interpreter(machine.interpreter, machine.files,
                                  machine.product.CompanyShortName());
   return ImportVerb(session, options, WithInterpreter(machine, interpreter), log).Run();
@@ -141,9 +149,7 @@ ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
   ProgressArchives archives(owned->Ports().archives, session.console());
   const Machine machine = WithArchives(owned->Ports(), archives);
   if (session.RefuseBesideProduct(machine.processes)) return ExitStatus::kFailed;
-  if (!options.trust && RefuseUntrusted(session, options.package, machine)) {
-    return ExitStatus::kFailed;
-  }
+  if (RefusePackage(session, options.package, options.trust, machine)) return ExitStatus::kFailed;
   return RunAsChosen(session, options.run, {L"import", options.year, options.package}, machine,
                      [&options](const Session& on, const Machine& ports, LineLog& log) {
                        return RunOnce(on, options, ports, log);

@@ -73,6 +73,8 @@ void AddUndo(CLI::App& app, UndoOptions& options, Verb& chosen) {
   AddText(*verb, "ID", options.id, "Restore point of the run; the newest without one");
   AddLabels(*verb, options.categories, "Put back only these categories");
   verb->add_flag("--force", options.force, "Overwrite also what was changed since");
+  verb->add_flag("--trust", options.trust,
+                 "Undo also what only an import with --trust can have changed");
   AddJson(*verb, options.json);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunUndoVerb(session, options); };

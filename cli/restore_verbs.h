@@ -17,6 +17,7 @@ struct UndoOptions {
   std::wstring id;            // empty for the newest
   CategoryChoice categories;  // all unless labels are given
   bool force = false;
+  bool trust = false;
   bool json = false;
 };
 ExitStatus RunUndoVerb(const Session& session, const UndoOptions& options);

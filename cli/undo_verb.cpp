@@ -6,6 +6,7 @@
 #include "cli/restore_verbs.h"
 #include "environment/category_places.h"
 #include "environment/version_folders.h"
+#include "restore/point_check.h"
 #include "restore/restore_folder.h"
 #include "restore/undo_run.h"
 
@@ -76,6 +77,19 @@ ExitStatus Conclude(const Session& session, const RestorePoint& point, const Und
   return status;
 }
 
+// Nothing was played back.
+ExitStatus RefuseJournal(const Session& session, const RestorePoint& point,
+                         const std::vector<std::wstring>& reasons, const Machine& machine) {
+  std::wstring line = L"The restore point " + point.id + L" is not to be trusted: " + reasons[0];
+  if (const std::size_t more = reasons.size() - 1; more > 0) {
+    line += L" (and " + std::to_wstring(more) + L" more)";
+  }
+  if (RefusalsOfPoint(point, true, machine).empty()) {
+    line += L"; --trust undoes it all the same, as after an import with --trust";
+  }
+  return session.Fail(line);
+}
+
 }  // namespace
 
 ExitStatus RunUndoVerb(const Session& session, const UndoOptions& options) {
@@ -89,6 +103,7 @@ ExitStatus RunUndoVerb(const Session& session, const UndoOptions& options) {
 
   UndoChoice choice;
   choice.force = options.force;
+  choice.trusted = options.trust;
   std::optional<CategoryPlaces> places;
   if (!options.categories.labels.empty()) {
     places = PlacesOf(session, *point, machine);
@@ -100,7 +115,9 @@ ExitStatus RunUndoVerb(const Session& session, const UndoOptions& options) {
       return IsChosen(options.categories, places->OfKey(key.hive, key.keyPath));
     };
   }
-  return Conclude(session, *point, UndoChanges(*point, choice, machine), options.json);
+  const UndoReport report = UndoChanges(*point, choice, machine);
+  if (!report.refused.empty()) return RefuseJournal(session, *point, report.refused, machine);
+  return Conclude(session, *point, report, options.json);
 }
 
 }  // namespace carrovan

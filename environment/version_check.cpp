@@ -13,6 +13,8 @@ bool TellUnlessRun(WizardView& view, bool hasBeenRun) {
 
 }  // namespace
 
+bool TellToRunProductOnce(WizardView& view) { return TellUnlessRun(view, false); }
+
 bool PassesLiveKeyCheck(WizardView& view, const RegistryReader& registry,
                         const ProductContext& context) {
   return TellUnlessRun(view, HasBeenRun(context, registry));

@@ -9,6 +9,9 @@ namespace carrovan {
 // Tests whether the user has started a version of the product once, which made its per-user key.
 // A version that fails is told to the view: "Please run Vantric at least once".
 
+// Tells so in any case; false.
+bool TellToRunProductOnce(WizardView& view);
+
 // The version in the context, by its live key.
 bool PassesLiveKeyCheck(WizardView& view, const RegistryReader& registry,
                         const ProductContext& context);

@@ -5,6 +5,7 @@
 #include "merge/file_system_error.h"
 #include "merge/xml_file_names.h"
 #include "merge/xml_merge.h"
+#include "platform/file_image.h"
 #include "reset/folder_wipe.h"
 
 namespace carrovan {
@@ -81,7 +82,8 @@ class FolderMerge {
   void KeepOldOnlyFile(const std::wstring& name) {
     log_.WriteLine(L"did find the old file, copying new version: " + name);
     const std::wstring oldPath = JoinPath(old_, name);
-    Copy(oldPath, JoinPath(new_, name));
+    // What lies behind a link is not this folder's own.
+    if (!files_.IsLink(new_)) Copy(oldPath, JoinPath(new_, name));
     Copy(oldPath, JoinPath(working_, name));
     newNames_.insert(name);
   }
@@ -159,8 +161,11 @@ class FolderMerge {
   }
 
   void Discard(const std::wstring& folder) {
-    if (!files_.Exists(folder)) return;
-    if (!files_.IsFolder(folder)) return Require(files_.RemoveFile(folder), folder);
+    const FileKind kind = KindAt(files_, folder);
+    if (kind == FileKind::kAbsent) return;
+    if (kind == FileKind::kFile || (kind == FileKind::kLink && !files_.IsFolder(folder))) {
+      return Require(files_.RemoveFile(folder), folder);
+    }
     if (!WipeFolder(files_, folder)) throw FileSystemError(kFolderNotEmpty, folder);
   }
 

@@ -53,13 +53,13 @@ void CopyProductFolderTree(FileSystem& files, const std::wstring& source,
                            const std::wstring& destination, bool recursive, bool sameRelease) {
   const std::wstring from = WithoutTrailingBackslashes(source);
   const std::wstring to = WithoutTrailingBackslashes(destination);
+  if (files.IsLink(from) || files.IsLink(to)) return;
   for (const FolderEntry& entry : files.ListFolder(from)) {
     const std::wstring path = from + L"\\" + entry.name;
     const std::wstring target = to + L"\\" + entry.name;
+    if (entry.isLink) continue;
     if (entry.isFolder) {
-      if (recursive && !entry.isLink) {
-        CopyProductFolderTree(files, path, target, recursive, sameRelease);
-      }
+      if (recursive) CopyProductFolderTree(files, path, target, recursive, sameRelease);
     } else if (!sameRelease && IsMenuOrShortcutFile(entry.name)) {
       CopyOverNamesake(files, path, to, target);
     }

@@ -16,7 +16,8 @@ void DropDraftingFolders(const ImportRun& run);
 
 // Copies the files that the drafting program names ".UIK" and ".ACC", in any case, over namesakes
 // in the destination, in subfolders as well when `recursive` is set. With `sameRelease` nothing is
-// copied: the files already fit. Every failure is passed over.
+// copied: the files already fit. Every failure is passed over, and so are links, both folders
+// included: what lies behind one stays as it is.
 void CopyProductFolderTree(FileSystem& files, const std::wstring& source,
                            const std::wstring& destination, bool recursive, bool sameRelease);
 

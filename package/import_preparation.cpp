@@ -7,6 +7,7 @@
 #include "environment/version_forms.h"
 #include "package/package_description.h"
 #include "package/package_opening.h"
+#include "package/package_trust.h"
 #include "platform/path_text.h"
 #include "rewrite/package_tree.h"
 
@@ -15,6 +16,9 @@ namespace {
 
 // Profile names compare without regard to case; the section is written as "Base".
 constexpr wchar_t kBaseSectionAsRead[] = L"BASE";
+
+// What a missing value reads as.
+constexpr wchar_t kMissingValue[] = L"Please check the file.";
 
 bool IsOtherRelease(const ImportRun& run) {
   return run.package.releaseVersion != run.context.selectedVersion;
@@ -64,6 +68,14 @@ void MendPackage(const ImportRun& run) {
   }
 }
 
+// The package's folders lie below these names, and what is not chosen of them is removed.
+bool HasOwnPlaces(const PackageState& package) {
+  const auto isOwn = [](const std::wstring& name) {
+    return name == kMissingValue || IsPlainName(name);
+  };
+  return isOwn(package.company) && isOwn(package.product);
+}
+
 void FillTree(const ImportRun& run, EditableCategoryTree& tree) {
   BuildCategoryTree(tree, [&run](const CategoryRecord& record) {
     return IsOfferedOnImport(record, run.machine.profiles, run.context.packageDescriptionPath);
@@ -80,7 +92,7 @@ bool HasTargetFolders(const ImportRun& run) {
 std::wstring ReadConfigValue(const std::wstring& key, const std::wstring& section,
                              const std::wstring& path, const ProfileReader& profiles) {
   const std::wstring value = profiles.ReadValue(section, key, path);
-  return value.empty() ? L"Please check the file." : value;
+  return value.empty() ? kMissingValue : value;
 }
 
 void OpenPackage(const ImportRun& run) {
@@ -108,8 +120,11 @@ bool CheckTarget(const ImportRun& run) {
     run.view.ShowApplicationMessage(std::wstring(Text(StringId::kNoDowngrade)));
     return false;
   }
-  return PassesVersionCheck(run.view, run.machine.registry, run.package.company,
-                            run.package.product, run.package.targetInternalVersion);
+  const PackageState& package = run.package;
+  // What has such a name was never started either.
+  if (!HasOwnPlaces(package)) return TellToRunProductOnce(run.view);
+  return PassesVersionCheck(run.view, run.machine.registry, package.company, package.product,
+                            package.targetInternalVersion);
 }
 
 bool RunImportPreparation(const ImportRun& run, EditableCategoryTree& tree) {

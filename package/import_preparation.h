@@ -15,7 +15,7 @@ std::wstring ReadConfigValue(const std::wstring& key, const std::wstring& sectio
 void OpenPackage(const ImportRun& run);
 
 // False, after the user was told why, when the package is newer than the target or the target was
-// never started by this user.
+// never started by this user, which no product is whose company or name is not one plain name.
 bool CheckTarget(const ImportRun& run);
 
 // Finds the target's folders, mends paths and versions in a package of another release, and fills

@@ -4,6 +4,7 @@
 #include "package/package_opening.h"
 #include "package/package_writer.h"
 #include "package/staging_folder.h"
+#include "platform/registry_command.h"
 
 namespace carrovan {
 namespace {
@@ -55,6 +56,11 @@ void ImportRegistryFolder(const std::wstring& folder, const FileReader& files, R
   for (const FolderEntry& entry : entries) {
     if (entry.isFolder) continue;
     const std::wstring file = folder + L"\\" + entry.name;
+    if (!IsPlainToInterpreter(entry.name)) {
+      report.problems.push_back(L"Not imported into the registry: " + file +
+                                L": its name holds a percent sign or a quote");
+      continue;
+    }
     if (!tool.RegImportFile(file)) {
       report.problems.push_back(L"Not imported into the registry: " + file);
     }

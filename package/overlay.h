@@ -15,7 +15,8 @@ struct Overlay {
   WizardView& view;
 };
 
-// Feeds every file directly in a folder to the registry tool. A missing folder gives no work.
+// Feeds every file directly in a folder to the registry tool. A missing folder gives no work. A
+// file whose name the command interpreter would change is left out, as a problem.
 void ImportRegistryFolder(const std::wstring& folder, const FileReader& files, RegistryTool& tool,
                           ImportReport& report);
 

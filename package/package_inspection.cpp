@@ -101,7 +101,7 @@ void JudgeTrust(ArchiveExaminer& archive, PackageInspection& inspection) {
   const PackageKind kind = inspection.legacy ? PackageKind::kLegacy : PackageKind::kFull;
   inspection.untrusted = ReasonsForDistrust(archive, kind, inspection.company);
   if (inspection.legacy) return;
-  if (const auto refusal = RefusalOfCompany(inspection.company)) {
+  if (const auto refusal = RefusalOfIdentity(inspection.company, inspection.product)) {
     inspection.untrusted.push_back({kPackageDescriptionName, *refusal});
   }
 }
@@ -110,6 +110,12 @@ void JudgeTrust(ArchiveExaminer& archive, PackageInspection& inspection) {
 
 bool IsLegacyPackageName(const std::wstring& path) {
   return EndsWithIgnoringAsciiCase(FileNameOf(path), L".ucx");
+}
+
+PackageIdentity ReadPackageIdentity(ArchiveExaminer& archive) {
+  const std::wstring text = DescriptionText(archive, AllItems(archive)).value_or(L"");
+  return {ProfileValue(text, kBaseSection, kCompanyKey),
+          ProfileValue(text, kBaseSection, kProductKey)};
 }
 
 PackageInspection InspectPackage(ArchiveExaminer& archive, bool legacy) {

@@ -26,6 +26,13 @@ struct PackageInspection {
 // True for a file name with the extension ".ucx", in any case.
 bool IsLegacyPackageName(const std::wstring& path);
 
+// What a description says of its product; empty where it does not.
+struct PackageIdentity {
+  std::wstring company;
+  std::wstring product;
+};
+PackageIdentity ReadPackageIdentity(ArchiveExaminer& archive);
+
 // Reads every entry, as an import would, and writes nothing. Registry files may name keys of the
 // company that the package itself names. Of a package that would unpack to an absurd size only the
 // directory is read.

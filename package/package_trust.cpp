@@ -4,8 +4,11 @@
 #include <limits>
 #include <set>
 #include <span>
+#include <string>
 
 #include "package/registry_file_scan.h"
+#include "platform/reg_form_scan.h"
+#include "platform/registry_command.h"
 #include "platform/stored_name.h"
 #include "platform/text.h"
 
@@ -53,12 +56,6 @@ std::uint64_t SaturatedSum(std::uint64_t a, std::uint64_t b) {
   return a > kMost - b ? kMost : a + b;
 }
 
-// The command interpreter, through which the registry tool is started, would make another name of
-// one with a variable or a quote in it.
-bool IsPlainToInterpreter(std::wstring_view name) {
-  return name.find_first_of(L"%\"") == std::wstring_view::npos;
-}
-
 bool IsAmong(std::wstring_view name, std::span<const std::wstring_view> names) {
   return std::ranges::any_of(
       names, [name](std::wstring_view each) { return CompareNames(each, name) == 0; });
@@ -68,23 +65,47 @@ bool IsAmong(std::wstring_view name, std::span<const std::wstring_view> names) {
 // from which the system starts programs at a logon.
 std::optional<std::wstring> RefusalOfPlace(std::wstring_view name, std::wstring_view company) {
   const std::size_t half = name.find(L'\\');
+  if (half == std::wstring_view::npos) return std::nullopt;
   if (!IsAmong(name.substr(0, half), kProfileHalves)) return std::nullopt;
   const std::wstring_view below = name.substr(half + 1);
+  if (below.empty()) return std::nullopt;
   const std::size_t folder = below.find(L'\\');
-  if (folder == std::wstring_view::npos) return std::nullopt;
+  if (folder == std::wstring_view::npos) return L"the file would lie in no program's folder";
   const std::wstring_view own[] = {company, kDraftingCompany};
   if (IsAmong(below.substr(0, folder), own)) return std::nullopt;
   return L"the file would lie in a folder of another program";
+}
+
+// As far as a header may lie behind marks and blanks that some tool passes over.
+constexpr std::size_t kHeaderBytes = 1024;
+
+// Whether any registry tool could take a file that begins so for one of its own.
+bool HasHeader(std::string_view start) {
+  std::string letters;
+  for (const char c : start) {
+    if (c >= 'a' && c <= 'z') letters.push_back(c);
+    if (c >= 'A' && c <= 'Z') letters.push_back(static_cast<char>(c - 'A' + 'a'));
+  }
+  return letters.find("regedit") != std::string::npos ||
+         letters.find("registryeditor") != std::string::npos;
 }
 
 std::optional<std::wstring> RefusalOfRegistryFile(ArchiveExaminer& archive, std::size_t index,
                                                   const std::wstring& name,
                                                   const std::wstring& company) {
   if (!IsPlainToInterpreter(name)) return L"the name holds a percent sign or a quote";
-  RegistryFileScan scan(company);
-  const ArchiveResult result =
-      archive.ReadInParts(index, [&scan](std::string_view part) { scan.Take(part); });
-  if (result == ArchiveResult::kDone) return scan.Finish();
+  RegistryFileScan keys(company);
+  RegFormScan form;
+  std::string start;
+  const ArchiveResult result = archive.ReadInParts(index, [&](std::string_view part) {
+    keys.Take(part);
+    form.Take(part);
+    start += part.substr(0, kHeaderBytes - std::min(kHeaderBytes, start.size()));
+  });
+  if (result == ArchiveResult::kDone) {
+    const auto refusal = keys.Finish();
+    return refusal || !HasHeader(start) ? refusal : form.Finish();
+  }
   return L"its keys cannot be told: " + DescribeArchiveResult(result);
 }
 
@@ -109,11 +130,15 @@ std::optional<RefusedItem> RefusalOfSize(const ArchiveExaminer& archive) {
                                L" bytes would unpack to " + std::to_wstring(unpacked)};
 }
 
-std::optional<std::wstring> RefusalOfCompany(const std::wstring& company) {
-  if (company.empty()) return L"the company is empty";
-  if (company.find_first_of(L"\\[]") != std::wstring::npos) {
-    return L"the company holds a backslash or a bracket";
-  }
+bool IsPlainName(std::wstring_view name) {
+  constexpr std::wstring_view kForbidden = L"\\/<>:\"|?*[]";
+  return name.find_first_of(kForbidden) == std::wstring_view::npos && !RefusalOfStoredName(name);
+}
+
+std::optional<std::wstring> RefusalOfIdentity(const std::wstring& company,
+                                              const std::wstring& product) {
+  if (!IsPlainName(company)) return L"the company is not one plain name";
+  if (!IsPlainName(product)) return L"the product is not one plain name";
   if (IsAmong(company, kSystemsOwnKeys)) return L"the company's key belongs to the system";
   // What is noted there tells from where this program loads its library.
   if (CompareNames(company, L"Carrovan") == 0) return L"the company's key is Carrovan's own";

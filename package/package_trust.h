@@ -33,12 +33,18 @@ bool IsRegistryFileName(std::wstring_view itemName);
 // Why a package is absurd, told from its directory alone; nothing for any other.
 std::optional<RefusedItem> RefusalOfSize(const ArchiveExaminer& archive);
 
-// Why a package's company names no place of its own in the registry.
-std::optional<std::wstring> RefusalOfCompany(const std::wstring& company);
+// True for a text that can be the name of one folder and of one key, and of nothing else: an import
+// looks for the package's folders below its company and product and removes what is not chosen.
+bool IsPlainName(std::wstring_view name);
+
+// Why a package's company and product name no place of their own in the profile or the registry.
+std::optional<std::wstring> RefusalOfIdentity(const std::wstring& company,
+                                              const std::wstring& product);
 
 // Every reason, in the order of the items; none for a package to trust. The registry files may name
 // keys of this company. Of an absurd package only the size is told and no content is read; of
-// others the registry files are.
+// others the registry files are, which must be understood whole; what no registry tool could take
+// for a registry file is no reason.
 std::vector<RefusedItem> ReasonsForDistrust(ArchiveExaminer& archive, PackageKind kind,
                                             const std::wstring& company);
 

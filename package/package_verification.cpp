@@ -42,6 +42,7 @@ class Verification {
   XmlDom& dom_;
   const PackageInspection inspection_;
   std::set<std::wstring> unreadable_;  // names, already among the findings
+  std::set<std::wstring> distrusted_;  // the same
   std::set<std::pair<std::wstring, std::wstring>> found_;
   PackageVerification result_;
 };
@@ -63,7 +64,10 @@ void Verification::TakeInspection() {
     unreadable_.insert(item.name);
     Find(item.name, item.reason);
   }
-  for (const RefusedItem& item : inspection_.untrusted) Find(item.name, item.reason);
+  for (const RefusedItem& item : inspection_.untrusted) {
+    distrusted_.insert(item.name);
+    Find(item.name, item.reason);
+  }
   for (const std::wstring& key : inspection_.unknownCategories) {
     Find(kPackageDescriptionName, L"\"" + key + L"\" is not a category");
   }
@@ -81,7 +85,8 @@ void Verification::CheckItem(std::size_t index, const ArchiveItem& item) {
     result_.notes.push_back({item.name, L"too large to be parsed here"});
     return;
   }
-  if (isRegistryFile) CheckRegistryFile(index, item);
+  // What is not to be trusted was looked through for that, and says no more here.
+  if (isRegistryFile && !distrusted_.contains(item.name)) CheckRegistryFile(index, item);
   if (isDocument) CheckDocument(item);
 }
 

@@ -5,6 +5,8 @@
 
 #include "package/registry_file_scan.h"
 #include "platform/path_text.h"
+#include "platform/reg_form_scan.h"
+#include "platform/registry_command.h"
 #include "platform/text.h"
 
 namespace carrovan {
@@ -31,15 +33,31 @@ bool TrustedInterpreter::MayBeImported(std::wstring_view quotedPath) const {
     return false;
   }
   const std::wstring path(quotedPath.substr(1, quotedPath.size() - 2));
-  // The command interpreter would make another command, or another file's name, of these.
-  if (path.find(L'"') != std::wstring::npos) return false;
-  if (FileNameOf(path).find(L'%') != std::wstring::npos) return false;
-  RegistryFileScan scan(company_);
-  const auto take = [&scan](std::string_view part, std::uint64_t) {
-    scan.Take(part);
+  if (path.find(L'"') != std::wstring::npos || !IsPlainToInterpreter(FileNameOf(path))) {
+    return false;
+  }
+  RegistryFileScan keys(company_);
+  RegFormScan form;
+  const auto take = [&](std::string_view part, std::uint64_t) {
+    keys.Take(part);
+    form.Take(part);
     return true;
   };
-  return files_.ReadInParts(path, take) == kSystemOk && !scan.Finish();
+  return files_.ReadInParts(path, take) == kSystemOk && !keys.Finish() && !form.Finish();
+}
+
+std::unique_ptr<RunningCommand> NotingInterpreter::Start(const std::wstring& parameters) {
+  if (const auto path = ImportedFile(parameters)) {
+    RegFormScan form;
+    const auto take = [&form](std::string_view part, std::uint64_t) {
+      form.Take(part);
+      return true;
+    };
+    const SystemCode code = files_.ReadInParts(*path, take);
+    const auto problem = code == kSystemOk ? form.Finish() : DescribeSystemCode(code);
+    if (problem) notUnderstood_.push_back(*path + L" changes: " + *problem);
+  }
+  return interpreter_.Start(parameters);
 }
 
 }  // namespace carrovan

@@ -21,7 +21,8 @@ class CommandInterpreter {
   virtual ~CommandInterpreter() = default;
 
   // Starts the interpreter with these parameters ("/C reg export ...") and returns at once; the
-  // caller owns the result. Null when it could not be started.
+  // caller owns the result. It works in the system's folder, so that a tool is the system's own
+  // whatever lies in the folder of the moment. Null when it could not be started.
   virtual std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) = 0;
 };
 

@@ -1,7 +1,5 @@
 #include "platform/registry_command.h"
 
-#include <string_view>
-
 namespace carrovan {
 namespace {
 
@@ -15,6 +13,10 @@ std::wstring RegExportCommand(const std::wstring& keyPath, const std::wstring& f
 
 std::wstring RegImportCommand(const std::wstring& filePath) {
   return std::wstring(kImport) + filePath + L"\"";
+}
+
+bool IsPlainToInterpreter(std::wstring_view name) {
+  return name.find_first_of(L"%\"") == std::wstring_view::npos;
 }
 
 std::optional<std::wstring> ImportedFile(const std::wstring& parameters) {

@@ -26,9 +26,16 @@ bool WipeContent(FileSystem& files, const std::wstring& folder) {
   return complete;
 }
 
+// A link to a file is no folder, and stays like any file.
+bool RemoveLink(FileSystem& files, const std::wstring& link) {
+  if (files.IsFolder(link)) return files.RemoveFolder(link) == kSystemOk;
+  return !files.Exists(link) && files.RemoveFile(link) == kSystemOk;
+}
+
 }  // namespace
 
 bool WipeFolder(FileSystem& files, const std::wstring& folder) {
+  if (files.IsLink(folder)) return RemoveLink(files, folder);
   if (!files.IsFolder(folder)) return !files.Exists(folder);
   if (!WipeContent(files, folder)) return false;
   // Everything below is gone; an empty folder that somebody holds open does no harm.

@@ -11,13 +11,6 @@
 namespace carrovan {
 namespace {
 
-// Both paths as TidyPath gives them.
-bool IsAtOrBelow(const std::wstring& path, const std::wstring& folder) {
-  if (path.size() < folder.size()) return false;
-  if (CompareNames(std::wstring_view(path).substr(0, folder.size()), folder) != 0) return false;
-  return path.size() == folder.size() || path[folder.size()] == L'\\';
-}
-
 // Folder by folder down to the last one.
 SystemCode MakeFolderPath(FileSystem& files, const std::wstring& folder) {
   if (files.IsFolder(folder)) return kSystemOk;
@@ -62,7 +55,7 @@ std::unique_ptr<ChangeRecorder> ChangeRecorder::Begin(const Machine& machine,
 ChangeRecorder::ChangeRecorder(const Machine& machine, std::wstring root, std::wstring id)
     : files_(machine.files),
       registry_(machine.registry),
-      temporaryPath_(TidyPath(machine.folders.TempPath().value_or(L""))),
+      folders_(machine.folders),
       root_(TidyPath(root)),
       id_(std::move(id)),
       fileNames_(NamesInFolders(files_)),
@@ -87,9 +80,7 @@ bool ChangeRecorder::IsScratch(const std::wstring& path) const {
 
 SystemCode ChangeRecorder::FolderMade(const std::wstring& path) {
   const std::wstring tidy = TidyPath(path);
-  const bool own = !temporaryPath_.empty() &&
-                   CompareNames(RemoveFileSpec(tidy), temporaryPath_) == 0 && !files_.Exists(tidy);
-  if (!own) return FileChanges(path);
+  if (!IsScratchPath(folders_, tidy) || files_.Exists(tidy)) return FileChanges(path);
   const SystemCode code = Append(ScratchMade{tidy});
   if (code == kSystemOk) scratch_.push_back(tidy);
   return code;
@@ -99,7 +90,7 @@ SystemCode ChangeRecorder::FileChanges(const std::wstring& path) {
   const std::wstring tidy = TidyPath(path);
   if (IsAtOrBelow(tidy, root_)) return kAccessDenied;
   if (const SystemCode code = NoteMissingParents(tidy); code != kSystemOk) return code;
-  return NoteBefore(tidy);
+  return files_.IsLink(tidy) ? TakeLink(tidy) : NoteBefore(tidy);
 }
 
 // A change may make the folders above, too.

@@ -28,11 +28,12 @@ class ChangeRecorder {
   // True for what lies in a folder of the run's own, which needs no notes.
   bool IsScratch(const std::wstring& path) const;
 
-  // The run is about to make this folder. One directly in the temporary path becomes its own.
+  // The run is about to make this folder. One that is named like a run's own becomes its own.
   [[nodiscard]] SystemCode FolderMade(const std::wstring& path);
 
   // Before and after a change of what lies at a path. kAccessDenied for a path among the restore
-  // points, which no run may touch.
+  // points, which no run may touch. A link is taken out of its place first, so that the change is
+  // none of what lies behind it.
   [[nodiscard]] SystemCode FileChanges(const std::wstring& path);
   void FileChanged(const std::wstring& path);
 
@@ -76,7 +77,7 @@ class ChangeRecorder {
 
   FileSystem& files_;
   const RegistryReader& registry_;
-  std::wstring temporaryPath_;  // without trailing backslash; empty when unknown
+  const KnownFolders& folders_;
   std::wstring root_;
   std::wstring id_;
   std::set<std::wstring, NameLess> notedFiles_;

@@ -83,6 +83,8 @@ SystemCode RecordedFiles::MoveTo(const std::wstring& source, const std::wstring&
   if (recorder_.IsScratch(source) && recorder_.IsScratch(target)) {
     return ForwardingFiles::MoveTo(source, target);
   }
+  // It would be taken into the restore point instead.
+  if (IsLink(source)) return kAccessDenied;
   const std::wstring from = TidyPath(source);
   const std::wstring to = TidyPath(target);
   std::vector<std::wstring> moved;

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "platform/path_text.h"
+#include "platform/text.h"
+
 namespace carrovan {
 namespace {
 
@@ -18,11 +21,33 @@ std::wstring Padded(unsigned number, std::size_t digits) {
 
 bool FitsShape(wchar_t c, wchar_t shape) { return shape == L'0' ? IsDigit(c) : c == shape; }
 
+// Without its braces.
+bool IsGuid(std::wstring_view name) {
+  constexpr std::wstring_view kGuidShape = L"00000000-0000-0000-0000-000000000000";
+  const auto fits = [](wchar_t shape, wchar_t c) {
+    const bool isDigit = IsDigit(c) || (c >= L'a' && c <= L'f') || (c >= L'A' && c <= L'F');
+    return shape == L'0' ? isDigit : c == shape;
+  };
+  return std::ranges::equal(kGuidShape, name, fits);
+}
+
 }  // namespace
 
 std::optional<std::wstring> RestoreRoot(const KnownFolders& folders) {
   const auto local = folders.LocalAppData();
   return local ? std::optional(*local + L"\\Carrovan\\Restore") : std::nullopt;
+}
+
+bool IsScratchPath(const KnownFolders& folders, const std::wstring& path) {
+  const auto temporary = folders.TempPath();
+  return temporary && IsGuid(FileNameOf(path)) &&
+         CompareNames(RemoveFileSpec(path), TidyPath(*temporary)) == 0;
+}
+
+bool IsAtOrBelow(std::wstring_view path, std::wstring_view folder) {
+  if (path.size() < folder.size()) return false;
+  if (CompareNames(path.substr(0, folder.size()), folder) != 0) return false;
+  return path.size() == folder.size() || path[folder.size()] == L'\\';
 }
 
 std::wstring RestorePointId(std::chrono::system_clock::time_point time) {

@@ -29,7 +29,7 @@ class PointReader {
     // The first record of a path says what was there; without that nothing can be put back.
     if (added && !change.before) return void(files_.erase(place));
     if (added) {
-      point_.files.push_back({change.path, *change.before, CopyPath(change), {}, false, {}});
+      point_.files.push_back({change.path, *change.before, CopyPath(change), {}, {}, false, {}});
     }
     FileHistory& file = point_.files[place->second];
     file.unfinished = true;
@@ -42,6 +42,7 @@ class PointReader {
     const auto found = files_.find(change.path);
     if (found == files_.end()) return;
     FileHistory& file = point_.files[found->second];
+    if (file.after) file.earlier.push_back(*file.after);
     file.after = change.after;
     file.unfinished = false;
     file.parts.clear();
@@ -109,6 +110,8 @@ std::optional<RestorePoint> ReadRestorePoint(const FileReader& files, const std:
   point.id = id;
   point.folder = root + L"\\" + id;
   if (!IsRestorePointId(id) || !files.IsFolder(point.folder)) return std::nullopt;
+  // Whatever lies behind a link, no run has put there.
+  if (files.IsLink(point.folder)) return std::nullopt;
   const std::wstring path = point.folder + L"\\" + kJournalName;
   if (files.Exists(path) && files.ReadBytes(path, journal) != kSystemOk) return std::nullopt;
   if (journal.find('\n') == std::string::npos) return point;

@@ -15,6 +15,7 @@ struct FileHistory {
   FileImage before;
   std::wstring copy;                // path of what was there; empty when nothing is kept
   std::optional<FileImage> after;   // of the last change that is known to be over
+  std::vector<FileImage> earlier;   // of those before it
   bool unfinished = false;          // another one has begun since
   std::vector<std::wstring> parts;  // files that this one may have left
 };

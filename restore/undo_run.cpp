@@ -1,5 +1,6 @@
 #include "restore/undo_run.h"
 
+#include "restore/point_check.h"
 #include "restore/restore_folder.h"
 #include "restore/undo_steps.h"
 
@@ -9,6 +10,8 @@ UndoReport UndoChanges(const RestorePoint& point, const UndoChoice& choice,
                        const Machine& machine) {
   UndoReport report;
   if (point.files.empty() && point.keys.empty() && point.scratch.empty()) return report;
+  report.refused = RefusalsOfPoint(point, choice.trusted, machine);
+  if (!report.refused.empty()) return report;
   UndoKeys(point, choice, machine, report);
   UndoFiles(point, choice, machine.files, report);
   const bool everything = !choice.includesFile && !choice.includesKey;

@@ -25,6 +25,10 @@ class TreeRewriter {
       : inputs_(inputs), ports_(ports) {}
 
   std::vector<RewriteFailure> Run(const std::wstring& folder) {
+    if (ports_.files.IsLink(WithoutTrailingBackslashes(folder))) {
+      Note(folder, kNotAFolder);
+      return std::move(failures_);
+    }
     Enter(folder);
     while (!levels_.empty()) {
       Level& level = levels_.back();

@@ -116,6 +116,12 @@ bool SetReadOnly(const std::wstring& path, bool readOnly) {
   return SetFileAttributesW(systemPath.c_str(), changed) != FALSE;
 }
 
+bool MakeFolderLink(const std::wstring& path, const std::wstring& target) {
+  constexpr DWORD kAlsoWithoutRights = 2;
+  const DWORD flags = SYMBOLIC_LINK_FLAG_DIRECTORY | kAlsoWithoutRights;
+  return CreateSymbolicLinkW(SystemPath(path).c_str(), SystemPath(target).c_str(), flags) != FALSE;
+}
+
 std::unique_ptr<Obstacle> ClaimName(const std::wstring& name) {
   KernelObject mutex(CreateMutexW(nullptr, FALSE, name.c_str()));
   if (!mutex || GetLastError() == ERROR_ALREADY_EXISTS) return nullptr;

@@ -26,6 +26,9 @@ std::unique_ptr<Obstacle> DenyReadingKey(RegistryHive hive, const std::wstring& 
 // Sets or clears the read-only attribute of a file; false when that fails.
 bool SetReadOnly(const std::wstring& path, bool readOnly);
 
+// A link to a folder; false when this user may make none.
+bool MakeFolderLink(const std::wstring& path, const std::wstring& target);
+
 // The name is taken: nobody else can claim it. It is free again when its process ends in any way.
 std::unique_ptr<Obstacle> ClaimName(const std::wstring& name);
 

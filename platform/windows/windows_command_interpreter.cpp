@@ -24,17 +24,31 @@ class RunningProcess : public RunningCommand {
   KernelObject process_;
 };
 
+// Empty when the system does not tell it.
+std::wstring SystemFolder() {
+  std::wstring folder(MAX_PATH, L'\0');
+  const UINT length = GetSystemDirectoryW(folder.data(), MAX_PATH);
+  folder.resize(length < MAX_PATH ? length : 0);
+  return folder;
+}
+
 }  // namespace
 
 std::unique_ptr<RunningCommand> WindowsCommandInterpreter::Start(const std::wstring& parameters) {
+  // The interpreter looks for a tool in the folder that it works in first of all, and the shell
+  // looks there for the interpreter: what lies in the folder of the moment must not run for either.
+  const std::wstring folder = SystemFolder();
+  if (folder.empty()) return nullptr;
+  const std::wstring interpreter = folder + L"\\cmd.exe";
   SHELLEXECUTEINFOW start = {};
   start.cbSize = sizeof(start);
   // What ShellExecuteW does, which itself gives no process to wait for: no message box on failure,
   // and the start is over when the call returns.
   start.fMask = SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI | SEE_MASK_NOASYNC;
   start.lpVerb = L"open";
-  start.lpFile = L"cmd.exe";
+  start.lpFile = interpreter.c_str();
   start.lpParameters = parameters.c_str();
+  start.lpDirectory = folder.c_str();
   start.nShow = SW_HIDE;
   if (ShellExecuteExW(&start) == FALSE) return nullptr;
   return std::make_unique<RunningProcess>(KernelObject(start.hProcess));

@@ -34,7 +34,8 @@ OUTSIDE_FILES = (
 
 
 def registry_file(key, *values):
-    return (HEADER + "".join(line + "\r\n" for line in (f"[{key}]", *values))).encode()
+    text = HEADER + "".join(line + "\r\n" for line in (f"[{key}]", *values))
+    return b"\xff\xfe" + text.encode("utf-16-le")
 
 
 def make_bomb(path, gigabytes):

@@ -77,11 +77,24 @@ class RefusedImportTest(BadImportTest):
                                    "Downgrading is not supported.")
 
     def test_another_product_or_company(self):
-        for config in (description(product="OTHER"), description(company="Elsewhere"),
-                       description(company="..\\..\\.."), description(company="../../.."),
-                       description(product="VANTRIC 28.0\\General\\..")):
+        for config in (description(product="OTHER"), description(company="Elsewhere")):
             self.make_package(config=config)
             self.assert_import_refused(self.run_import(), RUN_ONCE)
+
+    def test_company_or_product_that_leads_elsewhere(self):
+        """Whoever trusts the package, and though the key that it asks for is there."""
+        for config in (description(company=".."), description(company="..\\..\\.."),
+                       description(company="../../.."), description(product=".."),
+                       description(product="VANTRIC 28.0\\General\\.."),
+                       description(product="C:"), description(product="NUL"),
+                       description(product="VANTRIC ."), description(product="..\\..\\..")):
+            self.make_package((LOCAL + "en-us\\CosmeticThread\\new.txt", b"new"), config=config)
+            for options in ((), ("--trust",), ("--trust", "--dry-run")):
+                done = self.run_import("--to", "2026", "--all", *options)
+                self.assert_import_refused(done, "settings.ucex is not to be trusted: config.ini: ")
+            inspected = self.machine.sandbox.run("inspect", self.package)
+            self.assertEqual(inspected.returncode, 1, inspected.stdout)
+            self.assertIn("is not one plain name", inspected.stdout)
 
     def test_target_that_was_never_started(self):
         self.make_package(config=description(release="2023", internal="25.0"))
@@ -175,8 +188,8 @@ class UntrustedImportTest(BadImportTest):
         self.assert_untrusted(self.run_import(), "0.reg: line 3 names", " (and 2 more reasons);")
 
     def test_names_that_leave_the_destination_or_clash(self):
-        for names in (("..\\up.txt",), ("CON",), ("Local\\a.txt", "local/A.TXT"),
-                      ("Local\\a", "Local\\a\\b"), ("Options\\%TEMP%.reg",)):
+        for names in (("..\\up.txt",), ("CON",), ("Other\\a.txt", "other/A.TXT"),
+                      ("Other\\a", "Other\\a\\b"), ("Options\\%TEMP%.reg",)):
             self.make_package(*((name, b"x") for name in names))
             self.assert_untrusted(self.run_import(), "the name ")
 
@@ -202,17 +215,10 @@ class UntrustedImportTest(BadImportTest):
         self.assertEqual(self.machine.state().registry[self.OWN_KEY]["Trusted"], '"yes"')
 
     def test_registry_file_that_the_mending_spoils_is_not_imported(self):
-        ini = self.machine.sandbox.root / "product.ini"
-        text = ini.read_text("utf-8")
-        user = self.machine.sandbox.user
-        (self.machine.sandbox.root / "C/Users" / user).rename(
-            self.machine.sandbox.root / "C/Users/[x]")
-        ini.write_text(text.replace(f"UserName={user}", "UserName=[x]"), "utf-8")
-        self.machine.sandbox.profile = self.machine.sandbox.root / "C/Users/[x]/AppData"
-        spoilt = hostile_zip.registry_file(
-            self.OWN_KEY, '"Taken"=dword:00000001', '"Text"="first line', 'C:\\\\Users\\\\old\\\\second line"')
+        """The package says that its release is a word of the registry file."""
+        spoilt = hostile_zip.registry_file(self.OWN_KEY, '"Taken"=hex:01', '"Spoilt"=dword:00000001')
         self.make_package(("Options\\0.reg", spoilt),
-                          config=description(release="2025", internal="27.0", labels=("Options",)))
+                          config=description(release="dword", internal="27.0", labels=("Options",)))
         done = self.run_import()
         self.assertEqual(done.returncode, 3, done.stderr)
         self.assertIn("Not imported into the registry: ", done.stderr)
@@ -220,6 +226,25 @@ class UntrustedImportTest(BadImportTest):
         done = self.run_import("--to", "2026", "--all", "--trust")
         self.assertNotIn("Not imported into the registry: ", done.stderr)
         self.assertIn("Taken", self.machine.state().registry[self.OWN_KEY])
+
+    def test_registry_file_that_is_not_understood_whole(self):
+        """The registry tool may set what is not foreseen: that is said of a trusted package."""
+        own = hostile_zip.registry_file(self.OWN_KEY, '"Trusted"="yes"')
+        odd = own + '"x\\c"="d"\r\n'.encode("utf-16-le")
+        self.make_options(own, odd)
+        self.assert_untrusted(self.run_import(), "1.reg: line 5 is not understood: ")
+        for options in (("--dry-run",), ("--verify",)):
+            done = self.run_import("--to", "2026", "--all", "--trust", *options)
+            self.assertEqual(done.returncode, 3, done.stderr)
+            self.assertEqual(done.stderr.count("\n"), 1, done.stderr)
+            self.assertIn("Neither foreseen nor undone is what ", done.stderr)
+            self.assertIn("1.reg changes: line 5 is not understood: an unknown escape", done.stderr)
+        self.assertEqual(self.machine.state().registry[self.OWN_KEY]["Trusted"], '"yes"')
+
+    def test_files_of_nobody(self):
+        for name in ("Local\\x.cmd", "Roaming\\x.cmd"):
+            self.make_package((name, b"x"))
+            self.assert_untrusted(self.run_import(), f"{name}: the file would lie in no program's")
 
 
 class PartialImportTest(BadImportTest):
@@ -282,6 +307,15 @@ class PartialImportTest(BadImportTest):
         self.make_package(("Options\\General.reg", b"not a registry file"),
                           config=description(labels=("Options",)))
         self.assert_partial(self.run_import(), "General.reg")
+        self.assertEqual(self.machine.state().registry, self.before.registry)
+
+    def test_registry_file_whose_name_the_interpreter_would_change(self):
+        own = hostile_zip.registry_file(UntrustedImportTest.OWN_KEY, '"Trusted"="yes"')
+        self.make_package(("Options\\%TEMP%.reg", own), ("Options\\a\"b.reg", own),
+                          config=description(labels=("Options",)))
+        done = self.run_import("--to", "2026", "--all", "--trust")
+        self.assert_partial(done, "%TEMP%.reg: its name holds a percent sign or a quote",
+                            "a\"b.reg: its name holds a percent sign or a quote")
         self.assertEqual(self.machine.state().registry, self.before.registry)
 
     def test_descriptions_in_every_encoding(self):

@@ -10,7 +10,7 @@ import unittest
 
 import hostile_zip
 from machines import RELEASE_CLI, SandboxTest, make_sandbox, small_sandbox
-from playable import PlayableSandbox, differences
+from playable import PlayableSandbox, differences, files_below
 
 KILLS = int(os.environ.get("CARROVAN_KILLS", "25"))
 
@@ -197,6 +197,145 @@ class UndoTest(RestoreCase):
         self.assertIn(closed.name, done.stderr)
         result = json.loads(done.stdout)
         self.assertEqual((result["exitStatus"], result["verification"]["differences"]), (3, []))
+
+
+class PlantedJournalTest(RestoreCase):
+    """A journal that no run has written is not played back."""
+
+    RUN = r"SOFTWARE\Microsoft\Windows\CurrentVersion\Run"
+
+    def setUp(self):
+        super().setUp()
+        self.user = self.machine.profile
+        self.documents = self.sandbox.root / "C/Users" / self.sandbox.user / "Documents"
+        self.documents.mkdir()
+        (self.documents / "thesis.txt").write_bytes(b"years of work")
+        self.before = self.machine.state()
+
+    def plant(self, *records):
+        point = self.sandbox.local / "Carrovan/Restore/2030-01-01T000000Z"
+        shutil.rmtree(point, ignore_errors=True)
+        (point / "files").mkdir(parents=True)
+        (point / "files/1").write_bytes(b"planted")
+        begun = {"record": "point begun", "format": 1, "verb": "import", "version": "2026"}
+        lines = "".join(json.dumps(record) + "\n" for record in (begun, *records))
+        (point / "journal.jsonl").write_text(lines, "utf-8")
+
+    def changing(self, path, before="absent"):
+        record = {"record": "file changing", "path": path, "before": {"kind": before}}
+        if before == "file":
+            record["before"].update(sizeBytes=7, crc32=1)
+            record["copy"] = "files\\1"
+        return record
+
+    def assert_nothing_is_played(self, *records, named):
+        self.plant(self.changing(self.user + r"\AppData\Local\Vantric\VANTRIC\28.0\x.txt", "file"),
+                   *records)
+        for options in ((), ("--force",)):
+            done = self.machine.run("undo", *options)
+            self.assert_refused(done, 1, "is not to be trusted: " + named)
+            self.assert_state(self.before)
+            self.assertEqual((self.documents / "thesis.txt").read_bytes(), b"years of work")
+
+    def test_scratch_folders_are_a_runs_own(self):
+        for folder in (self.user + r"\Documents", self.user + r"\AppData\Local\Temp\..\..\..\Documents",
+                       self.user + r"\AppData\Local\Vantric"):
+            self.assert_nothing_is_played({"record": "scratch made", "path": folder}, named=folder)
+
+    def test_documents_and_start_up_folder_stay(self):
+        start = self.user + r"\AppData\Roaming\Microsoft\Windows\Start Menu\Programs\Startup\x.cmd"
+        for path in (self.user + r"\Documents\thesis.txt", start,
+                     self.user + r"\AppData\Local\Vantric\..\..\..\Documents\thesis.txt"):
+            for before in ("absent", "file"):
+                self.assert_nothing_is_played(self.changing(path, before), named=path)
+
+    def test_no_value_is_set_that_starts_a_program(self):
+        value = {"name": "a", "type": 1, "data": [120, 0, 0, 0]}
+        self.assert_nothing_is_played(
+            {"record": "key changing", "root": "HKEY_CURRENT_USER", "key": self.RUN,
+             "before": [value]}, named="HKEY_CURRENT_USER\\" + self.RUN)
+
+    def test_nothing_is_changed_behind_a_link(self):
+        link = self.sandbox.product_local / "link"
+        link.symlink_to(self.documents)
+        self.before = self.machine.state()
+        path = self.user + r"\AppData\Local\Vantric\VANTRIC\28.0\link\thesis.txt"
+        self.assert_nothing_is_played(self.changing(path), named=path)
+        shared = self.sandbox.local / "Temp/01234567-89ab-cdef-0123-456789abcdef"
+        shared.symlink_to(self.documents)
+        self.plant({"record": "scratch made",
+                    "path": self.user + r"\AppData\Local\Temp" + "\\" + shared.name})
+        self.run_verb("undo")
+        self.assertFalse(shared.is_symlink())
+        self.assertTrue((self.documents / "thesis.txt").exists())
+
+    def test_what_a_trusted_package_changed_elsewhere_is_undone_with_trust(self):
+        key = r"HKEY_CURRENT_USER\SOFTWARE\Elsewhere"
+        config = hostile_zip.CONFIG
+        hostile_zip.make_package(self.package, [
+            ("config.ini", config), ("Options\\a.reg", hostile_zip.registry_file(key, '"a"="b"')),
+            ("Local\\Other\\x.txt", b"x")])
+        self.run_verb("import", self.package, "--to", "2026", "--all", "--trust")
+        self.assertNotEqual(differences(self.before, self.machine.state()), [])
+        done = self.run_verb("undo", status=1)
+        self.assertIn("; --trust undoes it all the same", done.stderr)
+        self.run_verb("undo", "--trust")
+        self.assert_state(self.before)
+
+
+class LinkedFolderTest(RestoreCase):
+    """A category's folder is a link to a folder with 72 files that others share."""
+
+    def setUp(self):
+        super().setUp()
+        self.shared = self.folder / "shared"
+        for number in range(72):
+            path = self.shared / f"{number % 3}" / f"{number}.txt"
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_bytes(b"%d" % number)
+        self.link = self.sandbox.product_local / "en-us/CosmeticThread"
+        shutil.rmtree(self.link)
+        self.link.symlink_to(self.shared)
+        self.before = self.machine.state()
+
+    def assert_whole(self):
+        found = sorted(path.read_bytes() for path in self.shared.rglob("*.txt"))
+        self.assertEqual(found, sorted(b"%d" % number for number in range(72)))
+
+    def test_reset_takes_the_link_alone(self):
+        self.run_verb("reset", "--category", "Cosmetic Thread", "--yes")
+        self.assertFalse(self.link.is_symlink())
+        self.assert_whole()
+        self.run_verb("undo")
+        self.assertTrue(self.link.is_symlink())
+        self.assert_whole()
+        self.assert_state(self.before)
+
+    def test_ticked_import_puts_its_folder_in_the_links_place(self):
+        self.run_verb("export", "--version", "2025", "--all", "--output", self.package)
+        self.run_verb("import", self.package, "--to", "2026", "--all")
+        self.assertFalse(self.link.is_symlink())
+        self.assertTrue(self.link.is_dir())
+        self.assert_whole()
+        self.run_verb("undo")
+        self.assertTrue(self.link.is_symlink())
+        self.assert_whole()
+        self.assert_state(self.before)
+
+    def test_linked_folder_of_the_version_is_reset_and_undone_through(self):
+        elsewhere = self.folder / "elsewhere"
+        shutil.move(self.sandbox.product_local, elsewhere)
+        self.sandbox.product_local.symlink_to(elsewhere)
+        before = self.machine.state()
+        behind = files_below(elsewhere)
+        self.run_verb("reset", "--all", "--yes")
+        self.assertTrue(self.sandbox.product_local.is_symlink())
+        self.assertNotEqual(files_below(elsewhere), behind)
+        self.assert_whole()
+        self.run_verb("undo")
+        self.assert_state(before)
+        self.assertEqual(files_below(elsewhere), behind)
+        self.assert_whole()
 
 
 class WholeSampleTest(RestoreCase):

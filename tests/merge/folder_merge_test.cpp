@@ -6,6 +6,8 @@
 #include "merge/xml_file_names.h"
 #include "platform/text.h"
 #include "tests/merge/merge_support.h"
+#include "tests/support/test_links.h"
+#include "tests/support/test_machine.h"
 
 namespace carrovan {
 namespace {
@@ -297,6 +299,55 @@ TEST(ListXmlFileNames, IsEmptyForAFolderThatIsNone) {
   EXPECT_TRUE(ListXmlFileNames(files, L"C:\\none").empty());
   EXPECT_TRUE(ListXmlFileNames(files, L"C:\\a.xml").empty());
   EXPECT_EQ(ListXmlFileNames(files, L"C:\\"), FileNameSet{L"a.xml"});
+}
+
+class LinkedFolderMerge : public FolderMerge {
+ protected:
+  std::wstring At(const std::wstring& below) const { return machine->ScratchFolder() + below; }
+
+  void SetUp() override {
+    machine->PutFile(At(L"old\\a.xml"), "<r>a</r>");
+    machine->PutFile(At(L"shared\\b.xml"), "<r>b</r>");
+    machine->MakeFolder(At(L"new"));
+  }
+  void MergeThem() {
+    const Machine ports = machine->Ports();
+    const auto dom = OpenXmlDom(ports.files);
+    EXPECT_TRUE(MergeAndSyncFolders(At(L"old"), At(L"new"), {ports.files, *dom, bench.log}));
+  }
+  std::vector<std::wstring> SharedNames() const {
+    std::vector<std::wstring> names;
+    for (const FolderEntry& entry : machine->Ports().files.ListFolder(At(L"shared"))) {
+      names.push_back(entry.name);
+    }
+    return names;
+  }
+
+  const std::unique_ptr<TestMachine> machine = NewTestMachine();
+};
+
+TEST_F(LinkedFolderMerge, ReadsTheNewFolderThroughALinkAndWritesNothingThere) {
+  machine->DeletePath(At(L"new"));
+  if (!MakeLink(*machine, At(L"new"), At(L"shared"))) GTEST_SKIP() << "this system makes no links";
+  MergeThem();
+  EXPECT_EQ(SharedNames(), std::vector<std::wstring>{L"b.xml"});
+  EXPECT_EQ(machine->FileBytes(At(L"old\\b.xml")), "<r>b</r>");
+  EXPECT_EQ(machine->FileBytes(At(L"old\\a.xml")), "<r>a</r>");
+}
+
+TEST_F(LinkedFolderMerge, PutsItsOwnFoldersInThePlaceOfLinks) {
+  machine->PutFile(At(L"new\\b.xml"), "<r>b</r>");
+  for (const wchar_t* name : {L"old_merged_temp", L"old_backup"}) {
+    if (!MakeLink(*machine, At(name), At(L"shared"))) GTEST_SKIP() << "this system makes no links";
+  }
+  MergeThem();
+  EXPECT_EQ(SharedNames(), std::vector<std::wstring>{L"b.xml"});
+  EXPECT_FALSE(machine->Ports().files.IsLink(At(L"old_backup")));
+  EXPECT_EQ(machine->FileBytes(At(L"old_backup\\a.xml")), "<r>a</r>");
+  machine->DeletePath(At(L"old_backup"));
+  ASSERT_TRUE(MakeLink(*machine, At(L"old_backup"), At(L"nowhere")));
+  MergeThem();
+  EXPECT_EQ(machine->FileBytes(At(L"old_backup\\a.xml")), "<r>a</r>");
 }
 
 }  // namespace

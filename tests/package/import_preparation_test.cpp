@@ -181,5 +181,32 @@ TEST_F(ImportPreparationTest, DraftingFolderIsTheOneFoundOnEntering) {
   EXPECT_EQ(context_.localFolder, draft);
 }
 
+TEST_F(ImportPreparationTest, PackageWhoseNamesLeadElsewhereIsRefusedLikeOneThatWasNeverStarted) {
+  const std::string company = "COMPANY=Vantric";
+  const std::string product = "PRODUCT=" + ToUtf8(context_.productName);
+  // The key that such a product would have is there.
+  for (const wchar_t* name : {L"..", L"a\\..\\..", L"", L"x."}) {
+    machine_->PutKey(RegistryHive::kCurrentUser,
+                     L"SOFTWARE\\Vantric\\" + std::wstring(name) + L" 28.0");
+  }
+  for (const char* name : {"..", "a\\..\\..", "x."}) {
+    Describe({"Options"});
+    std::string& text = entries_[L"config.ini"];
+    text.replace(text.find(product), product.size(), std::string("PRODUCT=") + name);
+    view_.messages.clear();
+    EXPECT_EQ(Enter(), Entry::kRefused) << name;
+    EXPECT_EQ(view_.messages, (Lines{kRunOnce})) << name;
+  }
+}
+
+TEST_F(ImportPreparationTest, MissingProductIsLookedForByTheTextThatItReadsAs) {
+  Describe({"Options"});
+  std::string& text = entries_[L"config.ini"];
+  text.erase(text.find("PRODUCT="), 8);
+  machine_->PutKey(RegistryHive::kCurrentUser, L"SOFTWARE\\Vantric\\Please check the file. 28.0");
+  EXPECT_EQ(Enter(), Entry::kReady);
+  EXPECT_EQ(state_.package.product, L"Please check the file.");
+}
+
 }  // namespace
 }  // namespace carrovan

@@ -6,7 +6,9 @@
 #include "package/drafting_import.h"
 #include "package/overlay.h"
 #include "package/staging_folder.h"
+#include "platform/path_text.h"
 #include "tests/package/import_fixture.h"
+#include "tests/support/test_links.h"
 
 namespace carrovan {
 namespace {
@@ -383,6 +385,34 @@ TEST_F(CopyProductFolderTreeTest, FileThatCannotBeDeletedIsNotCopiedOver) {
   machine_->PutFile(To(L"a.UIK"), "old");
   machine_->MakeReadOnly(To(L"a.UIK"));
   Copy(false, false);
+  EXPECT_EQ(Content(To(L"a.UIK")), "old");
+}
+
+TEST_F(CopyProductFolderTreeTest, NothingIsCopiedBehindALink) {
+  machine_->PutFile(From(L"a.UIK"), "new");
+  machine_->PutFile(From(L"sub\\b.UIK"), "new");
+  const std::wstring shared = machine_->ScratchFolder() + L"shared\\";
+  machine_->PutFile(shared + L"a.UIK", "everybody's");
+  machine_->PutFile(shared + L"b.UIK", "everybody's");
+  machine_->MakeFolder(To(L""));
+  if (!MakeLink(*machine_, To(L"sub"), shared)) GTEST_SKIP() << "this system makes no links";
+  Copy(true, false);
+  EXPECT_EQ(Content(shared + L"b.UIK"), "everybody's");
+  machine_->DeletePath(To(L"sub"));
+  machine_->DeletePath(WithoutTrailingBackslashes(To(L"")));
+  ASSERT_TRUE(MakeLink(*machine_, WithoutTrailingBackslashes(To(L"")), shared));
+  Copy(true, false);
+  EXPECT_EQ(Content(shared + L"a.UIK"), "everybody's");
+}
+
+TEST_F(CopyProductFolderTreeTest, NothingIsCopiedFromBehindALink) {
+  const std::wstring shared = machine_->ScratchFolder() + L"shared\\";
+  machine_->PutFile(shared + L"a.UIK", "everybody's");
+  machine_->PutFile(To(L"a.UIK"), "old");
+  if (!MakeLink(*machine_, WithoutTrailingBackslashes(From(L"")), shared)) {
+    GTEST_SKIP() << "this system makes no links";
+  }
+  Copy(true, false);
   EXPECT_EQ(Content(To(L"a.UIK")), "old");
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/package/memory_archive.h"
+#include "tests/support/registry_bytes.h"
 
 namespace carrovan {
 namespace {
@@ -83,20 +84,24 @@ TEST(PackageInspection, MarksThatAreNoCategoriesAreKept) {
 TEST(PackageInspection, TellsWhyThePackageIsNotToBeTrusted) {
   MemoryArchive archive;
   archive.Add(L"config.ini", kDescription);
-  archive.Add(L"Options\\own.reg", "REGEDIT4\n[HKEY_CURRENT_USER\\SOFTWARE\\Vantric\\x]\n");
-  archive.Add(L"Options\\run.reg", "REGEDIT4\n[HKEY_CURRENT_USER\\SOFTWARE\\Microsoft\\x]\n");
+  archive.Add(L"Options\\own.reg",
+              RegistryFileBytes("[HKEY_CURRENT_USER\\SOFTWARE\\Vantric\\x]\r\n"));
+  archive.Add(L"Options\\run.reg",
+              RegistryFileBytes("[HKEY_CURRENT_USER\\SOFTWARE\\Microsoft\\x]\r\n"));
   const auto inspection = InspectPackage(archive, false);
   EXPECT_TRUE(inspection.refused.empty());
   ASSERT_EQ(inspection.untrusted.size(), 1u);
   EXPECT_EQ(inspection.untrusted[0].name, L"Options\\run.reg");
 }
 
-TEST(PackageInspection, CompanyThatIsNoneIsAReasonForDistrust) {
-  for (const char* company : {"", "..\\x", "Microsoft"}) {
+TEST(PackageInspection, CompanyOrProductThatIsNoneIsAReasonForDistrust) {
+  for (const char* names :
+       {"", "COMPANY=..\\x\r\nPRODUCT=x\r\n", "COMPANY=Microsoft\r\nPRODUCT=x\r\n",
+        "COMPANY=Vantric\r\n", "COMPANY=Vantric\r\nPRODUCT=..\r\n"}) {
     MemoryArchive archive;
-    archive.Add(L"config.ini", std::string("[Base]\r\nCOMPANY=") + company + "\r\n");
+    archive.Add(L"config.ini", std::string("[Base]\r\n") + names);
     const auto inspection = InspectPackage(archive, false);
-    ASSERT_EQ(inspection.untrusted.size(), 1u) << company;
+    ASSERT_EQ(inspection.untrusted.size(), 1u) << names;
     EXPECT_EQ(inspection.untrusted[0].name, L"config.ini");
   }
 }

@@ -4,12 +4,13 @@
 
 #include "platform/text.h"
 #include "tests/package/memory_archive.h"
+#include "tests/support/registry_bytes.h"
 
 namespace carrovan {
 namespace {
 
-constexpr char kGood[] = "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\SOFTWARE\\Vantric\\x]\r\n";
-constexpr char kBad[] = "REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantric]\r\n";
+const std::string kGood = RegistryFileBytes("[HKEY_CURRENT_USER\\SOFTWARE\\Vantric\\x]\r\n");
+const std::string kBad = RegistryFileBytes("[HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantric]\r\n");
 
 std::vector<RefusedItem> Reasons(ArchiveExaminer& archive, PackageKind kind = PackageKind::kFull) {
   return ReasonsForDistrust(archive, kind, L"Vantric");
@@ -32,7 +33,8 @@ TEST(PackageTrust, TakesASoundPackage) {
   archive.Add(L"Options\\General.reg", kGood);
   archive.Add(L"Register\\none.txt", "not a registry file");
   archive.Add(L"Options\\sub\\a.reg", kBad);
-  archive.Add(L"Local\\a.reg", kBad);
+  archive.Add(L"Local\\Vantric\\a.reg", kBad);
+  archive.Add(L"Local", "a file of nobody, which is not laid over anything");
   archive.Add(L"Local\\", "");
   EXPECT_TRUE(Reasons(archive).empty());
 }
@@ -69,7 +71,6 @@ TEST(PackageTrust, TakesFilesForTheProductsOwnFolders) {
   MemoryArchive archive;
   archive.Add(L"Local\\vantric\\VANTRIC\\28.0\\a", "x");
   archive.Add(L"roaming\\ORMA\\ORMA CAD TVRN-INT-VANTRIC 2026 (x64)\\26.0\\a", "x");
-  archive.Add(L"Roaming\\a.txt", "x");
   archive.Add(L"Options\\sub\\a.txt", "x");
   archive.Add(L"readme.txt", "x");
   EXPECT_TRUE(Reasons(archive).empty());
@@ -109,15 +110,15 @@ TEST(PackageTrust, DistrustsNamesThatLeadElsewhere) {
 
 TEST(PackageTrust, DistrustsNamesThatAreTheSameToTheFileSystem) {
   MemoryArchive archive;
-  archive.Add(L"Local\\a.txt", "1");
-  archive.Add(L"Local\\A.TXT", "2");
-  archive.Add(L"Local\\\xE4", "3");
-  archive.Add(L"Local\\\xC4", "4");
-  archive.Add(L"Local\\a", "5");
+  archive.Add(L"Other\\a.txt", "1");
+  archive.Add(L"Other\\A.TXT", "2");
+  archive.Add(L"Other\\\xE4", "3");
+  archive.Add(L"Other\\\xC4", "4");
+  archive.Add(L"Other\\a", "5");
   const auto reasons = Reasons(archive);
   ASSERT_EQ(reasons.size(), 2U);
-  EXPECT_EQ(reasons[0].name, L"Local\\A.TXT");
-  EXPECT_EQ(reasons[1].name, L"Local\\\xC4");
+  EXPECT_EQ(reasons[0].name, L"Other\\A.TXT");
+  EXPECT_EQ(reasons[1].name, L"Other\\\xC4");
 }
 
 TEST(PackageTrust, DistrustsNamesThatAreAFilesAndAFolders) {
@@ -191,6 +192,44 @@ TEST(PackageTrust, CompanyMustNameAPlaceOfItsOwn) {
   for (const wchar_t* company : {L"Vantric", L"ORMA", L"Microsoft Partner", L"A & B", L".."}) {
     EXPECT_FALSE(RefusalOfCompany(company)) << ToUtf8(company);
   }
+}
+
+TEST(PackageTrust, DistrustsFilesOfNobody) {
+  for (const wchar_t* name : {L"Local\\a.txt", L"ROAMING\\a", L"LocalLow\\desktop.ini"}) {
+    MemoryArchive archive;
+    archive.Add(name, "x");
+    EXPECT_EQ(Reasons(archive),
+              (std::vector<RefusedItem>{{name, L"the file would lie in no program's folder"}}))
+        << ToUtf8(name);
+    EXPECT_TRUE(Reasons(archive, PackageKind::kLegacy).empty());
+  }
+}
+
+TEST(PackageTrust, DistrustsARegistryFileThatIsNotUnderstoodWhole) {
+  MemoryArchive archive;
+  archive.Add(L"Options\\a.reg", RegistryFileBytes("[HKEY_CURRENT_USER\\SOFTWARE\\Vantric]\r\n"
+                                                   "\"a\"=\"x\\c\"\r\n"));
+  archive.Add(L"Register\\b", "not a registry file");
+  EXPECT_EQ(
+      Reasons(archive),
+      (std::vector<RefusedItem>{{L"Options\\a.reg", L"line 4 is not understood: an unknown escape"},
+                                {L"Register\\b", L"line 1 is not understood: 8-bit text"}}));
+}
+
+TEST(PackageTrust, TakesOnePlainNameForACompanyAndAProduct) {
+  for (const wchar_t* name : {L"Vantric", L"VANTRIC 2026 (x64)", L"\x4E2D\x6587", L"a.b", L".a"}) {
+    EXPECT_TRUE(IsPlainName(name)) << ToUtf8(name);
+    EXPECT_EQ(RefusalOfIdentity(L"Vantric", name), std::nullopt) << ToUtf8(name);
+  }
+  for (const wchar_t* name :
+       {L"",       L".",    L"..",  L"...", L"a\\b", L"a/b", L"\\a", L"a\\",
+        L"..\\..", L"C:",   L"a:b", L"a.",  L"a ",   L" ",   L"con", L"NUL.txt",
+        L"COM1",   L"a\tb", L"a*",  L"a?",  L"a\"",  L"a|b", L"<a>", L"[a]"}) {
+    EXPECT_FALSE(IsPlainName(name)) << ToUtf8(name);
+    EXPECT_EQ(RefusalOfIdentity(L"Vantric", name), L"the product is not one plain name");
+    EXPECT_EQ(RefusalOfIdentity(name, L"VANTRIC"), L"the company is not one plain name");
+  }
+  EXPECT_EQ(RefusalOfIdentity(L"Microsoft", L"a"), L"the company's key belongs to the system");
 }
 
 }  // namespace

@@ -5,13 +5,14 @@
 #include "package/archive_files.h"
 #include "platform/text.h"
 #include "tests/package/memory_archive.h"
+#include "tests/support/registry_bytes.h"
 
 namespace carrovan {
 namespace {
 
-constexpr char kRegistryFile[] =
-    "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\SOFTWARE\\Vantric\\VANTRIC "
-    "28.0\\General]\r\n\"a\"=dword:00000001\r\n";
+constexpr char kLines[] =
+    "[HKEY_CURRENT_USER\\SOFTWARE\\Vantric\\VANTRIC 28.0\\General]\r\n\"a\"=dword:00000001\r\n";
+const std::string kRegistryFile = RegistryFileBytes(kLines);
 
 std::string Description(const std::string& marks) {
   return "[Selected]\r\n" + marks +
@@ -56,12 +57,12 @@ TEST_F(PackageVerificationTest, SoundPackageIsCounted) {
 
 TEST_F(PackageVerificationTest, DamagedAndEncryptedEntriesAreFoundOnce) {
   Describe("");
-  archive_.Add(L"Local\\a.xml", "<a/>", ArchiveResult::kDamaged);
-  archive_.Add(L"Local\\b.txt", "b", ArchiveResult::kEncrypted);
+  archive_.Add(L"Local\\Vantric\\a.xml", "<a/>", ArchiveResult::kDamaged);
+  archive_.Add(L"Local\\Vantric\\b.txt", "b", ArchiveResult::kEncrypted);
   const auto verification = Verify();
   EXPECT_EQ(verification.findings,
-            (std::vector<RefusedItem>{{L"Local\\a.xml", L"the data is damaged"},
-                                      {L"Local\\b.txt", L"the data is encrypted"}}));
+            (std::vector<RefusedItem>{{L"Local\\Vantric\\a.xml", L"the data is damaged"},
+                                      {L"Local\\Vantric\\b.txt", L"the data is encrypted"}}));
 }
 
 TEST_F(PackageVerificationTest, UnfitNameIsFoundOnce) {
@@ -86,15 +87,24 @@ TEST_F(PackageVerificationTest, RegistryFilesMustParse) {
   EXPECT_EQ(OnlyFinding(), (RefusedItem{L"Options\\none.txt", L"this is not a registry file"}));
 }
 
-TEST_F(PackageVerificationTest, LinesOfARegistryFileThatSayNothingAreCounted) {
+TEST_F(PackageVerificationTest, RegistryFileInUtf8WithItsMarkIsNoneToTheTool) {
   Describe("");
-  archive_.Add(L"Options\\odd.reg", std::string(kRegistryFile) + "\"b\"=hex:zz\r\n\"c\"\r\n");
-  EXPECT_EQ(OnlyFinding().reason, L"line 5: bytes that are not hexadecimal (and 1 more)");
+  archive_.Add(L"Options\\a.reg",
+               std::string("\xEF\xBB\xBFWindows Registry Editor Version 5.00\r\n\r\n") + kLines);
+  EXPECT_EQ(OnlyFinding().reason,
+            L"line 1 is not understood: UTF-8 behind its mark, which the registry tool refuses");
+}
+
+TEST_F(PackageVerificationTest, FirstLineOfARegistryFileThatIsNotUnderstoodIsFound) {
+  Describe("");
+  archive_.Add(L"Options\\odd.reg",
+               RegistryFileBytes(std::string(kLines) + "\"b\"=hex:zz\r\n\"c\"\r\n"));
+  EXPECT_EQ(OnlyFinding().reason, L"line 5 is not understood: bytes that are not hexadecimal");
 }
 
 TEST_F(PackageVerificationTest, KeysOfOthersAreFound) {
   Describe("");
-  archive_.Add(L"Register\\run.reg", "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\SOFTWARE\\Other]\r\n");
+  archive_.Add(L"Register\\run.reg", RegistryFileBytes("[HKEY_CURRENT_USER\\SOFTWARE\\Other]\r\n"));
   EXPECT_EQ(OnlyFinding().reason,
             L"line 3 names the key HKEY_CURRENT_USER\\SOFTWARE\\Other, which lies outside "
             L"HKEY_CURRENT_USER\\SOFTWARE\\Vantric");
@@ -104,9 +114,9 @@ TEST_F(PackageVerificationTest, DocumentsMustBeWellFormed) {
   for (const char* text : {"<a>", "", "no document", "<a/><b/>", "<!DOCTYPE a><a/>", "<a b=1/>"}) {
     archive_ = MemoryArchive();
     Describe("");
-    archive_.Add(L"Roaming\\a.XML", text);
+    archive_.Add(L"Roaming\\Vantric\\a.XML", text);
     const RefusedItem found = OnlyFinding();
-    EXPECT_EQ(found.name, L"Roaming\\a.XML") << text;
+    EXPECT_EQ(found.name, L"Roaming\\Vantric\\a.XML") << text;
     EXPECT_FALSE(found.reason.empty()) << text;
     EXPECT_EQ(found.reason.find(L'\n'), std::wstring::npos) << text;
   }
@@ -114,18 +124,18 @@ TEST_F(PackageVerificationTest, DocumentsMustBeWellFormed) {
 
 TEST_F(PackageVerificationTest, DocumentInEachEncodingIsSound) {
   Describe("");
-  archive_.Add(L"Local\\8.xml", "\xEF\xBB\xBF<a>\xE8\x9E\xBA</a>");
-  archive_.Add(L"Local\\16.xml", std::string("\xFF\xFE<\0a\0/\0>\0", 10));
+  archive_.Add(L"Local\\Vantric\\8.xml", "\xEF\xBB\xBF<a>\xE8\x9E\xBA</a>");
+  archive_.Add(L"Local\\Vantric\\16.xml", std::string("\xFF\xFE<\0a\0/\0>\0", 10));
   EXPECT_TRUE(Verify().IsSound());
 }
 
 TEST_F(PackageVerificationTest, TooLargeFilesAreNotedAndNotParsed) {
   Describe("");
-  archive_.Add(L"Local\\large.xml", std::string(ArchiveFiles::kLongestFileBytes + 1, ' '));
+  archive_.Add(L"Local\\Vantric\\large.xml", std::string(ArchiveFiles::kLongestFileBytes + 1, ' '));
   const auto verification = Verify();
   EXPECT_TRUE(verification.IsSound());
   ASSERT_EQ(verification.notes.size(), 1U);
-  EXPECT_EQ(verification.notes[0].name, L"Local\\large.xml");
+  EXPECT_EQ(verification.notes[0].name, L"Local\\Vantric\\large.xml");
 }
 
 TEST_F(PackageVerificationTest, CategoriesWithoutDataAreNoted) {

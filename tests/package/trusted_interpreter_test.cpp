@@ -6,13 +6,14 @@
 #include "platform/text.h"
 #include "tests/support/fakes.h"
 #include "tests/support/memory_files.h"
+#include "tests/support/registry_bytes.h"
 #include "tests/support/test_machine.h"
 
 namespace carrovan {
 namespace {
 
-constexpr char kGood[] = "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\SOFTWARE\\Vantric\\x]\r\n";
-constexpr char kBad[] = "REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantric]\r\n";
+const std::string kGood = RegistryFileBytes("[HKEY_CURRENT_USER\\SOFTWARE\\Vantric\\x]\r\n");
+const std::string kBad = RegistryFileBytes("[HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantric]\r\n");
 
 using Commands = std::vector<std::wstring>;
 
@@ -36,8 +37,10 @@ TEST_F(TrustedInterpreterTest, StartsTheImportOfAFileWithKeysOfTheCompany) {
 
 TEST_F(TrustedInterpreterTest, StartsNoImportOfAnyOtherFile) {
   files_.Put(L"C:\\t\\Options\\%X%.reg", kGood);
+  files_.Put(L"C:\\t\\Options\\odd.reg", kGood + kGood);
   for (const wchar_t* command :
-       {L"/C reg import \"C:\\t\\Options\\bad.reg\"", L"/c REG IMPORT \"C:\\t\\Options\\bad.reg\"",
+       {L"/C reg import \"C:\\t\\Options\\bad.reg\"", L"/C reg import \"C:\\t\\Options\\odd.reg\"",
+        L"/c REG IMPORT \"C:\\t\\Options\\bad.reg\"",
         L"/C reg import \"C:\\t\\Options\\missing.reg\"", L"/C reg import \"C:\\t\\Options\"",
         L"/C reg import \"C:\\t\\Options\\%X%.reg\"",
         L"/C reg import \"C:\\t\\Options\\good.reg\" & calc \"\"",
@@ -87,6 +90,21 @@ TEST(TrustedInterpreterOnAMachine, OnlyAllowedKeysReachTheRegistry) {
   EXPECT_FALSE(machine->Value(RegistryHive::kCurrentUser, key, L"taken"));
   EXPECT_TRUE(isTaken(L"Vantric"));
   EXPECT_TRUE(machine->Value(RegistryHive::kCurrentUser, key, L"taken"));
+}
+
+TEST_F(TrustedInterpreterTest, OfAPackageThatIsTrustedNotesWhatIsNotUnderstood) {
+  NotingInterpreter noting(real_, files_);
+  files_.Put(L"C:\\t\\Options\\odd.reg", kGood + kGood);
+  const Commands commands = {L"/C reg import \"C:\\t\\Options\\odd.reg\"",
+                             L"/C reg import \"C:\\t\\Options\\bad.reg\"",
+                             L"/C reg import \"C:\\t\\Options\\missing.reg\"", L"/C reg"};
+  for (const std::wstring& command : commands) EXPECT_NE(noting.Start(command), nullptr);
+  EXPECT_EQ(real_.started, commands);
+  EXPECT_EQ(
+      noting.NotUnderstood(),
+      (Commands{L"C:\\t\\Options\\odd.reg changes: line 4 is not understood: neither a key nor "
+                L"a value",
+                L"C:\\t\\Options\\missing.reg changes: file not found (error 2)"}));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/fakes.h"
+#include "tests/support/test_links.h"
 #include "tests/support/test_machine.h"
 
 namespace carrovan {
@@ -12,6 +13,15 @@ class FolderWipe : public testing::Test {
  protected:
   FileSystem& Files() { return machine_->Ports().files; }
   std::wstring Folder() const { return machine_->ScratchFolder() + L"wiped"; }
+  std::wstring Shared() const { return machine_->ScratchFolder() + L"shared"; }
+
+  bool LinkToShared(const std::wstring& path) {
+    machine_->PutFile(Shared() + L"\\sub\\x.txt", "everybody's");
+    return MakeLink(*machine_, path, Shared());
+  }
+  void ExpectSharedIsWhole() {
+    EXPECT_EQ(machine_->FileBytes(Shared() + L"\\sub\\x.txt"), "everybody's");
+  }
 
   std::unique_ptr<TestMachine> machine_ = NewTestMachine();
 };
@@ -69,6 +79,47 @@ TEST_F(FolderWipe, EmptyPathTouchesNothing) {
   machine_->PutFile(machine_->ScratchFolder() + L"x.txt", "x");
   WipeFolder(Files(), L"");
   EXPECT_TRUE(Files().Exists(machine_->ScratchFolder() + L"x.txt"));
+}
+
+TEST_F(FolderWipe, OfALinkOnlyTheLinkGoes) {
+  if (!LinkToShared(Folder())) GTEST_SKIP() << "this system makes no links";
+  EXPECT_TRUE(WipeFolder(Files(), Folder()));
+  EXPECT_FALSE(Files().IsLink(Folder()));
+  ExpectSharedIsWhole();
+}
+
+TEST_F(FolderWipe, OfALinkBelowOnlyTheLinkGoes) {
+  if (!LinkToShared(Folder() + L"\\a\\link")) GTEST_SKIP() << "this system makes no links";
+  EXPECT_TRUE(WipeFolder(Files(), Folder()));
+  EXPECT_FALSE(Files().Exists(Folder()));
+  ExpectSharedIsWhole();
+}
+
+TEST_F(FolderWipe, LinkThatLeadsNowhereGoes) {
+  const std::wstring nowhere = machine_->ScratchFolder() + L"nowhere";
+  if (!MakeLink(*machine_, Folder(), nowhere)) GTEST_SKIP() << "this system makes no links";
+  EXPECT_TRUE(WipeFolder(Files(), Folder()));
+  EXPECT_FALSE(Files().IsLink(Folder()));
+}
+
+// Answers the removal of every folder named "held" with a code.
+class HeldFolders : public ForwardingFiles {
+ public:
+  HeldFolders(FileSystem& files, SystemCode code) : ForwardingFiles(files), code_(code) {}
+  SystemCode RemoveFolder(const std::wstring& path) override {
+    return path.ends_with(L"\\held") ? code_ : ForwardingFiles::RemoveFolder(path);
+  }
+
+ private:
+  SystemCode code_;
+};
+
+TEST_F(FolderWipe, SubfolderThatIsNotEmptyAfterAllIsTolerated) {
+  machine_->MakeFolder(Folder() + L"\\held");
+  HeldFolders filledAgain(Files(), kFolderNotEmpty);
+  EXPECT_TRUE(WipeFolder(filledAgain, Folder()));
+  HeldFolders inUse(Files(), kSharingViolation);
+  EXPECT_FALSE(WipeFolder(inUse, Folder()));
 }
 
 }  // namespace

@@ -94,7 +94,7 @@ TEST_F(ChangeRecorderTest, KeepsOneCopyOfAFileThatChangesOften) {
 }
 
 TEST_F(ChangeRecorderTest, KeepsNothingOfTheRunsOwnFolder) {
-  const std::wstring own = kLocal + L"Temp\\{GUID}";
+  const std::wstring own = kLocal + L"Temp\\01234567-89AB-CDEF-0123-456789abcdef";
   EXPECT_EQ(run->files.CreateFolder(own + L"\\"), kSystemOk);
   EXPECT_EQ(run->files.WriteBytes(own + L"\\a", "x"), kSystemOk);
   EXPECT_EQ(run->files.CreateFolder(own + L"\\sub"), kSystemOk);
@@ -112,7 +112,8 @@ TEST_F(ChangeRecorderTest, TakesAFolderOfSomebodyElseInTheTemporaryPathForHis) {
 }
 
 TEST_F(ChangeRecorderTest, LeavesNoRestorePointOfARunThatChangedNothing) {
-  EXPECT_EQ(run->files.CreateFolder(kLocal + L"Temp\\own"), kSystemOk);
+  EXPECT_EQ(run->files.CreateFolder(kLocal + L"Temp\\01234567-89AB-CDEF-0123-456789abcdef"),
+            kSystemOk);
   EXPECT_FALSE(recorder->End());
   EXPECT_TRUE(RestorePointIds(machine.files, Root()).empty());
 }

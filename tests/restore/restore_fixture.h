@@ -11,7 +11,7 @@
 namespace carrovan {
 
 inline const std::wstring kLocal = L"C:\\Users\\u\\AppData\\Local\\";
-inline const std::wstring kData = kLocal + L"Product\\";
+inline const std::wstring kData = kLocal + L"Vantric\\";
 inline const std::wstring kKey = L"SOFTWARE\\Vantric\\VANTRIC 28.0";
 inline constexpr RegistryHive kUserHive = RegistryHive::kCurrentUser;
 

@@ -11,6 +11,8 @@ class UndoTest : public RestoreFixture {
  protected:
   const std::wstring before_ = State();
 
+  static std::wstring OwnFolder() { return kLocal + L"Temp\\01234567-89ab-cdef-0123-456789ABCDEF"; }
+
   void Replace(const std::wstring& path, std::string_view bytes) {
     std::unique_ptr<FileReplacement> file;
     ASSERT_EQ(run->files.BeginReplacement(path, bytes.size(), file), kSystemOk);
@@ -172,8 +174,8 @@ TEST_F(UndoTest, PutsBackWhatTheUserHasRemovedSince) {
 }
 
 TEST_F(UndoTest, RemovesTheRunsOwnFolderAndHalfWrittenFiles) {
-  EXPECT_EQ(run->files.CreateFolder(kLocal + L"Temp\\own"), kSystemOk);
-  EXPECT_EQ(run->files.WriteBytes(kLocal + L"Temp\\own\\a", "x"), kSystemOk);
+  EXPECT_EQ(run->files.CreateFolder(OwnFolder()), kSystemOk);
+  EXPECT_EQ(run->files.WriteBytes(OwnFolder() + L"\\a", "x"), kSystemOk);
   // Killed between the note and the end of the change.
   EXPECT_EQ(recorder->FileChanges(kData + L"a.txt"), kSystemOk);
   machine.files.Put(kData + L"~carrovan0.part", "half");

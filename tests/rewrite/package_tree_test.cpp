@@ -5,6 +5,7 @@
 #include "platform/text.h"
 #include "tests/rewrite/rewrite_bench.h"
 #include "tests/support/fakes.h"
+#include "tests/support/test_links.h"
 #include "tests/support/test_machine.h"
 
 namespace carrovan {
@@ -205,6 +206,20 @@ TEST_F(PackageTree, WorksOnTheMachinesOwnFiles) {
   EXPECT_EQ(machine->FileBytes(folder + L"\\V 28.0\\k.reg"), Utf16File(L""));
   EXPECT_EQ(machine->FileBytes(folder + L"\\read-only.xml"), "2024");
   EXPECT_EQ(bench.log.lines.size(), 2u) << ToUtf8(user);
+}
+
+TEST_F(PackageTree, LeavesAFolderThatIsALinkAlone) {
+  const auto machine = NewTestMachine();
+  const Machine ports = machine->Ports();
+  const std::wstring shared = machine->ScratchFolder() + L"shared";
+  machine->PutFile(shared + L"\\a.xml", "2024");
+  const std::wstring folder = machine->ScratchFolder() + L"p";
+  if (!MakeLink(*machine, folder, shared)) GTEST_SKIP() << "this system makes no links";
+  const auto failures = RewritePackageTree(folder + L"\\", inputs,
+                                           {ports.files, ports.user, ports.codePage, bench.log});
+  ASSERT_EQ(failures.size(), 1u);
+  EXPECT_EQ(failures[0].code, kNotAFolder);
+  EXPECT_EQ(machine->FileBytes(shared + L"\\a.xml"), "2024");
 }
 
 }  // namespace

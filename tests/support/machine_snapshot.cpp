@@ -125,7 +125,7 @@ std::vector<std::string> LinesOf(const MachineChanges& changes) {
 
 std::string WithoutGuids(const std::wstring& text) {
   std::string plain = ToUtf8(text);
-  constexpr std::string_view kMark = "GUID-";
+  constexpr std::string_view kMark = "00000000-0000-4000-8000-";
   for (std::size_t at = plain.find(kMark); at != std::string::npos;
        at = plain.find(kMark, at + 1)) {
     const std::size_t digits = at + kMark.size();

@@ -92,7 +92,8 @@ class MemoryInterpreter : public CommandInterpreter {
 class CountingGuids : public GuidSource {
  public:
   std::optional<std::wstring> NewGuid() override {
-    return L"{GUID-" + std::to_wstring(++made_) + L"}";
+    const std::wstring number = std::to_wstring(++made_);
+    return L"{00000000-0000-4000-8000-" + std::wstring(12 - number.size(), L'0') + number + L"}";
   }
 
  private:

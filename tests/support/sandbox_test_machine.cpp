@@ -4,6 +4,7 @@
 #include "platform/sandbox/sandbox_machine.h"
 #include "platform/text.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/test_links.h"
 #include "tests/support/test_machine.h"
 
 namespace carrovan {
@@ -137,6 +138,11 @@ class SandboxTestMachine : public TestMachine {
     folder_.TakePermission(HostPath(path), fs::perms::owner_write);
   }
 
+  void MakeLink(const std::wstring& path, const std::wstring& target) {
+    fs::create_directories(HostPath(path).parent_path());
+    fs::create_directory_symlink(HostPath(target), HostPath(path));
+  }
+
   void PutKey(RegistryHive hive, const std::wstring& keyPath) override {
     Change(hive, [&](RegistryKey& root) { root.Make(keyPath); });
   }
@@ -180,6 +186,11 @@ class SandboxTestMachine : public TestMachine {
 };
 
 }  // namespace
+
+bool MakeLink(TestMachine& machine, const std::wstring& path, const std::wstring& target) {
+  dynamic_cast<SandboxTestMachine&>(machine).MakeLink(path, target);
+  return true;
+}
 
 std::unique_ptr<TestMachine> NewTestMachine() { return std::make_unique<SandboxTestMachine>(); }
 

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 
 #include "platform/registry_value.h"
 #include "platform/text.h"
@@ -54,6 +55,40 @@ TEST(WindowsCommandInterpreter, TakesQuotedPathsWithBlanks) {
   command->WaitForEnd();
   const std::string bytes = machine->FileBytes(file).value_or("");
   EXPECT_EQ(bytes.substr(0, 2), "\xFF\xFE");
+}
+
+// Works in another folder as long as it lives.
+class WorkingFolder {
+ public:
+  explicit WorkingFolder(const std::wstring& folder) : old_(std::filesystem::current_path()) {
+    std::filesystem::current_path(folder);
+  }
+  WorkingFolder(const WorkingFolder&) = delete;
+  WorkingFolder& operator=(const WorkingFolder&) = delete;
+  ~WorkingFolder() { std::filesystem::current_path(old_); }
+
+ private:
+  std::filesystem::path old_;
+};
+
+TEST(WindowsCommandInterpreter, RunsNoToolOfTheFolderOfTheMoment) {
+  const auto machine = NewTestMachine();
+  const std::wstring key = L"SOFTWARE\\Vantric\\" + machine->product.productName + L" 28.0";
+  machine->PutValue(RegistryHive::kCurrentUser, key, MakeStringValue(L"a", L"b"));
+  const std::wstring folder = machine->ScratchFolder() + L"downloads";
+  for (const wchar_t* tool : {L"\\reg.bat", L"\\reg.cmd"}) {
+    machine->PutFile(folder + tool, "@echo planted> planted.txt\r\n");
+  }
+  const std::wstring file = machine->ScratchFolder() + L"x.reg";
+  {
+    const WorkingFolder working(folder);
+    const auto command = WindowsCommandInterpreter().Start(L"/C reg export \"HKEY_CURRENT_USER\\" +
+                                                           key + L"\" \"" + file + L"\" /y");
+    ASSERT_NE(command, nullptr);
+    EXPECT_TRUE(command->WaitForEnd());
+  }
+  EXPECT_FALSE(machine->FileBytes(folder + L"\\planted.txt"));
+  EXPECT_TRUE(machine->FileBytes(file));
 }
 
 TEST(WindowsCommandInterpreter, WaitsForTheEndOfTheCommand) {

@@ -10,6 +10,7 @@
 #include "platform/windows/registry_writer.h"
 #include "platform/windows/system_path.h"
 #include "platform/windows/tarvik_path.h"
+#include "tests/support/test_links.h"
 
 namespace carrovan {
 namespace {
@@ -147,6 +148,11 @@ bool WindowsTestMachine::MakeKeyUnreadable(RegistryHive hive, const std::wstring
   if (!denied) return false;
   obstacles_.push_back(std::move(denied));
   return true;
+}
+
+bool MakeLink(TestMachine& machine, const std::wstring& path, const std::wstring& target) {
+  machine.MakeFolder(RemoveFileSpec(path));
+  return MakeFolderLink(path, target) && machine.Ports().files.IsLink(path);
 }
 
 std::unique_ptr<TestMachine> NewTestMachine() {
