@@ -127,7 +127,12 @@ class ChosenRun {
       session_.Print(L"Restore point: " + restorePoint_ + L" ('undo' puts everything back)");
     }
     if (choice_.verify) session_.Print(VerificationText());
+    if (applied.report.optionsSet) session_.Print(OptionsText(*applied.report.optionsSet));
     session_.Print(applied.finishText);
+  }
+
+  static std::wstring OptionsText(std::size_t count) {
+    return L"Options set: " + std::to_wstring(count);
   }
 
   std::wstring VerificationText() const {
@@ -157,8 +162,10 @@ class ChosenRun {
                      {"unextracted", applied.report.unextracted},
                      {"dropped", DroppedJson(applied.report.dropped)},
                      {"log", TextsToJson(log_.lines)},
+                     {"optionsSet", nullptr},
                      {"verification", nullptr},
                      {"restorePoint", nullptr}});
+    if (applied.report.optionsSet) document["optionsSet"] = *applied.report.optionsSet;
     if (choice_.verify) {
       document["verification"] = {{"items", CountForeseen(foreseen_)},
                                   {"differences", TextsToJson(differences_)}};

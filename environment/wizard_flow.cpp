@@ -8,6 +8,7 @@
 #include "environment/version_folders.h"
 #include "environment/wizard_pages.h"
 #include "package/export_run.h"
+#include "package/package_inspection.h"
 #include "package/staging_folder.h"
 #include "platform/path_text.h"
 #include "platform/raised_flag.h"
@@ -128,7 +129,7 @@ void GoForwardInImport(const WizardParts& parts) {
   }
   if (place == kCategoriesPlace) {
     if (parts.state.package.path.empty()) return ShowMessage(parts, StringId::kSelectFile);
-    if (parts.state.package.legacy) return ImportLegacyPackage(parts);
+    if (IsLegacyPackageName(parts.state.package.path)) return ImportLegacyPackage(parts);
     if (!EnterImportCategories(parts)) return;
   }
   if (place == kFinishPlace) {

@@ -9,7 +9,6 @@ namespace carrovan {
 // The package of an import. It is unpacked into the context's staging folder, the year of the
 // version to import into is the context's `selectedVersion`.
 struct PackageState {
-  bool legacy = false;           // a ".ucx" file: one customization document, no description
   std::wstring path;             // as the file dialog gave it; empty until one was chosen
   std::wstring legacyXmlPath;    // the unpacked document of a legacy package
   std::wstring internalVersion;  // what the description says; for a legacy package `company` and

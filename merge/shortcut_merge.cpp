@@ -39,7 +39,7 @@ void WriteRecords(XmlDocument& document, std::string_view tableName,
 std::vector<std::wstring> ListShortcutFiles(const FileReader& files, const std::wstring& folder) {
   std::vector<std::wstring> names;
   for (const FolderEntry& entry : files.ListFolder(folder)) {
-    if (!entry.isFolder && EndsWithIgnoringAsciiCase(entry.name, L".xml")) {
+    if (IsContentFile(entry) && EndsWithIgnoringAsciiCase(entry.name, L".xml")) {
       names.push_back(entry.name);
     }
   }

@@ -12,7 +12,7 @@ bool UnitOrder::operator()(const std::wstring& a, const std::wstring& b) const {
 
 bool IsXmlFile(const FolderEntry& entry) {
   constexpr std::wstring_view kExtension = L".xml";
-  return !entry.isFolder && entry.name.size() > kExtension.size() &&
+  return IsContentFile(entry) && entry.name.size() > kExtension.size() &&
          entry.name.ends_with(kExtension);
 }
 

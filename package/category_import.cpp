@@ -59,7 +59,7 @@ void MergeInterfaceLayout(const ImportRun& run) {
 
 bool IsCustomizationFolder(const FileReader& files, const std::wstring& folder) {
   for (const FolderEntry& entry : files.ListFolder(folder)) {
-    if (!entry.isFolder && EndsWithIgnoringAsciiCase(entry.name, L".xml")) return true;
+    if (IsContentFile(entry) && EndsWithIgnoringAsciiCase(entry.name, L".xml")) return true;
   }
   return false;
 }

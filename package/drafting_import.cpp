@@ -60,7 +60,7 @@ void CopyProductFolderTree(FileSystem& files, const std::wstring& source,
     if (entry.isLink) continue;
     if (entry.isFolder) {
       if (recursive) CopyProductFolderTree(files, path, target, recursive, sameRelease);
-    } else if (!sameRelease && IsMenuOrShortcutFile(entry.name)) {
+    } else if (!sameRelease && IsContentFile(entry) && IsMenuOrShortcutFile(entry.name)) {
       CopyOverNamesake(files, path, to, target);
     }
   }

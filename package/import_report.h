@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,9 @@ struct DroppedValue {
 struct ImportReport {
   std::vector<std::wstring> problems;  // one line each, in the order of the run
   std::size_t unextracted = 0;         // items that were not unpacked; the view was told of each
+
+  // Values that an option document of a legacy package has set; nothing for any other package.
+  std::optional<std::size_t> optionsSet;
 
   std::vector<std::wstring> merged;   // files of the profile whose new content came of a merge
   std::vector<DroppedValue> dropped;  // in the order of the run

@@ -47,8 +47,12 @@ void MigrateOptions(const ImportRun& run) {
       MigrateOptionConfig(package.legacyXmlPath, package.company,
                           package.product + L" " + package.targetInternalVersion, run.dom,
                           run.machine.registryEditor, run.log);
+  run.report.optionsSet = migration.written;
   if (!migration.started) {
     run.report.problems.push_back(L"No option was imported: " + package.legacyXmlPath);
+  } else if (migration.written == 0 && migration.failedKeys.empty()) {
+    run.report.problems.push_back(L"No option was imported: the version has no value that " +
+                                  FileNameOf(package.legacyXmlPath) + L" could set");
   }
   for (const PassedOption& passed : migration.passed) {
     run.report.dropped.push_back({FileNameOf(package.legacyXmlPath),

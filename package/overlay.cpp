@@ -54,7 +54,7 @@ void ImportRegistryFolder(const std::wstring& folder, const FileReader& files, R
                               DescribeSystemCode(code));
   }
   for (const FolderEntry& entry : entries) {
-    if (entry.isFolder) continue;
+    if (!IsContentFile(entry)) continue;
     const std::wstring file = folder + L"\\" + entry.name;
     if (!IsPlainToInterpreter(entry.name)) {
       report.problems.push_back(L"Not imported into the registry: " + file +

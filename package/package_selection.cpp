@@ -1,5 +1,6 @@
 #include "package/package_selection.h"
 
+#include "package/package_description.h"
 #include "package/package_inspection.h"
 #include "package/package_opening.h"
 #include "package/staging_folder.h"
@@ -20,36 +21,15 @@ void TakeSelectedVersion(const PackageSelection& selection) {
   }
 }
 
-}  // namespace
-
-std::wstring FindSingleXml(const FileReader& files, const std::wstring& folder) {
-  std::wstring found;
-  for (const FolderEntry& entry : files.ListFolder(folder)) {
-    if (entry.isFolder || !EndsWithIgnoringAsciiCase(entry.name, L".xml")) continue;
-    if (!found.empty()) return {};
-    found = folder + entry.name;
-  }
-  return found;
+// Deletes the staging folder in use and goes on with another one.
+void GoOnIn(const std::wstring& folder, const ImportRun& run) {
+  DeleteStagingFolder(run.context, run.machine);
+  run.context.stagingFolder = folder;
 }
 
-std::optional<std::wstring> OpenLegacyPackage(const ImportRun& run, const std::wstring& path) {
-  PackageState& package = run.package;
-  run.report = {};
-  // What an earlier package left, in the folder or of its names, would be taken for this one's.
-  package.company = run.context.companyShortName;
-  package.product = run.context.productName;
-  if (!RenewStagingFolder(run.context, run.machine)) {
-    run.view.ShowMessage(L"No folder can be made in the temporary path");
-    return std::nullopt;
-  }
-  run.report.unextracted += ExtractArchive(run.machine.archives, run.machine.files, run.view, path,
-                                           run.context.stagingFolder)
-                                .failed;
-  package.legacyXmlPath = FindSingleXml(run.machine.files, run.context.stagingFolder);
-  if (package.legacyXmlPath.empty()) {
-    run.view.ShowMessage(L"File corruption");
-    return std::nullopt;
-  }
+// The text for the version list. A document that names no version is made to name the target's.
+std::wstring TargetTextOf(const ImportRun& run) {
+  const PackageState& package = run.package;
   std::wstring targetText = ReadLegacyTargetVersion(package.legacyXmlPath, run.dom);
   if (!targetText.empty()) return targetText;
   // A document that cannot be written stays as it is and is imported so.
@@ -59,25 +39,60 @@ std::optional<std::wstring> OpenLegacyPackage(const ImportRun& run, const std::w
   return package.defaultTargetText;
 }
 
+}  // namespace
+
+std::wstring FindSingleXml(const FileReader& files, const std::wstring& folder) {
+  std::wstring found;
+  for (const FolderEntry& entry : files.ListFolder(folder)) {
+    if (!IsContentFile(entry) || !EndsWithIgnoringAsciiCase(entry.name, L".xml")) continue;
+    if (!found.empty()) return {};
+    found = folder + entry.name;
+  }
+  return found;
+}
+
+std::optional<std::wstring> OpenLegacyPackage(const ImportRun& run, const std::wstring& path) {
+  ProductContext& context = run.context;
+  const std::wstring former = context.stagingFolder;
+  if (!CreateStagingFolder(context, run.machine)) {
+    run.view.ShowMessage(L"No folder can be made in the temporary path");
+    return std::nullopt;
+  }
+  const std::wstring fresh = context.stagingFolder;
+  const ExtractReport extracted =
+      ExtractArchive(run.machine.archives, run.machine.files, run.view, path, fresh);
+  const std::wstring document = FindSingleXml(run.machine.files, fresh);
+  if (document.empty()) {
+    GoOnIn(former, run);
+    run.view.ShowMessage(L"File corruption");
+    return std::nullopt;
+  }
+  context.stagingFolder = former;
+  GoOnIn(fresh, run);
+  context.packageDescriptionPath = fresh + kPackageDescriptionName;
+  run.report = {};
+  run.report.unextracted = extracted.failed;
+  run.package.legacyXmlPath = document;
+  // The names of a package that was opened before would be taken for this one's.
+  run.package.company = context.companyShortName;
+  run.package.product = context.productName;
+  return TargetTextOf(run);
+}
+
 void SelectPackage(const PackageSelection& selection) {
-  PackageState& package = selection.state.package;
-  package.legacy = false;
   const auto path = selection.page.ChooseOpenFile(PackageQuestion());
   if (!path) return TakeSelectedVersion(selection);
   if (path->empty()) return;
 
-  package.legacy = IsLegacyPackageName(*path);
   std::vector<std::wstring> versions;
-  if (package.legacy) {
+  if (IsLegacyPackageName(*path)) {
     const auto targetText = OpenLegacyPackage(selection.run, *path);
-    // Going on with the package that was chosen before would import something else than what the
-    // user asked for last.
-    if (!targetText) return package.path.clear();
+    if (!targetText) return;
     versions = {*targetText};
   } else {
     versions = ListInstalledYears(selection.run.context);
   }
-  package.path = *path;
+  selection.state.package.path = *path;
   selection.page.ShowPackagePath(*path);
   selection.page.ListVersions(versions);
   TakeSelectedVersion(selection);

@@ -13,10 +13,14 @@
 namespace carrovan {
 
 struct FolderEntry {
-  std::wstring name;      // as spelled on disk
-  bool isFolder = false;  // also for a link that leads to a folder
-  bool isLink = false;    // leads to a file or folder elsewhere; removing it leaves that one alone
+  std::wstring name;       // as spelled on disk
+  bool isFolder = false;   // also for a link that leads to a folder
+  bool isLink = false;     // leads to a file or folder elsewhere; removing it leaves that one alone
+  bool isSpecial = false;  // a pipe, a socket or a device: there, but without content to read
 };
+
+// True for a file with content. Only such a one is a document, whatever its name ends in.
+inline bool IsContentFile(const FolderEntry& entry) { return !entry.isFolder && !entry.isSpecial; }
 
 // Looks at files and folders and cannot change them. Paths are Windows paths of any length; names
 // are found without regard to case.

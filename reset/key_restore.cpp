@@ -2,12 +2,13 @@
 
 namespace carrovan {
 
-SystemCode RestoreKey(const std::wstring& defaultKey, const std::wstring& liveKey,
+KeyRestore RestoreKey(const std::wstring& defaultKey, const std::wstring& liveKey,
                       RegistryEditor& registry) {
-  // A live key that is missing is as good as deleted.
-  static_cast<void>(registry.DeleteTree(RegistryHive::kCurrentUser, liveKey));
-  return registry.CopyTree(RegistryHive::kLocalMachine, defaultKey, RegistryHive::kCurrentUser,
-                           liveKey);
+  KeyRestore restore;
+  restore.deleted = registry.DeleteTree(RegistryHive::kCurrentUser, liveKey);
+  restore.copied = registry.CopyTree(RegistryHive::kLocalMachine, defaultKey,
+                                     RegistryHive::kCurrentUser, liveKey);
+  return restore;
 }
 
 }  // namespace carrovan

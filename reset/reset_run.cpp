@@ -1,5 +1,8 @@
 #include "reset/reset_run.h"
 
+#include <optional>
+#include <utility>
+
 #include "environment/category_tree_walk.h"
 #include "environment/setting_category.h"
 #include "environment/string_table.h"
@@ -10,13 +13,26 @@
 namespace carrovan {
 namespace {
 
-void RestoreOrReport(const ResetRun& run, const std::wstring& subkey, ImportReport& report) {
-  const std::wstring liveKey = LiveKey(run.context) + subkey;
+// Nothing when the user's key is now a copy of the defaults, or when there is neither.
+std::optional<std::wstring> ProblemOf(const KeyRestore& restore, const std::wstring& key) {
+  const bool wasThere = restore.deleted != kFileNotFound;
+  if (restore.copied == kFileNotFound && !wasThere) return std::nullopt;
+  if (restore.copied == kFileNotFound && restore.deleted == kSystemOk) {
+    return key + L": no factory default: removed";
+  }
+  // What could not be deleted is still there under the defaults.
   const SystemCode code =
-      RestoreKey(DefaultKey(run.context) + subkey, liveKey, run.machine.registryEditor);
-  if (code == kSystemOk) return;
-  report.problems.push_back(L"Not restored from the factory defaults: " + liveKey + L": " +
-                            DescribeSystemCode(code));
+      wasThere && restore.deleted != kSystemOk ? restore.deleted : restore.copied;
+  if (code == kSystemOk) return std::nullopt;
+  return L"Not restored from the factory defaults: " + key + L": " + DescribeSystemCode(code);
+}
+
+void RestoreOrReport(const ResetRun& run, const std::wstring& subkey, ImportReport& report) {
+  const KeyRestore restore = RestoreKey(DefaultKey(run.context) + subkey,
+                                        LiveKey(run.context) + subkey, run.machine.registryEditor);
+  if (auto problem = ProblemOf(restore, RegistryRoot(run.context) + subkey)) {
+    report.problems.push_back(std::move(*problem));
+  }
 }
 
 void ResetCategory(const ResetRun& run, const CategoryRecord& record, ImportReport& report) {

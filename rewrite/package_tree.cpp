@@ -41,7 +41,7 @@ class TreeRewriter {
       if (entry.isLink) continue;
       if (entry.isFolder) {
         Enter(Renamed(path));
-      } else {
+      } else if (IsContentFile(entry)) {
         RewriteFile(path);
       }
     }

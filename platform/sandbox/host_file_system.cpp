@@ -35,6 +35,12 @@ SystemCode OpenEmptied(const fs::path& path) {
   return code == kSystemOk ? kGeneralFailure : code;
 }
 
+bool IsSpecial(const fs::directory_entry& entry) {
+  std::error_code error;
+  const fs::file_status status = entry.status(error);
+  return fs::exists(status) && !fs::is_directory(status) && !fs::is_regular_file(status);
+}
+
 bool ListedBefore(const FolderEntry& a, const FolderEntry& b) {
   const int order = CompareNames(a.name, b.name);
   return order != 0 ? order < 0 : a.name < b.name;
@@ -81,7 +87,7 @@ SystemCode HostFileSystem::ReadFolder(const std::wstring& folder,
        entry.increment(error)) {
     std::error_code unknown;  // of an entry that has gone or leads nowhere
     read.push_back({TextFromHostName(entry->path().filename()), entry->is_directory(unknown),
-                    entry->is_symlink(unknown)});
+                    entry->is_symlink(unknown), IsSpecial(*entry)});
   }
   if (error) return SystemCodeOf(error);
   std::sort(read.begin(), read.end(), ListedBefore);

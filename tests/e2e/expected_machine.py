@@ -70,6 +70,11 @@ class State:
         return self.registry.setdefault(key, {})
 
 
+def drafting_product_folder(year):
+    """Release 2025 shares the folder of 2024."""
+    return f"Local/ORMA/ORMA CAD TVRN-INT-VANTRIC {'2024' if year == '2025' else year} (x64)"
+
+
 def product_folder(half, version):
     return f"{half}/Vantric/VANTRIC/{version}"
 
@@ -142,10 +147,17 @@ class ExpectedImport:
     def _mended_drafting_folder(self, folder):
         if re.fullmatch(r"\d+\.\d+", folder):
             return self._target_drafting_folder().rpartition("/")[2]
-        folder = folder.replace(self.versions.package, self.versions.target)
+        folder = self._renamed_by_year(folder, self.versions.package)
         if "VANTRIC 2024" in folder and self.versions.target != "2025":
-            folder = folder.replace("2024", self.versions.target)
+            folder = self._renamed_by_year(folder, "2024")
         return folder
+
+    def _renamed_by_year(self, folder, year):
+        """No folder gets the name of 2025, which shares that of 2024."""
+        if year not in folder:
+            return folder
+        return folder.replace(year, self.versions.target).replace(
+            "ORMA CAD TVRN-INT-VANTRIC 2025 (x64)", "ORMA CAD TVRN-INT-VANTRIC 2024 (x64)")
 
     def _mended_xml(self, content):
         wide = content.startswith(b"\xff\xfe")
@@ -194,8 +206,7 @@ class ExpectedImport:
                 for language in (LANGUAGES if "{}" in below else ("",))]
 
     def _target_drafting_folder(self):
-        year = "2024" if self.versions.target == "2025" else self.versions.target
-        folder = f"Local/ORMA/ORMA CAD TVRN-INT-VANTRIC {year} (x64)"
+        folder = drafting_product_folder(self.versions.target)
         if self.versions.target == "2025":
             return folder + "/25.0"
         inside = {path[len(folder) + 1:].partition("/")[0] for path in self.state.files
@@ -206,7 +217,9 @@ class ExpectedImport:
         if label in ("Options", "Register"):
             folders = [label]
         elif label == "2D Draft Settings":
-            local = f"Local/ORMA/ORMA CAD TVRN-INT-VANTRIC {self.versions.target} (x64)"
+            local = drafting_product_folder(self.versions.target)
+            if self.versions.target == "2025":
+                local += "/25.0"
             folders = [local, local.replace("Local", "Roaming", 1)]
         else:
             folders = self._folders(label, self.versions.target_number)
@@ -275,7 +288,7 @@ def after_reset(before, labels, version, year):
             raise NotImplementedError("reset the whole key instead")
         elif label == "2D Draft Settings":
             state.wipe(f"Roaming/{year[2:]}.0")
-            state.wipe(f"Local/ORMA/ORMA CAD TVRN-INT-VANTRIC {year} (x64)")
+            state.wipe(drafting_product_folder(year))
         else:
             half, below = FOLDER_OF[label]
             for language in LANGUAGES:

@@ -106,7 +106,7 @@ class PartialExportTest(SandboxTest):
 
     def assert_partial(self, *named):
         done = self.machine.run("export", "--version", "2026", *self.categories(),
-                                "--output", self.package)
+                                "--output", self.package, timeout=120)
         self.assertEqual(done.returncode, 3, done.stderr)
         self.assertEqual(done.stderr.count("\n"), len(named), done.stderr)
         for line, words in zip(sorted(done.stderr.splitlines()), sorted(named)):
@@ -127,6 +127,13 @@ class PartialExportTest(SandboxTest):
         names = self.assert_partial("broken.txt")
         self.assertEqual(names, self.entries | {"config.ini"} | set(
             expected_package.REGISTRY_ENTRIES))
+
+    def test_pipe_is_named_and_not_waited_for(self):
+        for language in ("en-us", "zh-cn"):
+            os.mkfifo(self.machine.product_local / language / "CosmeticThread/pipe.xml")
+        os.mkfifo(self.machine.product_local / "Customization/pipe.xml")
+        names = self.assert_partial(*["pipe.xml"] * 3)
+        self.assertFalse(any("pipe.xml" in name for name in names))
 
     def test_category_without_any_folder_is_named(self):
         for language in ("en-us", "zh-cn"):

@@ -1,6 +1,7 @@
 """What an import and a reset do with bad packages and bad machines: they say so, and nothing outside
 the destinations changes."""
 
+import json
 import os
 import random
 import shutil
@@ -8,6 +9,7 @@ import subprocess
 import unittest
 
 import hostile_zip
+from expected_package import OPTION_SUBKEYS
 from machines import AS_PLAIN_USER, SandboxTest, run_cli, small_sandbox
 from playable import PlayableSandbox, differences, files_below
 
@@ -356,10 +358,30 @@ class LegacyImportTest(BadImportTest):
                           b'<r><Draw><Font value="Release 2025"/><New value="1"/></Draw></r>'))
         done = self.run_import("--all")
         self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertIn("\nOptions set: 1\n", done.stdout)
         key = self.machine.state().registry[
             r"HKEY_CURRENT_USER\SOFTWARE\Vantric\VANTRIC 28.0\Draw"]
         self.assertEqual(key["Font"], '"Release 2026"')
         self.assertNotIn("New", key)
+
+    def test_options_of_which_none_fits_are_told(self):
+        self.make_legacy(("VANTRIC_Option_Config.xml",
+                          b'<r><Draw><New value="1"/></Draw>'
+                          b'<Nowhere><Font value="1"/></Nowhere></r>'))
+        for arguments in ((), ("--dry-run",)):
+            done = self.run_import("--all", *arguments)
+            self.assertEqual((done.returncode, done.stderr.count("\n")), (3, 1), done.stderr)
+            self.assertIn("No option was imported: ", done.stderr)
+            self.assert_unchanged()
+        done = self.run_import("--all")
+        self.assertIn("Options set: 0\n", done.stdout)
+
+    def test_options_are_counted_in_the_document_too(self):
+        self.make_legacy(("VANTRIC_Option_Config.xml",
+                          b'<r><Draw><Font value="A"/><New value="1"/></Draw></r>'))
+        self.assertEqual(json.loads(self.run_import("--all", "--json").stdout)["optionsSet"], 1)
+        self.make_legacy(("Scene_UI.xml", b"<scene/>"))
+        self.assertIsNone(json.loads(self.run_import("--all", "--json").stdout)["optionsSet"])
 
     def test_document_names_the_target_and_another_one_is_refused(self):
         document = b'<r><Surface_Finish><ImgDir0001 value="2026"/></Surface_Finish></r>'
@@ -465,10 +487,31 @@ class BadResetTest(BadImportTest):
         hive = self.machine.sandbox.root / "registry" / "HKEY_LOCAL_MACHINE.reg"
         text = hive.read_bytes()[2:].decode("utf-16-le")
         hive.write_bytes(b"\xff\xfe" + text.replace("New User Settings", "Old").encode("utf-16-le"))
-        done = self.run_reset("--category", "Register", "--yes")
+        live = r"HKEY_CURRENT_USER\SOFTWARE\Vantric\VANTRIC 28.0"
+        there = [name for name in OPTION_SUBKEYS
+                 if rf"{live}\{name}" in self.machine.state().registry]
+        self.assertGreater(len(there), 3)
+        self.remove_key(rf"{live}\{there.pop()}")
+        for category, removed in (("Options", [rf"{live}\{name}" for name in there]),
+                                  ("Register", [live])):
+            lines = [f"{key}: no factory default: removed" for key in removed]
+            for arguments in (("--dry-run",), ("--yes",)):
+                done = self.run_reset("--category", category, *arguments)
+                self.assertEqual(done.returncode, 3, done.stderr)
+                self.assertEqual([line[line.find("HKEY"):] for line in done.stderr.splitlines()],
+                                 lines)
+        self.assertFalse([key for key in self.machine.state().registry if key.startswith(live)])
+
+    def test_pipe_in_a_folder_is_named_and_not_waited_for(self):
+        pipe = self.machine.sandbox.product_local / "en-us/CosmeticThread/pipe.xml"
+        os.mkfifo(pipe)
+        done = self.run_reset("--category", "Cosmetic Thread", "--yes")
         self.assertEqual((done.returncode, done.stderr.count("\n")), (3, 1), done.stderr)
-        self.assertFalse([key for key in self.machine.state().registry if "VANTRIC 28.0" in key
-                          and key.startswith("HKEY_CURRENT_USER")])
+        self.assertIn("Not removed whole: ", done.stderr)
+        self.assertTrue(pipe.is_fifo())
+        done = self.run_reset("--category", "Cosmetic Thread", "--yes", "--no-restore-point")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertFalse(pipe.exists())
 
     def test_temporary_path_that_is_no_folder(self):
         temp = self.machine.sandbox.local / "Temp"
@@ -476,6 +519,15 @@ class BadResetTest(BadImportTest):
         temp.write_bytes(b"in the way")
         self.before = self.machine.state()
         self.assert_import_refused(self.run_reset("--all", "--yes"), "Temp")
+
+    def remove_key(self, path):
+        """With its values; it has no subkeys."""
+        hive = self.machine.sandbox.root / "registry" / "HKEY_CURRENT_USER.reg"
+        before, middle, after = hive.read_bytes()[2:].decode("utf-16-le").partition(f"[{path}]")
+        self.assertTrue(middle)
+        rest = after.partition("\r\n[")[2]
+        text = before + ("[" + rest if rest else "")
+        hive.write_bytes(b"\xff\xfe" + text.encode("utf-16-le"))
 
     def rename_key(self, old, new):
         hive = self.machine.sandbox.root / "registry" / "HKEY_CURRENT_USER.reg"

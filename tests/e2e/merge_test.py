@@ -11,10 +11,10 @@ ROOT = Path(__file__).resolve().parents[2]
 PROGRAM = os.environ.get("CARROVAN_CLI", str(ROOT / "build/host-check/carrovan-cli"))
 
 
-def run(*arguments, stdin=b"", locale="C"):
+def run(*arguments, stdin=b"", locale="C", timeout=None):
     environment = {**os.environ, "LC_ALL": locale}
     return subprocess.run([PROGRAM, *map(str, arguments)], input=stdin, capture_output=True,
-                          env=environment, check=False)
+                          env=environment, check=False, timeout=timeout)
 
 
 class MergeVerbs(unittest.TestCase):
@@ -73,6 +73,24 @@ class MergeVerbs(unittest.TestCase):
             "Final file count in old folder: 2 files", ""])
         self.assertEqual((old / "功能区.xml").read_text(), "<r><t>旧</t></r>\n")
         self.assertFalse((self.folder / "旧版本_merged_temp").exists())
+
+    def test_pipes_that_are_named_like_documents_are_passed_over(self):
+        table = ("<V28.0><Accels-0><Command>{0}</Command><Ctrl>1</Ctrl><Key>{0}</Key></Accels-0>"
+                 "<Count>1</Count></V28.0>")
+        for number, side in (("1", "old"), ("2", "new")):
+            self.put(f"{side}/keys.xml", table.format(number))
+            os.mkfifo(self.folder / side / "p.xml")
+        for verb in (("merge-shortcuts", self.folder / "old", self.folder / "new", "V28.0"),
+                     ("merge-folders", self.folder / "old", self.folder / "new")):
+            done = run(*verb, timeout=60)
+            self.assertEqual((done.returncode, done.stderr), (0, b""), verb)
+            self.assertNotIn(b"p.xml", done.stdout)
+        done = run("rewrite", self.folder / "old", "--product", "V", "--package-release", "2024",
+                   "--package-internal", "26.0", "--target-release", "2026", "--target-internal",
+                   "28.0", "--drafting-folder", "none", timeout=60)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        for side in ("old", "new"):
+            self.assertTrue((self.folder / side / "p.xml").is_fifo())
 
     def test_merge_folders_refuses_a_missing_folder(self):
         done = run("merge-folders", self.folder / "none", self.folder)

@@ -10,6 +10,7 @@ class PlayableSandbox:
     def __init__(self, sandbox):
         self.sandbox = sandbox
         self.drive = sandbox.root / "C"
+        self.app_data = sandbox.profile
         self.profile = rf"C:\Users\{sandbox.user}"
 
     def run(self, *arguments):
@@ -130,6 +131,43 @@ def play_tour(test, machine, folder):
     expected = after_reset(expected, labels, "28.0", "2026")
     _run(test, machine, "reset", "--category", *labels, "--yes")
     test.assertEqual(differences(expected, machine.state()), [])
+
+
+def play_2024_to_2025(test, machine, folder):
+    """The two releases share a folder of the drafting program, though not the one in it: first
+    without those settings, then with everything."""
+    move_settings_to_2024(machine)
+    package = folder / "settings 2024.ucex"
+    _run(test, machine, "export", "--version", "2024", "--all", "--output", machine.path(package))
+    for half in ("Local", "Roaming"):
+        own = machine.app_data / half / DRAFTING_2024 / "25.0/own.uik"
+        own.parent.mkdir()
+        own.write_bytes(b"the user's own")
+        (machine.app_data / half / "Vantric/VANTRIC/27.0").mkdir(exist_ok=True)
+    for unticked in (("2D Draft Settings", "Register"), ()):
+        importing = ExpectedImport(machine, package, Versions("2024", "2025"), folder / "merges")
+        test.assertEqual(len(importing.labels), 12)
+        expected = importing.apply(unticked)
+        ticked = [label for label in importing.labels if label not in unticked]
+        _run(test, machine, "import", machine.path(package), "--to", "2025", "--category", *ticked)
+        test.assertEqual(differences(expected, machine.state()), [])
+        for half in ("Local", "Roaming"):
+            drafting = machine.app_data / half / DRAFTING_2024
+            test.assertEqual((drafting / "25.0/own.uik").exists(), bool(unticked))
+            test.assertEqual(list((drafting / "25.0").iterdir()) != [drafting / "25.0/own.uik"],
+                             not unticked)
+
+
+DRAFTING_2024 = "ORMA/ORMA CAD TVRN-INT-VANTRIC 2024 (x64)"
+
+
+def move_settings_to_2024(machine):
+    """The user of 2025 has only ever used 2024."""
+    for half in ("Local", "Roaming"):
+        product = machine.app_data / half / "Vantric/VANTRIC"
+        (product / "27.0").rename(product / "26.0")
+        drafting = machine.app_data / half / DRAFTING_2024
+        (drafting / "25.0").rename(drafting / "24.0")
 
 
 def _run(test, machine, *arguments):

@@ -11,7 +11,8 @@ import hostile_zip
 import registry_file
 from expected_machine import State
 from machines import PROJECT, SandboxTest
-from playable import differences, exists_on_drive, files_below, play_tour
+from playable import (differences, exists_on_drive, files_below, play_2024_to_2025,
+                      play_tour)
 from wine_export_test import PREFIX, make_wine_sample, run_windows, windows_path
 from wine_registry import export_key
 
@@ -68,6 +69,10 @@ class WineTest(SandboxTest):
 class WineImportTest(WineTest):
     def test_tour_from_2025_to_2026_with_a_backup_and_a_reset(self):
         play_tour(self, self.machine, self.folder)
+        self.assertEqual(self.machine.staging_folders(), [])
+
+    def test_tour_from_2024_to_2025(self):
+        play_2024_to_2025(self, self.machine, self.folder)
         self.assertEqual(self.machine.staging_folders(), [])
 
     def test_bad_packages_change_nothing(self):

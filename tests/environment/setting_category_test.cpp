@@ -66,14 +66,38 @@ TEST(SettingCategory, LabelsAreFoundWithoutRegardToCase) {
   EXPECT_EQ(FindCategoryByLabel(L""), nullptr);
 }
 
-TEST(SettingCategory, OptionSubkeysKeepTheirOrder) {
+// The names are the product's own, and the packages' as well.
+TEST(SettingCategory, OptionSubkeysKeepTheirNamesAndOrder) {
+  const std::vector<std::wstring_view> kNames = {
+      L"\\General",
+      L"\\DimensionFont",
+      L"\\HideCommandAutoTips",
+      L"\\Model",
+      L"\\Color",
+      L"\\Surface_Finish",
+      L"\\Directories",
+      L"\\Bulk Drawing Creation Template Directories",
+      L"\\Draw",
+      L"\\Grid",
+      L"\\MouseCustomize",
+      L"\\SheetMetal",
+      L"\\Tessaline",
+      L"\\UIInteraction",
+      L"\\Annotations",
+      L"\\Render",
+      L"\\AutoCAD Import",
+      L"\\Point Snap",
+      L"\\m3DWire",
+      L"\\Import Options",
+      L"\\BOMDataExport",
+      L"\\Open Option",
+      L"\\Technical Drawing",
+      L"\\Performance",
+      L"\\Assembly",
+      L"\\Export Options",
+  };
   const auto subkeys = OptionSubkeys();
-  ASSERT_EQ(subkeys.size(), 26u);
-  EXPECT_EQ(subkeys[0], L"\\General");
-  EXPECT_EQ(subkeys[7], L"\\Bulk Drawing Creation Template Directories");
-  EXPECT_EQ(subkeys[11], L"\\SheetMetal");
-  EXPECT_EQ(subkeys[18], L"\\m3DWire");
-  EXPECT_EQ(subkeys[25], L"\\Export Options");
+  EXPECT_EQ(std::vector<std::wstring_view>(subkeys.begin(), subkeys.end()), kNames);
 }
 
 class CategoryStorageTest : public testing::Test {

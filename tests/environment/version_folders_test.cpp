@@ -107,6 +107,25 @@ TEST_F(VersionFolders, StagingLocalFolderOfAnUnknownCompanyStays) {
   EXPECT_EQ(context_.stagingLocalFolder, L"as it was");
 }
 
+TEST_F(VersionFolders, CompanyIsKnownInWhateverCase) {
+  for (const wchar_t* vantric : {L"VANTRIC", L"vantric"}) {
+    context_.companyShortName = vantric;
+    EXPECT_EQ(LocalFolderOf(L"2026"), Drafting(L"-VANTRIC 2026") + L"\\26.0");
+    EXPECT_EQ(LocalFolderOf(L"2025"), Drafting(L"-VANTRIC 2024") + L"\\25.0");
+    BuildStagingLocalFolder(context_, L"2025");
+    EXPECT_EQ(context_.stagingLocalFolder,
+              L"C:\\T\\Local\\ORMA\\ORMA CAD TVRN-INT-VANTRIC 2024 (x64)\\25.0");
+    ASSERT_TRUE(PrepareVersionFolders(context_, Ports()));
+    EXPECT_EQ(context_.localFolder, Drafting(L"-VANTRIC 2026"));
+  }
+  for (const wchar_t* orma : {L"Orma", L"orma"}) {
+    context_.companyShortName = orma;
+    EXPECT_EQ(LocalFolderOf(L"2026"), Drafting(L" 2026") + L"\\26.0");
+    ASSERT_TRUE(PrepareVersionFolders(context_, Ports()));
+    EXPECT_EQ(context_.localFolder, Drafting(L" 2026"));
+  }
+}
+
 TEST_F(VersionFolders, PreparingFillsKeysAndFolders) {
   ASSERT_TRUE(PrepareVersionFolders(context_, Ports()));
   const std::wstring root = L"HKEY_CURRENT_USER\\SOFTWARE\\Vantric\\VANTRIC 28.0";

@@ -91,7 +91,7 @@ TEST_F(WizardImportFlow, PackageIsUnpackedIntoAFolderWithoutAnEarlierOne) {
 }
 
 TEST_F(WizardImportFlow, LegacyPackageKeepsWhatThePathPageUnpacked) {
-  state_.package.legacy = true;
+  state_.package.path = L"C:\\old.UCX";
   flow_.Next();
   machine_->PutFile(context_.stagingFolder + L"legacy.xml", "legacy");
   import_.whileWorking = [&] {
@@ -110,7 +110,7 @@ TEST_F(WizardImportFlow, EndedProgramShowsNothingMore) {
 }
 
 TEST_F(WizardImportFlow, LegacyPackageGoesStraightToAFinishPageWithCloseAlone) {
-  state_.package.legacy = true;
+  state_.package.path = L"C:\\old.UCX";
   flow_.Next();
   flow_.Next();
   EXPECT_EQ(import_.calls, (Calls{"legacy"}));
@@ -123,7 +123,7 @@ TEST_F(WizardImportFlow, LegacyPackageGoesStraightToAFinishPageWithCloseAlone) {
 }
 
 TEST_F(WizardImportFlow, NothingLeadsOnFromTheLegacyFinishPage) {
-  state_.package.legacy = true;
+  state_.package.path = L"C:\\old.UCX";
   flow_.Next();
   flow_.Next();
   flow_.Next();
@@ -133,13 +133,19 @@ TEST_F(WizardImportFlow, NothingLeadsOnFromTheLegacyFinishPage) {
   EXPECT_EQ(frame_.pages.size(), 3u);
 }
 
-TEST_F(WizardImportFlow, LegacyPackageWithoutAPathAsksForAFile) {
-  state_.package.legacy = true;
-  state_.package.path.clear();
-  flow_.Next();
-  flow_.Next();
-  EXPECT_EQ(frame_.messages, (Texts{L"Please select a file"}));
-  EXPECT_TRUE(import_.calls.empty());
+// Whatever was clicked on the path page since that package was chosen.
+TEST_F(WizardImportFlow, ExtensionOfTheChosenPathDecidesTheWay) {
+  const std::pair<std::wstring, std::string> kWays[] = {{L"C:\\old.ucx", "legacy"},
+                                                        {L"C:\\new.ucex", "enter"},
+                                                        {L"C:\\OLD.UCX", "legacy"},
+                                                        {L"C:\\old.ucx.zip", "enter"}};
+  for (const auto& [path, way] : kWays) {
+    import_.calls.clear();
+    state_.pageIndex = 1;
+    state_.package.path = path;
+    flow_.Next();
+    EXPECT_EQ(import_.calls, Calls{way}) << way;
+  }
 }
 
 TEST_F(WizardImportFlow, BackToThePathPageRenewsTheStagingFolder) {

@@ -30,14 +30,12 @@ TEST(WizardStateTest, PackageStateStartsWithTheRunningProduct) {
   context.humanReadableVersion = L"2026";
   PackageState package;
   package.path = L"C:\\old.ucex";
-  package.legacy = true;
   InitializePackageState(package, context, machine->Ports());
   EXPECT_EQ(package.company, L"ORMA");
   EXPECT_EQ(package.product, L"ORMA CAD");
   EXPECT_EQ(package.targetInternalVersion, L"28.0");
   EXPECT_EQ(package.defaultTargetText, L"2026");
   EXPECT_EQ(package.path, L"");
-  EXPECT_FALSE(package.legacy);
 }
 
 TEST(WizardStateTest, ApplicationDataRootIsTheParentOfTheUsersLocalFolder) {

@@ -6,6 +6,7 @@
 #include "merge/xml_file_names.h"
 #include "platform/text.h"
 #include "tests/merge/merge_support.h"
+#include "tests/support/fakes.h"
 #include "tests/support/test_links.h"
 #include "tests/support/test_machine.h"
 
@@ -55,6 +56,19 @@ class FolderMerge : public testing::Test {
 
   DomBench bench;
 };
+
+TEST_F(FolderMerge, PassesOverPipesAndDevices) {
+  PutOld(L"pipe.xml", "old");
+  PutNew(L"pipe.xml", "new");
+  PutOld(L"A.xml", "<r><a/></r>");
+  PutNew(L"A.xml", "<r/>");
+  SpecialFiles files(bench.files, L"pipe.xml");
+  EXPECT_TRUE(MergeAndSyncFolders(L"C:\\d\\old", L"C:\\d\\new", {files, *bench.dom, bench.log}));
+  EXPECT_EQ(bench.files.Bytes(L"C:\\d\\old\\pipe.xml"), "old");
+  EXPECT_EQ(New(L"pipe.xml"), "new");
+  EXPECT_EQ(bench.log.lines.at(0), L"Old folder contains 1 XML files");
+  EXPECT_EQ(bench.log.lines.at(1), L"New folder contains 1 XML files");
+}
 
 TEST_F(FolderMerge, TellsEveryStepOfTheWorkedExample) {
   PutOld(L"A.xml", "<r>a</r>");

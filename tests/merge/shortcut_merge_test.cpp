@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/merge/merge_support.h"
+#include "tests/support/fakes.h"
 
 namespace carrovan {
 namespace {
@@ -246,6 +247,13 @@ TEST_F(ShortcutMerge, IsFalseWhenTheDomMakesNoDocument) {
     dom.documentsUntilFailure = documents;
     EXPECT_FALSE(MergeShortcutFolders(kOldFolder, kNewFolder, L"T", bench.files, dom));
   }
+}
+
+TEST_F(ShortcutMerge, PassesOverPipesAndDevices) {
+  PutPair(L"pipe.xml", Table("1", Entry(0, 5, 5, 5)), Table("1", Entry(0, 1, 1, 1)));
+  SpecialFiles files(bench.files, L"pipe.xml");
+  EXPECT_FALSE(MergeShortcutFolders(kOldFolder, kNewFolder, L"T", files, *bench.dom));
+  EXPECT_EQ(New(L"pipe.xml"), Table("1", Entry(0, 1, 1, 1)));
 }
 
 TEST_F(ShortcutMerge, DoesNotCountEntriesThatTheDomDoesNotCreate) {

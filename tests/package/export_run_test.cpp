@@ -26,6 +26,37 @@ TEST_F(ExportRunTest, NothingCheckedIsToldAndStays) {
   EXPECT_FALSE(Ports().files.Exists(PackagePath()));
 }
 
+TEST_F(ExportRunTest, CheckedRootAndItemsOfOtherDataDoNotCount) {
+  CheckOnly({});
+  EditableCategoryTree& tree = checklist_;
+  tree.SetChecked(tree.Root(), true);
+  for (const int data : {0, 1, 15, -1, 1000}) {
+    tree.SetChecked(tree.Append(tree.Root(), L"of no category", data), true);
+  }
+  EXPECT_FALSE(Export());
+  EXPECT_EQ(view_.messages, (Names{L"Please select the exported settings"}));
+
+  tree.Clear();
+  tree.SetChecked(tree.Append(CategoryTree::kNoItem, L"alone", 1), true);
+  EXPECT_FALSE(Export());
+  EXPECT_EQ(view_.messages.size(), 2u);
+}
+
+// An item with others below it never acts itself, whatever its data.
+TEST_F(ExportRunTest, OnlyLeavesAreExported) {
+  CheckOnly({CosmeticThread});
+  EditableCategoryTree& tree = checklist_;
+  const auto item = tree.Append(tree.Root(), L"above", static_cast<int>(CustomMaterials));
+  tree.SetChecked(item, true);
+  tree.Append(item, L"below", static_cast<int>(ShortcutKey));
+  const auto other = tree.Append(tree.Root(), L"of no category", 15);
+  tree.SetChecked(other, true);
+  ASSERT_TRUE(Export());
+  EXPECT_NE(Entries()[L"config.ini"].find("[Selected]\r\nCosmetic Thread=1\r\n[Base]"),
+            std::string::npos);
+  EXPECT_EQ(EntryNames().size(), 3u);
+}
+
 TEST_F(ExportRunTest, SaveFileQuestionIsThatOfAPackage) {
   ASSERT_TRUE(Export());
   ASSERT_EQ(view_.questions.size(), 1u);

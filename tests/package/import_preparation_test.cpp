@@ -121,6 +121,19 @@ TEST_F(ImportPreparationTest, SameReleaseIsNeitherToldNorRewritten) {
   EXPECT_EQ(Content(state_.package.roamingFolder + L"\\en-us\\Customization\\UI.xml"), document);
 }
 
+// The releases are compared as texts: what reads as the same number is another release.
+TEST_F(ImportPreparationTest, ReleaseThatIsSpelledOtherwiseIsAnotherOne) {
+  for (const char* release : {"2026.0", "02026", "2026 SP1"}) {
+    view_.messages.clear();
+    entries_[PackageRoaming(L"en-us\\Template\\t.xml")] = std::string("<a>") + release + "</a>";
+    Describe({"Document Template"}, release, "28.0");
+    EXPECT_EQ(Enter(), Entry::kReady);
+    EXPECT_EQ(view_.messages, (Lines{kAdvice})) << release;
+    EXPECT_EQ(Content(state_.package.roamingFolder + L"\\en-us\\Template\\t.xml"),
+              "<a>2026</a>\r\n");
+  }
+}
+
 TEST_F(ImportPreparationTest, OtherReleaseIsToldAndRewrittenForTheTarget) {
   entries_[PackageRoaming(L"en-us\\Customization\\UI.xml", L"27.0")] = "<a year=\"2025\"/>";
   Describe({"Interface layout"}, "2025", "27.0");

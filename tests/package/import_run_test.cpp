@@ -2,11 +2,13 @@
 
 #include <algorithm>
 
+#include "environment/version_folders.h"
 #include "package/category_import.h"
 #include "package/drafting_import.h"
 #include "package/overlay.h"
 #include "package/staging_folder.h"
 #include "platform/path_text.h"
+#include "platform/text.h"
 #include "tests/package/import_fixture.h"
 #include "tests/support/test_links.h"
 
@@ -36,6 +38,63 @@ class ImportRunTest : public ImportFixture {
       {SheetMetalLibrary, "Sheet Metal Library", false, L"en-us\\SheetMetal\\"},
       {CosmeticThread, "Cosmetic Thread", false, L"en-us\\CosmeticThread\\"},
   };
+
+  // All thirteen categories, the user's own besides, and files of nobody. Their contents say whose
+  // they are.
+  void DescribeEverything() {
+    DescribeAllPlaces();
+    std::vector<std::string> labels;
+    for (const CategoryRecord& record : CategoryTable()) {
+      labels.push_back(ToUtf8(std::wstring(Text(record.label))));
+    }
+    Describe(labels);
+    entries_[PackageRoaming(L"en-us\\Customization\\new.dat")] = "from the package";
+    entries_[PackageLocal(L"Customization\\new.dat")] = "from the package";
+    entries_[Draft(L"Local", L"26.0\\new.dat")] = "from the package";
+    entries_[Draft(L"Roaming", L"26.0\\new.dat")] = "from the package";
+    entries_[L"Options\\General.reg"] = RegistryFile("\\General");
+    entries_[L"Register\\x.reg"] = RegistryFile("");
+    entries_[PackageLocal(L"en-us\\Elsewhere\\x.dat")] = "nobody's";
+    machine_->PutFile(Roaming(L"en-us\\Customization\\old.dat"), "the user's own");
+    machine_->PutFile(Local(L"Customization\\old.dat"), "the user's own");
+    machine_->PutFile(OwnDraft(L"Local", L"26.0\\old.dat"), "the user's own");
+    machine_->PutFile(OwnDraft(L"Roaming", L"26.0\\old.dat"), "the user's own");
+    for (const wchar_t* subkey : {L"", L"\\General"}) {
+      machine_->PutValue(RegistryHive::kCurrentUser, LiveKey(context_) + subkey,
+                         MakeStringValue(L"whose", L"the user's own"));
+    }
+  }
+
+  std::string RegistryFile(const std::string& subkey) const {
+    return "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\" + ToUtf8(LiveKey(context_)) + subkey +
+           "]\r\n\"whose\"=\"from the package\"\r\n";
+  }
+
+  // The machine is as it was but for the files of nobody.
+  void ExpectOnlyNobodysFiles() {
+    for (const CategoryRecord& record : CategoryTable()) {
+      for (const std::wstring& folder : CategoryFolders(record, context_)) {
+        const bool own = folder.find(L"zh-cn") == std::wstring::npos;
+        const std::wstring below = record.category == Draft2dSettings ? L"\\26.0" : L"";
+        EXPECT_EQ(Content(folder + below + L"\\new.dat"), "no file") << ToUtf8(folder);
+        EXPECT_EQ(Content(folder + below + L"\\old.dat"), own ? "the user's own" : "no file")
+            << ToUtf8(folder);
+      }
+    }
+    for (const wchar_t* subkey : {L"", L"\\General"}) {
+      EXPECT_EQ(machine_->Value(RegistryHive::kCurrentUser, LiveKey(context_) + subkey, L"whose"),
+                MakeStringValue(L"whose", L"the user's own"));
+    }
+    EXPECT_EQ(Content(Local(L"en-us\\Elsewhere\\x.dat")), "nobody's");
+  }
+
+  // A file of the drafting program of release 2026, below a half of a profile.
+  std::wstring Draft(const std::wstring& half, const std::wstring& below) const {
+    return half + L"\\ORMA\\ORMA CAD TVRN-INT-" + context_.productName + L" 2026 (x64)\\" + below;
+  }
+  std::wstring OwnDraft(const std::wstring& half, const std::wstring& below) const {
+    return state_.package.applicationDataRoot + Draft(half, below);
+  }
 
   void DescribeAllPlaces() {
     std::vector<std::string> labels;
@@ -100,6 +159,36 @@ TEST_F(ImportRunTest, WithEverythingUntickedOnlyFilesOfNoCategoryAreLaidOver) {
   EXPECT_EQ(Content(Roaming(L"en-us\\Template\\new.dat")), "no file");
 }
 
+TEST_F(ImportRunTest, AllThirteenUntickedChangeNothingOfTheirs) {
+  DescribeEverything();
+  Import({});
+  EXPECT_EQ(Offered().size(), 13u);
+  ExpectOnlyNobodysFiles();
+  EXPECT_TRUE(report_.IsComplete());
+}
+
+// The root is no category, and what is above the leaves never acts.
+TEST_F(ImportRunTest, CheckedRootAboveUncheckedLeavesTakesNothingIn) {
+  DescribeEverything();
+  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  tree_.SetAllChecked(false);
+  static_cast<EditableCategoryTree&>(tree_).SetChecked(tree_.Root(), true);
+  PackageImport(Run()).Apply(tree_);
+  ExpectOnlyNobodysFiles();
+}
+
+TEST_F(ImportRunTest, CheckedItemsOfOtherDataTakeNothingIn) {
+  DescribeEverything();
+  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  tree_.SetAllChecked(false);
+  for (const int data : {0, 1, 15, -1, 1000}) {
+    const auto item = tree_.Append(tree_.Root(), L"of no category", data);
+    static_cast<EditableCategoryTree&>(tree_).SetChecked(item, true);
+  }
+  PackageImport(Run()).Apply(tree_);
+  ExpectOnlyNobodysFiles();
+}
+
 TEST_F(ImportRunTest, FilesOfOtherNamesStayBesideTheOverlay) {
   entries_[PackageLocal(L"Customization\\keys.xml")] = "<keys/>";
   machine_->PutFile(Local(L"other.dat"), "stays");
@@ -113,6 +202,73 @@ TEST_F(ImportRunTest, UntickedShortcutsRemoveThePackagesWholeLocalCustomization)
   Describe({"Shortcut key"});
   Import({});
   EXPECT_EQ(Content(Local(L"Customization\\deep\\keys.xml")), "no file");
+}
+
+TEST_F(ImportRunTest, UntickedInterfaceLayoutLeavesTheUsersFoldersOfAllLanguages) {
+  for (const std::wstring language : {L"en-us\\", L"zh-cn\\"}) {
+    entries_[PackageRoaming(language + L"Customization\\UI.xml")] = "<package/>";
+    entries_[PackageRoaming(language + L"Customization\\deep\\new.dat")] = "from the package";
+    machine_->PutFile(Roaming(language + L"Customization\\UI.xml"), "<own/>");
+  }
+  Describe({"Interface layout"});
+  Import({});
+  for (const std::wstring language : {L"en-us\\", L"zh-cn\\"}) {
+    EXPECT_EQ(Content(Roaming(language + L"Customization\\UI.xml")), "<own/>");
+    EXPECT_EQ(Content(Roaming(language + L"Customization\\deep\\new.dat")), "no file");
+  }
+}
+
+// One shortcut of a command, as an accelerator file of this release has it.
+class ShortcutImportTest : public ImportRunTest {
+ protected:
+  std::string Shortcut(const std::string& command) const {
+    const std::string table = ToUtf8(context_.productName) + "28.0";
+    return "<r><" + table + "><Accels-0><Command>" + command + "</Command><Ctrl>1</Ctrl><Key>" +
+           command + "</Key></Accels-0><Count>1</Count></" + table + "></r>";
+  }
+
+  // Imports the package's shortcut and gives the merged document.
+  std::string ImportShortcut() {
+    entries_[PackageLocal(L"Customization\\keys.xml")] = Shortcut("11");
+    machine_->PutFile(context_.defaultCustomizationFolder + L"\\keys.xml", Shortcut("22"));
+    Describe({"Shortcut key"});
+    Import({ShortcutKey});
+    return Content(Local(L"Customization\\keys.xml"));
+  }
+};
+
+TEST_F(ShortcutImportTest, FolderWithADocumentIsMergedWith) {
+  machine_->PutFile(Local(L"Customization\\other.XML"), "<r/>");
+  machine_->PutFile(Local(L"Customization\\keys.xml"), Shortcut("33"));
+  const std::string merged = ImportShortcut();
+  EXPECT_NE(merged.find("33"), std::string::npos) << merged;
+  EXPECT_EQ(merged.find("22"), std::string::npos) << merged;
+}
+
+TEST_F(ShortcutImportTest, FolderWithoutADocumentIsReplacedByTheProductsOwn) {
+  machine_->PutFile(Local(L"Customization\\readme.txt"), "no document");
+  machine_->PutFile(Local(L"Customization\\folder.xml\\a.txt"), "no document");
+  machine_->PutFile(Local(L"Customization\\deep\\keys.xml"), Shortcut("33"));
+  const std::string merged = ImportShortcut();
+  EXPECT_NE(merged.find("11"), std::string::npos) << merged;
+  EXPECT_NE(merged.find("22"), std::string::npos) << merged;
+}
+
+TEST_F(ShortcutImportTest, PipeIsNoDocument) {
+  machine_->PutFile(Local(L"Customization\\pipe.xml"), "");
+  entries_[PackageLocal(L"Customization\\keys.xml")] = Shortcut("11");
+  machine_->PutFile(context_.defaultCustomizationFolder + L"\\keys.xml", Shortcut("22"));
+  Describe({"Shortcut key"});
+  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  SpecialFiles files(ports_.files, L"pipe.xml");
+  const Machine machine = WithFiles(ports_, files);
+  PackageImport({context_, state_.package, machine, *tool_, *dom_, log_, view_, report_})
+      .Apply(tree_);
+  EXPECT_NE(Content(Local(L"Customization\\keys.xml")).find("22"), std::string::npos);
+}
+
+TEST_F(ShortcutImportTest, MissingFolderIsReplacedByTheProductsOwn) {
+  EXPECT_NE(ImportShortcut().find("22"), std::string::npos);
 }
 
 TEST_F(ImportRunTest, InterfaceLayoutIsMergedPerLanguage) {
@@ -182,6 +338,17 @@ TEST_F(ImportRunTest, RegistryFilesOfOptionsThenRegisterAreImported) {
                    L"/C reg import \"" + staging + L"Register\\VANTRIC2026.reg\""}));
   EXPECT_EQ(machine_->clock.pauses,
             (std::vector<std::chrono::milliseconds>{std::chrono::milliseconds(1000)}));
+}
+
+TEST_F(ImportRunTest, PipesAreNoRegistryFiles) {
+  const std::wstring folder = machine_->ScratchFolder() + L"registry files";
+  machine_->PutFile(folder + L"\\pipe.reg", "");
+  machine_->PutFile(folder + L"\\a.reg", "a");
+  const SpecialFiles files(ports_.files, L"pipe.reg");
+  RecordingInterpreter interpreter;
+  RegistryTool tool(interpreter, machine_->clock, RegistryToolPace::kWaitForEnd);
+  ImportRegistryFolder(folder, files, tool, report_);
+  EXPECT_EQ(interpreter.started, (Lines{L"/C reg import \"" + folder + L"\\a.reg\""}));
 }
 
 TEST_F(ImportRunTest, RegistryFileThatTheToolRefusesIsAProblem) {
@@ -301,15 +468,37 @@ TEST_F(ImportRunTest, KeptStagingFolderIsNobodysToDeleteEvenWithoutAFreshOne) {
 }
 
 // The drafting program's folder of release 2026 in the user's Local folder.
-class DraftingImportTest : public ImportRunTest {
- protected:
-  std::wstring Draft(const std::wstring& root, const std::wstring& below) const {
-    return root + L"\\ORMA\\ORMA CAD TVRN-INT-" + context_.productName + L" 2026 (x64)\\" + below;
+class DraftingImportTest : public ImportRunTest {};
+
+// The releases are texts: "2026.0" is another one than "2026".
+TEST_F(DraftingImportTest, MenusAreCarriedOverWhenTheReleaseIsSpelledOtherwise) {
+  class NotedCopies : public ForwardingFiles {
+   public:
+    using ForwardingFiles::ForwardingFiles;
+    Lines targets;
+    SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override {
+      targets.push_back(target);
+      return ForwardingFiles::CopyOver(source, target);
+    }
+  };
+  const std::wstring menu = OwnDraft(L"Local", L"26.0\\a.UIK");
+  NotedCopies files(ports_.files);
+  const Machine machine = WithFiles(ports_, files);
+  context_.stagingLocalFolder = context_.stagingFolder + Draft(L"Local", L"26.0");
+  state_.package.draftingFolder = OwnDraft(L"Local", L"26.0");
+  machine_->PutFile(context_.stagingLocalFolder + L"\\a.UIK", "package");
+  const std::pair<std::wstring, Lines> kReleases[] = {
+      {L"2026", {}}, {L"2026.0", {menu}}, {L"02026", {menu}}};
+  for (const auto& [release, copied] : kReleases) {
+    machine_->PutFile(menu, "own");
+    files.targets.clear();
+    state_.package.releaseVersion = release;
+    ReplaceDraftingFolders(
+        {context_, state_.package, machine, *tool_, *dom_, log_, view_, report_});
+    EXPECT_EQ(files.targets, copied) << ToUtf8(release);
+    EXPECT_EQ(Content(menu), "no file");
   }
-  std::wstring OwnDraft(const std::wstring& half, const std::wstring& below) const {
-    return Draft(state_.package.applicationDataRoot + half, below);
-  }
-};
+}
 
 TEST_F(DraftingImportTest, TickedReplacesBothHalves) {
   for (const std::wstring half : {L"Local", L"Roaming"}) {
@@ -362,6 +551,14 @@ TEST_F(CopyProductFolderTreeTest, MenuAndShortcutFilesGoOverNamesakes) {
   EXPECT_EQ(Content(To(L"c.Uik")), "new");
   EXPECT_EQ(Content(To(L"d.ini")), "old");
   EXPECT_EQ(Content(To(L"e.uik")), "no file");
+}
+
+TEST_F(CopyProductFolderTreeTest, PipesStay) {
+  machine_->PutFile(From(L"pipe.UIK"), "");
+  machine_->PutFile(To(L"pipe.UIK"), "old");
+  SpecialFiles files(ports_.files, L"pipe.UIK");
+  CopyProductFolderTree(files, From(L""), To(L""), false, false);
+  EXPECT_EQ(Content(To(L"pipe.UIK")), "old");
 }
 
 TEST_F(CopyProductFolderTreeTest, SameReleaseCopiesNothing) {

@@ -46,6 +46,15 @@ class PackageSelectionTest : public ImportFixture {
     return path;
   }
 
+  // What the page shows and what Next would import.
+  void ExpectNothingTaken(const std::wstring& shown, const Lines& versions,
+                          const std::wstring& path) const {
+    EXPECT_EQ(page_.path, shown);
+    EXPECT_EQ(page_.versions, versions);
+    EXPECT_EQ(page_.selected, versions.back());
+    EXPECT_EQ(state_.package.path, path);
+  }
+
   RecordingPathPage page_;
 };
 
@@ -79,18 +88,20 @@ TEST_F(PackageSelectionTest, PackageIsShownWithTheInstalledVersions) {
   EXPECT_EQ(page_.path, L"C:\\x\\package.ucex");
   EXPECT_EQ(page_.versions, (Lines{L"2026"}));
   EXPECT_EQ(state_.package.path, L"C:\\x\\package.ucex");
-  EXPECT_FALSE(state_.package.legacy);
   EXPECT_EQ(state_.package.targetInternalVersion, L"28.0");
 }
 
 TEST_F(PackageSelectionTest, OnlyUcxIsLegacyInWhateverCase) {
   for (const wchar_t* name : {L"PACKAGE.UCX", L"package.Ucx", L"package.ucx"}) {
+    view_.messages.clear();
     Select(L"C:\\missing\\" + std::wstring(name));
-    EXPECT_TRUE(state_.package.legacy) << name;
+    EXPECT_EQ(view_.messages, (Lines{L"File corruption"})) << name;
   }
   for (const wchar_t* name : {L"package.zip", L"package.ucex", L"ucx", L"package.ucx.zip"}) {
+    view_.messages.clear();
     Select(L"C:\\missing\\" + std::wstring(name));
-    EXPECT_FALSE(state_.package.legacy) << name;
+    EXPECT_TRUE(view_.messages.empty()) << name;
+    EXPECT_EQ(state_.package.path, L"C:\\missing\\" + std::wstring(name));
   }
 }
 
@@ -119,16 +130,61 @@ TEST_F(PackageSelectionTest, LegacyPackageWithoutExactlyOneDocumentIsCorrupted) 
       {{L"a.xml", "<a/>"}, {L"b.XML", "<b/>"}},
       {{L"a.txt", "text"}},
       {{L"sub\\a.xml", "<a/>"}},
+      {{L"folder.xml\\a.txt", "text"}},
   };
   page_.path = L"before";
+  page_.versions = {L"2025"};
+  page_.selected = L"2025";
+  state_.package.path = L"C:\\before.ucex";
   for (const auto& files : kPackages) {
     view_.messages.clear();
     Select(MakeLegacyPackage(files));
     EXPECT_EQ(view_.messages, (Lines{L"File corruption"}));
-    EXPECT_EQ(page_.path, L"before");
-    EXPECT_TRUE(state_.package.legacy);
-    EXPECT_EQ(state_.package.path, L"");
+    ExpectNothingTaken(L"before", {L"2025"}, L"C:\\before.ucex");
   }
+}
+
+TEST_F(PackageSelectionTest, FolderThatIsNamedLikeADocumentIsNone) {
+  Select(MakeLegacyPackage({{L"folder.xml\\a.txt", "text"}, {L"b.xml", "<b/>"}}));
+  EXPECT_TRUE(view_.messages.empty());
+  EXPECT_EQ(state_.package.legacyXmlPath, context_.stagingFolder + L"b.xml");
+}
+
+TEST_F(PackageSelectionTest, PipeOrDeviceThatIsNamedLikeADocumentIsNone) {
+  const std::wstring folder = machine_->ScratchFolder() + L"documents\\";
+  machine_->PutFile(folder + L"pipe.xml", "");
+  const SpecialFiles files(ports_.files, L"pipe.xml");
+  EXPECT_EQ(FindSingleXml(files, folder), L"");
+  machine_->PutFile(folder + L"a.xml", "<a/>");
+  EXPECT_EQ(FindSingleXml(files, folder), folder + L"a.xml");
+}
+
+TEST_F(PackageSelectionTest, RefusedPackageLeavesNothingBehindAndTheChosenOneAsItIs) {
+  Select(PackagePath());
+  machine_->PutFile(context_.stagingFolder + L"unpacked.txt", "unpacked");
+  const std::wstring staging = context_.stagingFolder;
+  const std::wstring description = context_.packageDescriptionPath;
+  report_.problems = {L"of the chosen one"};
+  page_.answer = MakeLegacyPackage({{L"a.txt", "text"}});
+  FixedGuids guids;
+  const Machine machine = WithGuids(ports_, guids);
+  SelectPackage(
+      {{context_, state_.package, machine, *tool_, *dom_, log_, view_, report_}, state_, page_});
+  EXPECT_EQ(view_.messages, (Lines{L"File corruption"}));
+  EXPECT_EQ(context_.stagingFolder, staging);
+  EXPECT_EQ(context_.packageDescriptionPath, description);
+  EXPECT_EQ(Content(staging + L"unpacked.txt"), "unpacked");
+  EXPECT_FALSE(ports_.files.Exists(*ports_.folders.TempPath() + guids.guid->substr(1, 36)));
+  EXPECT_EQ(report_.problems, (Lines{L"of the chosen one"}));
+  ExpectNothingTaken(PackagePath(), {L"2026"}, PackagePath());
+}
+
+TEST_F(PackageSelectionTest, NewPackageTakesThePlaceOfTheUnpackedOne) {
+  const std::wstring staging = context_.stagingFolder;
+  machine_->PutFile(staging + L"unpacked.txt", "unpacked");
+  Select(MakeLegacyPackage({{L"a.xml", "<a/>"}}));
+  EXPECT_FALSE(ports_.files.Exists(staging));
+  EXPECT_EQ(context_.packageDescriptionPath, context_.stagingFolder + L"config.ini");
 }
 
 TEST_F(PackageSelectionTest, EachSelectionStartsAfresh) {
@@ -136,8 +192,6 @@ TEST_F(PackageSelectionTest, EachSelectionStartsAfresh) {
   Select(MakeLegacyPackage({{L"b.xml", "<b/>"}}));
   EXPECT_TRUE(view_.messages.empty());
   EXPECT_EQ(state_.package.legacyXmlPath, context_.stagingFolder + L"b.xml");
-  Select(PackagePath());
-  EXPECT_FALSE(state_.package.legacy);
 }
 
 class LegacyImportTest : public PackageSelectionTest {
@@ -146,7 +200,64 @@ class LegacyImportTest : public PackageSelectionTest {
     Select(MakeLegacyPackage({{name, document}}));
     PackageImport(Run()).ApplyLegacy();
   }
+
+  void MakeLanguageFolders() {
+    machine_->MakeFolder(Roaming(L"en-us"));
+    machine_->MakeFolder(Roaming(L"zh-CN"));
+  }
+  // The document that was put in place under the product's name and this ending.
+  std::string Placed(const std::wstring& ending) const {
+    return Content(Roaming(L"en-us\\Customization\\" + context_.productName + ending));
+  }
+
+  std::wstring OptionKey() const {
+    return L"SOFTWARE\\Vantric\\" + context_.productName + L" 28.0\\General";
+  }
+  void PutOption(const std::wstring& name) {
+    machine_->PutValue(RegistryHive::kCurrentUser, OptionKey(), MakeStringValue(name, L"x"));
+  }
+  std::optional<RegistryValue> Option(const std::wstring& name) const {
+    return machine_->Value(RegistryHive::kCurrentUser, OptionKey(), name);
+  }
 };
+
+TEST_F(LegacyImportTest, CancelledClickGoesOnWithThePackageThatWasChosen) {
+  MakeLanguageFolders();
+  Select(MakeLegacyPackage({{L"Scene_UI.xml", "<s/>"}}));
+  const std::wstring path = state_.package.path;
+  page_.answer.reset();
+  Select();
+  Select(L"");
+  ExpectNothingTaken(path, {L"2026"}, path);
+  PackageImport(Run()).ApplyLegacy();
+  EXPECT_EQ(Placed(L"-Scene.xml"), "<s/>");
+  EXPECT_TRUE(report_.IsComplete());
+}
+
+TEST_F(LegacyImportTest, RefusedPackageGoesOnWithThePackageThatWasChosen) {
+  MakeLanguageFolders();
+  Select(MakeLegacyPackage({{L"Scene_UI.xml", "<s/>"}}));
+  const std::wstring path = state_.package.path;
+  Select(L"C:\\missing\\another.ucx");
+  EXPECT_EQ(view_.messages, (Lines{L"File corruption"}));
+  ExpectNothingTaken(path, {L"2026"}, path);
+  machine_->DeletePath(path);
+  PackageImport(Run()).ApplyLegacy();
+  EXPECT_EQ(Placed(L"-Scene.xml"), "<s/>");
+  EXPECT_TRUE(report_.IsComplete());
+}
+
+TEST_F(LegacyImportTest, DocumentOfSeveralNamesIsTheFirstOfThem) {
+  MakeLanguageFolders();
+  ImportDocument(L"Scene_UI.xml of ERROR_UI.xml", "<both/>");
+  EXPECT_EQ(Placed(L"-PartTemplate.xml"), "<both/>");
+  EXPECT_EQ(Placed(L"-Scene.xml"), "no file");
+  PutOption(L"Folder");
+  ImportDocument(L"VANTRIC_Option_Config.xml of Scene_UI.xml",
+                 "<r><General><Folder value=\"y\"/></General></r>");
+  EXPECT_NE(Placed(L"-Scene.xml"), "no file");
+  EXPECT_EQ(Option(L"Folder"), MakeStringValue(L"Folder", L"x"));
+}
 
 TEST_F(LegacyImportTest, ErrorDocumentBecomesThePartTemplateOfBothLanguages) {
   machine_->MakeFolder(Roaming(L"zh-CN"));
@@ -215,6 +326,43 @@ TEST_F(LegacyImportTest, OptionDocumentGoesIntoTheTargetsRegistry) {
   const auto value = machine_->Value(RegistryHive::kCurrentUser, key, L"Folder");
   ASSERT_TRUE(value);
   EXPECT_EQ(*value, MakeStringValue(L"Folder", L"C:\\Parts 2026"));
+}
+
+TEST_F(LegacyImportTest, OptionsNameTheCurrentUsersFolders) {
+  PutOption(L"Folder");
+  ImportDocument(L"VANTRIC_Option_Config.xml",
+                 "<r><General><Folder value=\"C:\\Users\\somebody\\Parts\"/></General></r>");
+  const std::wstring user = ports_.user.UserName().value();
+  EXPECT_EQ(Option(L"Folder"), MakeStringValue(L"Folder", L"C:\\Users\\" + user + L"\\Parts"));
+}
+
+TEST_F(LegacyImportTest, OptionsThatWereSetAreCounted) {
+  PutOption(L"One");
+  PutOption(L"Two");
+  ImportDocument(
+      L"VANTRIC_Option_Config.xml",
+      "<r><General><One value=\"1\"/><Two value=\"2\"/><None value=\"3\"/></General></r>");
+  EXPECT_EQ(report_.optionsSet, 2u);
+  EXPECT_TRUE(report_.IsComplete());
+  EXPECT_EQ(report_.dropped.size(), 1u);
+}
+
+TEST_F(LegacyImportTest, OptionDocumentOfWhichNothingFitsIsAProblem) {
+  PutOption(L"One");
+  for (const char* document :
+       {"<r><None value=\"1\"/></r>", "<r/>", "<r><Sub><One value=\"1\"/></Sub></r>"}) {
+    ImportDocument(L"VANTRIC_Option_Config.xml", document);
+    EXPECT_EQ(report_.optionsSet, 0u);
+    EXPECT_EQ(report_.problems, (Lines{L"No option was imported: the version has no value that "
+                                       L"VANTRIC_Option_Config.xml could set"}));
+  }
+  EXPECT_TRUE(view_.messages.empty());
+}
+
+TEST_F(LegacyImportTest, OtherDocumentsSetNoOptions) {
+  MakeLanguageFolders();
+  ImportDocument(L"Scene_UI.xml", "<s/>");
+  EXPECT_EQ(report_.optionsSet, std::nullopt);
 }
 
 TEST_F(LegacyImportTest, DocumentNamesAreMatchedWithRegardToCase) {

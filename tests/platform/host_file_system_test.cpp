@@ -44,6 +44,21 @@ TEST_F(HostFileSystemTest, RefusesNewNamesThatWindowsRefuses) {
   EXPECT_TRUE(files_.ListFolder(L"C:\\").empty());
 }
 
+TEST_F(HostFileSystemTest, ListsAsContentFilesOnlyRegularOnes) {
+  Put("file.xml");
+  fs::create_directory(Host("folder.xml"));
+  ASSERT_EQ(mkfifo(Host("pipe.xml").c_str(), 0600), 0);
+  fs::create_symlink(Host("file.xml"), Host("to file.xml"));
+  fs::create_symlink(Host("pipe.xml"), Host("to pipe.xml"));
+  fs::create_symlink("/dev/zero", Host("to device.xml"));
+  std::vector<std::wstring> content;
+  for (const FolderEntry& entry : files_.ListFolder(L"C:\\")) {
+    if (IsContentFile(entry)) content.push_back(entry.name);
+  }
+  EXPECT_EQ(content, (std::vector<std::wstring>{L"file.xml", L"to file.xml"}));
+  EXPECT_EQ(files_.ListFolder(L"C:\\").size(), 6u);
+}
+
 TEST_F(HostFileSystemTest, ReportsAFileWhereAFolderIsNeeded) {
   Put("file");
   EXPECT_EQ(files_.CreateFolder(L"C:\\file\\sub"), kPathNotFound);

@@ -7,11 +7,13 @@
 #include "reset/key_restore.h"
 #include "reset/reset_steps.h"
 #include "tests/package/import_fixture.h"
+#include "tests/support/faulty_machine.h"
 
 namespace carrovan {
 namespace {
 
 using enum SettingCategory;
+using Lines = std::vector<std::wstring>;
 
 class ResetRunTest : public ImportFixture {
  protected:
@@ -33,7 +35,15 @@ class ResetRunTest : public ImportFixture {
     for (const SettingCategory category : categories) {
       EXPECT_TRUE(tree_.SetChecked(category, true));
     }
+    ResetByTree();
+  }
+  void ResetByTree() {
     report_ = RunReset({context_, state_.package, ports_, *tool_, view_}, tree_);
+  }
+
+  void CheckFurtherItem(CategoryTree::Item parent, int data) {
+    EditableCategoryTree& tree = tree_;
+    tree.SetChecked(tree.Append(parent, L"further", data), true);
   }
 
   bool IsThere(SettingCategory category) const {
@@ -76,6 +86,24 @@ TEST_F(ResetRunTest, UncheckedCategoriesKeepEverything) {
   PutLive(L"\\General", L"own", L"1");
   Reset({});
   EXPECT_TRUE(IsThere(InterfaceLayout));
+  EXPECT_TRUE(Live(L"\\General", L"own"));
+  EXPECT_TRUE(report_.IsComplete());
+}
+
+TEST_F(ResetRunTest, CheckedRootAndItemsOfOtherDataResetNothing) {
+  FillCategories();
+  PutLive(L"\\General", L"own", L"1");
+  CheckFurtherItem(CategoryTree::kNoItem, 1);
+  ResetByTree();
+  for (const int data : {0, 1, 15, -1, 1000}) CheckFurtherItem(tree_.Root(), data);
+  ResetByTree();
+  const auto above = tree_.Append(tree_.Root(), L"above", static_cast<int>(Register));
+  static_cast<EditableCategoryTree&>(tree_).SetChecked(above, true);
+  tree_.Append(above, L"below", static_cast<int>(Options));
+  ResetByTree();
+  for (const CategoryRecord& record : CategoryTable()) {
+    EXPECT_EQ(IsThere(record.category), !CategoryFolders(record, context_).empty());
+  }
   EXPECT_TRUE(Live(L"\\General", L"own"));
   EXPECT_TRUE(report_.IsComplete());
 }
@@ -129,14 +157,59 @@ TEST_F(ResetRunTest, WithoutADefaultKeyTheLiveKeyStaysDeletedAndNothingIsShown) 
   Reset({Register});
   EXPECT_FALSE(ports_.registry.CanOpenKey(RegistryHive::kCurrentUser, LiveKey(context_)));
   EXPECT_TRUE(view_.messages.empty());
-  EXPECT_EQ(report_.problems.size(), 1u);
+  EXPECT_EQ(report_.problems, (Lines{RegistryRoot(context_) + L": no factory default: removed"}));
+}
+
+TEST_F(ResetRunTest, EachOptionKeyWithoutADefaultIsNamedAndThoseThatWereNotThereAreNot) {
+  PutDefault(L"\\General", L"factory", L"1");
+  PutDefault(L"\\Model", L"factory", L"1");
+  PutLive(L"\\General", L"own", L"1");
+  PutLive(L"\\Grid\\Deep", L"own", L"1");
+  PutLive(L"\\Export Options", L"own", L"1");
+  PutLive(L"\\Unlisted", L"own", L"1");
+  Reset({Options});
+  const std::wstring root = RegistryRoot(context_);
+  EXPECT_EQ(report_.problems, (Lines{root + L"\\Grid: no factory default: removed",
+                                     root + L"\\Export Options: no factory default: removed"}));
+  EXPECT_FALSE(
+      ports_.registry.CanOpenKey(RegistryHive::kCurrentUser, LiveKey(context_) + L"\\Grid"));
+}
+
+TEST_F(ResetRunTest, DefaultsThatCannotBeReadAreNotCalledMissing) {
+  PutDefault(L"\\Grid", L"factory", L"1");
+  PutLive(L"\\Grid", L"own", L"1");
+  if (!machine_->MakeKeyUnreadable(RegistryHive::kLocalMachine, DefaultKey(context_) + L"\\Grid")) {
+    GTEST_SKIP() << "no key can be closed here";
+  }
+  Reset({Options});
+  EXPECT_EQ(report_.problems,
+            (Lines{L"Not restored from the factory defaults: " + RegistryRoot(context_) +
+                   L"\\Grid: " + DescribeSystemCode(kAccessDenied)}));
+}
+
+TEST_F(ResetRunTest, KeyThatCannotBeDeletedIsNamedAlthoughTheDefaultsWereCopied) {
+  PutDefault(L"\\General", L"factory", L"1");
+  PutLive(L"\\General", L"own", L"1");
+  Fault fault(FaultyPort::kRegistryEditor, 1, false);  // the first key's deletion
+  FaultyMachine faulty(ports_, fault);
+  const Machine machine = faulty.Ports();
+  CategoryChecklist tree = CategoryChecklist::ForReset(context_);
+  tree.SetAllChecked(false);
+  EXPECT_TRUE(tree.SetChecked(Options, true));
+  report_ = RunReset({context_, state_.package, machine, *tool_, view_}, tree);
+  ASSERT_EQ(report_.problems.size(), 1u);
+  EXPECT_TRUE(report_.problems[0].starts_with(L"Not restored from the factory defaults: " +
+                                              RegistryRoot(context_) + L"\\General: "));
+  EXPECT_TRUE(Live(L"\\General", L"own"));
+  EXPECT_TRUE(Live(L"\\General", L"factory"));
 }
 
 TEST_F(ResetRunTest, KeyRestoreOfAMissingLiveKeyCreatesIt) {
   PutDefault(L"\\Grid", L"factory", L"1");
-  EXPECT_EQ(RestoreKey(DefaultKey(context_) + L"\\Grid", LiveKey(context_) + L"\\Grid",
-                       ports_.registryEditor),
-            kSystemOk);
+  const KeyRestore restore = RestoreKey(DefaultKey(context_) + L"\\Grid",
+                                        LiveKey(context_) + L"\\Grid", ports_.registryEditor);
+  EXPECT_EQ(restore.deleted, kFileNotFound);
+  EXPECT_EQ(restore.copied, kSystemOk);
   EXPECT_TRUE(Live(L"\\Grid", L"factory"));
 }
 
@@ -149,13 +222,27 @@ TEST_F(ResetRunTest, VantricDraftingWipesTheNumberedFolderInRoamingAndTheLocalOn
   EXPECT_FALSE(ports_.files.Exists(context_.localFolder));
 }
 
-TEST_F(ResetRunTest, OrmaDraftingWipesItsProductFolder) {
+TEST_F(ResetRunTest, OrmaDraftingWipesItsProductFolders) {
   context_.companyShortName = L"ORMA";
   const std::wstring folder =
       *ports_.folders.RoamingAppData() + L"\\ORMA\\ORMA CAD TVRN-INT 2026 (x64)\\26.0";
   machine_->PutFile(folder + L"\\x.dat", "x");
+  machine_->PutFile(context_.localFolder + L"\\26.0\\x.dat", "x");
   Reset({Draft2dSettings});
   EXPECT_FALSE(ports_.files.Exists(folder));
+  EXPECT_FALSE(ports_.files.Exists(context_.localFolder));
+}
+
+TEST_F(ResetRunTest, DraftingWipesTheLocalFolderAlsoWhereRoamingCannotBeTold) {
+  machine_->PutFile(context_.localFolder + L"\\26.0\\x.dat", "x");
+  FixedFolders folders;
+  folders.roaming.reset();
+  const Machine machine = WithFolders(ports_, folders);
+  CategoryChecklist tree = CategoryChecklist::ForReset(context_);
+  tree.SetAllChecked(false);
+  EXPECT_TRUE(tree.SetChecked(Draft2dSettings, true));
+  RunReset({context_, state_.package, machine, *tool_, view_}, tree);
+  EXPECT_FALSE(ports_.files.Exists(context_.localFolder));
 }
 
 TEST_F(ResetRunTest, WalkEndsOnTheLastLeaf) {

@@ -117,11 +117,28 @@ TEST_F(PackageTree, RewritesRegistryFilesPassByPass) {
                 L"Successfully removed 1 registry entries with invalid absolute paths"}));
 }
 
+// A year in front would take the version's number apart, and what it makes is not looked at again.
+TEST_F(PackageTree, RewritesTheYearInRegistryFilesAfterTheVersions) {
+  inputs.packageReleaseVersion = L"26";
+  bench.files.Put(L"C:\\p\\k.reg", Utf16File(L"[V\\VAN TRIC 26.0\\x]\r\n\"26.0\\\\y\"=\"26\"\r\n"));
+  Rewrite();
+  EXPECT_EQ(bench.files.Bytes(L"C:\\p\\k.reg"),
+            Utf16File(L"[V\\VAN TRIC 28.0\\x]\r\n\"28.0\\\\y\"=\"2026\"\r\n"));
+}
+
 TEST_F(PackageTree, LeavesOtherFilesAlone) {
   for (const wchar_t* name : {L"a.txt", L"a.xml.bak", L"axml", L"a.registry", L"xml"}) {
     bench.files.Put(std::wstring(L"C:\\p\\") + name, "2024");
   }
   Rewrite();
+  EXPECT_TRUE(bench.files.changes.empty());
+}
+
+TEST_F(PackageTree, LeavesPipesAndDevicesAlone) {
+  bench.files.Put(L"C:\\p\\pipe.xml", "2024");
+  SpecialFiles files(bench.files, L"pipe.xml");
+  EXPECT_TRUE(
+      RewritePackageTree(L"C:\\p", inputs, {files, bench.user, bench.codePage, bench.log}).empty());
   EXPECT_TRUE(bench.files.changes.empty());
 }
 

@@ -31,6 +31,32 @@ class RecordingView : public WizardView {
   void CloseWizard() override { closeAsked = true; }
 };
 
+// Shows files of one name as pipes or devices.
+class SpecialFiles : public ForwardingFiles {
+ public:
+  SpecialFiles(FileSystem& files, std::wstring name)
+      : ForwardingFiles(files), name_(std::move(name)) {}
+
+  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override {
+    auto entries = ForwardingFiles::ListFolder(folder);
+    Mark(entries);
+    return entries;
+  }
+  SystemCode ReadFolder(const std::wstring& folder,
+                        std::vector<FolderEntry>& entries) const override {
+    const SystemCode code = ForwardingFiles::ReadFolder(folder, entries);
+    Mark(entries);
+    return code;
+  }
+
+ private:
+  void Mark(std::vector<FolderEntry>& entries) const {
+    for (FolderEntry& entry : entries) entry.isSpecial = entry.name == name_;
+  }
+
+  std::wstring name_;
+};
+
 class FixedFolders : public KnownFolders {
  public:
   std::optional<std::wstring> roaming = L"C:\\Users\\u\\AppData\\Roaming";

@@ -3,6 +3,7 @@
 import zipfile
 
 from machine_state import MachineState
+from expected_machine import FOLDER_OF  # noqa: E402, beside the module that machine_state takes
 from wizard import (BACK, CANCEL, EXPORT, FINISH, HEADING, IMPORT, NEXT, PACKAGE, PATH_TITLE,
                     SELECT_ALL, TARGETS, VERSIONS)
 from wizard_case import DRIVE, PREFIX, WizardCase, windows_name
@@ -106,6 +107,25 @@ class ImportMessagesTest(ImportCase):
         self.wizard.press_button(NEXT)
         self.assertEqual(self.wizard.answer(), "Please select a file")
 
+    def test_refused_or_cancelled_choice_leaves_the_chosen_package(self):
+        chosen = self.crafted_package("into-2025.ucex", **{
+            "config.ini": description("2025", "Options")})
+        corrupt = self.crafted_package("two.ucx", **{"a.xml": "<a/>", "b.xml": "<b/>"})
+        self.enter_path_page(chosen, "2025")
+        self.wizard.select_package(windows_name(corrupt))
+        self.assertEqual(self.wizard.answer(), "File corruption")
+        self.assert_chosen(chosen, "2025")
+        self.wizard.cancel_package()
+        self.assert_chosen(chosen, "2025")
+        self.wizard.press_button(NEXT)
+        self.assertEqual(self.wizard.tree().checked_labels(), [SELECT_ALL, "Options"])
+
+    def assert_chosen(self, package, year):
+        self.wizard.wait_until(lambda wizard: wizard.page_control(TARGETS).text == year, year)
+        self.assertEqual(self.wizard.page_control(PACKAGE).text, windows_name(package))
+        self.assertEqual(self.wizard.page_control(TARGETS).entries,
+                         ["2023", "2024", "2025", "2026"])
+
     def test_categories_are_all_checked_again_after_back_and_next(self):
         package = self.crafted_package("again.ucex", **{
             "config.ini": description("2026", "Options", "Shortcut key")})
@@ -197,6 +217,57 @@ class ImportTest(ImportCase):
         with zipfile.ZipFile(exported) as archive:
             self.assertIn("RELEASE VERSION=2026", archive.read("config.ini").decode())
             self.assertTrue(all(r"\28.0" in name for name in archive.namelist()[1:]))
+
+    def test_everything_unticked_changes_nothing_but_what_is_nobodys(self):
+        package = self.package_of_everything()
+        before = MachineState(PREFIX)
+        self.enter_path_page(package)
+        self.wizard.press_button(NEXT)
+        self.assertEqual(len(self.wizard.tree().checked_labels()), 14)
+        self.wizard.click_box(SELECT_ALL)
+        self.wizard.wait_until(lambda wizard: wizard.tree().checked_labels() == [], "no category")
+        self.assertEqual(self.apply(),
+                         "Your settings have been successfully imported to  VANTRIC 2026.")
+        after = MachineState(PREFIX)
+        self.assertEqual(after.keys, before.keys)
+        self.assertEqual([path for path in after.files.keys() | before.files.keys()
+                          if after.files.get(path) != before.files.get(path)],
+                         [f"{LOCAL_2026}/en-us/nobodys.txt"])
+
+    def package_of_everything(self):
+        """A package with a file or a value of every category, and a file of nobody."""
+        entries = {"config.ini": description("2026", "Options", "Register", "2D Draft Settings",
+                                             *FOLDER_OF),
+                   f"{LOCAL_2026}/en-us/nobodys.txt": "nobody's"}
+        for half, below in FOLDER_OF.values():
+            for language in ("en-us", "zh-cn"):
+                entries[f"{half}/Vantric/VANTRIC/28.0/{below.format(language)}/new.dat"] = "new"
+        for half in ("Local", "Roaming"):
+            entries[f"{half}/ORMA/ORMA CAD TVRN-INT-VANTRIC 2026 (x64)/28.0/new.dat"] = "new"
+        for name, subkey in (("Options/General.reg", "\\General"), ("Register/x.reg", "")):
+            entries[name] = ("REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\SOFTWARE\\Vantric\\VANTRIC 28.0"
+                             f'{subkey}]\r\n"New"="new"\r\n')
+        return self.crafted_package("everything.ucex", **{
+            name.replace("/", "\\"): text for name, text in entries.items()})
+
+    def test_legacy_package_is_imported_after_another_choice_was_refused_or_cancelled(self):
+        document = ('<Scene at="1"><Surface_Finish><ImgDir0001 value="2026"/></Surface_Finish>'
+                    "</Scene>")
+        package = self.crafted_package("legacy.ucx", **{"Scene_UI.xml": document})
+        corrupt = self.crafted_package("none.ucx", **{"a.txt": "no document"})
+        self.enter_path_page(package)
+        self.wizard.select_package(windows_name(corrupt))
+        self.assertEqual(self.wizard.answer(), "File corruption")
+        self.wizard.cancel_package()
+        self.assertEqual(self.wizard.page_control(PACKAGE).text, windows_name(package))
+        self.assertEqual(self.wizard.page_control(TARGETS).entries, ["2026"])
+        package.unlink()  # what was unpacked of it is still there
+        self.wizard.press_button(NEXT)
+        self.assertEqual(self.wizard.finish_text(),
+                         "Your settings have been successfully imported to  VANTRIC 2026.")
+        scenes = (DRIVE / "users").glob(f"*/AppData/{ROAMING_2026}/*/Customization/"
+                                        "VANTRIC-Scene.xml")
+        self.assertEqual(['at="1"' in scene.read_text() for scene in scenes], [True, True])
 
     def test_legacy_package_puts_its_document_into_both_languages(self):
         document = '<Scene><Surface_Finish><ImgDir0001 value="2026"/></Surface_Finish></Scene>'

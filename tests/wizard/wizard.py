@@ -162,6 +162,14 @@ class Wizard:
         self.click(self.page_control(SELECT_FILE))
         self.name_file(name)
 
+    def cancel_package(self):
+        """Opens the file dialog of the path page and cancels it."""
+        self.click(self.page_control(SELECT_FILE))
+        self.wait_until(lambda wizard: any(c.number == FILE_NAME and c.focused
+                                           for c in wizard.box().controls), "the file dialog")
+        self.screen.press("Escape")
+        self.wait_until(lambda wizard: wizard.button(CANCEL).enabled, "the path page")
+
     def finish_text(self):
         """What the finish page says, as soon as it is shown."""
         self.wait_until_done(lambda wizard: wizard.shows(FINISH_TITLE), "the finish page")
