@@ -43,8 +43,9 @@ def end_group(process):
 
 
 def _status(command, seconds, output, errors, options):
-    with subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=output, stderr=errors,
-                          process_group=0, **options) as process:
+    options.setdefault("stdin", subprocess.DEVNULL)
+    with subprocess.Popen(command, stdout=output, stderr=errors, process_group=0,
+                          **options) as process:
         try:
             return process.wait(seconds)
         except BaseException as reason:

@@ -68,12 +68,14 @@ class RunLimitedTest(unittest.TestCase):
 
 class WithLimitTest(unittest.TestCase):
     def run_with_limit(self, *arguments, **options):
-        return subprocess.run([WITH_LIMIT, *arguments], capture_output=True, check=False,
-                              timeout=PLENTY, encoding="utf-8", **options)
+        return run_limited([WITH_LIMIT, *arguments], seconds=PLENTY, encoding="utf-8", **options)
 
     def test_input_output_and_status_are_those_of_the_command(self):
-        done = self.run_with_limit("600", "the copy", "sh", "-c", "cat; echo bad >&2; exit 7",
-                                   input="text")
+        with tempfile.TemporaryFile() as text:
+            text.write(b"text")
+            text.seek(0)
+            done = self.run_with_limit("600", "the copy", "sh", "-c", "cat; echo bad >&2; exit 7",
+                                       stdin=text)
         self.assertEqual((done.returncode, done.stdout, done.stderr), (7, "text", "bad\n"))
 
     def test_command_that_hangs_is_named_and_all_of_it_ended(self):
@@ -121,8 +123,8 @@ class WithLimitTest(unittest.TestCase):
     def test_script_starts_itself_anew_within_its_limit(self):
         script = ("import os, sys, time; sys.path.append('tools'); from limits import run_within; "
                   "run_within(1, 'the script'); print(sys.argv[1], flush=True); time.sleep(600)")
-        done = subprocess.run(["python3", "-c", script, "argument"], cwd=PROJECT, check=False,
-                              capture_output=True, timeout=PLENTY, encoding="utf-8")
+        done = run_limited(["python3", "-c", script, "argument"], cwd=PROJECT, seconds=PLENTY,
+                           encoding="utf-8")
         self.assertEqual((done.returncode, done.stdout), (124, "argument\n"))
         self.assertIn("the script did not end within 1 s", done.stderr)
 
@@ -134,8 +136,8 @@ class CountedRunnersTest(unittest.TestCase):
         folder = self.enterContext(tempfile.TemporaryDirectory())
         script = ["set -euo pipefail", f"logs={folder}", "source tools/count-runners.sh", *lines,
                   "sum_up"]
-        done = subprocess.run(["bash", "-c", "\n".join(script)], cwd=PROJECT, check=False,
-                              capture_output=True, timeout=PLENTY, encoding="utf-8")
+        done = run_limited(["bash", "-c", "\n".join(script)], cwd=PROJECT, seconds=PLENTY,
+                           encoding="utf-8")
         return done.returncode, done.stdout.splitlines()
 
     def test_runner_that_is_stopped_is_a_failure_and_the_sum_is_printed(self):
