@@ -4,6 +4,7 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
+#include "cli/json_surrogates.h"
 #include "merge/ribbon_codec.h"
 #include "platform/text.h"
 
@@ -22,58 +23,92 @@ bool ReadInteger(const nlohmann::json& value, Integer& target) {
   return true;
 }
 
-bool ReadText(const nlohmann::json& value, std::wstring& target) {
-  if (!value.is_string()) return false;
-  target = FromUtf8(value.get_ref<const std::string&>());
-  return true;
-}
+constexpr char kNarrow[] = "narrow";
 
-bool ReadRecord(const nlohmann::json& json, sRibbonElement& record, int level);
+// Reads the records of one document.
+class JsonReading {
+ public:
+  explicit JsonReading(const CodePage& codePage) : codePage_(codePage) {}
 
-bool ReadChildren(const nlohmann::json& value, sRibbonElement& record, int level) {
-  if (!value.is_array()) return false;
-  for (const nlohmann::json& child : value) {
-    if (!ReadRecord(child, record.children.emplace_back(), level + 1)) return false;
+  bool ReadRecord(const nlohmann::json& json, sRibbonElement& record, int level) const {
+    if (level > kRibbonLevels || !json.is_object()) return false;
+    for (const auto& [name, value] : json.items()) {
+      if (!ReadField(name, value, record, level)) return false;
+    }
+    return true;
   }
-  return true;
-}
 
-bool ReadField(const std::string& name, const nlohmann::json& value, sRibbonElement& record,
-               int level) {
-  if (name == "kind") return ReadInteger(value, record.kind);
-  if (name == "id") return ReadInteger(value, record.id);
-  if (name == "text1") return ReadText(value, record.text1);
-  if (name == "value2") return ReadInteger(value, record.value2);
-  if (name == "text2") return ReadText(value, record.text2);
-  if (name == "children") return ReadChildren(value, record, level);
-  if (name == "value3") return ReadInteger(value, record.value3);
-  if (name == "text3") return ReadText(value, record.text3);
-  return name == "text4" && ReadText(value, record.text4);
-}
-
-bool ReadRecord(const nlohmann::json& json, sRibbonElement& record, int level) {
-  if (level > kRibbonLevels || !json.is_object()) return false;
-  for (const auto& [name, value] : json.items()) {
-    if (!ReadField(name, value, record, level)) return false;
+ private:
+  bool ReadField(const std::string& name, const nlohmann::json& value, sRibbonElement& record,
+                 int level) const {
+    if (name == "kind") return ReadInteger(value, record.kind);
+    if (name == "id") return ReadInteger(value, record.id);
+    if (name == "text1") return ReadText(value, record.text1);
+    if (name == "value2") return ReadInteger(value, record.value2);
+    if (name == "text2") return ReadText(value, record.text2);
+    if (name == "children") return ReadChildren(value, record, level);
+    if (name == "value3") return ReadInteger(value, record.value3);
+    if (name == "text3") return ReadText(value, record.text3);
+    return name == "text4" && ReadText(value, record.text4);
   }
-  return true;
+
+  bool ReadChildren(const nlohmann::json& value, sRibbonElement& record, int level) const {
+    if (!value.is_array()) return false;
+    for (const nlohmann::json& child : value) {
+      if (!ReadRecord(child, record.children.emplace_back(), level + 1)) return false;
+    }
+    return true;
+  }
+
+  bool ReadText(const nlohmann::json& value, RibbonText& target) const {
+    if (value.is_string()) {
+      target = FromJsonLibrary(value.get_ref<const std::string&>());
+      return true;
+    }
+    if (!value.is_object() || value.size() != 1 || !value.contains(kNarrow)) return false;
+    const nlohmann::json& narrow = value[kNarrow];
+    if (!narrow.is_string()) return false;
+    target = codePage_.Encode(ToUtf16(FromJsonLibrary(narrow.get_ref<const std::string&>())));
+    return true;
+  }
+
+  const CodePage& codePage_;
+};
+
+nlohmann::json TextToJson(const RibbonText& text, const CodePage& codePage) {
+  if (const std::string* const narrow = std::get_if<std::string>(&text)) {
+    return {{kNarrow, ToJsonLibrary(FromUtf16(codePage.Decode(*narrow)))}};
+  }
+  return ToJsonLibrary(std::get<std::wstring>(text));
+}
+
+nlohmann::json RecordToJson(const sRibbonElement& record, const CodePage& codePage) {
+  nlohmann::json children = nlohmann::json::array();
+  for (const sRibbonElement& child : record.children) {
+    children.push_back(RecordToJson(child, codePage));
+  }
+  nlohmann::json json = {{"kind", record.kind},
+                         {"id", record.id},
+                         {"value2", record.value2},
+                         {"value3", record.value3}};
+  json["text1"] = TextToJson(record.text1, codePage);
+  json["text2"] = TextToJson(record.text2, codePage);
+  json["text3"] = TextToJson(record.text3, codePage);
+  json["text4"] = TextToJson(record.text4, codePage);
+  json["children"] = std::move(children);
+  return json;
 }
 
 }  // namespace
 
-nlohmann::json RibbonToJson(const sRibbonElement& record) {
-  nlohmann::json children = nlohmann::json::array();
-  for (const sRibbonElement& child : record.children) children.push_back(RibbonToJson(child));
-  return {{"kind", record.kind},           {"id", record.id},
-          {"text1", ToUtf8(record.text1)}, {"value2", record.value2},
-          {"text2", ToUtf8(record.text2)}, {"children", std::move(children)},
-          {"value3", record.value3},       {"text3", ToUtf8(record.text3)},
-          {"text4", ToUtf8(record.text4)}};
+std::wstring RibbonToJson(const sRibbonElement& record, const CodePage& codePage) {
+  return PrintedJson(RecordToJson(record, codePage).dump(2));
 }
 
-bool RibbonFromJson(const nlohmann::json& json, sRibbonElement& record) {
+bool RibbonFromJson(std::string_view json, const CodePage& codePage, sRibbonElement& record) {
+  const auto parsed = nlohmann::json::parse(ReadableJson(json), nullptr, false);
   sRibbonElement read;
-  if (!ReadRecord(json, read, 1)) return false;
+  if (parsed.is_discarded() || !JsonReading(codePage).ReadRecord(parsed, read, 1)) return false;
   record = std::move(read);
   return true;
 }

@@ -1,11 +1,12 @@
 #include <iostream>
 #include <iterator>
-#include <nlohmann/json.hpp>
 
-#include "cli/json_text.h"
 #include "cli/merge_verbs.h"
 #include "cli/ribbon_json.h"
 #include "merge/ribbon_codec.h"
+#include "platform/code_page.h"
+#include "platform/sandbox/utf8_code_page.h"
+#include "platform/text.h"
 
 namespace carrovan {
 namespace {
@@ -23,6 +24,12 @@ std::string Trimmed(const std::string& text) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
+// Of the machine that the session works on.
+std::unique_ptr<CodePage> CodePageOf(const Session& session) {
+  if (session.root.empty()) return OpenHostCodePage();
+  return std::make_unique<Utf8CodePage>();
+}
+
 }  // namespace
 
 ExitStatus RunRibbonDecodeVerb(const Session& session) {
@@ -30,14 +37,13 @@ ExitStatus RunRibbonDecodeVerb(const Session& session) {
   if (!RibbonElementFromText(FromUtf8(Trimmed(StandardInput())), record)) {
     return session.Fail(L"Standard input is not the hexadecimal text of a ribbon record");
   }
-  PrintJsonText(session, RibbonToJson(record));
+  session.Print(RibbonToJson(record, *CodePageOf(session)));
   return ExitStatus::kDone;
 }
 
 ExitStatus RunRibbonEncodeVerb(const Session& session) {
-  const auto json = nlohmann::json::parse(StandardInput(), nullptr, false);
   sRibbonElement record;
-  if (json.is_discarded() || !RibbonFromJson(json, record)) {
+  if (!RibbonFromJson(StandardInput(), *CodePageOf(session), record)) {
     return session.Fail(L"Standard input is not the JSON of a ribbon record");
   }
   session.Print(RibbonElementToText(record));

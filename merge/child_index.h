@@ -38,7 +38,7 @@ class ChildIndex {
 
   // Of the element, its appended children included.
   std::optional<ContainerSummary> Summary();
-  void NoteSizeWritten(std::int32_t size) { summary_.NoteSizeWritten(size); }
+  void NoteSizeWritten() { summary_.NoteSizeWritten(); }
 
   // To be called when a child's own children may have changed.
   void ReadIdAgain(Position position);

@@ -26,9 +26,8 @@ ElementIdReading ReadIdText(const XmlNode& element, std::string_view name) {
 }
 
 ElementIdReading ReadIdChild(const XmlNode& idElement) {
-  const XmlNode text = idElement ? LeadingText(idElement) : XmlNode();
-  if (!text) return {};
-  return {true, ReadWholeInteger(text.Text())};
+  if (!idElement || !LeadingText(idElement)) return {};
+  return {true, ReadWholeInteger(idElement.Text())};
 }
 
 std::optional<std::int32_t> ReadElementId(const XmlNode& element) {

@@ -23,7 +23,7 @@ inline constexpr std::string_view kIdElementName = "ID";
 // element's.
 struct ElementIdReading {
   bool hasText = false;            // the "ID" child begins with a text node,
-  std::optional<std::int32_t> id;  // which reads as this number
+  std::optional<std::int32_t> id;  // and all of its text reads as this number
 };
 ElementIdReading ReadIdText(const XmlNode& element, std::string_view name);
 

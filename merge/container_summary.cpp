@@ -29,17 +29,21 @@ void SummaryReader::TakeSize(const XmlNode& child) {
   const bool isText = content.IsText();
   if (!foundSizePlace_ && isText) sizeText_ = content;
   if (isText) {
-    const std::optional<std::int32_t> size = ReadWholeInteger(content.Text());
-    spoiled_ = spoiled_ || !size;
-    size_ = size.value_or(0);
+    ReadSize(child);
     hasSize_ = true;
-    firstSizeCounts_ = !foundSizePlace_;
+    sizeElement_ = child;
   }
   foundSizePlace_ = true;
 }
 
-void SummaryReader::NoteSizeWritten(std::int32_t size) {
-  if (firstSizeCounts_) size_ = size;
+void SummaryReader::ReadSize(const XmlNode& sizeElement) {
+  const std::optional<std::int32_t> size = ReadWholeInteger(sizeElement.Text());
+  spoiled_ = spoiled_ || !size;
+  size_ = size.value_or(0);
+}
+
+void SummaryReader::NoteSizeWritten() {
+  if (sizeElement_) ReadSize(sizeElement_);
 }
 
 std::optional<ContainerSummary> SummaryReader::Result() const {

@@ -26,8 +26,8 @@ class SummaryReader {
   // A container that was taken without an ID has one now.
   void TakeLateId(const ElementIdReading& id);
 
-  // The size was written to the place that the summary names.
-  void NoteSizeWritten(std::int32_t size);
+  // A size was written to the place that the summary names.
+  void NoteSizeWritten();
 
   // Nothing without a size, without a numbered container that has an ID, or with one of these
   // numbers spoiled.
@@ -35,14 +35,15 @@ class SummaryReader {
 
  private:
   void TakeSize(const XmlNode& child);
+  void ReadSize(const XmlNode& sizeElement);
 
   static constexpr std::int32_t kNoSuffix = -10000;
 
   std::int32_t size_ = 0;
   std::int32_t highestSuffix_ = kNoSuffix;
   XmlNode sizeText_;
+  XmlNode sizeElement_;  // the one whose size counts, which may be another than the one written to
   bool foundSizePlace_ = false;
-  bool firstSizeCounts_ = false;  // the place of the size and the size that counts are one element
   bool hasSize_ = false;
   bool hasId_ = false;
   bool hasSuffix_ = false;

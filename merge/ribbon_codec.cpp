@@ -46,8 +46,6 @@ class ArchiveWriting {
   }
 
   void WriteLength(std::uint64_t length) {
-    WriteNumber(kByteEscape);
-    WriteNumber(kUnicodeMark);
     if (length < kByteEscape) return WriteNumber(static_cast<std::uint8_t>(length));
     WriteNumber(kByteEscape);
     if (length < kUnicodeMark) return WriteNumber(static_cast<std::uint16_t>(length));
@@ -57,8 +55,15 @@ class ArchiveWriting {
     WriteNumber(length);
   }
 
-  void WriteText(const std::wstring& text) {
-    const std::u16string units = ToUtf16(text);
+  void WriteText(const RibbonText& text) {
+    if (const std::string* const narrow = std::get_if<std::string>(&text)) {
+      WriteLength(narrow->size());
+      for (const char c : *narrow) WriteNumber(static_cast<std::uint8_t>(c));
+      return;
+    }
+    const std::u16string units = ToUtf16(std::get<std::wstring>(text));
+    WriteNumber(kByteEscape);
+    WriteNumber(kUnicodeMark);
     WriteLength(units.size());
     for (const char16_t unit : units) WriteNumber(static_cast<std::uint16_t>(unit));
   }
@@ -139,7 +144,7 @@ class ArchiveReading {
     return doubleWord < kDoubleWordEscape || ReadNumber(length.characters);
   }
 
-  [[nodiscard]] bool ReadText(std::wstring& text) {
+  [[nodiscard]] bool ReadText(RibbonText& text) {
     TextLength length;
     if (!ReadLength(length)) return false;
     const std::size_t unitSize = length.unicode ? sizeof(char16_t) : 1;
@@ -147,7 +152,11 @@ class ArchiveReading {
     const std::string_view stored =
         bytes_.substr(0, static_cast<std::size_t>(length.characters) * unitSize);
     bytes_.remove_prefix(stored.size());
-    text = length.unicode ? FromUnits(stored) : FromNarrow(stored);
+    if (length.unicode) {
+      text = FromUnits(stored);
+    } else {
+      text = std::string(stored);
+    }
     return true;
   }
 
@@ -159,14 +168,6 @@ class ArchiveReading {
       units[i] = static_cast<char16_t>(low | (high << 8));
     }
     return FromUtf16(units);
-  }
-
-  // Old records hold 8-bit strings in a code page that they do not name; every byte is kept.
-  static std::wstring FromNarrow(std::string_view stored) {
-    if (IsUtf8(stored)) return FromUtf8(stored);
-    std::wstring text;
-    for (const char c : stored) text.push_back(static_cast<std::uint8_t>(c));
-    return text;
   }
 
   std::string_view bytes_;

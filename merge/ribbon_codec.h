@@ -13,6 +13,8 @@ namespace carrovan {
 // A record may nest this deep, itself included; one that nests deeper is not read.
 inline constexpr int kRibbonLevels = 64;
 
+// A text of 8 bits is written as its bytes, every other one in 16-bit units behind the mark of
+// such.
 std::wstring RibbonElementToText(const sRibbonElement& record);
 
 // Both cases of digit are read. False for a text of odd length or with another character, for a

@@ -141,7 +141,7 @@ void NodeMerge::AppendNumbered(Level& level, const XmlNode& oldChild, std::strin
   if (!level.newElement.AppendChild(created)) return;
   // Without a place for the size the number stays free, and the next container takes it too.
   if (!summary.sizeText || !summary.sizeText.SetText(std::to_wstring(size))) return;
-  level.newChildren->NoteSizeWritten(size);
+  level.newChildren->NoteSizeWritten();
   summary.highestSuffix = suffix;
   summary.size = size;
 }

@@ -13,7 +13,8 @@ class XmlDocument {
  public:
   virtual ~XmlDocument() = default;
 
-  // Drops text of nothing but white space; keeps comments, instructions, CDATA and the declaration.
+  // Drops text of nothing but white space, unless xml:space="preserve" holds; keeps comments,
+  // instructions, CDATA and the declaration.
   // False for a file that is missing, not well formed, or has a document type definition.
   [[nodiscard]] virtual bool Load(const std::wstring& path) = 0;
   // Why the last Load gave false, in the parser's own words; one line.
@@ -22,7 +23,9 @@ class XmlDocument {
   virtual XmlNode Root() = 0;
   // An element outside the tree; no node when the DOM refuses.
   virtual XmlNode CreateElement(std::string_view name) = 0;
-  // Writes the encoding that the document's declaration names, UTF-8 when it names none.
+  // Writes the encoding that the document's declaration names, UTF-8 when it names none or when that
+  // encoding cannot hold the document; the written declaration says so. What is written loads again.
+  // False, and the file is as it was, when that is not so or the file cannot be written.
   [[nodiscard]] virtual bool Save(const std::wstring& path) = 0;
 };
 

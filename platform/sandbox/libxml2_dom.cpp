@@ -8,29 +8,19 @@
 #include <new>
 #include <string_view>
 
+#include "platform/sandbox/iconv_encoder.h"
 #include "platform/sandbox/libxml2_copy.h"
+#include "platform/sandbox/libxml2_reading.h"
 #include "platform/sandbox/libxml2_text_filter.h"
+#include "platform/saved_document.h"
 #include "platform/text.h"
 #include "platform/xml_dom.h"
 
 namespace carrovan {
 namespace {
 
-// The parser's own limits on depth and length are lifted: the merge and this adapter work without
-// recursion. Nothing is fetched from a network.
-constexpr int kParseOptions =
-    XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
-
 constexpr xmlChar kNoText[] = "";
 constexpr xmlChar kDetachedName[] = "detached";
-
-template <auto kFree>
-struct Freer {
-  template <typename T>
-  void operator()(T* object) const {
-    kFree(object);
-  }
-};
 
 using DictOwner = std::unique_ptr<xmlDict, Freer<xmlDictFree>>;
 using DocOwner = std::unique_ptr<xmlDoc, Freer<xmlFreeDoc>>;
@@ -39,17 +29,8 @@ struct TextFreer {
   void operator()(xmlChar* text) const { xmlFree(text); }
 };
 using TextOwner = std::unique_ptr<xmlChar, TextFreer>;
-using ParserOwner = std::unique_ptr<xmlParserCtxt, Freer<xmlFreeParserCtxt>>;
 
 xmlNode* AsNode(XmlNodeOperations::Handle handle) { return static_cast<xmlNode*>(handle); }
-
-const xmlChar* AsXmlText(const std::string& text) {
-  return static_cast<const xmlChar*>(static_cast<const void*>(text.c_str()));
-}
-
-const char* AsChars(const xmlChar* text) {
-  return static_cast<const char*>(static_cast<const void*>(text));
-}
 
 const xmlChar* ContentOf(const xmlNode& text) {
   return text.content == nullptr ? kNoText : text.content;
@@ -84,15 +65,6 @@ std::wstring ProblemOf(xmlParserCtxt& parser, bool hasTypeDefinition) {
   return L"line " + std::to_wstring(error->line) + L": " + text;
 }
 
-// Gives the parser what it asks for; `source` is the text that it has not read yet. Given all at
-// once, the text would be copied as a whole.
-int ReadOn(void* source, char* buffer, int length) {
-  auto& unread = *static_cast<std::string_view*>(source);
-  const std::size_t count = unread.copy(buffer, static_cast<std::size_t>(length));
-  unread.remove_prefix(count);
-  return static_cast<int>(count);
-}
-
 // A parser that keeps its names in the given dictionary; null when there is no memory.
 ParserOwner NewParser(xmlDict& names) {
   ParserOwner parser(xmlNewParserCtxt());
@@ -109,10 +81,9 @@ DocOwner Parse(std::string_view bytes, xmlDict& names, std::wstring& problem) {
   if (bytes.size() > std::size_t{std::numeric_limits<int>::max()}) return nullptr;
   const ParserOwner parser = NewParser(names);
   if (parser == nullptr) return nullptr;
-  BlankTextFilter filter;
+  ParserTextFilter filter;
   filter.AttachTo(*parser);
-  DocOwner document(
-      xmlCtxtReadIO(parser.get(), ReadOn, nullptr, &bytes, nullptr, nullptr, kParseOptions));
+  DocOwner document(ReadDocument(*parser, bytes));
   const bool accepted = parser->wellFormed != 0 && parser->nsWellFormed != 0 &&
                         !filter.SawTypeDefinition() && document != nullptr;
   if (accepted) return document;
@@ -120,20 +91,14 @@ DocOwner Parse(std::string_view bytes, xmlDict& names, std::wstring& problem) {
   return nullptr;
 }
 
-std::string DeclarationOf(const xmlDoc& document) {
+XmlDeclaration DeclarationOf(const xmlDoc& document) {
   constexpr int kNoDeclaration = -1;
-  if (document.standalone == kNoDeclaration) return {};
-  std::string text = "<?xml version=\"";
-  text += document.version == nullptr ? "1.0" : AsChars(document.version);
-  text += '"';
-  if (document.encoding != nullptr) {
-    text += " encoding=\"";
-    text += AsChars(document.encoding);
-    text += '"';
-  }
-  if (document.standalone == 0) text += " standalone=\"no\"";
-  if (document.standalone == 1) text += " standalone=\"yes\"";
-  return text + "?>\n";
+  XmlDeclaration declaration;
+  declaration.present = document.standalone != kNoDeclaration;
+  if (document.version != nullptr) declaration.version = AsChars(document.version);
+  if (declaration.present) declaration.encoding = ViewOf(document.encoding);
+  if (document.standalone >= 0) declaration.standalone = document.standalone == 1;
+  return declaration;
 }
 
 int AppendToString(void* target, const char* bytes, int length) {
@@ -141,23 +106,31 @@ int AppendToString(void* target, const char* bytes, int length) {
   return length;
 }
 
-bool Serialize(xmlDoc& document, std::string& bytes) {
-  const char* const encoding = document.encoding == nullptr ? "UTF-8" : AsChars(document.encoding);
-  xmlCharEncodingHandler* const encoder = xmlFindCharEncodingHandler(encoding);
-  if (encoder == nullptr) return false;
-  xmlOutputBuffer* const out = xmlOutputBufferCreateIO(AppendToString, nullptr, &bytes, encoder);
-  if (out == nullptr) {
-    if (encoder != nullptr) xmlCharEncCloseFunc(encoder);
-    return false;
-  }
-  xmlOutputBufferWriteString(out, DeclarationOf(document).c_str());
+// Appends the document without its declaration, as UTF-8.
+bool AppendBody(xmlDoc& document, std::string& text) {
+  xmlOutputBuffer* const out = xmlOutputBufferCreateIO(AppendToString, nullptr, &text, nullptr);
+  if (out == nullptr) return false;
   for (xmlNode* node = document.children; node != nullptr; node = node->next) {
-    xmlNodeDumpOutput(out, &document, node, 0, 0, encoding);
+    xmlNodeDumpOutput(out, &document, node, 0, 0, "UTF-8");
     xmlOutputBufferWriteString(out, "\n");
   }
   const int error = out->error;
   return xmlOutputBufferClose(out) >= 0 && error == 0;
 }
+
+class LibXml2Saving : public SavingSystem {
+ public:
+  std::unique_ptr<DocumentEncoder> NewEncoder(const std::string& encoding) override {
+    return OpenIconvEncoder(encoding);
+  }
+  bool Loads(std::string_view document) override {
+    return DocumentFingerprint(document).has_value();
+  }
+  bool LoadAlike(std::string_view document, std::string_view other) override {
+    const std::optional<std::uint64_t> print = DocumentFingerprint(document);
+    return print && print == DocumentFingerprint(other);
+  }
+};
 
 class LibXml2Document : private XmlNodeOperations, public XmlDocument {
  public:
@@ -193,11 +166,14 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
   }
 
   bool Save(const std::wstring& path) override {
-    std::string bytes;
+    std::string body;
     // Growing step by step would copy it often; room that stays empty takes no memory.
-    bytes.reserve(2 * loadedBytes_);
-    return document_ != nullptr && Serialize(*document_, bytes) &&
-           files_.WriteBytes(path, bytes) == kSystemOk;
+    body.reserve(2 * loadedBytes_);
+    if (document_ == nullptr || !AppendBody(*document_, body)) return false;
+    LibXml2Saving system;
+    const std::optional<std::string> bytes =
+        BytesToSave(DeclarationOf(*document_), std::move(body), system);
+    return bytes && files_.WriteBytes(path, *bytes) == kSystemOk;
   }
 
  private:

@@ -5,10 +5,12 @@
 #include <algorithm>
 #include <limits>
 
+#include "platform/saved_document.h"
 #include "platform/text.h"
+#include "platform/windows/code_page_encoder.h"
 #include "platform/windows/com_handles.h"
 #include "platform/windows/msxml_node_operations.h"
-#include "platform/windows/saved_encoding.h"
+#include "platform/windows/msxml_text_filter.h"
 #include "platform/windows/windows_file_system.h"
 #include "platform/xml_dom.h"
 
@@ -54,10 +56,118 @@ class TemporaryFile {
   std::wstring path_;
 };
 
+using DocumentPointer = ComPointer<IXMLDOMDocument>;
+using NodePointer = ComPointer<IXMLDOMNode>;
+
+// Null when the DOM cannot make one. White space is kept, to be filtered by the one rule.
+DocumentPointer NewDomDocument() {
+  void* object = nullptr;
+  if (FAILED(CoCreateInstance(kDomDocument60, nullptr, CLSCTX_INPROC_SERVER, kXmlDomDocument,
+                              &object))) {
+    return {};
+  }
+  DocumentPointer document(static_cast<IXMLDOMDocument*>(object));
+  document.Get()->put_async(VARIANT_FALSE);
+  document.Get()->put_resolveExternals(VARIANT_FALSE);
+  document.Get()->put_validateOnParse(VARIANT_FALSE);
+  document.Get()->put_preserveWhiteSpace(VARIANT_TRUE);
+  return document;
+}
+
+bool LoadBytes(IXMLDOMDocument* document, const std::string& bytes) {
+  if (bytes.empty() || bytes.size() > std::size_t{std::numeric_limits<LONG>::max()}) return false;
+  Variant source;
+  PutBytes(bytes, source);
+  VARIANT_BOOL success = VARIANT_FALSE;
+  return document->load(source.Get(), &success) == S_OK && success == VARIANT_TRUE;
+}
+
+// Takes the declaration out of the tree.
+XmlDeclaration TakeDeclaration(IXMLDOMDocument* document) {
+  XmlDeclaration declaration;
+  declaration.present = false;
+  NodePointer first;
+  DOMNodeType type = NODE_INVALID;
+  Bstr name;
+  if (document->get_firstChild(first.Receive()) != S_OK ||
+      FAILED(first.Get()->get_nodeType(&type)) || type != NODE_PROCESSING_INSTRUCTION ||
+      FAILED(first.Get()->get_nodeName(name.Receive())) || ViewOf(name.Get()) != L"xml") {
+    return declaration;
+  }
+  Variant text;
+  NodePointer removed;
+  if (SUCCEEDED(first.Get()->get_nodeValue(text.Receive())) && text.Get().vt == VT_BSTR) {
+    declaration = ReadXmlDeclaration(ToUtf8(ViewOf(text.Get().bstrVal)));
+  }
+  document->removeChild(first.Get(), removed.Receive());
+  return declaration;
+}
+
+// The tree of a document, written by way of a file of its own.
+class MsXmlTree : public WritableTree {
+ public:
+  explicit MsXmlTree(IXMLDOMDocument* document) : document_(document) {}
+
+  bool Declare(std::string_view text) override {
+    TakeDeclaration(document_);
+    const Bstr target = NewBstr(L"xml");
+    const Bstr data = NewBstr(FromUtf8(text));
+    ComPointer<IXMLDOMProcessingInstruction> declaration;
+    NodePointer first;
+    NodePointer inserted;
+    if (document_->createProcessingInstruction(target.Get(), data.Get(), declaration.Receive()) !=
+            S_OK ||
+        document_->get_firstChild(first.Receive()) != S_OK) {
+      return false;
+    }
+    Variant reference;
+    reference.Edit().pdispVal = first.Release();
+    reference.Edit().vt = VT_DISPATCH;
+    return document_->insertBefore(declaration.Get(), reference.Get(), inserted.Receive()) == S_OK;
+  }
+
+  std::optional<std::string> Write() override {
+    const TemporaryFile file;
+    if (file.Path().empty()) return std::nullopt;
+    Variant target;
+    target.Edit().bstrVal = NewBstr(file.Path()).Release();
+    target.Edit().vt = VT_BSTR;
+    std::string bytes;
+    const bool written = document_->save(target.Get()) == S_OK &&
+                         WindowsFileSystem().ReadBytes(file.Path(), bytes) == kSystemOk;
+    return written ? std::optional(std::move(bytes)) : std::nullopt;
+  }
+
+ private:
+  IXMLDOMDocument* document_;
+};
+
+class MsXmlSaving : public SavingSystem {
+ public:
+  std::unique_ptr<DocumentEncoder> NewEncoder(const std::string& encoding) override {
+    return OpenCodePageEncoder(encoding);
+  }
+  bool Loads(std::string_view document) override {
+    const DocumentPointer loaded = NewDomDocument();
+    return loaded && LoadBytes(loaded.Get(), std::string(document));
+  }
+  bool LoadAlike(std::string_view document, std::string_view other) override {
+    const std::optional<std::string> body = BodyOfLoaded(document);
+    return body && body == BodyOfLoaded(other);
+  }
+
+ private:
+  static std::optional<std::string> BodyOfLoaded(std::string_view document) {
+    const DocumentPointer loaded = NewDomDocument();
+    if (!loaded || !LoadBytes(loaded.Get(), std::string(document))) return std::nullopt;
+    MsXmlTree tree(loaded.Get());
+    return BodyOf(tree);
+  }
+};
+
 class MsXmlDocument : public XmlDocument {
  public:
-  MsXmlDocument(FileSystem& files, const MsXmlNodeOperations& nodes,
-                ComPointer<IXMLDOMDocument> document)
+  MsXmlDocument(FileSystem& files, const MsXmlNodeOperations& nodes, DocumentPointer document)
       : files_(files), nodes_(nodes), document_(std::move(document)) {}
 
   bool Load(const std::wstring& path) override {
@@ -68,16 +178,14 @@ class MsXmlDocument : public XmlDocument {
       problem_ = DescribeSystemCode(code);
       return false;
     }
-    if (bytes.empty() || bytes.size() > std::size_t{std::numeric_limits<LONG>::max()}) return false;
-    Variant source;
-    PutBytes(bytes, source);
-    VARIANT_BOOL success = VARIANT_FALSE;
-    const HRESULT result = document_.Get()->load(source.Get(), &success);
-    const bool parsed = result == S_OK && success == VARIANT_TRUE;
+    const bool parsed = LoadBytes(document_.Get(), bytes);
     if (!parsed) NoteParseError();
     if (parsed && HasTypeDefinition()) problem_ = L"the document has a type definition";
     loaded_ = parsed && !HasTypeDefinition();
-    return loaded_;
+    if (!loaded_) return false;
+    declaration_ = TakeDeclaration(document_.Get());
+    FilterBlankText(document_.Get());
+    return true;
   }
 
   std::wstring LoadProblem() const override { return problem_; }
@@ -96,27 +204,16 @@ class MsXmlDocument : public XmlDocument {
   }
 
   bool Save(const std::wstring& path) override {
-    const TemporaryFile file;
-    if (!loaded_ || file.Path().empty()) return false;
-    Variant target;
-    target.Edit().bstrVal = NewBstr(file.Path()).Release();
-    target.Edit().vt = VT_BSTR;
-    std::string bytes;
-    return document_.Get()->save(target.Get()) == S_OK &&
-           WindowsFileSystem().ReadBytes(file.Path(), bytes) == kSystemOk &&
-           MakeTrueToDeclaration(bytes) && files_.WriteBytes(path, bytes) == kSystemOk;
+    if (!loaded_) return false;
+    MsXmlTree tree(document_.Get());
+    std::optional<std::string> body = BodyOf(tree);
+    if (!body) return false;
+    MsXmlSaving system;
+    const std::optional<std::string> bytes = BytesToSave(declaration_, *std::move(body), system);
+    return bytes && files_.WriteBytes(path, *bytes) == kSystemOk;
   }
 
  private:
-  // Bytes that were written as UTF-8 under another name are written again. A document that the DOM
-  // encoded itself is not valid UTF-8, unless every character is in ASCII.
-  static bool MakeTrueToDeclaration(std::string& bytes) {
-    const std::wstring encoding = DeclaredEightBitEncoding(bytes);
-    if (encoding.empty() || !IsUtf8(bytes)) return true;
-    bytes = EncodeDocument(bytes, encoding);
-    return !bytes.empty();
-  }
-
   void NoteParseError() {
     ComPointer<IXMLDOMParseError> error;
     Bstr reason;
@@ -140,7 +237,8 @@ class MsXmlDocument : public XmlDocument {
 
   FileSystem& files_;
   const MsXmlNodeOperations& nodes_;
-  ComPointer<IXMLDOMDocument> document_;
+  DocumentPointer document_;
+  XmlDeclaration declaration_;  // the loaded document's; the tree has none
   std::wstring problem_;
   bool loaded_ = false;
 };
@@ -152,15 +250,8 @@ class MsXmlSession : public XmlSession {
   bool Started() const override { return apartment_.Entered(); }
 
   std::unique_ptr<XmlDocument> NewDocument() override {
-    void* object = nullptr;
-    if (FAILED(CoCreateInstance(kDomDocument60, nullptr, CLSCTX_INPROC_SERVER, kXmlDomDocument,
-                                &object))) {
-      return nullptr;
-    }
-    ComPointer<IXMLDOMDocument> document(static_cast<IXMLDOMDocument*>(object));
-    document.Get()->put_async(VARIANT_FALSE);
-    document.Get()->put_resolveExternals(VARIANT_FALSE);
-    document.Get()->put_validateOnParse(VARIANT_FALSE);
+    DocumentPointer document = NewDomDocument();
+    if (!document) return nullptr;
     return std::make_unique<MsXmlDocument>(files_, nodes_, std::move(document));
   }
 

@@ -6,6 +6,7 @@ import sys
 import tempfile
 import unittest
 from pathlib import Path
+from xml.etree import ElementTree
 
 ROOT = Path(__file__).resolve().parents[2]
 PROGRAM = os.environ.get("CARROVAN_CLI", str(ROOT / "build/host-check/carrovan-cli"))
@@ -35,6 +36,18 @@ class MergeVerbs(unittest.TestCase):
         done = run("merge-xml", old, new, self.folder / "out.xml")
         self.assertEqual((done.returncode, done.stdout, done.stderr), (0, b"", b""))
         self.assertEqual((self.folder / "out.xml").read_text(), "<r><a>old</a><b/></r>\n")
+
+    def test_merge_xml_keeps_names_that_the_new_encoding_lacks(self):
+        old = self.put("old.xml", "<r><快捷键><!--全图--></快捷键></r>")
+        new = self.put("new.xml", '<?xml version="1.0" encoding="ISO-8859-1"?><r>\xe9</r>'
+                       .encode("latin-1"))
+        done = run("merge-xml", old, new, self.folder / "out.xml")
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, b"", b""))
+        merged = ElementTree.parse(self.folder / "out.xml").getroot()
+        self.assertEqual([merged.text, merged[0].tag], ["é", "快捷键"])
+        self.assertEqual((self.folder / "out.xml").read_text("utf-8"),
+                         '<?xml version="1.0" encoding="UTF-8"?>\n'
+                         "<r>é<快捷键><!--全图--></快捷键></r>\n")
 
     def test_merge_xml_logs_why_it_failed(self):
         not_the_encoding = b'<?xml version="1.0" encoding="EUC-JP"?><a>\xff\xff\x8f\xff</a>'
@@ -126,6 +139,17 @@ class MergeVerbs(unittest.TestCase):
         result = json.loads(decoded.stdout)
         self.assertEqual(result["children"][0]["id"], 7)
         self.assertEqual({**result, "children": record["children"]}, record)
+
+    def test_ribbon_texts_that_are_no_unicode_come_back_as_they_were(self):
+        rest = "00000000" + "fffeff00" + "00000000" + "fffeff00" * 2 + "00000000"
+        for text in ("fffeff013dd8", "fffeff0200dc00d8", "04c8abcdbc", "03616263", "02c8ff"):
+            with self.subTest(text):
+                record = "0100000002000000" + text + rest
+                decoded = run("ribbon-decode", stdin=record.encode())
+                self.assertEqual(decoded.returncode, 0, decoded.stderr)
+                json.loads(decoded.stdout)
+                encoded = run("ribbon-encode", stdin=decoded.stdout)
+                self.assertEqual(encoded.stdout.decode().strip(), record)
 
     def test_ribbon_verbs_refuse_what_is_no_record(self):
         for text in (b"", b"123", b"zz", b"0000000000000000fffeffffffffffffee"):

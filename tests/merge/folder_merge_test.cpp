@@ -197,6 +197,41 @@ TEST_F(FolderMerge, PutsItsFoldersInsideAFolderThatEndsInABackslash) {
   EXPECT_EQ(bench.log.lines[bench.log.lines.size() - 2], L"Backup location: C:\\d\\old\\_backup");
 }
 
+TEST_F(FolderMerge, WorksInsideAFolderThatEndsInABackslash) {
+  PutOld(L"a.xml", "<r/>");
+  PutNew(L"a.xml", "<r/>");
+  Lines whileUpdating;
+  bench.files.fault = [&](const std::string& operation, const std::wstring& path) {
+    if (operation == "copy" && path.ends_with(L"_merged_temp\\a.xml")) {
+      whileUpdating = bench.files.Names(L"C:\\d\\old");
+      EXPECT_EQ(path, L"C:\\d\\old\\_merged_temp\\a.xml");
+    }
+    return kSystemOk;
+  };
+  EXPECT_TRUE(Merge(L"C:\\d\\old\\"));
+  EXPECT_EQ(whileUpdating, (Lines{L"_backup", L"_merged_temp"}));
+}
+
+TEST_F(FolderMerge, RemovesItsWorkingFolderBeforeTheSummary) {
+  PutNew(L"a.xml", "<r/>");
+  Lines before;
+  bench.files.fault = [&](const std::string& operation, const std::wstring& path) {
+    if (operation == "remove" && path == L"C:\\d\\old_merged_temp\\a.xml") before = bench.log.lines;
+    return kSystemOk;
+  };
+  EXPECT_TRUE(Merge());
+  ASSERT_FALSE(before.empty());
+  EXPECT_EQ(before.back(), L"Updated: a.xml");
+}
+
+TEST_F(FolderMerge, GivesNoSummaryWhenItsWorkingFolderStays) {
+  PutNew(L"a.xml", "<r/>");
+  FailOn("remove", L"C:\\d\\old_merged_temp\\a.xml", kSharingViolation);
+  EXPECT_NE(Raised(), kSystemOk);
+  EXPECT_EQ(bench.log.lines.back(), L"Updated: a.xml");
+  EXPECT_EQ(Old(L"a.xml"), "<r/>");
+}
+
 TEST_F(FolderMerge, StartsAfreshOverWhatAKilledRunLeft) {
   PutOld(L"a.xml", "<r/>");
   PutNew(L"a.xml", "<r/>");

@@ -39,15 +39,19 @@ bool IsContainer(const XmlNode& node) {
   return IsState(node) || IsPanel(node) || Base(node) == "EyeCustomRibbonCategory";
 }
 
-std::optional<std::string> FirstText(const XmlNode& element) {
+bool BeginsWithText(const XmlNode& element) {
   const XmlNode first = element.FirstChild();
-  if (!first || !first.IsText()) return std::nullopt;
-  return Narrow(first.Text());
+  return first && first.IsText();
+}
+
+std::optional<std::string> NumberText(const XmlNode& element) {
+  if (!BeginsWithText(element)) return std::nullopt;
+  return Narrow(element.Text());
 }
 
 std::optional<std::string> IdText(const XmlNode& element) {
   for (const XmlNode& child : Children(element)) {
-    if (child.IsElement() && child.Name() == "ID") return FirstText(child);
+    if (child.IsElement() && child.Name() == "ID") return NumberText(child);
   }
   return std::nullopt;
 }
@@ -77,7 +81,7 @@ std::optional<Summary> Summarize(const XmlNode& element) {
     if (!child.IsElement()) continue;
     const bool isSize = child.Name() == "Size";
     if (!isSize && !IsContainer(child)) continue;
-    if (const auto text = isSize ? FirstText(child) : IdText(child)) {
+    if (const auto text = isSize ? NumberText(child) : IdText(child)) {
       const std::optional<int> number = Whole(*text);
       if (!number) return std::nullopt;
       if (isSize) {
@@ -140,7 +144,7 @@ void AppendNumbered(const XmlNode& oldChild, const XmlNode& newElement, Summary&
 void LiterallyMergeXmlNodes(const XmlNode& oldElement, const XmlNode& newElement,
                             XmlDocument& newDocument) {
   if (!oldElement || !newElement || IsValueElement(newElement)) return;
-  if (FirstText(oldElement) && FirstText(newElement)) {
+  if (BeginsWithText(oldElement) && BeginsWithText(newElement)) {
     static_cast<void>(newElement.FirstChild().SetText(oldElement.FirstChild().Text()));
   }
   std::optional<Summary> summary = Summarize(newElement);

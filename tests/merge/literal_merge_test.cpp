@@ -74,8 +74,15 @@ class RandomXml {
                         "c",
                         "RibbonElement-1"};
   const Names kSuffixes = {"1", "2", "3", "4", "7", "x", "12", "1-2"};
-  const Names kNumbers = {"1",  "2", "3", "4",         "5",  "6", " 7",
-                          "8 ", "x", "",  "<!--c-->9", "-1", "+2"};
+  const Names kNumbers = {"1",          "2",
+                          "3",          "4",
+                          "5",          "6",
+                          " 7",         "8 ",
+                          "x",          "<!--c-->9",
+                          "-1",         "+2",
+                          "1<!--c-->2", "<![CDATA[1]]>",
+                          "",           "1<?p i?>",
+                          "4<x>5</x>",  "1<![CDATA[2]]>"};
   const Names kTexts = {"t", "u v", "<!--c-->", "<?p i?>", "<![CDATA[d]]>", "&amp;"};
   std::mt19937 random_;
 };

@@ -75,7 +75,7 @@ TEST(RibbonCodec, WritesEachLengthInItsShortestForm) {
                       {0x10000, L"fffeffffffff00000100"}};
   for (const Row& row : rows) {
     sRibbonElement record;
-    record.text1.assign(row.length, L'x');
+    record.text1 = std::wstring(row.length, L'x');
     const std::wstring text = RibbonElementToText(record);
     EXPECT_EQ(text.substr(16, std::wstring(row.prefix).size()), row.prefix) << row.length;
     sRibbonElement read;
@@ -106,17 +106,17 @@ TEST(RibbonCodec, KeepsAnUnpairedSurrogate) {
 
 struct StoredText {
   const wchar_t* stored;
-  std::wstring read;
+  RibbonText read;
 };
 
 TEST(RibbonCodec, ReadsEveryFormOfAStoredText) {
   const StoredText rows[] = {
-      {L"00", L""},
-      {L"0261e9", L"a\xE9"},                        // 8-bit, not UTF-8
-      {L"03e4b8ad", L"\x4E2D"},                     // 8-bit, UTF-8
-      {L"ff01004f", L"O"},                          // 8-bit, word length
-      {L"ffffff010000004f", L"O"},                  // 8-bit, double word length
-      {L"ffffffffffffff01000000000000004f", L"O"},  // 8-bit, length of eight bytes
+      {L"00", ""},
+      {L"0261e9", "a\xE9"},
+      {L"03e4b8ad", "\xE4\xB8\xAD"},
+      {L"ff01004f", "O"},                          // 8-bit, word length
+      {L"ffffff010000004f", "O"},                  // 8-bit, double word length
+      {L"ffffffffffffff01000000000000004f", "O"},  // 8-bit, length of eight bytes
       {L"fffeffff01004f00", L"O"},
       {L"fffeffffffff010000004f00", L"O"},
       {L"fffeffffffffffffffff01000000000000004f00", L"O"},
@@ -137,7 +137,7 @@ TEST(RibbonCodec, TakesTheMarkBehindTheMarkForALength) {
       L"fffefffffeff" +
       Repeated(L"7800", 0xFFFE) + FreshText().substr(24);
   ASSERT_TRUE(RibbonElementFromText(text, read));
-  EXPECT_EQ(read.text1, std::wstring(0xFFFE, L'x'));
+  EXPECT_EQ(read.text1, RibbonText(std::wstring(0xFFFE, L'x')));
 }
 
 TEST(RibbonCodec, ReadsUpperCaseDigitsAndIgnoresTrailingBytes) {

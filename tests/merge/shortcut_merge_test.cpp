@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "merge/accelerator_table.h"
 #include "tests/merge/merge_support.h"
 #include "tests/support/fakes.h"
 
@@ -277,6 +278,24 @@ TEST_F(ShortcutMerge, ReadsATableNamedLikeAProduct) {
   EXPECT_TRUE(MergeShortcutFolders(kOldFolder, kNewFolder, L"V28.0", bench.files, *bench.dom));
   EXPECT_FALSE(MergeShortcutFolders(kOldFolder, kNewFolder, L"V 28.0", bench.files, *bench.dom));
   EXPECT_FALSE(MergeShortcutFolders(kOldFolder, kNewFolder, L"*", bench.files, *bench.dom));
+}
+
+TEST_F(ShortcutMerge, FindsTheHighestIndexOfATable) {
+  struct Row {
+    const char* xml;
+    std::int32_t highest;
+  };
+  const Row rows[] = {{"<T/>", -1},
+                      {"<T><Count>3</Count><x/></T>", -1},
+                      {"<T><Accels-x/></T>", 0},
+                      {"<T><Accels-7/><Accels-3/></T>", 7},
+                      {"<T><Accels--5/></T>", -1},
+                      {"<T><OldAccels-9/></T>", 0}};
+  for (const Row& row : rows) {
+    LoadedXml table(bench, row.xml);
+    EXPECT_EQ(HighestAcceleratorIndex(table.Root()), row.highest) << row.xml;
+  }
+  EXPECT_EQ(HighestAcceleratorIndex(XmlNode()), -1);
 }
 
 }  // namespace

@@ -294,5 +294,125 @@ TEST(MergeXmlNodes, LeavesOutAContainerThatTheDomDoesNotCreate) {
                          "<t/>"));
 }
 
+TEST(MergeXmlNodes, ReadsAnIdFromAllOfItsElementsText) {
+  for (const char* id :
+       {"12", "1<!--c-->2", "1<?p i?>2", "1<![CDATA[2]]>", "1<x>2</x>", " 1<x/>2"}) {
+    const std::string oldXml = "<r><EyeCustomRibbonCategory-1><ID>" + std::string(id) +
+                               "</ID><a>old</a></EyeCustomRibbonCategory-1></r>";
+    const std::string newXml =
+        "<r><EyeCustomRibbonCategory-9><ID>12</ID><a>new</a></EyeCustomRibbonCategory-9></r>";
+    DomBench bench;
+    EXPECT_EQ(bench.MergeXml(oldXml, newXml),
+              "<r><EyeCustomRibbonCategory-9><ID>12</ID><a>old</a></EyeCustomRibbonCategory-9></r>")
+        << id;
+  }
+}
+
+TEST(MergeXmlNodes, ReadsNoIdThatDoesNotBeginWithText) {
+  for (const char* id : {"<!--c-->12", "<![CDATA[12]]>", "<x>1</x>2", "1<!--c-->2 ", "1<x>y</x>"}) {
+    const std::string category =
+        "<EyeCustomRibbonCategory-1><ID>" + std::string(id) + "</ID></EyeCustomRibbonCategory-1>";
+    const std::string kept = "<EyeCustomRibbonCategory-9><ID>12</ID></EyeCustomRibbonCategory-9>";
+    DomBench bench;
+    EXPECT_EQ(bench.MergeXml("<r>" + category + "</r>", "<r>" + kept + "</r>"),
+              "<r>" + kept + category + "</r>");
+  }
+}
+
+TEST(MergeXmlNodes, ReadsASizeFromAllOfItsElementsText) {
+  ExpectMerges(
+      {{"<EyeRibbonState-1><EyeCustomRibbonPanel-1><ID>7</ID></EyeCustomRibbonPanel-1>"
+        "</EyeRibbonState-1>",
+        "<EyeRibbonState-1><Size>1<!--c-->0</Size>"
+        "<EyeCustomRibbonPanel-4><ID>1</ID></EyeCustomRibbonPanel-4></EyeRibbonState-1>",
+        "<EyeRibbonState-1><Size>11<!--c-->0</Size>"
+        "<EyeCustomRibbonPanel-4><ID>1</ID></EyeCustomRibbonPanel-4>"
+        "<EyeCustomRibbonPanel-5><ID>7</ID></EyeCustomRibbonPanel-5></EyeRibbonState-1>"}});
+}
+
+std::string State(const std::string& content) {
+  return "<EyeRibbonState-1>" + content + "</EyeRibbonState-1>";
+}
+
+std::string Panel(int number, int id) {
+  const std::string name = "EyeCustomRibbonPanel-" + std::to_string(number);
+  return "<" + name + "><ID>" + std::to_string(id) + "</ID></" + name + ">";
+}
+
+// An element that is merged into again and again reads as if it were read afresh each time.
+TEST(MergeXmlNodes, CountsOnInAnElementThatSeveralOldOnesMatch) {
+  const std::string oldXml =
+      "<r>" + State(Panel(5, 7)) + State(Panel(5, 8)) + State(Panel(5, 9)) + "</r>";
+  const std::string added = Panel(2, 7) + Panel(3, 8) + Panel(4, 9);
+  struct SizeRow {
+    const char* before;
+    const char* after;
+  };
+  const SizeRow rows[] = {
+      {"<Size>1</Size>", "<Size>4</Size>"},
+      {"<Size>1</Size><Size>5</Size>", "<Size>6</Size><Size>5</Size>"},
+      {"<Size>1<!--c-->2</Size>", "<Size>1333<!--c-->2</Size>"},
+      {"<Size><!--c-->3</Size><Size>5</Size>", "<Size><!--c-->3</Size><Size>5</Size>"},
+  };
+  for (const SizeRow& row : rows) {
+    DomBench bench;
+    EXPECT_EQ(bench.MergeXml(oldXml, "<r>" + State(row.before + Panel(1, 1)) + "</r>"),
+              "<r>" + State(row.after + Panel(1, 1) + added) + "</r>")
+        << row.before;
+  }
+}
+
+TEST(MergeXmlNodes, LearnsOfAnIdThatAnElementGainsWhileItIsMerged) {
+  const std::string newXml = "<r>" + State("<Size>1</Size><EyeRibbonState-2/>") + "</r>";
+  const auto gaining = [](const std::string& id) {
+    return "<EyeRibbonState-2><ID>" + id + "</ID></EyeRibbonState-2>";
+  };
+  const auto oldXml = [&](const std::string& id) {
+    return "<r>" + State("<a/>") + State(gaining(id)) + State(Panel(8, 9)) + "</r>";
+  };
+  DomBench bench;
+  EXPECT_EQ(bench.MergeXml(oldXml("5"), newXml),
+            "<r>" + State("<Size>2</Size>" + gaining("5") + "<a/>" + Panel(3, 9)) + "</r>");
+  EXPECT_EQ(bench.MergeXml(oldXml("x"), newXml),
+            "<r>" + State("<Size>1</Size>" + gaining("x") + "<a/>" + Panel(8, 9)) + "</r>");
+  const std::string withPanel =
+      "<r>" + State("<Size>1</Size>" + Panel(1, 1) + "<EyeRibbonState-2/>") + "</r>";
+  EXPECT_EQ(
+      bench.MergeXml(oldXml("x"), withPanel),
+      "<r>" + State("<Size>1</Size>" + Panel(1, 1) + gaining("x") + "<a/>" + Panel(8, 9)) + "</r>");
+}
+
+// So many that they are found by tables.
+std::string Fillers() {
+  std::string xml;
+  for (int i = 0; i < 20; ++i) xml += "<f" + std::to_string(i) + "/>";
+  return xml;
+}
+
+TEST(MergeXmlNodes, TakesTheFirstOfManyChildrenWithOneId) {
+  const std::string first = "<EyeRibbonState-1><ID>7</ID></EyeRibbonState-1>";
+  const std::string second = "<EyeRibbonState-2><ID>7</ID></EyeRibbonState-2>";
+  const std::string merged = "<EyeRibbonState-1><ID>7</ID><q/></EyeRibbonState-1>";
+  const std::string oldXml =
+      "<r><z/><EyeCustomRibbonCategory-1><ID>7</ID><q/></EyeCustomRibbonCategory-1></r>";
+  DomBench bench;
+  EXPECT_EQ(bench.MergeXml(oldXml, "<r>" + Fillers() + first + second + "</r>"),
+            "<r>" + Fillers() + merged + second + "<z/></r>");
+  EXPECT_EQ(bench.MergeXml(oldXml, "<r>" + first + second + Fillers() + "</r>"),
+            "<r>" + merged + second + Fillers() + "<z/></r>");
+}
+
+TEST(MergeXmlNodes, TakesAnEarlierChildOnceItHasTheId) {
+  const std::string later = "<EyeRibbonState-7><ID>7</ID></EyeRibbonState-7>";
+  for (const std::string& fillers : {std::string(), Fillers()}) {
+    DomBench bench;
+    EXPECT_EQ(bench.MergeXml(
+                  "<r><z/>" + State("<ID>7</ID>") +
+                      "<EyeCustomRibbonCategory-1><ID>7</ID><q/></EyeCustomRibbonCategory-1></r>",
+                  "<r>" + State("") + fillers + later + "</r>"),
+              "<r>" + State("<ID>7</ID><q/>") + fillers + later + "<z/></r>");
+  }
+}
+
 }  // namespace
 }  // namespace carrovan

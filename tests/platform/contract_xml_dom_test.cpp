@@ -84,6 +84,48 @@ TEST_F(XmlDomContract, KeepsWhiteSpaceAroundOtherText) {
   EXPECT_EQ(RoundTrip("<r>a &lt; b</r>"), "<r>a &lt; b</r>");
 }
 
+TEST_F(XmlDomContract, KeepsWhiteSpaceWhereItIsPreserved) {
+  const std::string xml =
+      "<r xml:space=\"preserve\"> <a/> <b xml:space=\"default\"> <c/> </b><d> </d></r>";
+  EXPECT_EQ(RoundTrip(xml),
+            "<r xml:space=\"preserve\"> <a/> <b xml:space=\"default\"><c/></b><d> </d></r>");
+}
+
+TEST_F(XmlDomContract, TakesBlanksBesideAReferenceForPartOfTheText) {
+  EXPECT_EQ(RoundTrip("<r><a> &amp;</a><b>&lt; </b><c> &#32;\t</c><d> &#x41; </d></r>"),
+            "<r><a> &amp;</a><b>&lt; </b><c/><d> A </d></r>");
+}
+
+TEST_F(XmlDomContract, ReadsEveryLineEndAsOne) {
+  for (const std::string end : {"\n", "\r\n", "\r"}) {
+    const auto document = Load("<r>" + end + "<ID>7" + end + "</ID>" + end + " x" + end + end +
+                               "<!--" + end + "--></r>" + end);
+    ASSERT_NE(document, nullptr);
+    const XmlNode id = document->Root().FirstChild();
+    EXPECT_EQ(id.Name(), "ID");
+    EXPECT_EQ(id.Text(), L"7\n");
+    EXPECT_EQ(id.NextSibling().Text(), L"\n x\n\n");
+    EXPECT_EQ(id.NextSibling().NextSibling().Text(), L"\n");
+  }
+}
+
+TEST_F(XmlDomContract, KeepsACarriageReturnThatIsAReference) {
+  const auto document = Load("<r k='&#13;'>a&#13;</r>");
+  ASSERT_NE(document, nullptr);
+  const auto again = Load(Saved(*document));
+  ASSERT_NE(again, nullptr);
+  EXPECT_EQ(again->Root().Text(), L"a\r");
+  EXPECT_EQ(again->Root().Attribute("k"), L"\r");
+}
+
+TEST_F(XmlDomContract, KeepsWhatTheDeclarationSaysOfOtherEntities) {
+  for (const std::string xml : {"<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?><r/>",
+                                "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\"?><r/>",
+                                "<?xml version=\"1.0\" standalone=\"yes\"?><r/>"}) {
+    EXPECT_EQ(RoundTrip(xml), xml);
+  }
+}
+
 TEST_F(XmlDomContract, RefusesWhatIsNotWellFormed) {
   for (const std::string xml : {"",
                                 "   ",
@@ -147,6 +189,47 @@ TEST_F(XmlDomContract, SavesInTheEncodingThatTheDeclarationNames) {
   const std::unique_ptr<XmlDocument> again = session->NewDocument();
   ASSERT_TRUE(again->Load(L"C:\\d\\saved.xml"));
   EXPECT_EQ(again->Root().Text(), FromUtf8("\xE4\xB8\xAD"));
+}
+
+constexpr char kLatinDeclaration[] = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>";
+
+TEST_F(XmlDomContract, SavesInUtf8WhatTheNamedEncodingCannotHold) {
+  const std::string keys = "\xE5\xBF\xAB\xE6\x8D\xB7\xE9\x94\xAE";
+  for (const std::string& content :
+       {"<" + keys + "/>", "<a " + keys + "=\"1\"/>", "<![CDATA[" + keys + "]]>",
+        "<!--" + keys + "-->", "<?p " + keys + "?>"}) {
+    const auto source = Load("<s>" + content + "</s>");
+    const auto target = session->NewDocument();
+    files.Put(L"C:\\d\\target.xml", std::string(kLatinDeclaration) + "<r>\xE9</r>");
+    ASSERT_TRUE(source != nullptr && target->Load(L"C:\\d\\target.xml"));
+    ASSERT_TRUE(target->Root().AppendCopy(source->Root().FirstChild()));
+    EXPECT_EQ(Saved(*target),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?><r>\xC3\xA9" + content + "</r>");
+    EXPECT_NE(Load(files.Bytes(L"C:\\d\\saved.xml")), nullptr);
+  }
+}
+
+TEST_F(XmlDomContract, RefersToCharactersThatTheNamedEncodingLacks) {
+  const std::string xml =
+      std::string(kLatinDeclaration) + "<r k=\"&#20013;\xE9\">&#20840;\xE9<!--\xE9--></r>";
+  EXPECT_EQ(RoundTrip(xml), xml);
+}
+
+TEST_F(XmlDomContract, KeepsTheFormerFileWhenADocumentWouldNotLoadAgain) {
+  const auto document = Load("<r/>");
+  ASSERT_NE(document, nullptr);
+  files.Put(L"C:\\d\\saved.xml", "former");
+  EXPECT_FALSE(document->Root().SetText(L"\x01") && document->Save(L"C:\\d\\saved.xml"));
+  EXPECT_EQ(files.Bytes(L"C:\\d\\saved.xml"), "former");
+}
+
+TEST_F(XmlDomContract, SavesChineseTextThatLooksLikeUtf8AsItWas) {
+  for (const std::string text : {"\xC8\xAB\xCD\xBC", "\xC4\xAC"}) {
+    const std::string xml = "<?xml version=\"1.0\" encoding=\"GBK\"?><r>" + text + "</r>";
+    EXPECT_EQ(RoundTrip(xml), xml);
+  }
+  const std::string latin = "<?xml version=\"1.0\" encoding=\"windows-1252\"?><r>\xC2\xB0</r>";
+  EXPECT_EQ(RoundTrip(latin), latin);
 }
 
 TEST_F(XmlDomContract, SavesInUtf8WhenNoEncodingIsNamed) {
