@@ -13,7 +13,7 @@ from limits import run_within  # noqa: E402
 
 
 def main():
-    run_within(5400, "the tests of the wizard")
+    run_within(2100, "the tests of the wizard")
     pattern = sys.argv[1] if len(sys.argv) > 1 else "*_test.py"
     start = time.monotonic()
     suite = unittest.defaultTestLoader.discover(str(Path(__file__).parent), pattern)
