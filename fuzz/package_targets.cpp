@@ -12,6 +12,7 @@
 #include "platform/native_machine.h"
 #include "platform/profile_text.h"
 #include "platform/reg_file_parser.h"
+#include "platform/reg_form_scan.h"
 #include "platform/registry_path.h"
 #include "platform/text.h"
 #include "platform/text_encoding.h"
@@ -99,12 +100,20 @@ bool IsOfCompany(const RegKeyChange& key, std::wstring_view company) {
          CompareNames(TakeKeyName(path), company) == 0;
 }
 
-std::optional<std::wstring> RefusalInParts(const std::string& input, std::size_t partBytes) {
-  RegistryFileScan scan(L"Vantric");
+template <typename Scan>
+std::optional<std::wstring> RefusalInParts(Scan scan, const std::string& input,
+                                           std::size_t partBytes) {
   for (std::size_t at = 0; at < input.size(); at += partBytes) {
     scan.Take(std::string_view(input).substr(at, partBytes));
   }
   return scan.Finish();
+}
+
+template <typename Scan>
+std::optional<std::wstring> RefusalBy(const Scan& scan, const std::string& input) {
+  auto refusal = RefusalInParts(scan, input, input.size() + 1);
+  Require(RefusalInParts(scan, input, 1) == refusal, "the cuts of a file decide");
+  return refusal;
 }
 
 class OneDescription : public ProfileReader {
@@ -156,10 +165,11 @@ void FuzzArchive(const std::string& input) {
 }
 
 void FuzzRegistryScan(const std::string& input) {
-  const auto refusal = RefusalInParts(input, input.size() + 1);
-  Require(RefusalInParts(input, 1) == refusal, "the cuts of a file decide");
+  const auto refusal = RefusalBy(RegistryFileScan(L"Vantric"), input);
+  const bool isUnderstood = !RefusalBy(RegFormScan(), input);
   const auto file =
       ParseRegFile(DecodeText(std::vector<std::uint8_t>(input.begin(), input.end())).text);
+  if (isUnderstood) Require(file && file->problems.empty(), "the parser reads it otherwise");
   if (refusal || !file) return;
   for (const RegKeyChange& key : file->keys) {
     Require(IsOfCompany(key, L"Vantric"), "a key outside is let through");
