@@ -351,6 +351,23 @@ TEST_F(ImportRunTest, PipesAreNoRegistryFiles) {
   EXPECT_EQ(interpreter.started, (Lines{L"/C reg import \"" + folder + L"\\a.reg\""}));
 }
 
+TEST_F(ImportRunTest, RegistryFileWhoseNameTheInterpreterWouldChangeIsNotHandedToIt) {
+  RecordingInterpreter interpreter;
+  RegistryTool tool(interpreter, machine_->clock, RegistryToolPace::kFixedPause);
+  entries_[L"Options\\%TEMP%.reg"] = "a";
+  entries_[L"Options\\50% & ^more!.reg"] = "b";
+  entries_[L"Options\\a & ^b! (c).reg"] = "c";
+  Describe({"Options"});
+  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  const std::wstring folder = context_.stagingFolder + L"Options\\";
+  PackageImport({context_, state_.package, ports_, tool, *dom_, log_, view_, report_}).Apply(tree_);
+  EXPECT_EQ(interpreter.started, (Lines{L"/C reg import \"" + folder + L"a & ^b! (c).reg\""}));
+  const std::wstring why = L": its name holds a percent sign or a quote";
+  EXPECT_EQ(report_.problems,
+            (Lines{L"Not imported into the registry: " + folder + L"%TEMP%.reg" + why,
+                   L"Not imported into the registry: " + folder + L"50% & ^more!.reg" + why}));
+}
+
 TEST_F(ImportRunTest, RegistryFileThatTheToolRefusesIsAProblem) {
   RecordingInterpreter interpreter;
   RegistryTool tool(interpreter, machine_->clock, RegistryToolPace::kWaitForEnd);

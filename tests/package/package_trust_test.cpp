@@ -34,7 +34,6 @@ TEST(PackageTrust, TakesASoundPackage) {
   archive.Add(L"Register\\none.txt", "not a registry file");
   archive.Add(L"Options\\sub\\a.reg", kBad);
   archive.Add(L"Local\\Vantric\\a.reg", kBad);
-  archive.Add(L"Local", "a file of nobody, which is not laid over anything");
   archive.Add(L"Local\\", "");
   EXPECT_TRUE(Reasons(archive).empty());
 }
@@ -123,7 +122,7 @@ TEST(PackageTrust, DistrustsNamesThatAreTheSameToTheFileSystem) {
 
 TEST(PackageTrust, DistrustsNamesThatAreAFilesAndAFolders) {
   const std::vector<std::pair<const wchar_t*, const wchar_t*>> clashes = {
-      {L"Local", L"local\\a"}, {L"Other\\a\\b", L"OTHER\\a"}, {L"a\\", L"A"}, {L"a", L"a\\"}};
+      {L"Other", L"other\\a"}, {L"Other\\a\\b", L"OTHER\\a"}, {L"a\\", L"A"}, {L"a", L"a\\"}};
   for (const auto& [first, second] : clashes) {
     MemoryArchive archive;
     archive.Add(first, "1");
@@ -187,10 +186,10 @@ TEST(PackageTrust, ReadsNothingOfAnAbsurdPackage) {
 TEST(PackageTrust, CompanyMustNameAPlaceOfItsOwn) {
   for (const wchar_t* company : {L"", L"Vantric\\x", L"\\", L"a]b", L"a[b", L"Microsoft",
                                  L"CLASSES", L"policies", L"Wow6432Node", L"carrovan"}) {
-    EXPECT_TRUE(RefusalOfCompany(company)) << ToUtf8(company);
+    EXPECT_TRUE(RefusalOfIdentity(company, L"VANTRIC")) << ToUtf8(company);
   }
-  for (const wchar_t* company : {L"Vantric", L"ORMA", L"Microsoft Partner", L"A & B", L".."}) {
-    EXPECT_FALSE(RefusalOfCompany(company)) << ToUtf8(company);
+  for (const wchar_t* company : {L"Vantric", L"ORMA", L"Microsoft Partner", L"A & B"}) {
+    EXPECT_FALSE(RefusalOfIdentity(company, L"VANTRIC")) << ToUtf8(company);
   }
 }
 
@@ -203,13 +202,17 @@ TEST(PackageTrust, DistrustsFilesOfNobody) {
         << ToUtf8(name);
     EXPECT_TRUE(Reasons(archive, PackageKind::kLegacy).empty());
   }
+  // It stands for no folder of the profile, and is laid over nothing.
+  MemoryArchive archive;
+  archive.Add(L"Local", "x");
+  EXPECT_TRUE(Reasons(archive).empty());
 }
 
 TEST(PackageTrust, DistrustsARegistryFileThatIsNotUnderstoodWhole) {
   MemoryArchive archive;
   archive.Add(L"Options\\a.reg", RegistryFileBytes("[HKEY_CURRENT_USER\\SOFTWARE\\Vantric]\r\n"
                                                    "\"a\"=\"x\\c\"\r\n"));
-  archive.Add(L"Register\\b", "not a registry file");
+  archive.Add(L"Register\\b", "regedit4\n");
   EXPECT_EQ(
       Reasons(archive),
       (std::vector<RefusedItem>{{L"Options\\a.reg", L"line 4 is not understood: an unknown escape"},
@@ -226,8 +229,9 @@ TEST(PackageTrust, TakesOnePlainNameForACompanyAndAProduct) {
         L"..\\..", L"C:",   L"a:b", L"a.",  L"a ",   L" ",   L"con", L"NUL.txt",
         L"COM1",   L"a\tb", L"a*",  L"a?",  L"a\"",  L"a|b", L"<a>", L"[a]"}) {
     EXPECT_FALSE(IsPlainName(name)) << ToUtf8(name);
-    EXPECT_EQ(RefusalOfIdentity(L"Vantric", name), L"the product is not one plain name");
-    EXPECT_EQ(RefusalOfIdentity(name, L"VANTRIC"), L"the company is not one plain name");
+    const std::wstring why = *name == 0 ? L"empty" : L"not one plain name";
+    EXPECT_EQ(RefusalOfIdentity(L"Vantric", name), L"the product is " + why);
+    EXPECT_EQ(RefusalOfIdentity(name, L"VANTRIC"), L"the company is " + why);
   }
   EXPECT_EQ(RefusalOfIdentity(L"Microsoft", L"a"), L"the company's key belongs to the system");
 }

@@ -79,8 +79,8 @@ TEST(TrustedInterpreterOnAMachine, OnlyAllowedKeysReachTheRegistry) {
   const std::wstring key = L"SOFTWARE\\Vantric\\" + machine->product.productName + L" trust";
   machine->PutKey(RegistryHive::kCurrentUser, key);
   const std::wstring file = machine->ScratchFolder() + L"a.reg";
-  machine->PutFile(
-      file, "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\" + ToUtf8(key) + "]\r\n\"taken\"=dword:1\r\n");
+  machine->PutFile(file, RegistryFileBytes("[HKEY_CURRENT_USER\\" + ToUtf8(key) +
+                                           "]\r\n\"taken\"=dword:00000001\r\n"));
   const auto isTaken = [&](const wchar_t* company) {
     TrustedInterpreter trusted(ports.interpreter, ports.files, company);
     RegistryTool tool(trusted, ports.clock, RegistryToolPace::kWaitForEnd);
