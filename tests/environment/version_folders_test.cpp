@@ -185,5 +185,21 @@ TEST_F(VersionFolders, PreparingFailsWhenEitherUserFolderIsUnknown) {
   EXPECT_FALSE(PrepareVersionFolders(context_, Ports()));
 }
 
+TEST_F(VersionFolders, RoamingTwinNeedsBothUserFolders) {
+  const std::wstring path = *folders_.local + L"\\ORMA\\26.0";
+  EXPECT_EQ(RoamingTwin(path, folders_), *folders_.roaming + L"\\ORMA\\26.0");
+  FixedFolders unknown = folders_;
+  unknown.roaming.reset();
+  EXPECT_FALSE(RoamingTwin(path, unknown));
+  unknown = folders_;
+  unknown.local.reset();
+  EXPECT_FALSE(RoamingTwin(path, unknown));
+}
+
+TEST_F(VersionFolders, OnlyWhatLiesInTheLocalFolderHasARoamingTwin) {
+  EXPECT_FALSE(RoamingTwin(*folders_.local, folders_));
+  EXPECT_FALSE(RoamingTwin(*folders_.local + L"Low\\x", folders_));
+}
+
 }  // namespace
 }  // namespace carrovan

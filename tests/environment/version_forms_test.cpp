@@ -70,5 +70,14 @@ TEST(VersionForms, NumbersAreReadFromTheFrontAsTheCLibraryDoes) {
   }
 }
 
+TEST(VersionForms, BlanksOfEveryKindMayStandInFront) {
+  EXPECT_EQ(YearForm(L"\t\n\v\f\r 27.0"), L"2025");
+  EXPECT_EQ(InternalForm(L"\r\n2025"), L"27.0");
+  EXPECT_EQ(YearForm(L"\b27.0"), L"1998");
+  EXPECT_EQ(YearForm(L"\x0E"
+                     L"27.0"),
+            L"1998");
+}
+
 }  // namespace
 }  // namespace carrovan

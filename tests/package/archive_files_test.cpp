@@ -101,5 +101,13 @@ TEST_F(ArchiveFilesTest, ChangesNothing) {
   EXPECT_FALSE(files_.Exists(L"new"));
 }
 
+TEST(ArchiveFilesOfNothing, HaveARootWithoutEntries) {
+  MemoryArchive empty;
+  const ArchiveFiles files(empty);
+  std::vector<FolderEntry> entries;
+  EXPECT_EQ(files.ReadFolder(L"", entries), kSystemOk);
+  EXPECT_TRUE(entries.empty());
+}
+
 }  // namespace
 }  // namespace carrovan

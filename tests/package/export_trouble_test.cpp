@@ -197,5 +197,50 @@ TEST_F(ExportTrouble, UnreadableKeyIsNamed) {
   EXPECT_EQ(EntryNames().size(), 3u);
 }
 
+// The disk is full for one file only, and again has room for the next.
+class OnceFullArchives : public ArchiveLibrary {
+ public:
+  OnceFullArchives(ArchiveLibrary& library, std::wstring file)
+      : library_(library), file_(std::move(file)) {}
+
+  std::unique_ptr<ArchiveWriter> Create(const std::wstring& path, ArchivePurpose purpose) override {
+    return std::make_unique<Writer>(library_.Create(path, purpose), file_);
+  }
+  std::unique_ptr<ArchiveReader> Open(const std::wstring& path) override {
+    return library_.Open(path);
+  }
+
+ private:
+  class Writer : public ArchiveWriter {
+   public:
+    Writer(std::unique_ptr<ArchiveWriter> writer, const std::wstring& file)
+        : writer_(std::move(writer)), file_(file) {}
+    ArchiveResult Add(const std::wstring& entry, const std::wstring& source) override {
+      return source == file_ ? ArchiveResult::kDiskFull : writer_->Add(entry, source);
+    }
+    ArchiveResult Close() override { return writer_->Close(); }
+
+   private:
+    std::unique_ptr<ArchiveWriter> writer_;
+    const std::wstring& file_;
+  };
+
+  ArchiveLibrary& library_;
+  std::wstring file_;
+};
+
+TEST_F(ExportTrouble, FullDiskInTheMidstOfAFolderIsNotForgottenAtTheNextFile) {
+  machine_->PutFile(PackagePath(), kOldPackage);
+  const std::wstring full = Local(L"en-us\\materials\\a.mat");
+  machine_->PutFile(full, "too much");
+  machine_->PutFile(Local(L"en-us\\materials\\z.mat"), "fits again");
+  OnceFullArchives archives(Ports().archives, full);
+  CheckOnly({CustomMaterials});
+  const auto report = ExportOn(WithArchives(Ports(), archives));
+  ASSERT_TRUE(report);
+  EXPECT_EQ(report->package.outcome, ArchiveResult::kDiskFull);
+  EXPECT_EQ(machine_->FileBytes(PackagePath()), kOldPackage);
+}
+
 }  // namespace
 }  // namespace carrovan

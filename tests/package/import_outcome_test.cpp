@@ -62,5 +62,16 @@ TEST_F(ImportOutcomeTest, ValuesOfACategoryThatIsLeftOutAreNotDropped) {
   EXPECT_EQ(report_.dropped.front().file, L"Register\\x.reg");
 }
 
+TEST_F(ImportOutcomeTest, DroppedDefaultValueHasNoName) {
+  Describe({"Options"}, "2025", "28.0");
+  entries_[L"Options\\General.reg"] = "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\" +
+                                      ToUtf8(LiveKey(context_)) +
+                                      "\\General]\r\n@=\"Q:\\\\none\\\\x\"\r\n";
+  Import({SettingCategory::Options});
+  ASSERT_EQ(report_.dropped.size(), 1u);
+  EXPECT_EQ(report_.dropped.front().name, L"");
+  EXPECT_TRUE(Contains(report_.dropped.front().why, L"Q:")) << ToUtf8(report_.dropped.front().why);
+}
+
 }  // namespace
 }  // namespace carrovan

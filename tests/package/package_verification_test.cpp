@@ -176,5 +176,26 @@ TEST_F(PackageVerificationTest, NothingOfAnAbsurdPackageIsRead) {
   EXPECT_EQ(archive_.reads, 0);
 }
 
+TEST(PackageVerificationOfLargeFiles, OnlyWhatWouldBeParsedIsTooLargeForThat) {
+  class LargeItems : public MemoryArchive {
+   public:
+    std::optional<ArchiveItem> Item(std::size_t index) const override {
+      auto item = MemoryArchive::Item(index);
+      if (item && index > 0) item->sizeBytes = ArchiveFiles::kLongestFileBytes + 1;
+      return item;
+    }
+  };
+  LargeItems archive;
+  archive.Add(L"config.ini", Description(""));
+  archive.Add(L"Local\\Vantric\\parts.dat", "x");
+  archive.Add(L"Local\\Vantric\\large.xml", "<a/>");
+  ArchiveFiles files(archive);
+  const auto verification = VerifyPackage(archive, *OpenXmlDom(files), false);
+  EXPECT_EQ(verification.findings, std::vector<RefusedItem>());
+  EXPECT_EQ(
+      verification.notes,
+      (std::vector<RefusedItem>{{L"Local\\Vantric\\large.xml", L"too large to be parsed here"}}));
+}
+
 }  // namespace
 }  // namespace carrovan

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/forwarding_files.h"
 #include "tests/support/memory_files.h"
 
 namespace carrovan {
@@ -43,6 +44,23 @@ TEST_F(FileImageTest, StaysAsItIsWhenTheFileCannotBeRead) {
   FileImage image = ImageOfBytes("before");
   EXPECT_EQ(ReadFileImage(files, L"C:\\a", image), kAccessDenied);
   EXPECT_EQ(image, ImageOfBytes("before"));
+}
+
+TEST(FileImageOfALink, IsNeitherAFileNorAFolder) {
+  class Links : public ForwardingFiles {
+   public:
+    using ForwardingFiles::ForwardingFiles;
+    bool IsLink(const std::wstring& path) const override { return path.ends_with(L"link"); }
+  };
+  MemoryFiles files;
+  files.Put(L"C:\\link", "behind it");
+  files.PutFolder(L"C:\\folder link");
+  const Links links(files);
+  for (const wchar_t* path : {L"C:\\link", L"C:\\folder link"}) {
+    FileImage image;
+    EXPECT_EQ(ReadFileImage(links, path, image), kSystemOk);
+    EXPECT_EQ(image, FileImage{FileKind::kLink}) << testing::PrintToString(path);
+  }
 }
 
 }  // namespace

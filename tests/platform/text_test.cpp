@@ -149,5 +149,29 @@ TEST(Text, FindsNoEmptyText) {
   EXPECT_FALSE(Contains(L"", L""));
 }
 
+TEST(Text, TakesTheFirstAndTheLastCharacterOfEveryLength) {
+  const std::pair<const char*, std::u16string> kRows[] = {
+      {"\x01", u"\x0001"},
+      {"\x7F", u"\x007F"},
+      {"\xC2\x80", u"\x0080"},
+      {"\xDF\xBF", u"\x07FF"},
+      {"\xE0\xA0\x80", u"\x0800"},
+      {"\xEF\xBF\xBF", u"\xFFFF"},
+      {"\xF0\x90\x80\x80", u"\xD800\xDC00"},
+      {"\xF4\x8F\xBF\xBF", u"\xDBFF\xDFFF"},
+  };
+  for (const auto& [utf8, utf16] : kRows) {
+    EXPECT_EQ(ToUtf16(FromUtf8(utf8)), utf16) << testing::PrintToString(utf8);
+    EXPECT_EQ(ToUtf8(FromUtf16(utf16)), utf8) << testing::PrintToString(utf8);
+  }
+}
+
+TEST(Text, NeighboursOfTheLettersHaveNoCase) {
+  for (const auto& [a, b] : {std::pair{L"{", L"["}, {L"|", L"\\"}, {L"}", L"]"}, {L"`", L"@"}}) {
+    EXPECT_NE(CompareNames(a, b), 0) << ToUtf8(a);
+  }
+  EXPECT_EQ(CompareNames(L"az", L"AZ"), 0);
+}
+
 }  // namespace
 }  // namespace carrovan

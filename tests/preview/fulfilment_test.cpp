@@ -90,5 +90,16 @@ TEST_F(FulfilmentTest, SaysWhyAFileCannotBeReadBack) {
                                                      DescribeSystemCode(kAccessDenied)});
 }
 
+TEST_F(FulfilmentTest, AFolderInTheFilesPlaceIsWholeWhereItIsTheLastChange) {
+  const FileImage file = ImageOfBytes("old");
+  MachineChanges foreseen;
+  foreseen.files = {{L"C:\\d\\goes.txt", Change::kRemoved, false, file, {}},
+                    {L"C:\\d\\GOES.txt", Change::kAdded, true, {}, {FileKind::kFolder}}};
+  EXPECT_EQ(machine_.files.RemoveFile(L"C:\\d\\goes.txt"), kSystemOk);
+  EXPECT_EQ(UnfulfilledChanges(foreseen, machine_.Ports()).size(), 1u);
+  machine_.files.PutFolder(L"C:\\d\\GOES.txt");
+  EXPECT_EQ(UnfulfilledChanges(foreseen, machine_.Ports()), std::vector<std::wstring>());
+}
+
 }  // namespace
 }  // namespace carrovan

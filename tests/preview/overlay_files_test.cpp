@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/forwarding_files.h"
 #include "platform/text.h"
 #include "preview/overlay_machine.h"
 #include "tests/support/machine_snapshot.h"
@@ -161,6 +162,37 @@ TEST_F(OverlayFilesTest, NamesThatAreTooLongAreNotMade) {
   Open();
   EXPECT_EQ(Files().WriteBytes(L"C:\\d\\" + std::wstring(256, L'x'), ""), kInvalidName);
   EXPECT_EQ(Files().WriteBytes(L"C:\\d\\" + std::wstring(255, L'x'), ""), kSystemOk);
+}
+
+TEST(OverlayFilesWithALink, WhatLiesBehindALinkIsNoChange) {
+  class Links : public ForwardingFiles {
+   public:
+    using ForwardingFiles::ForwardingFiles;
+    bool IsLink(const std::wstring& path) const override { return path.ends_with(L"link"); }
+    SystemCode ReadFolder(const std::wstring& folder,
+                          std::vector<FolderEntry>& entries) const override {
+      const SystemCode code = ForwardingFiles::ReadFolder(folder, entries);
+      for (FolderEntry& entry : entries) entry.isLink = entry.name == L"link";
+      return code;
+    }
+    std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override {
+      std::vector<FolderEntry> entries;
+      static_cast<void>(ReadFolder(folder, entries));
+      return entries;
+    }
+  };
+  MemoryMachine machine;
+  machine.files.PutFolder(L"C:\\Users\\u\\AppData\\Local\\Temp");
+  machine.files.Put(L"C:\\d\\link\\behind.txt", "somebody's");
+  Links files(machine.files);
+  const Machine own = machine.Ports();
+  std::wstring reason;
+  const auto overlay = OverlayMachine::Open(WithFiles(own, files), reason);
+  ASSERT_TRUE(overlay) << ToUtf8(reason);
+  EXPECT_EQ(overlay->Ports().files.RemoveFolder(L"C:\\d\\link"), kSystemOk);
+  const std::vector<FileChange> changes = overlay->Changes().files;
+  ASSERT_EQ(changes.size(), 1u);
+  EXPECT_EQ(changes[0].path, L"C:\\d\\link");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/text.h"
 #include "restore/journal_text.h"
 
 namespace carrovan {
@@ -82,6 +83,14 @@ TEST(JournalText, TakesAStrayPercentSignAsItStands) {
   EXPECT_EQ(FromJournalText("%"), L"%");
   EXPECT_EQ(FromJournalText("%12"), L"%12");
   EXPECT_EQ(FromJournalText("%00g0"), L"%00g0");
+}
+
+TEST(JournalText, TakesEscapesOfHexadecimalDigitsOnly) {
+  for (const char* text : {"%003:", "%003/", "%00g0", "%000@", "%000G", "%00"}) {
+    EXPECT_EQ(FromJournalText(text), FromUtf8(text)) << text;
+  }
+  EXPECT_EQ(FromJournalText("%0039"), L"9");
+  EXPECT_EQ(FromJournalText("%0000"), std::wstring(1, L'\0'));
 }
 
 }  // namespace

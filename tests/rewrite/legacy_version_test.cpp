@@ -128,5 +128,19 @@ TEST_F(LegacyVersion, HasNoTargetVersionWithoutElementOrAttribute) {
   EXPECT_EQ(ReadLegacyTargetVersion(L"C:\\d\\none.xml", *OpenXmlDom(bench.files)), L"");
 }
 
+TEST(LegacyTargetVersion, IsUnknownWhereNoDocumentCanBeMade) {
+  class NoDocuments : public XmlDom {
+   public:
+    class Session : public XmlSession {
+     public:
+      bool Started() const override { return false; }
+      std::unique_ptr<XmlDocument> NewDocument() override { return nullptr; }
+    };
+    std::unique_ptr<XmlSession> Begin() override { return std::make_unique<Session>(); }
+  };
+  NoDocuments dom;
+  EXPECT_EQ(ReadLegacyTargetVersion(L"C:\\d\\a.xml", dom), L"");
+}
+
 }  // namespace
 }  // namespace carrovan

@@ -1,0 +1,1 @@
+"""Where sources can be mutated, and the run-time switches that do it."""
