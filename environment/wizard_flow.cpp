@@ -8,6 +8,7 @@
 #include "environment/version_folders.h"
 #include "environment/wizard_pages.h"
 #include "package/export_run.h"
+#include "package/run_folder.h"
 #include "package/staging_folder.h"
 #include "platform/path_text.h"
 #include "platform/raised_flag.h"
@@ -220,6 +221,7 @@ void BackUpEverything(const WizardParts& parts) {
 
 bool WizardFlow::Open() {
   ProductContext& context = parts_.context;
+  SweepRunFolders(parts_.machine);
   // Without a folder the wizard opens all the same; the step that needs one tries again.
   RenewStagingFolder(context, parts_.machine);
   if (!LoadProductContext(context, parts_.machine, parts_.frame)) return false;

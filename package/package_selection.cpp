@@ -42,9 +42,8 @@ std::optional<std::wstring> OpenLegacyPackage(const ImportRun& run, const std::w
     run.view.ShowMessage(L"No folder can be made in the temporary path");
     return std::nullopt;
   }
-  run.report.unextracted += ExtractArchive(run.machine.archives, run.machine.files, run.view, path,
-                                           run.context.stagingFolder)
-                                .failed;
+  run.report.unextracted +=
+      UnpackPackage(run.machine, run.view, path, run.context.stagingFolder).failed;
   package.legacyXmlPath = FindSingleXml(run.machine.files, run.context.stagingFolder);
   if (package.legacyXmlPath.empty()) {
     run.view.ShowMessage(L"File corruption");

@@ -5,8 +5,8 @@
 #include <set>
 #include <span>
 
+#include "package/package_opening.h"
 #include "package/registry_file_scan.h"
-#include "platform/stored_name.h"
 #include "platform/text.h"
 
 namespace carrovan {
@@ -127,7 +127,7 @@ std::vector<RefusedItem> ReasonsForDistrust(ArchiveExaminer& archive, PackageKin
   StoredNames names;
   for (std::size_t index = 0; const auto item = archive.Item(index); ++index) {
     const std::wstring& name = item->name;
-    if (const auto refusal = RefusalOfStoredName(name)) {
+    if (const auto refusal = RefusalOfPackageItem(name)) {
       reasons.push_back({name, L"the name " + *refusal});
       continue;
     }
