@@ -6,7 +6,9 @@
 #include "cli/verbs.h"
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
+#include "environment/wizard_state.h"
 #include "package/export_run.h"
+#include "package/run_folder.h"
 #include "platform/path_text.h"
 #include "platform/text.h"
 
@@ -25,18 +27,31 @@ bool IsPackageName(const std::wstring& path) {
   return name != kPackageExtension && EndsWithIgnoringAsciiCase(name, kPackageExtension);
 }
 
-ExitStatus Conclude(const Session& session, const ExportReport& report,
-                    const CommandLineView& view) {
-  const PackageReport& package = report.package;
-  if (package.outcome != ArchiveResult::kDone) {
-    return session.Fail(L"The package " + report.archivePath + L" was not written: " +
-                        DescribeArchiveResult(package.outcome));
-  }
-  for (const SkippedItem& item : package.skipped) {
+void NameWhatFailed(const Session& session, const ExportReport& report) {
+  for (const SkippedItem& item : report.package.skipped) {
     session.Complain(L"Not stored: " + item.path + L": " + DescribeArchiveResult(item.reason));
   }
+  for (const auto& [key, problem] : report.registryFileProblems) {
+    session.Complain(L"Not stored: " + key + L": its registry file " + problem);
+  }
   for (const std::wstring& key : report.missingKeys) {
+    if (report.registryFileProblems.contains(key)) continue;
     session.Complain(L"Not stored: " + key + L": the registry tool could not export the key");
+  }
+}
+
+bool IsComplete(const ExportReport& report) {
+  return report.package.skipped.empty() && report.registryFileProblems.empty() &&
+         report.missingKeys.empty() && report.emptyCategories.empty();
+}
+
+ExitStatus Conclude(const Session& session, const ExportReport& report,
+                    const CommandLineView& view) {
+  const ArchiveResult outcome = report.package.outcome;
+  if (outcome == ArchiveResult::kDone || !report.refusal.empty()) NameWhatFailed(session, report);
+  if (outcome != ArchiveResult::kDone) {
+    return session.Fail(L"The package " + report.archivePath + L" was not written: " +
+                        (report.refusal.empty() ? DescribeArchiveResult(outcome) : report.refusal));
   }
   for (const SettingCategory category : report.emptyCategories) {
     const auto* record = FindCategory(static_cast<int>(category));
@@ -44,14 +59,12 @@ ExitStatus Conclude(const Session& session, const ExportReport& report,
                      L"\": this version has nothing of it");
   }
   session.Print(view.FinishText());
-  const bool complete =
-      package.skipped.empty() && report.missingKeys.empty() && report.emptyCategories.empty();
-  return complete ? ExitStatus::kDone : ExitStatus::kPartly;
+  return IsComplete(report) ? ExitStatus::kDone : ExitStatus::kPartly;
 }
 
 ExitStatus ExportVersion(const Session& session, const ExportOptions& options,
                          const Machine& machine, CommandLineView& view, ProductContext& context) {
-  SelectVersion(context, options.year);
+  SelectShownVersion(context, options.year);
   const StagingFolder staging(context, machine);
   if (!staging.IsMade())
     return session.Fail(L"No staging folder can be made in the temporary path");
@@ -79,6 +92,7 @@ ExitStatus RunExportVerb(const Session& session, const ExportOptions& options) {
   if (!owned) return ExitStatus::kFailed;
   ProgressArchives archives(owned->Ports().archives, session.console());
   const Machine machine = WithArchives(owned->Ports(), archives);
+  SweepRunFolders(machine);
   CommandLineView view(session, output);
   ProductContext context;
   if (!LoadProductContext(context, machine, view)) return ExitStatus::kFailed;

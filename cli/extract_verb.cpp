@@ -1,6 +1,7 @@
 #include "cli/command_line_view.h"
 #include "cli/verbs.h"
 #include "package/package_opening.h"
+#include "package/package_refusal.h"
 #include "platform/path_text.h"
 
 namespace carrovan {
@@ -12,7 +13,7 @@ ExitStatus RunExtractVerb(const Session& session, const ExtractOptions& options)
   const ExtractReport report =
       ExtractArchive(files->Archives(), files->Files(), view, options.package,
                      WithTrailingBackslash(options.folder));
-  if (!report.opened) return session.Fail(options.package + L" is missing or is not a package");
+  if (!report.opened) return session.Fail(DescribeNoPackage(files->Files(), options.package));
   if (report.extracted == 0 && report.failed == 0) {
     return session.Fail(options.package + L" is empty");
   }

@@ -8,7 +8,9 @@
 #include "environment/installed_versions.h"
 #include "package/import_steps.h"
 #include "package/package_inspection.h"
+#include "package/package_refusal.h"
 #include "package/package_selection.h"
+#include "package/run_folder.h"
 #include "package/trusted_interpreter.h"
 
 namespace carrovan {
@@ -62,12 +64,8 @@ class ImportVerb {
 
  private:
   bool IsPackageThere() const {
-    if (!machine_.files.Exists(options_.package)) {
-      session_.Fail(options_.package + L" is missing");
-      return false;
-    }
     if (machine_.archives.Open(options_.package)) return true;
-    session_.Fail(options_.package + L" is not a package");
+    session_.Fail(DescribeNoPackage(machine_.files, options_.package));
     return false;
   }
 
@@ -150,6 +148,7 @@ ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
   const Machine machine = WithArchives(owned->Ports(), archives);
   if (session.RefuseBesideProduct(machine.processes)) return ExitStatus::kFailed;
   if (RefusePackage(session, options.package, options.trust, machine)) return ExitStatus::kFailed;
+  if (!options.run.dryRun) SweepRunFolders(machine);
   return RunAsChosen(session, options.run, {L"import", options.year, options.package}, machine,
                      [&options](const Session& on, const Machine& ports, LineLog& log) {
                        return RunOnce(on, options, ports, log);

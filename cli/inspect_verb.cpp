@@ -4,6 +4,7 @@
 #include "cli/json_text.h"
 #include "cli/verbs.h"
 #include "package/package_inspection.h"
+#include "package/package_refusal.h"
 
 namespace carrovan {
 namespace {
@@ -92,7 +93,7 @@ ExitStatus RunInspectVerb(const Session& session, const InspectOptions& options)
   const auto files = session.OpenFiles();
   if (!files) return ExitStatus::kFailed;
   const auto archive = files->Examine(options.package);
-  if (!archive) return session.Fail(options.package + L" is missing or is not a package");
+  if (!archive) return session.Fail(DescribeNoPackage(files->Files(), options.package));
 
   const auto inspection = InspectPackage(*archive, IsLegacyPackageName(options.package));
   if (options.json) {

@@ -4,6 +4,7 @@
 #include "cli/verbs.h"
 #include "environment/version_check.h"
 #include "environment/version_folders.h"
+#include "package/run_folder.h"
 #include "reset/reset_run.h"
 
 namespace carrovan {
@@ -51,6 +52,7 @@ ExitStatus RunResetVerb(const Session& session, const ResetOptions& options) {
   const Machine machine = owned->Ports();
   if (session.RefuseBesideProduct(machine.processes)) return ExitStatus::kFailed;
   const PointBegun about{L"reset", machine.product.HumanReadableVersion(), {}};
+  if (!options.run.dryRun) SweepRunFolders(machine);
   return RunAsChosen(session, options.run, about, machine,
                      [&options](const Session& on, const Machine& ports, LineLog&) {
                        return ResetVersion(on, options, ports);

@@ -5,7 +5,9 @@
 #include "cli/json_text.h"
 #include "cli/restore_verbs.h"
 #include "environment/category_places.h"
+#include "environment/installed_versions.h"
 #include "environment/version_folders.h"
+#include "environment/wizard_state.h"
 #include "restore/point_check.h"
 #include "restore/restore_folder.h"
 #include "restore/undo_run.h"
@@ -53,7 +55,13 @@ std::optional<CategoryPlaces> PlacesOf(const Session& session, const RestorePoin
   CommandLineView view(session, L"");
   ProductContext context;
   if (!LoadProductContext(context, machine, view)) return std::nullopt;
-  SelectVersion(context, point.about.version);
+  EnumerateInstalledVersions(context, machine.registry);
+  // An import goes by the number that the year tells, a reset by the running version's own.
+  if (point.about.verb == L"reset") {
+    SelectShownVersion(context, point.about.version);
+  } else {
+    SelectVersion(context, point.about.version);
+  }
   if (PrepareVersionFolders(context, machine)) return CategoryPlaces(context, machine);
   session.Fail(L"The folders of version " + point.about.version + L" cannot be told");
   return std::nullopt;

@@ -4,6 +4,7 @@
 #include "cli/verbs.h"
 #include "package/archive_files.h"
 #include "package/package_inspection.h"
+#include "package/package_refusal.h"
 #include "package/package_verification.h"
 
 namespace carrovan {
@@ -50,7 +51,7 @@ ExitStatus RunVerifyVerb(const Session& session, const VerifyOptions& options) {
   const auto files = session.OpenFiles();
   if (!files) return ExitStatus::kFailed;
   const auto archive = files->Examine(options.package);
-  if (!archive) return session.Fail(options.package + L" is missing or is not a package");
+  if (!archive) return session.Fail(DescribeNoPackage(files->Files(), options.package));
 
   ArchiveFiles items(*archive);
   const auto dom = OpenXmlDom(items);

@@ -6,6 +6,7 @@
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
 #include "environment/version_forms.h"
+#include "environment/wizard_state.h"
 
 namespace carrovan {
 namespace {
@@ -20,7 +21,11 @@ std::vector<VersionFacts> CollectFacts(const ProductContext& product, const Mach
   std::vector<VersionFacts> facts;
   for (const InstalledVersion& version : product.installedVersions) {
     VersionFacts fact{product, version.internalVersion == product.productVersion, false};
-    SelectVersion(fact.context, YearForm(version.internalVersion));
+    if (fact.isRunning) {
+      SelectRunningVersion(fact.context);
+    } else {
+      SelectVersion(fact.context, YearForm(version.internalVersion));
+    }
     PrepareVersionFolders(fact.context, machine);
     fact.hasBeenRun = HasBeenRun(fact.context, machine.registry);
     facts.push_back(std::move(fact));

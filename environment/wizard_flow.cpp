@@ -9,6 +9,7 @@
 #include "environment/wizard_pages.h"
 #include "package/export_run.h"
 #include "package/package_inspection.h"
+#include "package/run_folder.h"
 #include "package/staging_folder.h"
 #include "platform/path_text.h"
 #include "platform/raised_flag.h"
@@ -221,6 +222,7 @@ void BackUpEverything(const WizardParts& parts) {
 
 bool WizardFlow::Open() {
   ProductContext& context = parts_.context;
+  SweepRunFolders(parts_.machine);
   // Without a folder the wizard opens all the same; the step that needs one tries again.
   RenewStagingFolder(context, parts_.machine);
   if (!LoadProductContext(context, parts_.machine, parts_.frame)) return false;

@@ -45,8 +45,9 @@ std::vector<std::wstring> ListInstalledYears(ProductContext& context);
 // The version whose program runs, the last of the installed ones, becomes the one to work on.
 void SelectRunningVersion(ProductContext& context);
 
-// The version page is shown again with its selection, and another run may have worked on another
-// version since. The running version keeps the part of its number that a year does not tell.
+// The version of a year becomes the one to export: on the version page, which may be shown again
+// when another run has worked on another version since, and on the command line. The running
+// version keeps the part of its number that a year does not tell.
 void SelectShownVersion(ProductContext& context, const std::wstring& yearForm);
 
 // The user chose the version to import into.

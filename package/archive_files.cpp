@@ -84,6 +84,8 @@ SystemCode ArchiveFiles::AppendBytes(const std::wstring&, std::string_view) {
   return kAccessDenied;
 }
 
+SystemCode ArchiveFiles::HoldFile(const std::wstring&, FileHold) { return kAccessDenied; }
+
 SystemCode ArchiveFiles::CopyOver(const std::wstring&, const std::wstring&) {
   return kAccessDenied;
 }

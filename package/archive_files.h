@@ -41,6 +41,7 @@ class ArchiveFiles : public FileSystem {
   SystemCode BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,
                               std::unique_ptr<FileReplacement>& replacement) override;
   SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override;
+  SystemCode HoldFile(const std::wstring& path, FileHold hold) override;
   SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override;
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
 

@@ -52,6 +52,9 @@ bool AnyFailed(const ExportReport& report, const ProductContext& context,
   std::vector<std::wstring> failed;
   for (const SkippedItem& item : report.package.skipped) failed.push_back(item.path);
   for (const std::wstring& key : report.missingKeys) failed.push_back(RegistryFileOf(context, key));
+  for (const auto& [key, problem] : report.registryFileProblems) {
+    failed.push_back(RegistryFileOf(context, key));
+  }
   return std::ranges::any_of(sources, [&](const std::wstring& source) {
     return std::ranges::any_of(failed,
                                [&](const std::wstring& path) { return path.starts_with(source); });
@@ -69,17 +72,25 @@ std::wstring RegistryFileOf(const ProductContext& context, const std::wstring& k
   return context.stagingFolder + name + L".reg";
 }
 
+std::vector<std::wstring> KeysWithoutFile(const ExportRun& run, const PackageReport& package) {
+  const ProductContext& context = run.context;
+  const StoredCounts counts = CountStored(context.packageSources, package);
+  std::vector<std::wstring> missing;
+  for (const auto* keys : {&context.optionKeys, &context.registerKeys}) {
+    for (const std::wstring& key : *keys) {
+      if (AnyStored(counts, {RegistryFileOf(context, key)})) continue;
+      if (IsKeyThere(run.machine.registry, key)) missing.push_back(key);
+    }
+  }
+  return missing;
+}
+
 void FindWhatIsMissing(const ExportRun& run, const ExportSelection& selection,
                        ExportReport& report) {
   if (report.package.outcome != ArchiveResult::kDone) return;
   const ProductContext& context = run.context;
   const StoredCounts counts = CountStored(context.packageSources, report.package);
-  for (const auto* keys : {&context.optionKeys, &context.registerKeys}) {
-    for (const std::wstring& key : *keys) {
-      if (AnyStored(counts, {RegistryFileOf(context, key)})) continue;
-      if (IsKeyThere(run.machine.registry, key)) report.missingKeys.push_back(key);
-    }
-  }
+  report.missingKeys = KeysWithoutFile(run, report.package);
   for (const SettingCategory category : selection.checked) {
     const auto sources = SourcesOf(*FindCategory(static_cast<int>(category)), context);
     if (!AnyStored(counts, sources) && !AnyFailed(report, context, sources)) {

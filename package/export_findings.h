@@ -8,6 +8,9 @@ namespace carrovan {
 // subkey in its path and is named after the product and its release.
 std::wstring RegistryFileOf(const ProductContext& context, const std::wstring& key);
 
+// Keys that are there, though the package holds no file of them.
+std::vector<std::wstring> KeysWithoutFile(const ExportRun& run, const PackageReport& package);
+
 // Compares what was asked for with what was stored and fills the report's missing keys and empty
 // categories. An archive that was not written has no findings.
 void FindWhatIsMissing(const ExportRun& run, const ExportSelection& selection,

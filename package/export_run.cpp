@@ -7,6 +7,8 @@
 #include "environment/version_folders.h"
 #include "package/export_findings.h"
 #include "package/package_description.h"
+#include "package/registry_file_check.h"
+#include "package/run_folder.h"
 
 namespace carrovan {
 namespace {
@@ -32,21 +34,61 @@ void DropRegistryKeys(const CategoryRecord& record, ProductContext& context) {
 }
 
 // The chosen path is taken at once, so that a path that cannot be written fails before the work,
-// not after it. True when the file is new.
+// not after it. True when the file is new. A file that appears at this moment loses nothing.
 bool ReserveArchivePath(const Machine& machine, const std::wstring& archivePath) {
   if (machine.files.Exists(archivePath)) return false;
-  return machine.files.CreateEmptyFile(archivePath) == kSystemOk;
+  return machine.files.AppendBytes(archivePath, {}) == kSystemOk;
 }
 
-PackageReport WriteReservedPackage(const ExportRun& run, const std::wstring& archivePath,
-                                   bool reserved) {
-  PackageReport report = WritePackage(run.context, run.machine, run.context.packageSources,
-                                      archivePath, ArchivePurpose::kKeep);
-  // An empty file would look like a package.
-  if (reserved && report.outcome != ArchiveResult::kDone) {
-    static_cast<void>(run.machine.files.RemoveFile(archivePath));
+// An empty file would look like a package.
+void GiveUpArchivePath(const Machine& machine, const std::wstring& archivePath) {
+  bool isEmpty = true;
+  const SystemCode code =
+      machine.files.ReadInParts(archivePath, [&isEmpty](std::string_view part, std::uint64_t) {
+        isEmpty = isEmpty && part.empty();
+        return isEmpty;
+      });
+  if (code == kSystemOk && isEmpty) static_cast<void>(machine.files.RemoveFile(archivePath));
+}
+
+// Why the archive must not take its place, or an empty text.
+std::wstring RefusalOfPackage(const ExportRun& run, const ExportSelection& selection,
+                              const PackageReport& package, const ExportReport& report) {
+  const std::size_t described = package.storedPerSource.front();
+  if (described == 0 ||
+      !IsDescriptionWritten(run.context, run.machine.profiles, selection.checked)) {
+    return L"its description, " + run.context.packageDescriptionPath +
+           L", could not be written and read back";
   }
-  return report;
+  const bool holdsSettings =
+      std::ranges::any_of(package.storedPerSource.begin() + 1, package.storedPerSource.end(),
+                          [](std::size_t stored) { return stored > 0; });
+  // A tool that is not waited for may still be writing.
+  const bool lacksKeys =
+      run.registryTool.IsDoneWithFiles() && !KeysWithoutFile(run, package).empty();
+  const bool failed = lacksKeys || !package.skipped.empty() || !report.registryFileProblems.empty();
+  return failed && !holdsSettings ? L"nothing of what is there could be stored" : L"";
+}
+
+void WriteReservedPackage(const ExportRun& run, const ExportSelection& selection, bool reserved,
+                          ExportReport& report) {
+  report.package =
+      WritePackage(run.context, run.machine, run.context.packageSources, report.archivePath,
+                   ArchivePurpose::kKeep, [&](const PackageReport& package) {
+                     report.refusal = RefusalOfPackage(run, selection, package, report);
+                     return report.refusal.empty();
+                   });
+  if (reserved && report.package.outcome != ArchiveResult::kDone) {
+    GiveUpArchivePath(run.machine, report.archivePath);
+  }
+}
+
+// What is wrong with the file of the last export. The tool writes none for a key that is not there.
+std::optional<std::wstring> ProblemOfExport(const RegistryTool& tool, const FileReader& files,
+                                            const std::wstring& file) {
+  if (!tool.IsDoneWithFiles() || !files.Exists(file)) return std::nullopt;
+  if (tool.LastExportFailed()) return L"is left of an export that failed";
+  return WhatRegistryFileLacks(files, file);
 }
 
 }  // namespace
@@ -67,23 +109,33 @@ std::optional<ExportSelection> CollectExportSelection(const CategoryTree& tree,
   return selection;
 }
 
-void ExportRegistryKeys(ProductContext& context, RegistryTool& tool,
-                        const std::vector<std::wstring>& keys) {
-  std::vector<std::wstring> files;
+RegistryFileProblems ExportRegistryKeys(ProductContext& context, FileSystem& files,
+                                        RegistryTool& tool, const std::vector<std::wstring>& keys) {
+  RegistryFileProblems problems;
+  std::vector<std::wstring> sources;
   for (const std::wstring& key : keys) {
-    files.push_back(RegistryFileOf(context, key));
-    tool.RegExportKey(key, files.back());
+    const std::wstring file = RegistryFileOf(context, key);
+    // What an unpacked package left there would be taken for the key's own.
+    static_cast<void>(ClearPath(files, file));
+    tool.RegExportKey(key, file);
+    if (const auto problem = ProblemOfExport(tool, files, file)) {
+      problems.emplace(key, *problem);
+    } else {
+      sources.push_back(file);
+    }
   }
-  std::ranges::move(files, std::back_inserter(context.packageSources));
+  std::ranges::move(sources, std::back_inserter(context.packageSources));
+  return problems;
 }
 
-void BuildPackageSources(ProductContext& context, RegistryTool& tool,
-                         const ExportSelection& selection) {
+RegistryFileProblems BuildPackageSources(ProductContext& context, FileSystem& files,
+                                         RegistryTool& tool, const ExportSelection& selection) {
   context.packageSources = {context.packageDescriptionPath};
   std::ranges::copy(selection.categoryFolders, std::back_inserter(context.packageSources));
   std::ranges::copy(selection.furtherFolders, std::back_inserter(context.packageSources));
-  ExportRegistryKeys(context, tool, context.optionKeys);
-  ExportRegistryKeys(context, tool, context.registerKeys);
+  auto problems = ExportRegistryKeys(context, files, tool, context.optionKeys);
+  problems.merge(ExportRegistryKeys(context, files, tool, context.registerKeys));
+  return problems;
 }
 
 std::optional<ExportReport> RunExport(const ExportRun& run) {
@@ -101,8 +153,11 @@ std::optional<ExportReport> RunExport(const ExportRun& run) {
   if (!archivePath || archivePath->empty()) return std::nullopt;
   const bool reserved = ReserveArchivePath(run.machine, *archivePath);
 
-  BuildPackageSources(context, run.registryTool, *selection);
-  ExportReport report{*archivePath, WriteReservedPackage(run, *archivePath, reserved), {}, {}};
+  ExportReport report;
+  report.archivePath = *archivePath;
+  report.registryFileProblems =
+      BuildPackageSources(context, run.machine.files, run.registryTool, *selection);
+  WriteReservedPackage(run, *selection, reserved, report);
   FindWhatIsMissing(run, *selection, report);
 
   run.view.SetFinishText(std::wstring(Text(StringId::kExportedTo)) + *archivePath);

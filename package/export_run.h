@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -29,10 +30,16 @@ struct ExportSelection {
   std::vector<std::wstring> furtherFolders;   // Local and 2D drafting
 };
 
+// Keys of which the registry tool's file is not stored, since it is not whole or the tool failed,
+// and what is wrong with it ("ends inside a value").
+using RegistryFileProblems = std::map<std::wstring, std::wstring>;
+
 // How an export went, for a face that tells more than the wizard does.
 struct ExportReport {
   std::wstring archivePath;
   PackageReport package;
+  std::wstring refusal;  // why no package was put in place although one could be written, or empty
+  RegistryFileProblems registryFileProblems;
   std::vector<std::wstring> missingKeys;         // keys that are there but gave no registry file
   std::vector<SettingCategory> emptyCategories;  // checked, but the user has nothing of them
 };
@@ -42,18 +49,20 @@ struct ExportReport {
 std::optional<ExportSelection> CollectExportSelection(const CategoryTree& tree,
                                                       ProductContext& context);
 
-// One registry file per key in the staging folder, each appended to `packageSources`.
-void ExportRegistryKeys(ProductContext& context, RegistryTool& tool,
-                        const std::vector<std::wstring>& keys);
+// One registry file per key in the staging folder, each appended to `packageSources`. Where the
+// registry tool is waited for, a file that is not whole is left out and given back with its key.
+RegistryFileProblems ExportRegistryKeys(ProductContext& context, FileSystem& files,
+                                        RegistryTool& tool, const std::vector<std::wstring>& keys);
 
 // Fills `packageSources`: the description, the selection's folders, then the registry files, which
 // it has the registry tool write.
-void BuildPackageSources(ProductContext& context, RegistryTool& tool,
-                         const ExportSelection& selection);
+RegistryFileProblems BuildPackageSources(ProductContext& context, FileSystem& files,
+                                         RegistryTool& tool, const ExportSelection& selection);
 
 // The whole export. Nothing when the user has to stay on the category page: no category is checked
 // (the view is told) or no file was chosen. Failures to write are not shown to the view; an archive
-// that was there before is then still whole.
+// that was there before is then still whole. It also stays when the description does not read back
+// as written, and when nothing could be stored of what is there.
 std::optional<ExportReport> RunExport(const ExportRun& run);
 
 }  // namespace carrovan

@@ -98,9 +98,8 @@ std::wstring ReadConfigValue(const std::wstring& key, const std::wstring& sectio
 void OpenPackage(const ImportRun& run) {
   ProductContext& context = run.context;
   PackageState& package = run.package;
-  run.report.unextracted += ExtractArchive(run.machine.archives, run.machine.files, run.view,
-                                           package.path, context.stagingFolder)
-                                .failed;
+  run.report.unextracted +=
+      UnpackPackage(run.machine, run.view, package.path, context.stagingFolder).failed;
   const auto value = [&](const wchar_t* key) {
     return ReadConfigValue(key, kBaseSectionAsRead, context.packageDescriptionPath,
                            run.machine.profiles);

@@ -4,6 +4,8 @@
 #include "environment/string_table.h"
 #include "package/category_import.h"
 #include "package/overlay.h"
+#include "package/run_folder.h"
+#include "platform/path_text.h"
 
 namespace carrovan {
 
@@ -17,6 +19,8 @@ std::wstring ImportFinishText(const ProductContext& context) {
 }
 
 void ApplyPackage(const ImportRun& run, EditableCategoryTree& tree) {
+  // From here on the staging folder may hold the only copy of what is merged and taken away.
+  KeepRunFolder(run.machine.files, WithoutTrailingBackslashes(run.context.stagingFolder));
   WalkLeaves(tree, tree.Root(), [&](CategoryTree::Item leaf) {
     ApplyCategory(run, tree.ItemData(leaf), tree.IsChecked(leaf));
   });

@@ -3,18 +3,29 @@
 #include "package/package_description.h"
 #include "package/package_opening.h"
 #include "package/package_writer.h"
+#include "package/run_folder.h"
 #include "package/staging_folder.h"
+#include "platform/path_text.h"
 #include "platform/registry_command.h"
 
 namespace carrovan {
 namespace {
 
-// The archive exists between two steps only, so that laying over overwrites exactly as the
-// unpacking of a package does.
-constexpr wchar_t kOverlayArchive[] = L"Version_Changed_Files.zip";
+// Whether the archive is the one that was just written, and whether everything is in it.
+struct OverlayArchive {
+  bool written = false;
+  bool complete = false;
+};
 
-bool ArchiveChangedFiles(const Overlay& overlay, const std::wstring& archive,
-                         ImportReport& report) {
+// The archive exists between two steps only, so that laying over overwrites exactly as the
+// unpacking of a package does. What a package may have put at its names goes first.
+OverlayArchive ArchiveChangedFiles(const Overlay& overlay, const std::wstring& archive,
+                                   ImportReport& report) {
+  for (const std::wstring& path : {archive, archive + L".part"}) {
+    if (ClearPath(overlay.machine.files, path)) continue;
+    report.problems.push_back(L"Not written: " + archive + L": " + path + L" cannot be removed");
+    return {};
+  }
   std::vector<std::wstring> sources;
   for (const wchar_t* half : {L"Local", L"Roaming"}) {
     const std::wstring folder = overlay.context.stagingFolder + half;
@@ -31,12 +42,14 @@ bool ArchiveChangedFiles(const Overlay& overlay, const std::wstring& archive,
     report.problems.push_back(L"Not put in place: " + item.path + L": " +
                               DescribeArchiveResult(item.reason));
   }
-  return package.outcome == ArchiveResult::kDone && package.skipped.empty();
+  const bool written = package.outcome == ArchiveResult::kDone;
+  return {written, written && package.skipped.empty()};
 }
 
 void KeepStagingFolder(const Overlay& overlay, ImportReport& report) {
   ProductContext& context = overlay.context;
   report.problems.push_back(L"What is not in place is kept in " + context.stagingFolder);
+  KeepRunFolder(overlay.machine.files, WithoutTrailingBackslashes(context.stagingFolder));
   // A folder that is the context's is deleted in the end.
   context.stagingFolder.clear();
   CreateStagingFolder(context, overlay.machine);
@@ -73,12 +86,13 @@ bool LayOverProfile(const Overlay& overlay, ImportReport& report) {
     return false;
   }
   const std::wstring archive = overlay.context.stagingFolder + kOverlayArchive;
-  const bool archived = ArchiveChangedFiles(overlay, archive, report);
+  const OverlayArchive archived = ArchiveChangedFiles(overlay, archive, report);
+  if (!archived.written) return false;
   const ExtractReport extracted =
       ExtractArchive(overlay.machine.archives, overlay.machine.files, overlay.view, archive,
                      overlay.applicationDataRoot);
   report.unextracted += extracted.failed;
-  return archived && extracted.opened && extracted.failed == 0;
+  return archived.complete && extracted.opened && extracted.failed == 0;
 }
 
 void ApplyOverlay(const Overlay& overlay, ImportReport& report) {

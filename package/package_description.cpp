@@ -1,6 +1,25 @@
 #include "package/package_description.h"
 
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "package/run_folder.h"
+
 namespace carrovan {
+namespace {
+
+using BaseValue = std::pair<const wchar_t*, const std::wstring*>;
+
+// In the order in which they are written.
+std::array<BaseValue, 4> BaseValues(const ProductContext& context) {
+  return {BaseValue{kCompanyKey, &context.companyShortName},
+          {kInternalVersionKey, &context.productVersion},
+          {kReleaseVersionKey, &context.humanReadableVersion},
+          {kProductKey, &context.productName}};
+}
+
+}  // namespace
 
 void WritePackageDescription(const ProductContext& context, const Machine& machine,
                              std::span<const SettingCategory> checkedCategories) {
@@ -10,16 +29,31 @@ void WritePackageDescription(const ProductContext& context, const Machine& machi
     machine.profiles.WriteValue(section, key, value, path);
   };
   // What an earlier, cancelled run wrote must not stay; usually there is nothing to remove.
-  static_cast<void>(machine.files.RemoveFile(path));
+  static_cast<void>(ClearPath(machine.files, path));
   for (const SettingCategory category : checkedCategories) {
     if (const CategoryRecord* record = FindCategory(static_cast<int>(category))) {
       write(kSelectedSection, std::wstring(Text(record->label)), L"1");
     }
   }
-  write(kBaseSection, kCompanyKey, context.companyShortName);
-  write(kBaseSection, kInternalVersionKey, context.productVersion);
-  write(kBaseSection, kReleaseVersionKey, context.humanReadableVersion);
-  write(kBaseSection, kProductKey, context.productName);
+  for (const auto& [key, value] : BaseValues(context)) write(kBaseSection, key, *value);
+}
+
+bool IsDescriptionWritten(const ProductContext& context, const ProfileReader& profiles,
+                          std::span<const SettingCategory> checkedCategories) {
+  const auto reads = [&](const wchar_t* section, const std::wstring& key,
+                         const std::wstring& value) {
+    return profiles.ReadValue(section, key, context.packageDescriptionPath) == value;
+  };
+  for (const CategoryRecord& record : CategoryTable()) {
+    const bool isChecked =
+        std::ranges::find(checkedCategories, record.category) != checkedCategories.end();
+    if (!reads(kSelectedSection, std::wstring(Text(record.label)), isChecked ? L"1" : L"")) {
+      return false;
+    }
+  }
+  return std::ranges::all_of(BaseValues(context), [&](const BaseValue& base) {
+    return reads(kBaseSection, base.first, *base.second);
+  });
 }
 
 }  // namespace carrovan

@@ -5,10 +5,10 @@
 
 #include "environment/setting_category.h"
 #include "package/package_description.h"
+#include "package/package_opening.h"
 #include "package/package_trust.h"
 #include "platform/path_text.h"
 #include "platform/profile_text.h"
-#include "platform/stored_name.h"
 #include "platform/text.h"
 #include "platform/text_encoding.h"
 
@@ -27,7 +27,7 @@ bool IsRootXml(const ArchiveItem& item) {
 
 std::optional<std::wstring> RefusalOfItem(ArchiveExaminer& archive, std::size_t index,
                                           const ArchiveItem& item) {
-  if (auto refusal = RefusalOfStoredName(item.name)) return L"the name " + *refusal;
+  if (auto refusal = RefusalOfPackageItem(item.name)) return L"the name " + *refusal;
   if (IsFolderName(item.name)) return std::nullopt;
   const ArchiveResult result = archive.Check(index);
   if (result == ArchiveResult::kDone) return std::nullopt;

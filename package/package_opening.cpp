@@ -1,6 +1,8 @@
 #include "package/package_opening.h"
 
+#include "package/run_folder.h"
 #include "platform/stored_name.h"
+#include "platform/text.h"
 
 namespace carrovan {
 namespace {
@@ -12,18 +14,17 @@ void CreateFolderOf(FileSystem& files, const std::wstring& target) {
   static_cast<void>(files.CreateFolder(target.substr(0, separator)));
 }
 
+using Refusal = std::optional<std::wstring> (*)(std::wstring_view name);
+
 bool ExtractItem(ArchiveReader& archive, FileSystem& files, std::size_t index,
-                 const ArchiveItem& item, const std::wstring& target) {
-  if (RefusalOfStoredName(item.name)) return false;
+                 const std::wstring& target) {
   CreateFolderOf(files, target);
   return archive.Extract(index, target) == ArchiveResult::kDone;
 }
 
-}  // namespace
-
-ExtractReport ExtractArchive(ArchiveLibrary& archives, FileSystem& files, WizardView& view,
-                             const std::wstring& archivePath,
-                             const std::wstring& destinationFolder) {
+ExtractReport ExtractItems(ArchiveLibrary& archives, FileSystem& files, WizardView& view,
+                           const std::wstring& archivePath, const std::wstring& destinationFolder,
+                           Refusal refusalOf) {
   ExtractReport report;
   const auto archive = archives.Open(archivePath);
   if (!archive) return report;
@@ -32,13 +33,41 @@ ExtractReport ExtractArchive(ArchiveLibrary& archives, FileSystem& files, Wizard
     const auto item = archive->Item(index);
     if (!item) return report;
     const std::wstring target = destinationFolder + item->name;
-    if (ExtractItem(*archive, files, index, *item, target)) {
+    if (!refusalOf(item->name) && ExtractItem(*archive, files, index, target)) {
       ++report.extracted;
     } else {
       ++report.failed;
       view.ShowMessage(L"Failed to extract file: " + target);
     }
   }
+}
+
+bool IsKeptByRuns(std::wstring_view name) {
+  const std::wstring archive = kOverlayArchive;
+  for (const std::wstring& own : {archive, archive + L".part", std::wstring(kRunFolderMark)}) {
+    if (CompareNames(name, own) == 0) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+std::optional<std::wstring> RefusalOfPackageItem(std::wstring_view name) {
+  if (auto refusal = RefusalOfStoredName(name)) return refusal;
+  if (!IsKeptByRuns(name.substr(0, name.find_first_of(L"\\/")))) return std::nullopt;
+  return L"is one that an import keeps for itself";
+}
+
+ExtractReport ExtractArchive(ArchiveLibrary& archives, FileSystem& files, WizardView& view,
+                             const std::wstring& archivePath,
+                             const std::wstring& destinationFolder) {
+  return ExtractItems(archives, files, view, archivePath, destinationFolder, RefusalOfStoredName);
+}
+
+ExtractReport UnpackPackage(const Machine& machine, WizardView& view,
+                            const std::wstring& packagePath, const std::wstring& stagingFolder) {
+  return ExtractItems(machine.archives, machine.files, view, packagePath, stagingFolder,
+                      RefusalOfPackageItem);
 }
 
 }  // namespace carrovan

@@ -1,13 +1,22 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <string_view>
 
-#include "platform/archive_library.h"
-#include "platform/file_system.h"
+#include "platform/machine.h"
 #include "platform/wizard_view.h"
 
 namespace carrovan {
+
+// The archive of the last steps of an import, in the staging folder. It is written there as
+// ".part".
+inline constexpr wchar_t kOverlayArchive[] = L"Version_Changed_Files.zip";
+
+// Why an item of a package is not unpacked into a staging folder ("leads out of the folder"): its
+// name is unfit, or the run keeps something of its own there. Nothing for one that is.
+std::optional<std::wstring> RefusalOfPackageItem(std::wstring_view name);
 
 // How an extraction went. The wizard does not look at it.
 struct ExtractReport {
@@ -22,5 +31,10 @@ struct ExtractReport {
 ExtractReport ExtractArchive(ArchiveLibrary& archives, FileSystem& files, WizardView& view,
                              const std::wstring& archivePath,
                              const std::wstring& destinationFolder);
+
+// The same for a package and a staging folder, in which items do not lie where the run keeps its
+// own.
+ExtractReport UnpackPackage(const Machine& machine, WizardView& view,
+                            const std::wstring& packagePath, const std::wstring& stagingFolder);
 
 }  // namespace carrovan

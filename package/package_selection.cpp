@@ -59,8 +59,7 @@ std::optional<std::wstring> OpenLegacyPackage(const ImportRun& run, const std::w
     return std::nullopt;
   }
   const std::wstring fresh = context.stagingFolder;
-  const ExtractReport extracted =
-      ExtractArchive(run.machine.archives, run.machine.files, run.view, path, fresh);
+  const ExtractReport extracted = UnpackPackage(run.machine, run.view, path, fresh);
   const std::wstring document = FindSingleXml(run.machine.files, fresh);
   if (document.empty()) {
     GoOnIn(former, run);

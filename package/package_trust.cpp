@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 
+#include "package/package_opening.h"
 #include "package/registry_file_scan.h"
 #include "platform/reg_form_scan.h"
 #include "platform/registry_command.h"
@@ -154,7 +155,7 @@ std::vector<RefusedItem> ReasonsForDistrust(ArchiveExaminer& archive, PackageKin
   StoredNames names;
   for (std::size_t index = 0; const auto item = archive.Item(index); ++index) {
     const std::wstring& name = item->name;
-    if (const auto refusal = RefusalOfStoredName(name)) {
+    if (const auto refusal = RefusalOfPackageItem(name)) {
       reasons.push_back({name, L"the name " + *refusal});
       continue;
     }

@@ -10,6 +10,7 @@
 #include "package/package_description.h"
 #include "package/package_inspection.h"
 #include "package/package_trust.h"
+#include "package/registry_file_check.h"
 #include "platform/reg_file_parser.h"
 #include "platform/text.h"
 #include "platform/text_encoding.h"
@@ -27,6 +28,7 @@ class Verification {
  private:
   void TakeInspection();
   void CheckItem(std::size_t index, const ArchiveItem& item);
+  void CheckWhole(std::size_t index, const ArchiveItem& item);
   void CheckRegistryFile(std::size_t index, const ArchiveItem& item);
   void CheckDocument(const ArchiveItem& item);
   void NoteCategoriesWithoutData();
@@ -74,6 +76,9 @@ void Verification::TakeInspection() {
 }
 
 void Verification::CheckItem(std::size_t index, const ArchiveItem& item) {
+  if (!unreadable_.contains(item.name)) {
+    if (const auto problem = archive_.HeaderProblem(index)) Find(item.name, *problem);
+  }
   if (IsFolderName(item.name)) return;
   const bool isRegistryFile = !inspection_.legacy && IsRegistryFileName(item.name);
   const bool isDocument = EndsWithIgnoringAsciiCase(item.name, L".xml");
@@ -83,6 +88,7 @@ void Verification::CheckItem(std::size_t index, const ArchiveItem& item) {
   if (!inspection_.contentWasRead || unreadable_.contains(item.name)) return;
   if (item.sizeBytes > ArchiveFiles::kLongestFileBytes) {
     result_.notes.push_back({item.name, L"too large to be parsed here"});
+    if (isRegistryFile) CheckWhole(index, item);
     return;
   }
   // What is not to be trusted was looked through for that, and says no more here.
@@ -95,13 +101,22 @@ void Verification::CheckRegistryFile(std::size_t index, const ArchiveItem& item)
   if (!bytes) return Find(item.name, L"the data is damaged");
   const auto file = ParseRegFile(DecodeText(*bytes).text);
   if (!file) return Find(item.name, L"this is not a registry file");
-  if (file->problems.empty()) return;
+  if (file->problems.empty()) return CheckWhole(index, item);
   const RegFileProblem& first = file->problems.front();
   std::wstring reason = L"line " + std::to_wstring(first.line) + L": " + first.text;
   if (const std::size_t more = file->problems.size() - 1; more > 0) {
     reason += L" (and " + std::to_wstring(more) + L" more)";
   }
   Find(item.name, reason);
+}
+
+// A file of any size that lacks its end, which the parser would take for one that ends there.
+void Verification::CheckWhole(std::size_t index, const ArchiveItem& item) {
+  RegistryFileCheck check;
+  const ArchiveResult result =
+      archive_.ReadInParts(index, [&check](std::string_view part) { check.Take(part); });
+  if (result != ArchiveResult::kDone) return Find(item.name, DescribeArchiveResult(result));
+  if (const auto problem = check.Finish()) Find(item.name, *problem);
 }
 
 // A session for each document, so that what one held is gone before the next.

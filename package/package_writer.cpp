@@ -101,7 +101,7 @@ std::wstring EntryNameInFolder(const ProductContext& context, const std::wstring
 
 PackageReport WritePackage(const ProductContext& context, const Machine& machine,
                            std::span<const std::wstring> sources, const std::wstring& archivePath,
-                           ArchivePurpose purpose) {
+                           ArchivePurpose purpose, const MayTakePlace& mayTakePlace) {
   PackageReport report;
   const auto archive = machine.archives.Create(archivePath, purpose);
   if (!archive) return report;
@@ -113,6 +113,7 @@ PackageReport WritePackage(const ProductContext& context, const Machine& machine
       return report;
     }
   }
+  if (mayTakePlace && !mayTakePlace(report)) return report;
   report.outcome = archive->Close();
   return report;
 }

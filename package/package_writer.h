@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <span>
 #include <string>
 #include <vector>
@@ -27,12 +28,15 @@ std::wstring EntryNameOfFile(const ProductContext& context, const std::wstring& 
 // Entry name of a file found below a source folder; empty when no rule names it.
 std::wstring EntryNameInFolder(const ProductContext& context, const std::wstring& path);
 
+// Asked when everything is stored and before the archive takes its place: whether it may.
+using MayTakePlace = std::function<bool(const PackageReport& report)>;
+
 // Writes an archive from files and folders in the order given. A source that is missing, or that
 // vanishes meanwhile, is passed over; so is everything named ".config", which belongs to the
 // machine and not to the user. An archive that is there is replaced only by a finished one: when
-// the disk fills up nothing is put in its place.
+// the disk fills up, or when it may not, nothing is put in its place.
 PackageReport WritePackage(const ProductContext& context, const Machine& machine,
                            std::span<const std::wstring> sources, const std::wstring& archivePath,
-                           ArchivePurpose purpose);
+                           ArchivePurpose purpose, const MayTakePlace& mayTakePlace = {});
 
 }  // namespace carrovan

@@ -20,8 +20,8 @@ bool RegistryTool::RegExportKey(const std::wstring& keyPath, const std::wstring&
   const auto command = interpreter_.Start(RegExportCommand(keyPath, filePath));
   if (pace_ == RegistryToolPace::kFixedPause) {
     clock_.Pause(kPauseAfterExport);
-  } else if (command) {
-    command->WaitForEnd();
+  } else {
+    lastExportFailed_ = !command || !command->WaitForEnd();
   }
   return true;
 }

@@ -13,14 +13,20 @@ enum class RegistryToolPace {
   kWaitForEnd,  // each command has ended before the next one starts: nothing is missed
 };
 
-// Moves registry keys to and from ".reg" files through the system's own registry tool. An export
-// that went wrong shows in a file that is not there.
+// Moves registry keys to and from ".reg" files through the system's own registry tool.
 class RegistryTool {
  public:
   RegistryTool(CommandInterpreter& interpreter, Clock& clock, RegistryToolPace pace);
 
   // `keyPath` begins with its hive's full name. An existing file is overwritten. Always true.
   bool RegExportKey(const std::wstring& keyPath, const std::wstring& filePath);
+
+  // True when the last export is known to have failed, which with fixed pauses is never known. A
+  // file that it left behind is then not to be trusted.
+  bool LastExportFailed() const { return lastExportFailed_; }
+
+  // True when what an export has written can be looked at, since the tool has ended.
+  bool IsDoneWithFiles() const { return pace_ == RegistryToolPace::kWaitForEnd; }
 
   // False when the tool is known to have failed; with fixed pauses that is only when it could not
   // be started.
@@ -34,6 +40,7 @@ class RegistryTool {
   CommandInterpreter& interpreter_;
   Clock& clock_;
   RegistryToolPace pace_;
+  bool lastExportFailed_ = false;
 };
 
 }  // namespace carrovan

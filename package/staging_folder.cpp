@@ -1,7 +1,8 @@
 #include "package/staging_folder.h"
 
 #include "package/package_description.h"
-#include "reset/folder_wipe.h"
+#include "package/run_folder.h"
+#include "platform/path_text.h"
 
 namespace carrovan {
 
@@ -12,14 +13,15 @@ bool CreateStagingFolder(ProductContext& context, const Machine& machine) {
   const std::wstring folder = *tempPath + guid->substr(1, guid->size() - 2) + L"\\";
   const SystemCode code = machine.files.CreateFolder(folder);
   if (code != kSystemOk && code != kAlreadyExists) return false;
+  // A folder that was there is somebody's, who may want to keep it.
+  if (code == kSystemOk) MarkRunFolder(machine.files, WithoutTrailingBackslashes(folder));
   context.stagingFolder = folder;
   return true;
 }
 
 void DeleteStagingFolder(const ProductContext& context, const Machine& machine) {
   if (context.stagingFolder.empty()) return;
-  const std::wstring folder = context.stagingFolder.substr(0, context.stagingFolder.size() - 1);
-  WipeFolder(machine.files, folder);
+  WipeRunFolder(machine.files, WithoutTrailingBackslashes(context.stagingFolder));
 }
 
 bool RenewStagingFolder(ProductContext& context, const Machine& machine) {

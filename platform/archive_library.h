@@ -83,6 +83,12 @@ class ArchiveExaminer : public ArchiveReader {
   // Reads the item whole and compares its checksum, as an extraction would.
   [[nodiscard]] virtual ArchiveResult Check(std::size_t index) = 0;
 
+  // What is wrong with how the item lies in the archive, beside its content ("its local header
+  // bears another name"): the header in front of its content and the directory must say the same,
+  // and no two items may share bytes. An extraction goes by the directory alone; other programs do
+  // not. Nothing when all is well.
+  virtual std::optional<std::wstring> HeaderProblem(std::size_t index) = 0;
+
   // Size of the archive itself. Items may declare more packed bytes than that.
   virtual std::uint64_t SizeBytes() const = 0;
 };

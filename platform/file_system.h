@@ -59,6 +59,12 @@ class FileReader {
                                                const TakePart& take) const = 0;
 };
 
+// How a file is held.
+enum class FileHold {
+  kMake,  // it is made when it is missing
+  kTake,  // it must be there
+};
+
 // Changes files and folders. Each operation returns kSystemOk or the system's error number, and
 // leaves the disk as it was when it fails.
 class FileSystem : public FileReader {
@@ -89,6 +95,11 @@ class FileSystem : public FileReader {
   // kept while something goes on: what was appended before a program is killed stays.
   [[nodiscard]] virtual SystemCode AppendBytes(const std::wstring& path,
                                                std::string_view bytes) = 0;
+
+  // Holds a file until this file system removes it or goes away, at the latest with the process,
+  // however that ends. For a mark by which other processes know that this one lives.
+  // kSharingViolation while another one holds the file, kFileNotFound when there is none to take.
+  [[nodiscard]] virtual SystemCode HoldFile(const std::wstring& path, FileHold hold) = 0;
 
   // Copies a file, over an existing one that is not read-only. kCopySkipped when the system left
   // the copy undone without calling it an error.

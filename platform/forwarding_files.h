@@ -43,6 +43,9 @@ class ForwardingFiles : public FileSystem {
   SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override {
     return files_.AppendBytes(path, bytes);
   }
+  SystemCode HoldFile(const std::wstring& path, FileHold hold) override {
+    return files_.HoldFile(path, hold);
+  }
   SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override {
     return files_.CopyOver(source, target);
   }

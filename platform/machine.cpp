@@ -17,6 +17,11 @@ Machine WithGuids(const Machine& m, GuidSource& guids) {
           m.interpreter, m.clock,    m.registryEditor, m.user, m.codePage, m.processes};
 }
 
+Machine WithProfiles(const Machine& m, ProfileFile& profiles) {
+  return {m.files,       m.registry, m.folders,        m.guids, profiles,   m.product,  m.archives,
+          m.interpreter, m.clock,    m.registryEditor, m.user,  m.codePage, m.processes};
+}
+
 Machine WithArchives(const Machine& m, ArchiveLibrary& archives) {
   return {m.files,       m.registry, m.folders,        m.guids, m.profiles, m.product,  archives,
           m.interpreter, m.clock,    m.registryEditor, m.user,  m.codePage, m.processes};

@@ -38,6 +38,7 @@ struct Machine {
 Machine WithFiles(const Machine& machine, FileSystem& files);
 Machine WithFolders(const Machine& machine, KnownFolders& folders);
 Machine WithGuids(const Machine& machine, GuidSource& guids);
+Machine WithProfiles(const Machine& machine, ProfileFile& profiles);
 Machine WithArchives(const Machine& machine, ArchiveLibrary& archives);
 Machine WithInterpreter(const Machine& machine, CommandInterpreter& interpreter);
 Machine WithClock(const Machine& machine, Clock& clock);

@@ -1,5 +1,7 @@
 #include "platform/path_text.h"
 
+#include <algorithm>
+
 namespace carrovan {
 namespace {
 
@@ -54,6 +56,14 @@ std::wstring RemoveFileSpec(std::wstring path) {
 std::wstring FileNameOf(std::wstring_view path) {
   const std::size_t separator = path.find_last_of(L"\\/");
   return std::wstring(separator == std::wstring_view::npos ? path : path.substr(separator + 1));
+}
+
+bool IsGuid(std::wstring_view name) {
+  constexpr std::wstring_view kForm = L"00000000-0000-0000-0000-000000000000";
+  return std::ranges::equal(name, kForm, [](wchar_t c, wchar_t form) {
+    if (form == L'-') return c == L'-';
+    return (c >= L'0' && c <= L'9') || (c >= L'a' && c <= L'f') || (c >= L'A' && c <= L'F');
+  });
 }
 
 }  // namespace carrovan

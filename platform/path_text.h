@@ -28,4 +28,7 @@ std::wstring RemoveFileSpec(std::wstring path);
 // Text after the last backslash or slash.
 std::wstring FileNameOf(std::wstring_view path);
 
+// True for a GUID in the form of the registry, without its braces.
+bool IsGuid(std::wstring_view name);
+
 }  // namespace carrovan

@@ -211,6 +211,10 @@ bool Parser::Report(const wchar_t* problem) {
 
 }  // namespace
 
+bool IsRegFileHeader(std::wstring_view line) {
+  return line == kHeader || line == kForerunnersHeader;
+}
+
 std::optional<RegFile> ParseRegFile(std::wstring_view text) { return Parser(text).Parse(); }
 
 std::optional<RegistryHive> HiveOfRoot(std::wstring_view name) {

@@ -37,6 +37,9 @@ struct RegFile {
   std::vector<RegFileProblem> problems;
 };
 
+// True for the line with which a registry file begins.
+bool IsRegFileHeader(std::wstring_view line);
+
 // Nothing when the text is not a registry file. A line with a problem is left out and the rest is
 // read, as the system's tool does; the values below a key line with a problem are left out too.
 std::optional<RegFile> ParseRegFile(std::wstring_view text);

@@ -23,9 +23,9 @@ class XmlDocument {
   virtual XmlNode Root() = 0;
   // An element outside the tree; no node when the DOM refuses.
   virtual XmlNode CreateElement(std::string_view name) = 0;
-  // Writes the encoding that the document's declaration names, UTF-8 when it names none or when that
-  // encoding cannot hold the document; the written declaration says so. What is written loads again.
-  // False, and the file is as it was, when that is not so or the file cannot be written.
+  // Writes the encoding that the document's declaration names, UTF-8 when it names none or when
+  // that encoding cannot hold the document; the written declaration says so. What is written loads
+  // again. False, and the file is as it was, when that is not so or the file cannot be written.
   [[nodiscard]] virtual bool Save(const std::wstring& path) = 0;
 };
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "package/run_folder.h"
 #include "platform/text.h"
-#include "reset/folder_wipe.h"
 
 namespace carrovan {
 namespace {
@@ -40,6 +40,7 @@ std::unique_ptr<OverlayFiles> OverlayFiles::Open(const Machine& machine, std::ws
     reason = L"no folder for the preview: " + spool + L": " + DescribeSystemCode(code);
     return nullptr;
   }
+  MarkRunFolder(machine.files, spool);
   return std::unique_ptr<OverlayFiles>(new OverlayFiles(machine.files, spool));
 }
 
@@ -48,7 +49,7 @@ OverlayFiles::OverlayFiles(FileSystem& machine, std::wstring spool)
   if (const auto path = ParseOverlayPath(spool_)) tree_.Hide(*path);
 }
 
-OverlayFiles::~OverlayFiles() { static_cast<void>(WipeFolder(machine_, spool_)); }
+OverlayFiles::~OverlayFiles() { static_cast<void>(WipeRunFolder(machine_, spool_)); }
 
 std::wstring OverlayFiles::Locate(const std::wstring& path) const {
   const Seen seen = Look(path);
@@ -239,6 +240,13 @@ SystemCode OverlayFiles::AppendBytes(const std::wstring& path, std::string_view 
   const SystemCode code = ReadBytes(path, content);
   if (code != kSystemOk && code != kFileNotFound) return code;
   return WriteBytes(path, content.append(bytes));
+}
+
+// Nobody else sees what an overlay shows, so that a file in it needs no holding.
+SystemCode OverlayFiles::HoldFile(const std::wstring& path, FileHold hold) {
+  Seen seen;
+  const SystemCode code = CodeOfReading(path, seen);
+  return code == kFileNotFound && hold == FileHold::kMake ? WriteBytes(path, "") : code;
 }
 
 // The machine's file is read to its end, as copying would: one that cannot be read is not copied.

@@ -75,6 +75,10 @@ SystemCode RecordedFiles::AppendBytes(const std::wstring& path, std::string_view
   return MakeRecorded(recorder_, path, [&] { return ForwardingFiles::AppendBytes(path, bytes); });
 }
 
+SystemCode RecordedFiles::HoldFile(const std::wstring& path, FileHold hold) {
+  return MakeRecorded(recorder_, path, [&] { return ForwardingFiles::HoldFile(path, hold); });
+}
+
 SystemCode RecordedFiles::CopyOver(const std::wstring& source, const std::wstring& target) {
   return MakeRecorded(recorder_, target, [&] { return ForwardingFiles::CopyOver(source, target); });
 }

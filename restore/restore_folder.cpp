@@ -21,16 +21,6 @@ std::wstring Padded(unsigned number, std::size_t digits) {
 
 bool FitsShape(wchar_t c, wchar_t shape) { return shape == L'0' ? IsDigit(c) : c == shape; }
 
-// Without its braces.
-bool IsGuid(std::wstring_view name) {
-  constexpr std::wstring_view kGuidShape = L"00000000-0000-0000-0000-000000000000";
-  const auto fits = [](wchar_t shape, wchar_t c) {
-    const bool isDigit = IsDigit(c) || (c >= L'a' && c <= L'f') || (c >= L'A' && c <= L'F');
-    return shape == L'0' ? isDigit : c == shape;
-  };
-  return std::ranges::equal(kGuidShape, name, fits);
-}
-
 }  // namespace
 
 std::optional<std::wstring> RestoreRoot(const KnownFolders& folders) {

@@ -27,6 +27,20 @@ SystemCode Remove(const fs::path& path) {
   return SystemCodeOf(error);
 }
 
+SystemCode RemoveFileAt(const fs::path& path) {
+  const fs::file_status status = StatusAt(path);
+  switch (status.type()) {
+    case fs::file_type::not_found:
+      return MissingCode(path);
+    case fs::file_type::directory:
+      return kAccessDenied;
+    case fs::file_type::symlink:
+      return LeadsToFolder(path) ? kAccessDenied : Remove(path);
+    default:
+      return OwnerMayWrite(status) ? Remove(path) : kAccessDenied;
+  }
+}
+
 SystemCode OpenEmptied(const fs::path& path) {
   errno = 0;
   const std::ofstream file(path, std::ios::binary | std::ios::trunc);
@@ -120,17 +134,10 @@ SystemCode HostFileSystem::CreateEmptyFile(const std::wstring& path) {
 SystemCode HostFileSystem::RemoveFile(const std::wstring& path) {
   const auto host = paths_.ToHost(path);
   if (!host) return kInvalidName;
-  const fs::file_status status = StatusAt(*host);
-  switch (status.type()) {
-    case fs::file_type::not_found:
-      return MissingCode(*host);
-    case fs::file_type::directory:
-      return kAccessDenied;
-    case fs::file_type::symlink:
-      return LeadsToFolder(*host) ? kAccessDenied : Remove(*host);
-    default:
-      return OwnerMayWrite(status) ? Remove(*host) : kAccessDenied;
-  }
+  const SystemCode code = RemoveFileAt(*host);
+  // A file that is held is let go of only when nobody can take it any more.
+  if (code == kSystemOk) held_.erase(*host);
+  return code;
 }
 
 SystemCode HostFileSystem::RemoveFolder(const std::wstring& path) {
@@ -141,6 +148,17 @@ SystemCode HostFileSystem::RemoveFolder(const std::wstring& path) {
   if (!LeadsToFolder(*host)) return kNotAFolder;
   if (type != fs::file_type::symlink && !OwnerMayWrite(*host)) return kAccessDenied;
   return Remove(*host);
+}
+
+SystemCode HostFileSystem::HoldFile(const std::wstring& path, FileHold hold) {
+  const auto host = paths_.ToHost(path);
+  if (!host || !paths_.MayBeMade(path)) return kInvalidName;
+  if (const SystemCode code = CodeOfParent(*host); code != kSystemOk) return code;
+  if (held_.contains(*host)) return kSharingViolation;
+  const FileStatus status = held_[*host].OpenAlone(*host, hold == FileHold::kMake);
+  if (status == FileStatus::kDone) return kSystemOk;
+  held_.erase(*host);
+  return status == FileStatus::kMissing ? kFileNotFound : kSharingViolation;
 }
 
 }  // namespace carrovan

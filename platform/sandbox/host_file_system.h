@@ -1,11 +1,13 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
 #include "platform/file_system.h"
 #include "platform/sandbox/path_mapper.h"
+#include "support/zip/os_file.h"
 
 namespace carrovan {
 
@@ -34,11 +36,13 @@ class HostFileSystem : public FileSystem {
   SystemCode BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,
                               std::unique_ptr<FileReplacement>& replacement) override;
   SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override;
+  SystemCode HoldFile(const std::wstring& path, FileHold hold) override;
   SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override;
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
 
  private:
   const PathMapper& paths_;
+  std::map<std::filesystem::path, OsFile> held_;
 };
 
 }  // namespace carrovan

@@ -52,6 +52,10 @@ class MappedReader : public ArchiveExaminer {
 
   ArchiveResult Check(std::size_t index) override { return reader_->Check(index); }
 
+  std::optional<std::wstring> HeaderProblem(std::size_t index) override {
+    return reader_->HeaderProblem(index);
+  }
+
   std::uint64_t SizeBytes() const override { return reader_->SizeBytes(); }
 
  private:

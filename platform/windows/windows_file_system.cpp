@@ -4,7 +4,6 @@
 
 #include "platform/part_name.h"
 #include "platform/path_text.h"
-#include "platform/windows/handles.h"
 #include "platform/windows/system_path.h"
 
 namespace carrovan {
@@ -195,7 +194,10 @@ SystemCode WindowsFileSystem::CreateEmptyFile(const std::wstring& path) {
 }
 
 SystemCode WindowsFileSystem::RemoveFile(const std::wstring& path) {
-  return CodeOf(DeleteFileW(SystemPath(path).c_str()));
+  const SystemCode code = CodeOf(DeleteFileW(SystemPath(path).c_str()));
+  // A file that is held is let go of only when nobody can take it any more.
+  if (code == kSystemOk) held_.erase(path);
+  return code;
 }
 
 SystemCode WindowsFileSystem::RemoveFolder(const std::wstring& path) {
@@ -226,6 +228,16 @@ SystemCode WindowsFileSystem::AppendBytes(const std::wstring& path, std::string_
   const FileHandle file(CreateFileW(SystemPath(path).c_str(), FILE_APPEND_DATA, FILE_SHARE_READ,
                                     nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
   return file ? WriteAll(file, bytes) : GetLastError();
+}
+
+SystemCode WindowsFileSystem::HoldFile(const std::wstring& path, FileHold hold) {
+  FileHandle file(CreateFileW(SystemPath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
+                              FILE_SHARE_DELETE, nullptr,
+                              hold == FileHold::kMake ? OPEN_ALWAYS : OPEN_EXISTING,
+                              FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+  if (!file) return GetLastError();
+  held_.insert_or_assign(path, std::move(file));
+  return kSystemOk;
 }
 
 SystemCode WindowsFileSystem::CopyOver(const std::wstring& source, const std::wstring& target) {

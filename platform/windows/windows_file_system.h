@@ -1,6 +1,10 @@
 #pragma once
 
+#include <map>
+
 #include "platform/file_system.h"
+#include "platform/text.h"
+#include "platform/windows/handles.h"
 
 namespace carrovan {
 
@@ -26,9 +30,13 @@ class WindowsFileSystem : public FileSystem {
   [[nodiscard]] SystemCode BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,
                                             std::unique_ptr<FileReplacement>& replacement) override;
   [[nodiscard]] SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override;
+  [[nodiscard]] SystemCode HoldFile(const std::wstring& path, FileHold hold) override;
   [[nodiscard]] SystemCode CopyOver(const std::wstring& source,
                                     const std::wstring& target) override;
   [[nodiscard]] SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
+
+ private:
+  std::map<std::wstring, FileHandle, NameLess> held_;
 };
 
 }  // namespace carrovan

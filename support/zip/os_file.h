@@ -39,6 +39,10 @@ class OsFile {
   // A file to be written, emptied if it is there; a failure while another process writes it so.
   [[nodiscard]] FileStatus CreateOrTakeOver(const std::filesystem::path& path);
 
+  // A file that nobody else can open so until it is closed; its content stays as it is. kMissing
+  // when it is not there and not to be made; a failure also where the system has no locks.
+  [[nodiscard]] FileStatus OpenAlone(const std::filesystem::path& path, bool make);
+
   bool IsOpen() const { return handle_ != kNoHandle; }
   std::optional<FileFacts> Facts() const;
 

@@ -118,6 +118,19 @@ FileStatus OsFile::CreateOrTakeOver(const std::filesystem::path& path) {
   return FileStatus::kFailed;
 }
 
+FileStatus OsFile::OpenAlone(const std::filesystem::path& path, bool make) {
+  Close();
+  constexpr int kFlags = O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  handle_ = open(path.c_str(), make ? kFlags | O_CREAT : kFlags, kNewFileMode);
+  if (!IsOpen()) return StatusOfError();
+  const int file = Descriptor(handle_);
+  if (IsRegular(file) && flock(file, LOCK_EX | LOCK_NB) == 0 && IsNamed(file, path)) {
+    return FileStatus::kDone;
+  }
+  Close();
+  return FileStatus::kFailed;
+}
+
 std::optional<FileFacts> OsFile::Facts() const {
   struct stat facts = {};
   if (fstat(Descriptor(handle_), &facts) != 0) return std::nullopt;

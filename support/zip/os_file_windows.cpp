@@ -116,6 +116,14 @@ FileStatus OsFile::CreateOrTakeOver(const std::filesystem::path& path) {
   return StatusOf(IsOpen());
 }
 
+FileStatus OsFile::OpenAlone(const std::filesystem::path& path, bool make) {
+  Close();
+  handle_ = OpenHandle(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_DELETE,
+                       make ? OPEN_ALWAYS : OPEN_EXISTING,
+                       FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT);
+  return StatusOf(IsOpen());
+}
+
 std::optional<FileFacts> OsFile::Facts() const {
   BY_HANDLE_FILE_INFORMATION facts = {};
   if (!GetFileInformationByHandle(Handle(handle_), &facts)) return std::nullopt;

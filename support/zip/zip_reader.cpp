@@ -9,6 +9,7 @@
 
 #include "platform/stored_name.h"
 #include "platform/text.h"
+#include "support/zip/archive_layout.h"
 #include "support/zip/item_unpacker.h"
 #include "support/zip/os_file.h"
 #include "support/zip/part_file.h"
@@ -25,6 +26,15 @@ Zip OpenZip(ArchiveInput& input) {
   zip_t* zip = source ? zip_open_from_source(source, ZIP_RDONLY, nullptr) : nullptr;
   if (source && !zip) zip_source_free(source);
   return Zip(zip, zip_discard);
+}
+
+// Programs put something of their own in front of an archive, so that it unpacks itself. Its
+// records then count from where it begins, which libzip does not look for.
+Zip OpenBehindOthers(ArchiveInput& input) {
+  const auto layout = FindArchive(input.File(), input.SizeBytes());
+  if (!layout || layout->startOffset == 0) return Zip(nullptr, zip_discard);
+  input.StartAt(layout->startOffset);
+  return OpenZip(input);
 }
 
 // The extended timestamp when there is one, else the archive's own field, which is in local time.
@@ -127,12 +137,26 @@ class ZipReader::Archive {
     });
   }
 
+  std::wstring HeaderProblem(std::size_t index) {
+    if (headerProblems_.empty()) headerProblems_ = CompareAllHeaders();
+    return headerProblems_[index];
+  }
+
   std::uint64_t SizeBytes() const { return input_->SizeBytes(); }
 
  private:
+  std::vector<std::wstring> CompareAllHeaders() const {
+    const auto items = static_cast<std::size_t>(zip_get_num_entries(zip_.get(), 0));
+    const auto facts = input_->File().Facts();
+    const auto layout = FindArchive(input_->File(), facts ? facts->sizeBytes : 0);
+    if (!layout) return std::vector<std::wstring>(items, L"the directory cannot be found again");
+    return CompareHeaders(input_->File(), *layout, items);
+  }
+
   std::unique_ptr<ArchiveInput> input_;
   Zip zip_;
   ItemUnpacker unpacker_;
+  std::vector<std::wstring> headerProblems_;  // by item, once they are asked for
 };
 
 ZipReader::ZipReader(std::unique_ptr<Archive> archive) : archive_(std::move(archive)) {}
@@ -143,6 +167,7 @@ std::unique_ptr<ZipReader> ZipReader::Open(const std::filesystem::path& archive)
   auto input = ArchiveInput::Open(archive);
   if (!input) return nullptr;
   Zip zip = OpenZip(*input);
+  if (!zip) zip = OpenBehindOthers(*input);
   if (!zip) return nullptr;
   auto opened = std::make_unique<Archive>(std::move(input), std::move(zip));
   return std::unique_ptr<ZipReader>(new ZipReader(std::move(opened)));
@@ -171,6 +196,12 @@ ArchiveResult ZipReader::ReadInParts(std::size_t index, const TakePart& take) {
 
 ArchiveResult ZipReader::Check(std::size_t index) {
   return ReadInParts(index, [](std::string_view) {});
+}
+
+std::optional<std::wstring> ZipReader::HeaderProblem(std::size_t index) {
+  if (!archive_->Has(index)) return std::nullopt;
+  std::wstring problem = archive_->HeaderProblem(index);
+  return problem.empty() ? std::nullopt : std::optional(std::move(problem));
 }
 
 std::uint64_t ZipReader::SizeBytes() const { return archive_->SizeBytes(); }

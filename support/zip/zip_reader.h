@@ -42,6 +42,9 @@ class ZipReader {
   // Reads an item whole and compares its size and checksum.
   [[nodiscard]] ArchiveResult Check(std::size_t index);
 
+  // See ArchiveExaminer.
+  std::optional<std::wstring> HeaderProblem(std::size_t index);
+
   std::uint64_t SizeBytes() const;
 
  private:

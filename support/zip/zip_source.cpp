@@ -38,6 +38,11 @@ std::unique_ptr<ArchiveInput> ArchiveInput::Open(const std::filesystem::path& pa
   return input;
 }
 
+void ArchiveInput::StartAt(std::uint64_t offset) {
+  sizeBytes_ -= offset - startOffset_;
+  startOffset_ = offset;
+}
+
 zip_int64_t ArchiveInput::Call(void* self, void* data, zip_uint64_t length,
                                zip_source_cmd_t command) {
   auto& input = *static_cast<ArchiveInput*>(self);
@@ -49,8 +54,8 @@ zip_int64_t ArchiveInput::Call(void* self, void* data, zip_uint64_t length,
       input.position_ = 0;
       return 0;
     case ZIP_SOURCE_READ:
-      return ReadRange(input.file_, 0, input.sizeBytes_, input.position_, Bytes(data, length),
-                       input.error_);
+      return ReadRange(input.file_, input.startOffset_, input.startOffset_ + input.sizeBytes_,
+                       input.position_, Bytes(data, length), input.error_);
     case ZIP_SOURCE_SEEK:
       return input.Seek(data, length);
     case ZIP_SOURCE_TELL:

@@ -23,6 +23,11 @@ class ArchiveInput {
   // Null when the file is missing or cannot be read.
   static std::unique_ptr<ArchiveInput> Open(const std::filesystem::path& path);
 
+  // The archive begins here in its file. Called before it is read.
+  void StartAt(std::uint64_t offset);
+
+  const OsFile& File() const { return file_; }
+
   static zip_int64_t Call(void* self, void* data, zip_uint64_t length, zip_source_cmd_t command);
 
   std::uint64_t SizeBytes() const { return sizeBytes_; }
@@ -32,7 +37,8 @@ class ArchiveInput {
   zip_int64_t Describe(void* data) const;
 
   OsFile file_;
-  std::uint64_t sizeBytes_ = 0;
+  std::uint64_t startOffset_ = 0;
+  std::uint64_t sizeBytes_ = 0;  // from there on
   std::uint64_t position_ = 0;
   zip_error_t error_ = {};
 };

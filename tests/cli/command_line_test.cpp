@@ -106,7 +106,7 @@ TEST_F(CommandLine, MissingPackageIsAFailureOnOneLine) {
         Arguments{L"extract", L"no-such.ucex", L"folder"}}) {
     console_ = {};
     EXPECT_EQ(Run(arguments), ExitStatus::kFailed);
-    EXPECT_EQ(console_.err, L"no-such.ucex is missing or is not a package\n");
+    EXPECT_EQ(console_.err, L"no-such.ucex is missing\n");
   }
 }
 

@@ -1,5 +1,6 @@
 """An export that dies at any moment leaves the old package or the new one, never a mixture."""
 
+import fcntl
 import os
 import subprocess
 import time
@@ -111,3 +112,74 @@ class FullDiskTest(SandboxTest):
             for name in expected_package.REGISTRY_ENTRIES[:26]:
                 named = "\\" + name[len("Options\\"):-len(".reg")] + ":" in done.stderr
                 self.assertNotEqual(named, name in archive.namelist(), name)
+
+    def test_temporary_disk_without_room_for_a_description_keeps_the_old_package(self):
+        self.package.write_bytes(b"the package of last week")
+        done = self.in_namespace(
+            'temp=$1; shift; mount -t tmpfs -o size=64k,nr_inodes=2 none "$temp" || exit 99\n'
+            '"$@" >/dev/null; status=$?; ls -A "$temp"; exit $status\n',
+            self.machine.local / "Temp", CLI, "--root", self.machine.root, "export", "--version",
+            "2026", "--category", "Cosmetic Thread", "--output", self.package)
+        self.assertEqual((done.returncode, done.stdout), (1, ""), done.stderr)
+        self.assertIn("could not be written and read back", done.stderr)
+        self.assertEqual(self.package.read_bytes(), b"the package of last week")
+
+
+class AbandonedFolderTest(SandboxTest):
+    """Folders in the temporary path that killed runs left behind."""
+
+    NAME = "00112233-4455-6677-8899-AABBCCDDEEFF"
+
+    def setUp(self):
+        super().setUp()
+        self.machine = small_sandbox(self.folder / "machine")
+        self.left = self.machine.local / "Temp" / self.NAME
+        (self.left / "Local").mkdir(parents=True)
+        (self.left / "Local" / "x.txt").write_bytes(b"x")
+        self.mark = self.left / "~carrovan.lock"
+
+    def export(self):
+        done = self.machine.export_all(self.package)
+        self.assertEqual(done.returncode, 0, done.stderr)
+
+    def test_killed_exports_folder_is_gone_after_the_next(self):
+        self.left.rename(self.folder / "aside")
+        with subprocess.Popen([CLI, "--root", self.machine.root, *EXPORT_ALL, self.package],
+                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as run:
+            deadline = time.monotonic() + 60
+            while not list(self.machine.temporary_files()) and run.poll() is None:
+                self.assertLess(time.monotonic(), deadline, "no staging folder within a minute")
+            run.kill()
+        self.export()
+        self.assertEqual(self.machine.temporary_files(), [])
+
+    def test_marked_folder_of_nobody_goes(self):
+        self.mark.touch()
+        self.export()
+        self.assertEqual(self.machine.temporary_files(), [])
+
+    def test_folder_of_a_living_process_stays(self):
+        with self.mark.open("w") as held:
+            fcntl.flock(held, fcntl.LOCK_EX)
+            self.export()
+            self.assertEqual((self.left / "Local" / "x.txt").read_bytes(), b"x")
+
+    def test_folder_without_a_mark_stays(self):
+        self.export()
+        self.assertEqual((self.left / "Local" / "x.txt").read_bytes(), b"x")
+
+    def test_linked_folder_stays(self):
+        self.mark.touch()
+        self.left.rename(self.folder / "elsewhere")
+        self.left.symlink_to(self.folder / "elsewhere")
+        self.export()
+        self.assertTrue((self.folder / "elsewhere" / "Local" / "x.txt").exists())
+
+    def test_preview_removes_nothing(self):
+        self.export()
+        self.mark.touch()
+        done = self.machine.run("import", self.package, "--to", "2026", "--all", "--dry-run")
+        self.assertIn(done.returncode, (0, 3), done.stderr)
+        self.assertTrue(self.mark.exists())
+        self.machine.run("reset", "--category", "Cosmetic Thread", "--yes")
+        self.assertEqual(self.machine.temporary_files(), [])

@@ -1,5 +1,6 @@
 """An export of everything holds exactly the user's files, and other people's tools can open it."""
 
+import json
 import os
 import subprocess
 import tempfile
@@ -9,7 +10,7 @@ from pathlib import Path
 
 import expected_package
 import registry_file
-from machines import SandboxTest, make_sandbox, run_cli, snapshot
+from machines import SandboxTest, make_sandbox, run_cli, small_sandbox, snapshot
 
 
 class ExportEverythingTest(SandboxTest):
@@ -160,3 +161,55 @@ class ExportSelectionTest(SandboxTest):
         self.assertIn(r"Register\VANTRIC2025.reg", names)
         self.assertTrue(any("TVRN-INT-VANTRIC 2024 (x64)\\25.0" in name for name in names))
         self.assertFalse(any("28.0" in name or "3DBOM" in name for name in names))
+
+
+class OddRunningVersionTest(SandboxTest):
+    """A running version whose number says more than its year does."""
+
+    def setUp(self):
+        super().setUp()
+        self.machine = small_sandbox(self.folder / "machine")
+        identity = self.machine.root / "product.ini"
+        text = identity.read_text("utf-8")
+        self.assertIn("ProductVersion=28.0", text)
+        identity.write_text(text.replace("ProductVersion=28.0", "ProductVersion=28.5"), "utf-8")
+        for hive in ("HKEY_CURRENT_USER", "HKEY_LOCAL_MACHINE"):
+            file = self.machine.root / "registry" / f"{hive}.reg"
+            keys = file.read_bytes().decode("utf-16")
+            keys = keys.replace("VANTRIC 28.0", "VANTRIC 28.5").replace("VANTRIC\\28.0",
+                                                                        "VANTRIC\\28.5")
+            file.write_bytes(b"\xff\xfe" + keys.encode("utf-16-le"))
+        for folder in (self.machine.product_local, self.machine.product_roaming):
+            folder.rename(folder.with_name("28.5"))
+
+    def test_is_the_one_that_is_exported(self):
+        done = self.machine.export_all(self.package)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        with zipfile.ZipFile(self.package) as archive:
+            names = archive.namelist()
+            self.assertIn(b"INTERNAL VERSION=28.5\r\n", archive.read("config.ini"))
+        self.assertTrue(any(name.startswith("Local\\Vantric\\VANTRIC\\28.5\\")
+                            for name in names))
+        self.assertIn("Options\\General.reg", names)
+
+    def test_is_listed_with_its_own_key_and_folders(self):
+        done = self.machine.run("versions", "--json")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        running = [version for version in json.loads(done.stdout)["versions"]
+                   if version["running"]]
+        self.assertEqual(len(running), 1)
+        self.assertEqual((running[0]["internalVersion"], running[0]["releaseVersion"],
+                          running[0]["hasBeenRun"]), ("28.5", "2026", True))
+        self.assertTrue(running[0]["registryKey"].endswith("VANTRIC 28.5"))
+        self.assertTrue(running[0]["localFolder"].endswith("28.5"))
+
+    def test_reset_and_undo_of_one_category_work_on_it(self):
+        folder = self.machine.local / "Vantric/VANTRIC/28.5/en-us/CosmeticThread"
+        before = snapshot(folder)
+        self.assertTrue(before)
+        done = self.machine.run("reset", "--category", "Cosmetic Thread", "--yes")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertFalse(folder.exists())
+        done = self.machine.run("undo", "--category", "Cosmetic Thread")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual(snapshot(folder).keys(), before.keys())

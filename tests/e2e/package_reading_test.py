@@ -133,6 +133,58 @@ class HostilePackageTest(SandboxTest):
         for name in ("/absolute.txt", "/rooted.txt"):
             self.assertFalse(Path(name).exists())
 
+    def make_sound_package(self):
+        hostile_zip.make_package(self.package, [
+            ("config.ini", hostile_zip.CONFIG),
+            ("Options\\General.reg",
+             hostile_zip.registry_file(r"HKEY_CURRENT_USER\SOFTWARE\Vantric", '"a"="b"'))])
+        self.assertEqual(self.verify(), {})
+        return bytearray(self.package.read_bytes())
+
+    def test_verify_finds_local_headers_that_differ_from_the_directory(self):
+        sound = self.make_sound_package()
+        header = sound.rindex(b"PK\3\4")
+        for field, reason in ((0, "no local header"), (8, "another method"),
+                              (14, "another checksum"), (22, "another size"),
+                              (30, "another name")):
+            spoilt = bytearray(sound)
+            spoilt[header + field] ^= 1
+            self.package.write_bytes(spoilt)
+            findings = self.verify()
+            self.assertEqual(list(findings), ["Options\\General.reg"], reason)
+            if field != 0:
+                self.assertIn(reason, findings["Options\\General.reg"])
+
+    def test_package_behind_other_bytes_is_read(self):
+        sound = self.make_sound_package()
+        self.package.write_bytes(b"MZ" + bytes(1000) + sound)
+        self.assertEqual(self.verify(), {})
+        self.assertEqual(run_cli("inspect", self.package).returncode, 0)
+        done = run_cli("extract", self.package, self.out)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertEqual((self.out / "config.ini").read_bytes(), hostile_zip.CONFIG)
+
+    def test_file_that_is_no_package_is_refused_with_the_reason(self):
+        sound = self.make_sound_package()
+        for content, reason in ((b"", "it is empty"), (b"text", "it holds no zip archive"),
+                                (sound[:-30], "the end of the zip archive is missing")):
+            self.package.write_bytes(content)
+            for verb in (("inspect",), ("verify",), ("extract", self.out)):
+                done = run_cli(verb[0], self.package, *verb[1:])
+                self.assert_refused(done, 1, f"{self.package} is not a package: {reason}")
+        self.package.unlink()
+        self.assert_refused(run_cli("verify", self.package), 1, f"{self.package} is missing")
+
+    def test_items_where_an_import_keeps_its_own_are_named(self):
+        hostile_zip.make_package(self.package, [
+            ("config.ini", hostile_zip.CONFIG), ("Version_Changed_Files.zip", b"PK"),
+            ("Version_Changed_Files.zip.part\\x", b"x")])
+        for kind in ("refused", "untrusted"):
+            done, found = self.inspect(kind)
+            self.assertEqual(done.returncode, 1)
+            self.assertEqual(set(found), {"Version_Changed_Files.zip",
+                                          "Version_Changed_Files.zip.part\\x"})
+
     def test_inspect_names_what_an_import_would_refuse(self):
         hostile_zip.make_package(self.package, [
             ("config.ini", hostile_zip.CONFIG),

@@ -1,5 +1,6 @@
 #include "tests/environment/wizard_fixture.h"
 
+#include "package/run_folder.h"
 #include "package/staging_folder.h"
 #include "platform/path_text.h"
 
@@ -35,6 +36,11 @@ WizardFlow WizardFixture::FlowOn(const Machine& machine) {
 
 bool WizardFixture::HasStagingFolder() const {
   return machine_->Ports().files.IsFolder(RemoveFileSpec(context_.stagingFolder));
+}
+
+bool WizardFixture::IsStagingFolderFresh() const {
+  const auto entries = machine_->Ports().files.ListFolder(context_.stagingFolder);
+  return entries.size() == 1 && entries[0].name == kRunFolderMark;
 }
 
 std::wstring WizardFixture::LiveKeyOf(const std::wstring& version) const {

@@ -58,6 +58,7 @@ class WizardFixture : public testing::Test {
   WizardFlow FlowOn(const Machine& machine);
 
   bool HasStagingFolder() const;
+  bool IsStagingFolderFresh() const;  // nothing lies in it but its mark
   std::wstring LiveKeyOf(const std::wstring& version) const;
 
   std::unique_ptr<TestMachine> machine_ = NewTestMachine();

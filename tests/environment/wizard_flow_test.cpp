@@ -1,6 +1,8 @@
 #include "environment/wizard_flow.h"
 
 #include "environment/wizard_pages.h"
+#include "package/run_folder.h"
+#include "package/staging_folder.h"
 #include "platform/text.h"
 #include "tests/environment/wizard_fixture.h"
 
@@ -320,6 +322,18 @@ TEST_F(WizardOnABrokenMachine, UnknownUserFoldersAreToldBeforeAnythingIsListed) 
   const std::wstring text(Text(StringId::kFoldersMissing));
   EXPECT_EQ(frame_.messages, (Texts{text, text}));
   EXPECT_TRUE(frame_.trees.empty());
+}
+
+TEST_F(OpeningWizard, RemovesWhatAKilledWizardLeft) {
+  FixedFolders folders;
+  folders.temp = machine_->ScratchFolder();
+  const std::wstring left = machine_->ScratchFolder() + L"FFEEDDCC-4455-6677-8899-AABBCCDDEEFF";
+  machine_->PutFile(left + L"\\" + kRunFolderMark, "");
+  machine_->PutFile(left + L"\\config.ini", "x");
+  WizardFlow flow = FlowOn(PortsWith(folders));
+  EXPECT_TRUE(flow.Open());
+  EXPECT_FALSE(machine_->Ports().files.Exists(left));
+  DeleteStagingFolder(context_, PortsWith(folders));
 }
 
 }  // namespace

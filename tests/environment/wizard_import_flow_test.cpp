@@ -81,7 +81,7 @@ TEST_F(WizardImportFlow, PackageIsUnpackedIntoAFolderWithoutAnEarlierOne) {
   flow_.Next();
   import_.whileWorking = [&] {
     EXPECT_TRUE(HasStagingFolder());
-    EXPECT_TRUE(machine_->Ports().files.ListFolder(context_.stagingFolder).empty());
+    EXPECT_TRUE(IsStagingFolderFresh());
     EXPECT_EQ(context_.packageDescriptionPath, context_.stagingFolder + L"config.ini");
     machine_->PutFile(context_.stagingFolder + L"Local\\refused.xml", "refused");
   };

@@ -65,7 +65,7 @@ TEST_F(WizardResetFlow, UnpackedPackageIsGoneBeforeTheReset) {
   machine_->PutFile(context_.stagingFolder + L"Options\\General.reg", "of a package");
   GoToCategories();
   EXPECT_TRUE(HasStagingFolder());
-  EXPECT_TRUE(machine_->Ports().files.ListFolder(context_.stagingFolder).empty());
+  EXPECT_TRUE(IsStagingFolderFresh());
 }
 
 TEST_F(WizardResetFlow, VersionThatWasNeverRunIsToldOnEveryNext) {

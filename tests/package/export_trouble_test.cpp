@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "environment/version_folders.h"
+#include "platform/ended_command.h"
 #include "tests/package/export_fixture.h"
 
 namespace carrovan {
@@ -240,6 +241,209 @@ TEST_F(ExportTrouble, FullDiskInTheMidstOfAFolderIsNotForgottenAtTheNextFile) {
   ASSERT_TRUE(report);
   EXPECT_EQ(report->package.outcome, ArchiveResult::kDiskFull);
   EXPECT_EQ(machine_->FileBytes(PackagePath()), kOldPackage);
+}
+
+// A disk that is full after so many keys of a description. Some systems say so and some do not.
+class FullProfiles : public ProfileFile {
+ public:
+  explicit FullProfiles(ProfileFile& profiles) : profiles_(profiles) {}
+
+  std::size_t fitting = 0;
+  bool saysSo = true;
+
+  std::wstring ReadValue(const std::wstring& section, const std::wstring& key,
+                         const std::wstring& filePath) const override {
+    return profiles_.ReadValue(section, key, filePath);
+  }
+  bool WriteValue(const std::wstring& section, const std::wstring& key, const std::wstring& value,
+                  const std::wstring& filePath) override {
+    if (fitting == 0) return !saysSo;
+    --fitting;
+    return profiles_.WriteValue(section, key, value, filePath);
+  }
+
+ private:
+  ProfileFile& profiles_;
+};
+
+TEST_F(ExportTrouble, DescriptionThatIsNotWrittenWholeLeavesTheOldPackage) {
+  constexpr std::size_t kKeys = 2 + 4;
+  CheckOnly({CustomMaterials, CosmeticThread});
+  for (const bool saysSo : {true, false}) {
+    for (std::size_t fitting = 0; fitting < kKeys; ++fitting) {
+      machine_->PutFile(PackagePath(), kOldPackage);
+      FullProfiles profiles(Ports().profiles);
+      profiles.fitting = fitting;
+      profiles.saysSo = saysSo;
+      const auto report = ExportOn(WithProfiles(Ports(), profiles));
+      ASSERT_TRUE(report);
+      EXPECT_NE(report->package.outcome, ArchiveResult::kDone) << fitting;
+      EXPECT_NE(report->refusal.find(L"could not be written and read back"), std::wstring::npos);
+      EXPECT_EQ(machine_->FileBytes(PackagePath()), kOldPackage) << fitting;
+      EXPECT_EQ(view_.finishText,
+                L"Your settings have been successfully exported to  " + PackagePath());
+    }
+  }
+  FullProfiles profiles(Ports().profiles);
+  profiles.fitting = kKeys;
+  EXPECT_EQ(ExportOn(WithProfiles(Ports(), profiles))->package.outcome, ArchiveResult::kDone);
+}
+
+TEST_F(ExportTrouble, NewPackageWithoutADescriptionLeavesNoEmptyFile) {
+  FullProfiles profiles(Ports().profiles);
+  ASSERT_TRUE(ExportOn(WithProfiles(Ports(), profiles)));
+  EXPECT_FALSE(Ports().files.Exists(PackagePath()));
+}
+
+// Keeps one file, whatever is done to it.
+class KeepingFiles : public ForwardingFiles {
+ public:
+  KeepingFiles(FileSystem& files, std::wstring kept)
+      : ForwardingFiles(files), kept_(std::move(kept)) {}
+
+  SystemCode RemoveFile(const std::wstring& path) override {
+    return path == kept_ ? kSharingViolation : ForwardingFiles::RemoveFile(path);
+  }
+
+ private:
+  std::wstring kept_;
+};
+
+TEST_F(ExportTrouble, DescriptionThatMarksMoreThanTheRunStoresLeavesTheOldPackage) {
+  CheckOnly({CustomMaterials, CosmeticThread});
+  ASSERT_TRUE(Export());
+  machine_->PutFile(PackagePath(), kOldPackage);
+  CheckOnly({CustomMaterials});
+  KeepingFiles files(Ports().files, context_.packageDescriptionPath);
+  const auto report = ExportOn(WithFiles(Ports(), files));
+  ASSERT_TRUE(report);
+  EXPECT_NE(report->package.outcome, ArchiveResult::kDone);
+  EXPECT_EQ(machine_->FileBytes(PackagePath()), kOldPackage);
+}
+
+TEST_F(ExportTrouble, DescriptionThatCannotBeStoredLeavesTheOldPackage) {
+  machine_->PutFile(PackagePath(), kOldPackage);
+  FailingArchives archives(Ports().archives, ArchiveResult::kSourceUnreadable, 0);
+  const auto report = ExportOn(WithArchives(Ports(), archives));
+  ASSERT_TRUE(report);
+  EXPECT_NE(report->package.outcome, ArchiveResult::kDone);
+  EXPECT_FALSE(archives.closed);
+  EXPECT_EQ(machine_->FileBytes(PackagePath()), kOldPackage);
+}
+
+TEST_F(ExportTrouble, PackageThatWouldHoldNothingOfWhatIsThereLeavesTheOldOne) {
+  machine_->PutFile(PackagePath(), kOldPackage);
+  machine_->MakeUnreadable(Local(L"en-us\\materials\\steel.mat"));
+  machine_->MakeUnreadable(Local(L"zh-cn\\materials\\steel.mat"));
+  CheckOnly({CustomMaterials});
+  const auto report = Export();
+  ASSERT_TRUE(report);
+  EXPECT_EQ(report->refusal, L"nothing of what is there could be stored");
+  EXPECT_EQ(machine_->FileBytes(PackagePath()), kOldPackage);
+}
+
+// A path that is taken only while the export looks at it.
+class HidingFiles : public ForwardingFiles {
+ public:
+  HidingFiles(FileSystem& files, std::wstring hidden)
+      : ForwardingFiles(files), hidden_(std::move(hidden)) {}
+
+  bool Exists(const std::wstring& path) const override {
+    return path != hidden_ && ForwardingFiles::Exists(path);
+  }
+
+ private:
+  std::wstring hidden_;
+};
+
+TEST_F(ExportTrouble, PackageThatAppearsWhileItsPathIsTakenStaysWhole) {
+  machine_->PutFile(PackagePath(), kOldPackage);
+  HidingFiles files(Ports().files, PackagePath());
+  FailingArchives archives(Ports().archives, ArchiveResult::kDiskFull, 0);
+  ASSERT_TRUE(ExportOn(WithArchives(WithFiles(Ports(), files), archives)));
+  EXPECT_EQ(machine_->FileBytes(PackagePath()), kOldPackage);
+}
+
+// A registry tool whose files are cut short when they hold a text, and which may say so or not.
+class CuttingInterpreter : public CommandInterpreter {
+ public:
+  CuttingInterpreter(CommandInterpreter& interpreter, TestMachine& machine, std::wstring folder)
+      : interpreter_(interpreter), machine_(machine), folder_(std::move(folder)) {}
+
+  std::vector<std::wstring> cut;  // names of files; an empty list stands for all
+  std::size_t missingBytes = 5;
+  bool fails = false;
+
+  std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override {
+    auto command = interpreter_.Start(parameters);
+    if (!command || !command->WaitForEnd()) return command;
+    const std::size_t name = parameters.find(folder_) + folder_.size();
+    const std::wstring file = parameters.substr(name, parameters.rfind(L'"') - name);
+    if (!cut.empty() && std::ranges::find(cut, file) == cut.end()) return command;
+    const std::string bytes = machine_.FileBytes(folder_ + file).value_or("");
+    machine_.PutFile(folder_ + file, bytes.substr(0, bytes.size() - missingBytes));
+    return fails ? std::make_unique<EndedCommand>(false) : std::move(command);
+  }
+
+ private:
+  CommandInterpreter& interpreter_;
+  TestMachine& machine_;
+  std::wstring folder_;
+};
+
+class CutRegistryFiles : public ExportTrouble {
+ protected:
+  std::optional<ExportReport> ExportCut() {
+    return ExportOn(WithInterpreter(Ports(), interpreter_));
+  }
+  std::wstring Key(const std::wstring& subkey) const { return RegistryRoot(context_) + subkey; }
+  bool Holds(const std::wstring& name) { return Entries().contains(name); }
+
+  CuttingInterpreter interpreter_{Ports().interpreter, *machine_, context_.stagingFolder};
+};
+
+TEST_F(CutRegistryFiles, AreNamedAndNotStored) {
+  interpreter_.cut = {L"General.reg"};
+  CheckOnly({Options});
+  const auto report = ExportCut();
+  ASSERT_TRUE(report);
+  EXPECT_EQ(report->package.outcome, ArchiveResult::kDone);
+  ASSERT_EQ(report->registryFileProblems.size(), 1U);
+  EXPECT_EQ(report->registryFileProblems.begin()->first, Key(L"\\General"));
+  EXPECT_FALSE(report->registryFileProblems.begin()->second.empty());
+  EXPECT_FALSE(Holds(L"Options\\General.reg"));
+  EXPECT_TRUE(Holds(L"Options\\Point Snap.reg"));
+}
+
+TEST_F(CutRegistryFiles, OfAToolThatFailedAreNotStoredHoweverTheyLook) {
+  interpreter_.cut = {L"General.reg"};
+  interpreter_.missingBytes = 0;
+  interpreter_.fails = true;
+  CheckOnly({Options});
+  const auto report = ExportCut();
+  ASSERT_TRUE(report);
+  EXPECT_EQ(report->registryFileProblems,
+            (RegistryFileProblems{{Key(L"\\General"), L"is left of an export that failed"}}));
+  EXPECT_FALSE(Holds(L"Options\\General.reg"));
+}
+
+TEST_F(CutRegistryFiles, LeaveTheOldPackageWhenNothingElseIsThere) {
+  machine_->PutFile(PackagePath(), kOldPackage);
+  CheckOnly({Options, Register});
+  const auto report = ExportCut();
+  ASSERT_TRUE(report);
+  EXPECT_EQ(report->refusal, L"nothing of what is there could be stored");
+  EXPECT_EQ(report->registryFileProblems.size(), 4U);
+  EXPECT_EQ(machine_->FileBytes(PackagePath()), kOldPackage);
+}
+
+TEST_F(ExportTrouble, RegistryFileOfAnUnpackedPackageIsNotTakenForAKeys) {
+  machine_->PutFile(context_.stagingFolder + L"Grid.reg", "REGEDIT4\r\n");
+  machine_->PutFile(context_.stagingFolder + L"Model.reg\\x.txt", "x");
+  CheckOnly({Options});
+  ASSERT_TRUE(Export());
+  EXPECT_EQ(EntryNames().size(), 4U);
+  EXPECT_FALSE(Entries().contains(L"Options\\Grid.reg"));
 }
 
 }  // namespace

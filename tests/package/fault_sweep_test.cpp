@@ -9,10 +9,12 @@
 #include "environment/category_checklist.h"
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
+#include "package/export_run.h"
 #include "package/import_preparation.h"
 #include "package/import_steps.h"
 #include "package/package_selection.h"
 #include "package/staging_folder.h"
+#include "platform/path_text.h"
 #include "platform/text.h"
 #include "reset/reset_run.h"
 #include "tests/package/swept_machine.h"
@@ -23,6 +25,10 @@ namespace {
 
 constexpr RegistryHive kUser = RegistryHive::kCurrentUser;
 constexpr RegistryHive kMachine = RegistryHive::kLocalMachine;
+
+// Where the swept export puts its package, and what lies there before.
+const std::wstring kBackup = L"C:\\Users\\u\\Documents\\backup.ucex";
+constexpr char kOldPackage[] = "the user's older package, which must never be lost";
 
 class SilentLog : public LineLog {
  public:
@@ -71,8 +77,20 @@ class SweptRun {
     End();
   }
 
+  void ExportOver(const std::string& oldPackage) {
+    machine_.files.Put(kBackup, oldPackage);
+    Export();
+  }
+
+  void ExportNew() {
+    machine_.files.PutFolder(RemoveFileSpec(kBackup));
+    Export();
+  }
+
   // The run told what it left undone, or left nothing undone.
-  bool HasComplained() const { return !report_.IsComplete() || view_.messages.size() > advices_; }
+  bool HasComplained() const {
+    return !report_.IsComplete() || view_.messages.size() > advices_ || !IsExportComplete();
+  }
   bool HasFinished() const { return !view_.finishText.empty(); }
   // Told to the user before a run that succeeds.
   void ExpectAdvices(std::size_t count) { advices_ = count; }
@@ -81,8 +99,25 @@ class SweptRun {
   const PackageState& Package() const { return state_.package; }
   const ImportReport& Report() const { return report_; }
   const RecordingView& View() const { return view_; }
+  // Nothing of a run that was no export, or that was refused.
+  const std::optional<ExportReport>& Exported() const { return export_; }
 
  private:
+  void Export() {
+    if (!Begin()) return;
+    if (!PrepareVersionFolders(context_, ports_)) return view_.ShowMessage(L"no folders");
+    const CategoryChecklist tree = CategoryChecklist::ForExport(context_);
+    view_.answer = kBackup;
+    export_ = RunExport({context_, ports_, tool_, view_, tree});
+    End();
+  }
+
+  bool IsExportComplete() const {
+    return !export_ || (export_->package.outcome == ArchiveResult::kDone &&
+                        export_->package.skipped.empty() && export_->missingKeys.empty() &&
+                        export_->registryFileProblems.empty() && export_->emptyCategories.empty());
+  }
+
   bool Begin() {
     if (!LoadProductContext(context_, ports_, view_)) return false;
     EnumerateInstalledVersions(context_, ports_.registry);
@@ -112,6 +147,7 @@ class SweptRun {
   ProductContext context_;
   WizardState state_;
   ImportReport report_;
+  std::optional<ExportReport> export_;
   std::size_t advices_ = 0;
 };
 
@@ -139,7 +175,7 @@ void ExpectNothingOutsideChanged(const SweptRun& run) {
   }
   for (const std::wstring& change : run.OnMachine().files.changes) {
     const std::wstring path = change.substr(std::min(change.find(L"C:\\"), change.size()));
-    EXPECT_TRUE(IsBelow(path, kAppData)) << ToUtf8(change);
+    EXPECT_TRUE(IsBelow(path, kAppData) || path == kBackup) << ToUtf8(change);
     for (const std::wstring& folder : guarded) {
       EXPECT_FALSE(IsBelow(path, folder)) << ToUtf8(change);
     }
@@ -163,6 +199,20 @@ std::map<std::wstring, std::string> StateOf(const SweptMachine& machine) {
   return state;
 }
 
+// The items of a package; nothing when there is none.
+using Items = std::map<std::wstring, std::string>;
+std::optional<Items> ItemsOf(const SweptMachine& machine, const std::wstring& path) {
+  MemoryFiles files = machine.files;
+  const auto archive = MemoryArchives(files).Open(path);
+  if (!archive) return std::nullopt;
+  Items items;
+  for (std::size_t i = 0; const auto item = archive->Item(i); ++i) {
+    EXPECT_EQ(archive->Extract(i, L"C:\\extracted"), ArchiveResult::kDone);
+    items[item->name] = files.Bytes(L"C:\\extracted");
+  }
+  return items;
+}
+
 const char* NameOf(FaultyPort port) {
   constexpr const char* kNames[] = {"files",    "registry", "registry editor", "folders", "guids",
                                     "profiles", "archives", "interpreter",     "user",    "dom"};
@@ -183,6 +233,10 @@ class FaultSweep : public testing::Test {
     RecordProperty("faults", static_cast<int>(faults_));
     EXPECT_GT(faults_, 50u);
   }
+
+  // What else must hold after each run. `port` had the fault, in one call or for good.
+  using Demand = std::function<void(const SweptRun& run, FaultyPort port, bool lasts)>;
+  void Demands(Demand demand) { demand_ = std::move(demand); }
 
   // The machine after a run without a fault.
   const SweptMachine& Undisturbed(Play play) {
@@ -210,6 +264,7 @@ class FaultSweep : public testing::Test {
       play(run);
       ExpectNothingOutsideChanged(run);
       EXPECT_TRUE(run.HasFinished() || !run.View().messages.empty());
+      if (demand_) demand_(run, port, lasts);
       if (!fault.HasStruck()) return ExpectWhole(run);
       ++faults_;
       if (run.HasFinished() && !run.HasComplained() &&
@@ -230,6 +285,7 @@ class FaultSweep : public testing::Test {
     EXPECT_TRUE(run.OnMachine().files.Names(kAppData + L"Local\\Temp").empty());
   }
 
+  Demand demand_;
   std::size_t advices_ = 0;
   std::size_t faults_ = 0;
   std::size_t silent_ = 0;
@@ -269,6 +325,52 @@ TEST_F(FaultSweep, ResetOfAllCategories) {
   const SweptMachine& machine = Undisturbed(play);
   EXPECT_FALSE(machine.files.Has(kAppData + L"Local\\Vantric\\VANTRIC\\28.0\\en-us\\ToolBox"));
   EXPECT_NE(machine.registry.Root(kUser).Find(kLiveKey + L"\\Grid")->Value(L"factory"), nullptr);
+}
+
+// After every export, whatever failed.
+class ExportSweep : public FaultSweep {
+ protected:
+  void SweepExport(const char* name, Play play, const std::optional<std::string>& old) {
+    const auto whole = ItemsOf(Undisturbed(play), kBackup);
+    ASSERT_TRUE(whole);
+    ASSERT_GT(whole->size(), 20U);
+    Demands([&](const SweptRun& run, FaultyPort port, bool lasts) {
+      const bool written =
+          run.Exported() && run.Exported()->package.outcome == ArchiveResult::kDone;
+      if (written) return ExpectPackage(run, port, *whole);
+      const MemoryFiles& files = run.OnMachine().files;
+      // Where nothing can be removed any more, the path that was taken stays.
+      if (!old && lasts && files.Bytes(kBackup).empty()) return;
+      EXPECT_EQ(files.Bytes(kBackup), old.value_or("<missing>"));
+    });
+    Sweep(name, play, 0);
+  }
+
+ private:
+  // The new package is one that imports take, each item is whole, and what is not in it was told.
+  static void ExpectPackage(const SweptRun& run, FaultyPort port, const Items& whole) {
+    const auto items = ItemsOf(run.OnMachine(), kBackup);
+    ASSERT_TRUE(items);
+    EXPECT_TRUE(items->contains(L"config.ini"));
+    for (const auto& [name, bytes] : *items) {
+      const auto expected = whole.find(name);
+      ASSERT_NE(expected, whole.end()) << ToUtf8(name);
+      EXPECT_EQ(bytes, expected->second) << ToUtf8(name);
+    }
+    // Whether a folder is there is a question that cannot fail, only be answered wrongly.
+    if (port == FaultyPort::kFiles || port == FaultyPort::kRegistryReader) return;
+    EXPECT_TRUE(items->size() == whole.size() || run.HasComplained());
+  }
+};
+
+TEST_F(ExportSweep, OverAnOlderPackage) {
+  SweepExport(
+      "export", [](SweptRun& run) { run.ExportOver(kOldPackage); }, kOldPackage);
+}
+
+TEST_F(ExportSweep, OfANewPackage) {
+  SweepExport(
+      "export of a new package", [](SweptRun& run) { run.ExportNew(); }, std::nullopt);
 }
 
 }  // namespace

@@ -6,6 +6,8 @@
 #include "package/category_import.h"
 #include "package/drafting_import.h"
 #include "package/overlay.h"
+#include "package/package_opening.h"
+#include "package/run_folder.h"
 #include "package/staging_folder.h"
 #include "platform/path_text.h"
 #include "platform/text.h"
@@ -446,6 +448,65 @@ TEST_F(ImportRunTest, WhatCannotBePutInPlaceIsToldAndKept) {
   EXPECT_NE(context_.stagingFolder, staging);
   EXPECT_EQ(report_.unextracted, 1u);
   machine_->DeletePath(staging.substr(0, staging.size() - 1));
+}
+
+// A package that is trusted by hand, or a reader that takes its names otherwise, may have put
+// something there.
+TEST_F(ImportRunTest, WhatLiesAtTheOverlaysNamesIsNotLaidOver) {
+  entries_[PackageLocal(L"en-us\\Elsewhere\\x.dat")] = "new";
+  Describe({"Options"});
+  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  const std::wstring root = state_.package.applicationDataRoot;
+  const std::wstring archive = context_.stagingFolder + kOverlayArchive;
+  machine_->PutFile(machine_->ScratchFolder() + L"gotcha", "gotcha");
+  auto writer = ports_.archives.Create(archive, ArchivePurpose::kKeep);
+  ASSERT_EQ(writer->Add(L"Roaming\\Startup\\a.bat", machine_->ScratchFolder() + L"gotcha"),
+            ArchiveResult::kDone);
+  ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
+  machine_->PutFile(archive + L".part\\x", "in the way of a new one");
+  PackageImport(Run()).Apply(tree_);
+  EXPECT_EQ(Content(root + L"Roaming\\Startup\\a.bat"), "no file");
+  EXPECT_EQ(Content(Local(L"en-us\\Elsewhere\\x.dat")), "new");
+  EXPECT_TRUE(report_.IsComplete());
+}
+
+TEST_F(ImportRunTest, ArchiveThatWasNotJustWrittenIsNotUnpacked) {
+  entries_[PackageLocal(L"en-us\\Elsewhere\\x.dat")] = "new";
+  Describe({"Options"});
+  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  const std::wstring staging = context_.stagingFolder;
+  FailingArchives archives(ports_.archives, ArchiveResult::kDone, 1000);
+  archives.closeResult = ArchiveResult::kDiskFull;
+  const Machine machine = WithArchives(ports_, archives);
+  PackageImport({context_, state_.package, machine, *tool_, *dom_, log_, view_, report_})
+      .Apply(tree_);
+  EXPECT_EQ(Content(Local(L"en-us\\Elsewhere\\x.dat")), "no file");
+  EXPECT_EQ(Content(staging + PackageLocal(L"en-us\\Elsewhere\\x.dat")), "new");
+  EXPECT_FALSE(ports_.files.Exists(staging + kRunFolderMark)) << "no other run may remove it";
+  machine_->DeletePath(staging.substr(0, staging.size() - 1));
+}
+
+TEST_F(ImportRunTest, StagingFolderMayBeSweptUntilThePackageIsApplied) {
+  Describe({"Options"});
+  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  const std::wstring mark = context_.stagingFolder + kRunFolderMark;
+  EXPECT_TRUE(ports_.files.Exists(mark));
+  class Looking : public RecordingInterpreter {
+   public:
+    std::function<void()> look;
+    std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override {
+      look();
+      return RecordingInterpreter::Start(parameters);
+    }
+  } interpreter;
+  bool marked = true;
+  interpreter.look = [&] { marked = ports_.files.Exists(mark); };
+  machine_->PutFile(context_.stagingFolder + L"Options\\General.reg", "REGEDIT4\r\n");
+  RegistryTool tool(interpreter, machine_->clock, RegistryToolPace::kWaitForEnd);
+  tree_.SetChecked(tree_.Root(), true);
+  PackageImport({context_, state_.package, ports_, tool, *dom_, log_, view_, report_}).Apply(tree_);
+  EXPECT_FALSE(interpreter.started.empty());
+  EXPECT_FALSE(marked);
 }
 
 TEST_F(ImportRunTest, FileNamedAsAHalfOfTheProfileIsNotLaidOver) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -15,7 +16,8 @@ namespace carrovan {
 // is half of their content.
 class MemoryArchive : public ArchiveExaminer {
  public:
-  int reads = 0;  // of contents, checks included
+  int reads = 0;                                        // of contents, checks included
+  std::map<std::wstring, std::wstring> headerProblems;  // by name
 
   void Add(std::wstring name, std::string content, ArchiveResult state = ArchiveResult::kDone) {
     sizeBytes_ += content.size() / 2;
@@ -54,6 +56,10 @@ class MemoryArchive : public ArchiveExaminer {
   ArchiveResult Check(std::size_t index) override {
     ++reads;
     return items_.at(index).state;
+  }
+  std::optional<std::wstring> HeaderProblem(std::size_t index) override {
+    const auto at = headerProblems.find(items_.at(index).item.name);
+    return at == headerProblems.end() ? std::nullopt : std::optional(at->second);
   }
   std::uint64_t SizeBytes() const override { return sizeBytes_; }
 

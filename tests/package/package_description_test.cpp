@@ -55,5 +55,43 @@ TEST_F(PackageDescription, ValueThatIsNotACategoryGetsNoKey) {
   EXPECT_EQ(Write({SettingCategory::SelectAll, static_cast<SettingCategory>(15)}), kBase);
 }
 
+TEST_F(PackageDescription, ReadsBackOnlyWhenItIsWhole) {
+  const std::vector<SettingCategory> checked = {SettingCategory::Options,
+                                                SettingCategory::ShortcutKey};
+  const std::string whole = Write(checked);
+  const auto isWritten = [&](const std::string& bytes) {
+    machine_->PutFile(context_.packageDescriptionPath, bytes);
+    return IsDescriptionWritten(context_, machine_->Ports().profiles, checked);
+  };
+  EXPECT_TRUE(isWritten(whole));
+  for (std::size_t length = 0; length < whole.size() - 2; ++length) {
+    EXPECT_FALSE(isWritten(whole.substr(0, length))) << length;
+  }
+}
+
+TEST_F(PackageDescription, OfAnotherChoiceOrSourceIsNotTheOneThatWasWritten) {
+  const ProfileReader& profiles = machine_->Ports().profiles;
+  const std::vector<SettingCategory> checked = {SettingCategory::Options};
+  Write({SettingCategory::Options, SettingCategory::ShortcutKey});
+  EXPECT_FALSE(IsDescriptionWritten(context_, profiles, checked));
+  Write(checked);
+  EXPECT_TRUE(IsDescriptionWritten(context_, profiles, checked));
+  EXPECT_FALSE(IsDescriptionWritten(context_, profiles, {}));
+  for (std::wstring ProductContext::*fact :
+       {&ProductContext::companyShortName, &ProductContext::productName,
+        &ProductContext::productVersion, &ProductContext::humanReadableVersion}) {
+    ProductContext other = context_;
+    other.*fact += L"x";
+    EXPECT_FALSE(IsDescriptionWritten(other, profiles, checked));
+  }
+}
+
+TEST_F(PackageDescription, TakesThePlaceOfAFolder) {
+  machine_->PutFile(context_.packageDescriptionPath + L"\\x", "of an unpacked package");
+  Write({SettingCategory::Options});
+  EXPECT_TRUE(IsDescriptionWritten(context_, machine_->Ports().profiles,
+                                   std::vector{SettingCategory::Options}));
+}
+
 }  // namespace
 }  // namespace carrovan

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "package/run_folder.h"
 #include "tests/support/fakes.h"
 #include "tests/support/test_machine.h"
 
@@ -151,6 +152,36 @@ TEST_F(ExtractArchiveTest, ArchiveCutAnywhereNeverGivesWrongContent) {
       EXPECT_EQ(bytes.value_or("content of " + narrow), "content of " + narrow) << length;
     }
   }
+}
+
+TEST_F(ExtractArchiveTest, ItemsOfAPackageDoNotLieWhereARunKeepsItsOwn) {
+  const std::vector<std::string> kReserved = {"Version_Changed_Files.zip",
+                                              "version_changed_files.ZIP\\x",
+                                              "Version_Changed_Files.zip.part/x",
+                                              "Version_Changed_Files.zip.part",
+                                              "~carrovan.lock",
+                                              "~CARROVAN.LOCK\\x"};
+  for (const std::string& name : kReserved) {
+    MakeArchive({name, "Local\\Version_Changed_Files.zip"});
+    view_.messages.clear();
+    const ExtractReport report = UnpackPackage(machine_->Ports(), view_, Archive(), Destination());
+    EXPECT_EQ(report.failed, 1U) << name;
+    EXPECT_EQ(report.extracted, 1U) << name;
+    EXPECT_EQ(view_.messages.size(), 1U) << name;
+    EXPECT_EQ(machine_->Ports().files.ListFolder(Destination()).size(), 1U) << name;
+    EXPECT_EQ(Extract().extracted, 2U) << "elsewhere the name is as good as any: " << name;
+    machine_->DeletePath(machine_->ScratchFolder() + L"in");
+  }
+}
+
+TEST(RefusalOfPackageItem, NamesTheReason) {
+  EXPECT_EQ(RefusalOfPackageItem(L"Local\\x"), std::nullopt);
+  EXPECT_EQ(RefusalOfPackageItem(L"Version_Changed_Files.zip2"), std::nullopt);
+  EXPECT_EQ(RefusalOfPackageItem(L"..\\x"), L"leads out of the folder");
+  EXPECT_EQ(RefusalOfPackageItem(L"Version_Changed_Files.zip"),
+            L"is one that an import keeps for itself");
+  EXPECT_EQ(RefusalOfPackageItem(std::wstring(kRunFolderMark)),
+            L"is one that an import keeps for itself");
 }
 
 }  // namespace

@@ -236,5 +236,20 @@ TEST(PackageTrust, TakesOnePlainNameForACompanyAndAProduct) {
   EXPECT_EQ(RefusalOfIdentity(L"Microsoft", L"a"), L"the company's key belongs to the system");
 }
 
+TEST(PackageTrust, DistrustsItemsWhereTheRunKeepsItsOwn) {
+  for (const wchar_t* name : {L"Version_Changed_Files.zip", L"Version_Changed_Files.zip.part\\a",
+                              L"VERSION_CHANGED_FILES.ZIP.PART", L"~carrovan.lock"}) {
+    for (const PackageKind kind : {PackageKind::kFull, PackageKind::kLegacy}) {
+      MemoryArchive archive;
+      archive.Add(name, "x");
+      EXPECT_EQ(Reasons(archive, kind),
+                (std::vector<RefusedItem>{{name,
+                                           L"the name is one that an import keeps for "
+                                           L"itself"}}))
+          << ToUtf8(name);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace carrovan

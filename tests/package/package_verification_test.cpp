@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "package/archive_files.h"
+#include "platform/reg_file_parser.h"
 #include "platform/text.h"
 #include "tests/package/memory_archive.h"
 #include "tests/support/registry_bytes.h"
@@ -195,6 +196,46 @@ TEST(PackageVerificationOfLargeFiles, OnlyWhatWouldBeParsedIsTooLargeForThat) {
   EXPECT_EQ(
       verification.notes,
       (std::vector<RefusedItem>{{L"Local\\Vantric\\large.xml", L"too large to be parsed here"}}));
+}
+
+TEST_F(PackageVerificationTest, RegistryFileThatWasCutShortIsFound) {
+  const std::pair<std::string, const wchar_t*> cases[] = {
+      {"\"b\"=hex:01,\\\r\n", L"ends inside a value"},
+      {"\"b\"=dword:0000", L"ends inside a value"},
+      {"\"b\"=\"c\"", L"ends without the end of its last line"},
+  };
+  for (const auto& [end, reason] : cases) {
+    archive_ = MemoryArchive();
+    Describe("");
+    archive_.Add(L"Options\\General.reg", kRegistryFile + end);
+    const RefusedItem found = OnlyFinding();
+    EXPECT_EQ(found.name, L"Options\\General.reg") << end;
+    EXPECT_FALSE(found.reason.empty()) << end;
+    if (ParseRegFile(FromUtf8(kRegistryFile + end))->problems.empty()) {
+      EXPECT_EQ(found.reason, reason) << end;
+    }
+  }
+}
+
+TEST_F(PackageVerificationTest, LargeRegistryFileThatWasCutShortIsFound) {
+  Describe("");
+  std::string large = kRegistryFile;
+  large.append(ArchiveFiles::kLongestFileBytes, '\n');
+  archive_.Add(L"Options\\whole.reg", large);
+  archive_.Add(L"Options\\cut.reg", large + "\"b\"=");
+  EXPECT_EQ(OnlyFinding(), (RefusedItem{L"Options\\cut.reg", L"ends inside a value"}));
+}
+
+TEST_F(PackageVerificationTest, HeadersThatDifferFromTheDirectoryAreFound) {
+  Describe("");
+  archive_.Add(L"Local\\Vantric\\a.txt", "a");
+  archive_.Add(L"Local\\Vantric\\folder\\", "");
+  archive_.headerProblems = {{L"Local\\Vantric\\a.txt", L"its local header bears another name"},
+                             {L"Local\\Vantric\\folder\\", L"it has no local header"}};
+  EXPECT_EQ(
+      Verify().findings,
+      (std::vector<RefusedItem>{{L"Local\\Vantric\\a.txt", L"its local header bears another name"},
+                                {L"Local\\Vantric\\folder\\", L"it has no local header"}}));
 }
 
 }  // namespace

@@ -107,5 +107,27 @@ TEST(RegistryToolOnAMachine, KeyTravelsThroughAFileWithBlanksInItsPath) {
   EXPECT_EQ(machine->Value(RegistryHive::kCurrentUser, key, value.name), value);
 }
 
+TEST_F(RegistryToolTest, WaitingToolKnowsHowTheLastExportEnded) {
+  waitingTool_.RegExportKey(L"K", L"1");
+  EXPECT_FALSE(waitingTool_.LastExportFailed());
+  interpreter_.succeeds = false;
+  waitingTool_.RegExportKey(L"K", L"1");
+  EXPECT_TRUE(waitingTool_.LastExportFailed());
+  interpreter_.succeeds = true;
+  waitingTool_.RegExportKey(L"K", L"1");
+  EXPECT_FALSE(waitingTool_.LastExportFailed());
+  interpreter_.canStart = false;
+  waitingTool_.RegExportKey(L"K", L"1");
+  EXPECT_TRUE(waitingTool_.LastExportFailed());
+}
+
+TEST_F(RegistryToolTest, WizardKnowsNothingOfAnExportsEnd) {
+  interpreter_.succeeds = false;
+  wizardTool_.RegExportKey(L"K", L"1");
+  EXPECT_FALSE(wizardTool_.LastExportFailed());
+  EXPECT_FALSE(wizardTool_.IsDoneWithFiles());
+  EXPECT_TRUE(waitingTool_.IsDoneWithFiles());
+}
+
 }  // namespace
 }  // namespace carrovan

@@ -200,6 +200,23 @@ TEST_P(FileSystemContract, TakesPathsLongerThanTheFixedBuffers) {
   }
 }
 
+TEST_P(FileSystemContract, HoldsAFileUntilItIsRemoved) {
+  EXPECT_EQ(Files().HoldFile(At(L"mark"), FileHold::kTake), kFileNotFound);
+  EXPECT_FALSE(Files().Exists(At(L"mark")));
+  ASSERT_EQ(Files().HoldFile(At(L"mark"), FileHold::kMake), kSystemOk);
+  EXPECT_TRUE(Files().Exists(At(L"mark")));
+  EXPECT_EQ(Files().RemoveFile(At(L"mark")), kSystemOk);
+  EXPECT_FALSE(Files().Exists(At(L"mark")));
+  machine_->PutFile(At(L"mark"), "what it holds");
+  ASSERT_EQ(Files().HoldFile(At(L"mark"), FileHold::kTake), kSystemOk);
+  EXPECT_EQ(Files().RemoveFile(At(L"mark")), kSystemOk);
+}
+
+TEST_P(FileSystemContract, HoldsNoFileInAFolderThatIsMissing) {
+  EXPECT_NE(Files().HoldFile(At(L"none\\mark"), FileHold::kMake), kSystemOk);
+  EXPECT_FALSE(Files().Exists(At(L"none")));
+}
+
 CARROVAN_CONTRACT(FileSystemContract);
 
 }  // namespace

@@ -193,5 +193,47 @@ TEST_F(HostFileSystemTest, ListsNothingOfAFolderThatNobodyMayRead) {
   EXPECT_TRUE(files_.ListFolder(L"C:\\closed").empty());
 }
 
+TEST_F(HostFileSystemTest, HeldFileIsNobodyElsesUntilItsHolderIsGone) {
+  Put("mark");
+  {
+    HostFileSystem holder(paths_);
+    ASSERT_EQ(holder.HoldFile(L"C:\\mark", FileHold::kTake), kSystemOk);
+    EXPECT_EQ(files_.HoldFile(L"C:\\mark", FileHold::kTake), kSharingViolation);
+    EXPECT_EQ(files_.HoldFile(L"C:\\MARK", FileHold::kMake), kSharingViolation);
+  }
+  EXPECT_EQ(files_.HoldFile(L"C:\\mark", FileHold::kTake), kSystemOk);
+  std::string bytes;
+  EXPECT_EQ(files_.ReadBytes(L"C:\\mark", bytes), kSystemOk);
+  EXPECT_EQ(bytes, "content");
+}
+
+TEST_F(HostFileSystemTest, FileOfAKilledProcessIsHeldNoLonger) {
+  Put("mark");
+  int ready[2] = {};
+  ASSERT_EQ(pipe(ready), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    HostFileSystem holder(paths_);
+    const bool held = holder.HoldFile(L"C:\\mark", FileHold::kTake) == kSystemOk;
+    if (write(ready[1], held ? "y" : "n", 1) == 1) pause();
+    _exit(1);
+  }
+  char held = 'n';
+  ASSERT_EQ(read(ready[0], &held, 1), 1);
+  EXPECT_EQ(held, 'y');
+  EXPECT_EQ(files_.HoldFile(L"C:\\mark", FileHold::kTake), kSharingViolation);
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+  EXPECT_EQ(files_.HoldFile(L"C:\\mark", FileHold::kTake), kSystemOk);
+  close(ready[0]);
+  close(ready[1]);
+}
+
+TEST_F(HostFileSystemTest, LinkIsNotHeld) {
+  Put("elsewhere");
+  fs::create_symlink(Host("elsewhere"), Host("mark"));
+  EXPECT_NE(files_.HoldFile(L"C:\\mark", FileHold::kTake), kSystemOk);
+}
+
 }  // namespace
 }  // namespace carrovan

@@ -77,6 +77,9 @@ class FaultyFiles : public ForwardingFiles {
   SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override {
     return Strikes() ? kSystemDiskFull : ForwardingFiles::AppendBytes(path, bytes);
   }
+  SystemCode HoldFile(const std::wstring& path, FileHold hold) override {
+    return Strikes() ? kSharingViolation : ForwardingFiles::HoldFile(path, hold);
+  }
   SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override {
     return Strikes() ? kSystemDiskFull : ForwardingFiles::CopyOver(source, target);
   }

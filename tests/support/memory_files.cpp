@@ -181,6 +181,7 @@ SystemCode MemoryFiles::RemoveFile(const std::wstring& path) {
   if (entry == nullptr) return MissingCode(path);
   if (entry->isFolder || entry->readOnly) return kAccessDenied;
   entries_.erase(Folded(path));
+  std::erase(held, Folded(path));
   return Done("remove", path);
 }
 
@@ -230,6 +231,18 @@ SystemCode MemoryFiles::AppendBytes(const std::wstring& path, std::string_view b
   const SystemCode code =
       Store(path, (there == nullptr ? std::string() : there->bytes) + std::string(bytes));
   return code == kSystemOk ? Done("append", path) : code;
+}
+
+SystemCode MemoryFiles::HoldFile(const std::wstring& path, FileHold hold) {
+  if (const SystemCode code = Fault("hold", path); code != kSystemOk) return code;
+  if (std::ranges::find(held, Folded(path)) != held.end()) return kSharingViolation;
+  const bool made = !Exists(path);
+  if (made && hold == FileHold::kTake) return MissingCode(path);
+  if (made) {
+    if (const SystemCode code = Store(path, ""); code != kSystemOk) return code;
+  }
+  held.push_back(Folded(path));
+  return made ? Done("hold", path) : kSystemOk;
 }
 
 SystemCode MemoryFiles::CopyOver(const std::wstring& source, const std::wstring& target) {

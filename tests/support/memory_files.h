@@ -23,6 +23,8 @@ class MemoryFiles : public FileSystem {
   // A folder is listed by name, as the systems do, and not in the order in which it was filled.
   bool listsByName = false;
 
+  std::vector<std::wstring> held;  // folded paths; those of other processes may be added
+
   std::vector<std::wstring> changes;  // "operation path" for each change that was made
 
   void Put(const std::wstring& path, const std::string& bytes);  // and its folders
@@ -49,6 +51,7 @@ class MemoryFiles : public FileSystem {
   SystemCode BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,
                               std::unique_ptr<FileReplacement>& replacement) override;
   SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override;
+  SystemCode HoldFile(const std::wstring& path, FileHold hold) override;
   SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override;
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
 

@@ -185,6 +185,15 @@ std::wstring MemoryProfiles::ReadValue(const std::wstring& section, const std::w
   return ProfileValue(TextOf(bytes), section, key);
 }
 
+bool MemoryProfiles::WriteValue(const std::wstring& section, const std::wstring& key,
+                                const std::wstring& value, const std::wstring& filePath) {
+  std::string bytes;
+  const SystemCode code = files_.ReadBytes(filePath, bytes);
+  if (code != kSystemOk && code != kFileNotFound) return false;
+  const std::wstring text = WithProfileValue(TextOf(bytes), section, key, value);
+  return files_.WriteBytes(filePath, ToUtf8(text)) == kSystemOk;
+}
+
 std::unique_ptr<ArchiveWriter> MemoryArchives::Create(const std::wstring& archivePath,
                                                       ArchivePurpose) {
   return std::make_unique<Writer>(files_, archivePath);
@@ -198,8 +207,25 @@ std::unique_ptr<ArchiveReader> MemoryArchives::Open(const std::wstring& archiveP
 }
 
 std::unique_ptr<RunningCommand> MemoryInterpreter::Start(const std::wstring& parameters) {
-  const auto file = ImportedFile(parameters);
-  return std::make_unique<EndedCommand>(file && Import(*file));
+  if (const auto file = ImportedFile(parameters)) {
+    return std::make_unique<EndedCommand>(Import(*file));
+  }
+  // "/C reg export "KEY" "FILE" /y"
+  const std::size_t key = parameters.find(L'"') + 1;
+  const std::size_t keyEnd = parameters.find(L"\" \"", key);
+  const std::size_t end = parameters.rfind(L'"');
+  return std::make_unique<EndedCommand>(keyEnd != std::wstring::npos &&
+                                        Export(parameters.substr(key, keyEnd - key),
+                                               parameters.substr(keyEnd + 3, end - keyEnd - 3)));
+}
+
+bool MemoryInterpreter::Export(const std::wstring& fullPath, const std::wstring& file) {
+  const std::wstring path = fullPath.substr(fullPath.find(L'\\') + 1);
+  const RegistryKey* const key = registry_.Root(RegistryHive::kCurrentUser).Find(path);
+  if (key == nullptr) return false;
+  const auto bytes = EncodeText(
+      {WriteRegFile(RegistryHive::kCurrentUser, path, *key, RegFileForm::kExport), true});
+  return files_.WriteBytes(file, std::string(bytes.begin(), bytes.end())) == kSystemOk;
 }
 
 bool MemoryInterpreter::Import(const std::wstring& file) {

@@ -48,19 +48,17 @@ class MemoryRegistry : public RegistryReader, public RegistryEditor {
   std::array<RegistryKey, 2> hives_;  // by RegistryHive
 };
 
-// Reads descriptions from the files; nothing that is tested with it writes any.
+// Descriptions among the files, in UTF-8.
 class MemoryProfiles : public ProfileFile {
  public:
-  explicit MemoryProfiles(const FileReader& files) : files_(files) {}
+  explicit MemoryProfiles(FileSystem& files) : files_(files) {}
   std::wstring ReadValue(const std::wstring& section, const std::wstring& key,
                          const std::wstring& filePath) const override;
-  bool WriteValue(const std::wstring&, const std::wstring&, const std::wstring&,
-                  const std::wstring&) override {
-    return false;
-  }
+  bool WriteValue(const std::wstring& section, const std::wstring& key, const std::wstring& value,
+                  const std::wstring& filePath) override;
 
  private:
-  const FileReader& files_;
+  FileSystem& files_;
 };
 
 // Archives of a form of their own, kept among the files.
@@ -75,17 +73,17 @@ class MemoryArchives : public ArchiveLibrary {
   FileSystem& files_;
 };
 
-// Knows "reg import" only.
 class MemoryInterpreter : public CommandInterpreter {
  public:
-  MemoryInterpreter(const FileReader& files, MemoryRegistry& registry)
+  MemoryInterpreter(FileSystem& files, MemoryRegistry& registry)
       : files_(files), registry_(registry) {}
   std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override;
 
  private:
   bool Import(const std::wstring& file);
+  bool Export(const std::wstring& fullPath, const std::wstring& file);
 
-  const FileReader& files_;
+  FileSystem& files_;
   MemoryRegistry& registry_;
 };
 

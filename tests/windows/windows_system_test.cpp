@@ -9,6 +9,7 @@
 #include "platform/windows/registry_writer.h"
 #include "platform/windows/windows_clock.h"
 #include "platform/windows/windows_command_interpreter.h"
+#include "platform/windows/windows_file_system.h"
 #include "platform/windows/windows_known_folders.h"
 #include "tests/support/test_machine.h"
 
@@ -153,6 +154,19 @@ TEST_F(RegistryWriterTest, DeletesAKeyWithItsSubkeys) {
 
 TEST_F(RegistryWriterTest, RefusesToDeleteAWholeHive) {
   EXPECT_EQ(DeleteRegistryTree(kUser, L""), kInvalidName);
+}
+
+TEST(WindowsFileSystem, HeldFileIsNobodyElsesUntilItsHolderIsGone) {
+  const auto machine = NewTestMachine();
+  const std::wstring mark = machine->ScratchFolder() + L"mark";
+  WindowsFileSystem other;
+  {
+    WindowsFileSystem holder;
+    ASSERT_EQ(holder.HoldFile(mark, FileHold::kMake), kSystemOk);
+    EXPECT_EQ(other.HoldFile(mark, FileHold::kTake), kSharingViolation);
+  }
+  EXPECT_EQ(other.HoldFile(mark, FileHold::kTake), kSystemOk);
+  EXPECT_EQ(other.RemoveFile(mark), kSystemOk);
 }
 
 }  // namespace

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "support/zip/os_file.h"
+
+namespace carrovan {
+
+// Where the records of a zip archive lie in its file, and whether they say the same. libzip goes by
+// the directory alone, other programs by what stands in front of an item's content.
+
+struct ArchiveLayout {
+  std::uint64_t startOffset = 0;  // of the archive in the file; what is in front is no part of it
+  std::uint64_t directoryOffset = 0;  // in the archive
+  std::uint64_t directoryBytes = 0;
+  std::uint64_t entries = 0;  // as the archive declares; never to be believed
+};
+
+// Looks for the record at an archive's end. Nothing when there is none or when it leads nowhere.
+std::optional<ArchiveLayout> FindArchive(const OsFile& file, std::uint64_t fileBytes);
+
+// What is wrong with the records of each item, in the order of the directory (see
+// ArchiveExaminer::HeaderProblem); an empty text when all is well. As many texts as items are asked
+// for.
+std::vector<std::wstring> CompareHeaders(const OsFile& file, const ArchiveLayout& layout,
+                                         std::size_t items);
+
+}  // namespace carrovan
