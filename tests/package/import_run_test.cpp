@@ -4,14 +4,13 @@
 
 #include "environment/version_folders.h"
 #include "package/category_import.h"
-#include "package/drafting_import.h"
 #include "package/overlay.h"
 #include "package/package_opening.h"
 #include "package/run_folder.h"
 #include "package/staging_folder.h"
 #include "platform/path_text.h"
 #include "platform/text.h"
-#include "tests/package/import_fixture.h"
+#include "tests/package/import_run_fixture.h"
 #include "tests/support/test_links.h"
 
 namespace carrovan {
@@ -19,100 +18,6 @@ namespace {
 
 using enum SettingCategory;
 using Lines = std::vector<std::wstring>;
-
-class ImportRunTest : public ImportFixture {
- protected:
-  // Every category that lives in one kind of place, with its file in the package and the user's
-  // own.
-  struct Place {
-    SettingCategory category;
-    std::string label;
-    bool roaming;
-    std::wstring folder;
-  };
-  const std::vector<Place> kPlaces = {
-      {DocumentTemplate, "Document Template", true, L"en-us\\Template\\"},
-      {Bom3dConfiguration, "3DBOM Configuration", false, L"en-us\\3DBOM\\"},
-      {PropertyTemplates, "Property Templates", false, L"en-us\\PropertyTemplates\\NewTemplates\\"},
-      {CustomMaterials, "Custom materials", false, L"en-us\\materials\\"},
-      {CustomPartsLibrary, "Custom Parts Library", false, L"en-us\\ToolBox\\"},
-      {CatalogLibrary, "Catalog Library", false, L"en-us\\FavoriteCatalog\\"},
-      {SheetMetalLibrary, "Sheet Metal Library", false, L"en-us\\SheetMetal\\"},
-      {CosmeticThread, "Cosmetic Thread", false, L"en-us\\CosmeticThread\\"},
-  };
-
-  // All thirteen categories, the user's own besides, and files of nobody. Their contents say whose
-  // they are.
-  void DescribeEverything() {
-    DescribeAllPlaces();
-    std::vector<std::string> labels;
-    for (const CategoryRecord& record : CategoryTable()) {
-      labels.push_back(ToUtf8(std::wstring(Text(record.label))));
-    }
-    Describe(labels);
-    entries_[PackageRoaming(L"en-us\\Customization\\new.dat")] = "from the package";
-    entries_[PackageLocal(L"Customization\\new.dat")] = "from the package";
-    entries_[Draft(L"Local", L"26.0\\new.dat")] = "from the package";
-    entries_[Draft(L"Roaming", L"26.0\\new.dat")] = "from the package";
-    entries_[L"Options\\General.reg"] = RegistryFile("\\General");
-    entries_[L"Register\\x.reg"] = RegistryFile("");
-    entries_[PackageLocal(L"en-us\\Elsewhere\\x.dat")] = "nobody's";
-    machine_->PutFile(Roaming(L"en-us\\Customization\\old.dat"), "the user's own");
-    machine_->PutFile(Local(L"Customization\\old.dat"), "the user's own");
-    machine_->PutFile(OwnDraft(L"Local", L"26.0\\old.dat"), "the user's own");
-    machine_->PutFile(OwnDraft(L"Roaming", L"26.0\\old.dat"), "the user's own");
-    for (const wchar_t* subkey : {L"", L"\\General"}) {
-      machine_->PutValue(RegistryHive::kCurrentUser, LiveKey(context_) + subkey,
-                         MakeStringValue(L"whose", L"the user's own"));
-    }
-  }
-
-  std::string RegistryFile(const std::string& subkey) const {
-    return "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\" + ToUtf8(LiveKey(context_)) + subkey +
-           "]\r\n\"whose\"=\"from the package\"\r\n";
-  }
-
-  // The machine is as it was but for the files of nobody.
-  void ExpectOnlyNobodysFiles() {
-    for (const CategoryRecord& record : CategoryTable()) {
-      for (const std::wstring& folder : CategoryFolders(record, context_)) {
-        const bool own = folder.find(L"zh-cn") == std::wstring::npos;
-        const std::wstring below = record.category == Draft2dSettings ? L"\\26.0" : L"";
-        EXPECT_EQ(Content(folder + below + L"\\new.dat"), "no file") << ToUtf8(folder);
-        EXPECT_EQ(Content(folder + below + L"\\old.dat"), own ? "the user's own" : "no file")
-            << ToUtf8(folder);
-      }
-    }
-    for (const wchar_t* subkey : {L"", L"\\General"}) {
-      EXPECT_EQ(machine_->Value(RegistryHive::kCurrentUser, LiveKey(context_) + subkey, L"whose"),
-                MakeStringValue(L"whose", L"the user's own"));
-    }
-    EXPECT_EQ(Content(Local(L"en-us\\Elsewhere\\x.dat")), "nobody's");
-  }
-
-  // A file of the drafting program of release 2026, below a half of a profile.
-  std::wstring Draft(const std::wstring& half, const std::wstring& below) const {
-    return half + L"\\ORMA\\ORMA CAD TVRN-INT-" + context_.productName + L" 2026 (x64)\\" + below;
-  }
-  std::wstring OwnDraft(const std::wstring& half, const std::wstring& below) const {
-    return state_.package.applicationDataRoot + Draft(half, below);
-  }
-
-  void DescribeAllPlaces() {
-    std::vector<std::string> labels;
-    for (const Place& place : kPlaces) {
-      labels.push_back(place.label);
-      const std::wstring below = place.folder + L"new.dat";
-      entries_[place.roaming ? PackageRoaming(below) : PackageLocal(below)] = "from the package";
-      machine_->PutFile(Own(place) + L"old.dat", "the user's own");
-    }
-    Describe(labels);
-  }
-
-  std::wstring Own(const Place& place) const {
-    return place.roaming ? Roaming(place.folder) : Local(place.folder);
-  }
-};
 
 TEST_F(ImportRunTest, TickedFolderCategoryReplacesTheUsersFolder) {
   DescribeAllPlaces();
@@ -543,152 +448,6 @@ TEST_F(ImportRunTest, KeptStagingFolderIsNobodysToDeleteEvenWithoutAFreshOne) {
   DeleteStagingFolder(context_, ports_);
   EXPECT_EQ(Content(staging + PackageLocal(L"en-us\\Elsewhere\\x.dat")), "new");
   machine_->DeletePath(staging.substr(0, staging.size() - 1));
-}
-
-// The drafting program's folder of release 2026 in the user's Local folder.
-class DraftingImportTest : public ImportRunTest {};
-
-// The releases are texts: "2026.0" is another one than "2026".
-TEST_F(DraftingImportTest, MenusAreCarriedOverWhenTheReleaseIsSpelledOtherwise) {
-  class NotedCopies : public ForwardingFiles {
-   public:
-    using ForwardingFiles::ForwardingFiles;
-    Lines targets;
-    SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override {
-      targets.push_back(target);
-      return ForwardingFiles::CopyOver(source, target);
-    }
-  };
-  const std::wstring menu = OwnDraft(L"Local", L"26.0\\a.UIK");
-  NotedCopies files(ports_.files);
-  const Machine machine = WithFiles(ports_, files);
-  context_.stagingLocalFolder = context_.stagingFolder + Draft(L"Local", L"26.0");
-  state_.package.draftingFolder = OwnDraft(L"Local", L"26.0");
-  machine_->PutFile(context_.stagingLocalFolder + L"\\a.UIK", "package");
-  const std::pair<std::wstring, Lines> kReleases[] = {
-      {L"2026", {}}, {L"2026.0", {menu}}, {L"02026", {menu}}};
-  for (const auto& [release, copied] : kReleases) {
-    machine_->PutFile(menu, "own");
-    files.targets.clear();
-    state_.package.releaseVersion = release;
-    ReplaceDraftingFolders(
-        {context_, state_.package, machine, *tool_, *dom_, log_, view_, report_});
-    EXPECT_EQ(files.targets, copied) << ToUtf8(release);
-    EXPECT_EQ(Content(menu), "no file");
-  }
-}
-
-TEST_F(DraftingImportTest, TickedReplacesBothHalves) {
-  for (const std::wstring half : {L"Local", L"Roaming"}) {
-    entries_[Draft(half, L"26.0\\new.ini")] = "package";
-    machine_->PutFile(OwnDraft(half, L"26.0\\old.ini"), "own");
-  }
-  Describe({"2D Draft Settings"});
-  Import({Draft2dSettings});
-  for (const std::wstring half : {L"Local", L"Roaming"}) {
-    EXPECT_EQ(Content(OwnDraft(half, L"26.0\\new.ini")), "package");
-    EXPECT_EQ(Content(OwnDraft(half, L"26.0\\old.ini")), "no file");
-  }
-}
-
-TEST_F(DraftingImportTest, UntickedRemovesBothHalvesOfThePackage) {
-  for (const std::wstring half : {L"Local", L"Roaming"}) {
-    entries_[Draft(half, L"26.0\\new.ini")] = "package";
-    machine_->PutFile(OwnDraft(half, L"26.0\\old.ini"), "own");
-  }
-  Describe({"2D Draft Settings"});
-  Import({});
-  for (const std::wstring half : {L"Local", L"Roaming"}) {
-    EXPECT_EQ(Content(OwnDraft(half, L"26.0\\new.ini")), "no file");
-    EXPECT_EQ(Content(OwnDraft(half, L"26.0\\old.ini")), "own");
-  }
-}
-
-class CopyProductFolderTreeTest : public ImportFixture {
- protected:
-  void Copy(bool recursive, bool same) {
-    CopyProductFolderTree(ports_.files, From(L""), To(L"") + L"\\", recursive, same);
-  }
-  std::wstring From(const std::wstring& below) const {
-    return machine_->ScratchFolder() + L"from\\" + below;
-  }
-  std::wstring To(const std::wstring& below) const {
-    return machine_->ScratchFolder() + L"to\\" + below;
-  }
-};
-
-TEST_F(CopyProductFolderTreeTest, MenuAndShortcutFilesGoOverNamesakes) {
-  for (const std::wstring name : {L"a.UIK", L"b.acc", L"c.Uik", L"d.ini"}) {
-    machine_->PutFile(From(name), "new");
-    machine_->PutFile(To(name), "old");
-  }
-  machine_->PutFile(From(L"e.uik"), "new");
-  Copy(false, false);
-  EXPECT_EQ(Content(To(L"a.UIK")), "new");
-  EXPECT_EQ(Content(To(L"b.acc")), "new");
-  EXPECT_EQ(Content(To(L"c.Uik")), "new");
-  EXPECT_EQ(Content(To(L"d.ini")), "old");
-  EXPECT_EQ(Content(To(L"e.uik")), "no file");
-}
-
-TEST_F(CopyProductFolderTreeTest, PipesStay) {
-  machine_->PutFile(From(L"pipe.UIK"), "");
-  machine_->PutFile(To(L"pipe.UIK"), "old");
-  SpecialFiles files(ports_.files, L"pipe.UIK");
-  CopyProductFolderTree(files, From(L""), To(L""), false, false);
-  EXPECT_EQ(Content(To(L"pipe.UIK")), "old");
-}
-
-TEST_F(CopyProductFolderTreeTest, SameReleaseCopiesNothing) {
-  machine_->PutFile(From(L"a.UIK"), "new");
-  machine_->PutFile(To(L"a.UIK"), "old");
-  Copy(true, true);
-  EXPECT_EQ(Content(To(L"a.UIK")), "old");
-}
-
-TEST_F(CopyProductFolderTreeTest, SubfoldersAreWalkedWhenAskedFor) {
-  machine_->PutFile(From(L"sub\\a.UIK"), "new");
-  machine_->PutFile(To(L"sub\\a.UIK"), "old");
-  Copy(false, false);
-  EXPECT_EQ(Content(To(L"sub\\a.UIK")), "old");
-  Copy(true, false);
-  EXPECT_EQ(Content(To(L"sub\\a.UIK")), "new");
-}
-
-TEST_F(CopyProductFolderTreeTest, FileThatCannotBeDeletedIsNotCopiedOver) {
-  machine_->PutFile(From(L"a.UIK"), "new");
-  machine_->PutFile(To(L"a.UIK"), "old");
-  machine_->MakeReadOnly(To(L"a.UIK"));
-  Copy(false, false);
-  EXPECT_EQ(Content(To(L"a.UIK")), "old");
-}
-
-TEST_F(CopyProductFolderTreeTest, NothingIsCopiedBehindALink) {
-  machine_->PutFile(From(L"a.UIK"), "new");
-  machine_->PutFile(From(L"sub\\b.UIK"), "new");
-  const std::wstring shared = machine_->ScratchFolder() + L"shared\\";
-  machine_->PutFile(shared + L"a.UIK", "everybody's");
-  machine_->PutFile(shared + L"b.UIK", "everybody's");
-  machine_->MakeFolder(To(L""));
-  if (!MakeLink(*machine_, To(L"sub"), shared)) GTEST_SKIP() << "this system makes no links";
-  Copy(true, false);
-  EXPECT_EQ(Content(shared + L"b.UIK"), "everybody's");
-  machine_->DeletePath(To(L"sub"));
-  machine_->DeletePath(WithoutTrailingBackslashes(To(L"")));
-  ASSERT_TRUE(MakeLink(*machine_, WithoutTrailingBackslashes(To(L"")), shared));
-  Copy(true, false);
-  EXPECT_EQ(Content(shared + L"a.UIK"), "everybody's");
-}
-
-TEST_F(CopyProductFolderTreeTest, NothingIsCopiedFromBehindALink) {
-  const std::wstring shared = machine_->ScratchFolder() + L"shared\\";
-  machine_->PutFile(shared + L"a.UIK", "everybody's");
-  machine_->PutFile(To(L"a.UIK"), "old");
-  if (!MakeLink(*machine_, WithoutTrailingBackslashes(From(L"")), shared)) {
-    GTEST_SKIP() << "this system makes no links";
-  }
-  Copy(true, false);
-  EXPECT_EQ(Content(To(L"a.UIK")), "old");
 }
 
 }  // namespace
