@@ -1,7 +1,7 @@
 // The switch in front of every mutation point. It is included by the copies that tools/mutate makes
-// of the sources and by nothing else. CARROVAN_MUTANT is the number of the one mutant that is alive;
-// without it the copies do what the sources do. CARROVAN_MUTANT_HITS names a file that receives the
-// numbers of all points that were reached.
+// of the sources and by nothing else. CARROVAN_MUTANT is the number of the one mutant that is
+// alive; without it the copies do what the sources do. CARROVAN_MUTANT_HITS names a file that
+// receives the numbers of all points that were reached.
 #ifndef CARROVAN_TOOLS_MUTATION_MUTANT_H_
 #define CARROVAN_TOOLS_MUTATION_MUTANT_H_
 
