@@ -207,5 +207,12 @@ TEST_F(PackageTree, WorksOnTheMachinesOwnFiles) {
   EXPECT_EQ(bench.log.lines.size(), 2u) << ToUtf8(user);
 }
 
+TEST_F(PackageTree, ExtensionBeginsWithItsDot) {
+  bench.files.Put(L"C:\\p\\areg", Utf16File(L"\"y\"=\"2024\"\r\n"));
+  bench.files.Put(L"C:\\p\\axml", "2024");
+  Rewrite();
+  EXPECT_TRUE(bench.files.changes.empty());
+}
+
 }  // namespace
 }  // namespace carrovan
