@@ -157,5 +157,9 @@ TEST(ProfileText, ReadsBackWhatItWrote) {
   }
 }
 
+TEST(ProfileText, EndOfFileMarkBehindAValueIsNoPartOfIt) {
+  EXPECT_EQ(ProfileValue(L"[S]\r\na=1\x1A", L"S", L"a"), L"1");
+}
+
 }  // namespace
 }  // namespace carrovan

@@ -164,7 +164,9 @@ TEST_F(OverlayFilesTest, NamesThatAreTooLongAreNotMade) {
   EXPECT_EQ(Files().WriteBytes(L"C:\\d\\" + std::wstring(255, L'x'), ""), kSystemOk);
 }
 
-TEST(OverlayFilesWithALink, WhatLiesBehindALinkIsNoChange) {
+// A machine on which a folder named "link" is one.
+class OverlayFilesWithALink : public testing::Test {
+ protected:
   class Links : public ForwardingFiles {
    public:
     using ForwardingFiles::ForwardingFiles;
@@ -181,18 +183,35 @@ TEST(OverlayFilesWithALink, WhatLiesBehindALinkIsNoChange) {
       return entries;
     }
   };
-  MemoryMachine machine;
-  machine.files.PutFolder(L"C:\\Users\\u\\AppData\\Local\\Temp");
-  machine.files.Put(L"C:\\d\\link\\behind.txt", "somebody's");
-  Links files(machine.files);
-  const Machine own = machine.Ports();
-  std::wstring reason;
-  const auto overlay = OverlayMachine::Open(WithFiles(own, files), reason);
-  ASSERT_TRUE(overlay) << ToUtf8(reason);
-  EXPECT_EQ(overlay->Ports().files.RemoveFolder(L"C:\\d\\link"), kSystemOk);
-  const std::vector<FileChange> changes = overlay->Changes().files;
+
+  OverlayFilesWithALink() {
+    machine_.files.PutFolder(L"C:\\Users\\u\\AppData\\Local\\Temp");
+    machine_.files.Put(L"C:\\d\\link\\behind.txt", "somebody's");
+    std::wstring reason;
+    overlay_ = OverlayMachine::Open(ports_, reason);
+  }
+  FileSystem& Files() { return overlay_->Ports().files; }
+
+  MemoryMachine machine_;
+  Links links_{machine_.files};
+  const Machine own_ = machine_.Ports();
+  const Machine ports_ = WithFiles(own_, links_);
+  std::unique_ptr<OverlayMachine> overlay_;
+};
+
+TEST_F(OverlayFilesWithALink, WhatLiesBehindARemovedLinkIsNoChange) {
+  EXPECT_EQ(Files().RemoveFolder(L"C:\\d\\link"), kSystemOk);
+  const std::vector<FileChange> changes = overlay_->Changes().files;
   ASSERT_EQ(changes.size(), 1u);
   EXPECT_EQ(changes[0].path, L"C:\\d\\link");
+}
+
+TEST_F(OverlayFilesWithALink, LinkBehindWhichWasWrittenIsStillOne) {
+  EXPECT_EQ(Files().WriteBytes(L"C:\\d\\link\\new.txt", "x"), kSystemOk);
+  EXPECT_TRUE(Files().IsLink(L"C:\\d\\link"));
+  const std::vector<FolderEntry> entries = Files().ListFolder(L"C:\\d");
+  ASSERT_EQ(entries.size(), 1u);
+  EXPECT_TRUE(entries[0].isLink);
 }
 
 }  // namespace

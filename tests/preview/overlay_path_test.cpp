@@ -40,5 +40,10 @@ TEST(OverlayPath, PathsOfDifferentRootsAreDifferentPlaces) {
   EXPECT_FALSE(IsSamePath(share->root, rooted->root));
 }
 
+TEST(OverlayPath, TextWithAZeroIsNoPath) {
+  EXPECT_FALSE(ParseOverlayPath(std::wstring_view(L"C:\\a\0b", 6)));
+  EXPECT_FALSE(ParseOverlayPath(L""));
+}
+
 }  // namespace
 }  // namespace carrovan

@@ -86,6 +86,30 @@ TEST_F(UndoExactness, NoRunTouchesTheRestorePoints) {
   EXPECT_EQ(run->files.MoveTo(Root(), kLocal + L"elsewhere"), kAccessDenied);
 }
 
+TEST_F(UndoExactness, MovedFolderComesBackWithWhatIsInIt) {
+  const std::wstring before = State();
+  EXPECT_EQ(run->files.MoveTo(kData + L"sub", kData + L"other"), kSystemOk);
+  EXPECT_EQ(machine.files.Bytes(kData + L"other\\b.txt"), "b");
+  recorder->End();
+  EXPECT_TRUE(Undo().IsComplete());
+  EXPECT_EQ(State(), before);
+}
+
+TEST_F(UndoExactness, ArchiveThatCannotBeNotedSaysWhy) {
+  const std::pair<SystemCode, ArchiveResult> kRows[] = {
+      {kSystemDiskFull, ArchiveResult::kDiskFull},
+      {kAccessDenied, ArchiveResult::kTargetNotWritable}};
+  for (const auto& [code, result] : kRows) {
+    const auto writer = run->archives.Create(kData + L"x.zip", ArchivePurpose::kUnpackAtOnce);
+    ASSERT_TRUE(writer);
+    machine.files.fault = [code = code](const std::string& operation, const std::wstring&) {
+      return operation == "append" ? code : kSystemOk;
+    };
+    EXPECT_EQ(writer->Close(), result);
+    machine.files.fault = nullptr;
+  }
+}
+
 // Files among which some folders are links, which moving takes along.
 class LinkFiles : public ForwardingFiles {
  public:

@@ -239,5 +239,12 @@ TEST_F(PackageTree, LeavesAFolderThatIsALinkAlone) {
   EXPECT_EQ(machine->FileBytes(shared + L"\\a.xml"), "2024");
 }
 
+TEST_F(PackageTree, ExtensionBeginsWithItsDot) {
+  bench.files.Put(L"C:\\p\\areg", Utf16File(L"\"y\"=\"2024\"\r\n"));
+  bench.files.Put(L"C:\\p\\axml", "2024");
+  Rewrite();
+  EXPECT_TRUE(bench.files.changes.empty());
+}
+
 }  // namespace
 }  // namespace carrovan

@@ -442,5 +442,29 @@ TEST_F(InvalidPaths, StepsBackOutOfAMissingFolderAreLeftToTheSystem) {
   EXPECT_EQ(files.asked, (std::map<std::wstring, int>{{L"C:\\none\\..\\there", 1}}));
 }
 
+// Has the plain characters only, as a code page of another script would.
+class PlainCodePage : public CodePage {
+ public:
+  std::u16string Decode(std::string_view bytes) const override {
+    return std::u16string(bytes.begin(), bytes.end());
+  }
+  std::string Encode(std::u16string_view text) const override {
+    std::string bytes;
+    for (const char16_t c : text) bytes.push_back(c < 0x80 ? static_cast<char>(c) : '?');
+    return bytes;
+  }
+};
+
+TEST_F(RegistryRewrite, LeavesUsersWhereTheFileCannotHoldTheName) {
+  const PlainCodePage codePage;
+  bench.user.name = L"\x65B0\x7528\x6237";
+  bench.user.profile = L"C:\\Users\\plain";
+  const RewritePorts ports{bench.files, bench.user, codePage, bench.log};
+  const std::string bytes = "\"a\"=\"C:\\\\Users\\\\old\\\\x\"\r\n";
+  bench.files.Put(kFile, bytes);
+  EXPECT_EQ(ReplaceUserPaths(kFile, ports), kSystemOk);
+  EXPECT_EQ(bench.files.Bytes(kFile), bytes);
+}
+
 }  // namespace
 }  // namespace carrovan
