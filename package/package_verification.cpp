@@ -76,7 +76,7 @@ void Verification::TakeInspection() {
 }
 
 void Verification::CheckItem(std::size_t index, const ArchiveItem& item) {
-  if (!unreadable_.contains(item.name)) {
+  if (inspection_.contentWasRead && !unreadable_.contains(item.name)) {
     if (const auto problem = archive_.HeaderProblem(index)) Find(item.name, *problem);
   }
   if (IsFolderName(item.name)) return;

@@ -139,7 +139,8 @@ class AbandonedFolderTest(SandboxTest):
         self.mark = self.left / "~carrovan.lock"
 
     def export(self):
-        done = self.machine.export_all(self.package)
+        done = self.machine.run("export", "--version", "2026", "--category", "Cosmetic Thread",
+                                "--output", self.package)
         self.assertEqual(done.returncode, 0, done.stderr)
 
     def test_killed_exports_folder_is_gone_after_the_next(self):
@@ -147,7 +148,8 @@ class AbandonedFolderTest(SandboxTest):
         with subprocess.Popen([CLI, "--root", self.machine.root, *EXPORT_ALL, self.package],
                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as run:
             deadline = time.monotonic() + 60
-            while not list(self.machine.temporary_files()) and run.poll() is None:
+            temporary = self.machine.local / "Temp"
+            while not list(temporary.glob("*/~carrovan.lock")) and run.poll() is None:
                 self.assertLess(time.monotonic(), deadline, "no staging folder within a minute")
             run.kill()
         self.export()

@@ -10,7 +10,7 @@ from pathlib import Path
 
 import expected_package
 import registry_file
-from machines import SandboxTest, make_sandbox, run_cli, small_sandbox, snapshot
+from machines import SandboxTest, make_sandbox, run_cli, snapshot
 
 
 class ExportEverythingTest(SandboxTest):
@@ -168,7 +168,7 @@ class OddRunningVersionTest(SandboxTest):
 
     def setUp(self):
         super().setUp()
-        self.machine = small_sandbox(self.folder / "machine")
+        self.machine = make_sandbox(self.folder / "machine")
         identity = self.machine.root / "product.ini"
         text = identity.read_text("utf-8")
         self.assertIn("ProductVersion=28.0", text)
