@@ -1,5 +1,6 @@
 #pragma once
 
+#include "environment/version_folders.h"
 #include "platform/text.h"
 #include "tests/package/import_fixture.h"
 
