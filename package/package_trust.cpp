@@ -139,9 +139,8 @@ bool IsPlainName(std::wstring_view name) {
 std::optional<std::wstring> RefusalOfIdentity(const std::wstring& company,
                                               const std::wstring& product) {
   if (company.empty()) return L"the company is empty";
-  if (product.empty()) return L"the product is empty";
   if (!IsPlainName(company)) return L"the company is not one plain name";
-  if (!IsPlainName(product)) return L"the product is not one plain name";
+  if (!product.empty() && !IsPlainName(product)) return L"the product is not one plain name";
   if (IsAmong(company, kSystemsOwnKeys)) return L"the company's key belongs to the system";
   // What is noted there tells from where this program loads its library.
   if (CompareNames(company, L"Carrovan") == 0) return L"the company's key is Carrovan's own";

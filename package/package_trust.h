@@ -37,7 +37,8 @@ std::optional<RefusedItem> RefusalOfSize(const ArchiveExaminer& archive);
 // looks for the package's folders below its company and product and removes what is not chosen.
 bool IsPlainName(std::wstring_view name);
 
-// Why a package's company and product name no place of their own in the profile or the registry.
+// Why a package's company and product name no place of their own in the profile or the registry. A
+// product that is missing leads nowhere.
 std::optional<std::wstring> RefusalOfIdentity(const std::wstring& company,
                                               const std::wstring& product);
 

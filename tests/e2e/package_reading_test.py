@@ -198,10 +198,10 @@ class HostilePackageTest(SandboxTest):
         for content in hostile_zip.OUTSIDE_FILES:
             hostile_zip.make_package(self.package, [
                 ("config.ini", hostile_zip.CONFIG), ("Register/x", content),
-                ("Local\\a.txt", b"1"), ("local\\A.TXT", b"2")])
+                ("Local\\Vantric\\a.txt", b"1"), ("local\\vantric\\A.TXT", b"2")])
             done, untrusted = self.inspect("untrusted")
             self.assertEqual((done.returncode, done.stderr.count("\n")), (1, 1), done.stderr)
-            self.assertEqual(sorted(untrusted), ["Register\\x", "local\\A.TXT"])
+            self.assertEqual(sorted(untrusted), ["Register\\x", "local\\vantric\\A.TXT"])
             self.assertEqual({name: untrusted[name] for name in self.verify()
                               if name in untrusted}, untrusted)
 
@@ -222,9 +222,9 @@ class HostilePackageTest(SandboxTest):
 
     def test_entry_that_lies_about_its_size_unpacks_to_nothing(self):
         hostile_zip.make_package(self.package, [
-            ("config.ini", hostile_zip.CONFIG), ("Local\\zeros.bin", bytes(9_000_000))])
+            ("config.ini", hostile_zip.CONFIG), ("Local\\Vantric\\zeros.bin", bytes(9_000_000))])
         hostile_zip.declare_size(self.package, 1000)
-        self.assertEqual(self.verify(), {"Local\\zeros.bin": "the data is damaged"})
+        self.assertEqual(self.verify(), {"Local\\Vantric\\zeros.bin": "the data is damaged"})
         done = run_cli("extract", self.package, self.out)
         self.assertEqual((done.returncode, done.stderr.count("\n")), (3, 1), done.stderr)
         self.assertEqual([path.name for path in self.out.rglob("*") if path.is_file()],
@@ -235,15 +235,15 @@ class HostilePackageTest(SandboxTest):
         hostile_zip.make_package(self.package, [
             ("config.ini", hostile_zip.CONFIG.replace(b"[Base]", b"Wallpapers=1\r\n[Base]")),
             ("Options\\none.reg", b"not a registry file"),
-            ("Local\\open.xml", b"<open>"), ("Local\\whole.xml", b"<whole/>"),
-            ("Local\\damaged.bin", content), ("Local\\locked.xml", content)])
-        hostile_zip.spoil_content(self.package, "Local\\damaged.bin")
-        hostile_zip.mark_encrypted(self.package, "Local\\locked.xml")
+            ("Local\\Vantric\\open.xml", b"<open>"), ("Local\\Vantric\\whole.xml", b"<whole/>"),
+            ("Local\\Vantric\\damaged.bin", content), ("Local\\Vantric\\locked.xml", content)])
+        hostile_zip.spoil_content(self.package, "Local\\Vantric\\damaged.bin")
+        hostile_zip.mark_encrypted(self.package, "Local\\Vantric\\locked.xml")
         found = self.verify()
-        self.assertEqual(list(found), ["Local\\damaged.bin", "Local\\locked.xml", "config.ini",
-                                       "Options\\none.reg", "Local\\open.xml"])
-        self.assertEqual(found["Local\\damaged.bin"], "the data is damaged")
-        self.assertEqual(found["Local\\locked.xml"], "the data is encrypted")
+        self.assertEqual(list(found), ["Local\\Vantric\\damaged.bin", "Local\\Vantric\\locked.xml", "config.ini",
+                                       "Options\\none.reg", "Local\\Vantric\\open.xml"])
+        self.assertEqual(found["Local\\Vantric\\damaged.bin"], "the data is damaged")
+        self.assertEqual(found["Local\\Vantric\\locked.xml"], "the data is encrypted")
         self.assertEqual(found["config.ini"], '"Wallpapers" is not a category')
         self.assertEqual(found["Options\\none.reg"], "this is not a registry file")
 
