@@ -86,13 +86,14 @@ void Verification::CheckItem(std::size_t index, const ArchiveItem& item) {
   if (isDocument) ++result_.documents;
   if (!isRegistryFile && !isDocument) return;
   if (!inspection_.contentWasRead || unreadable_.contains(item.name)) return;
+  // What is not to be trusted was looked through for that, and says no more here.
+  const bool isUnchecked = isRegistryFile && !distrusted_.contains(item.name);
   if (item.sizeBytes > ArchiveFiles::kLongestFileBytes) {
     result_.notes.push_back({item.name, L"too large to be parsed here"});
-    if (isRegistryFile) CheckWhole(index, item);
+    if (isUnchecked) CheckWhole(index, item);
     return;
   }
-  // What is not to be trusted was looked through for that, and says no more here.
-  if (isRegistryFile && !distrusted_.contains(item.name)) CheckRegistryFile(index, item);
+  if (isUnchecked) CheckRegistryFile(index, item);
   if (isDocument) CheckDocument(item);
 }
 
