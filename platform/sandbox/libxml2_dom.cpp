@@ -123,9 +123,7 @@ class LibXml2Saving : public SavingSystem {
   std::unique_ptr<DocumentEncoder> NewEncoder(const std::string& encoding) override {
     return OpenIconvEncoder(encoding);
   }
-  bool Loads(std::string_view document) override {
-    return DocumentFingerprint(document).has_value();
-  }
+  bool Loads(std::string_view document) override { return DocumentLoads(document); }
   bool LoadAlike(std::string_view document, std::string_view other) override {
     const std::optional<std::uint64_t> print = DocumentFingerprint(document);
     return print && print == DocumentFingerprint(other);

@@ -19,14 +19,32 @@ int ReadOn(void* source, char* buffer, int length) {
   return static_cast<int>(count);
 }
 
+void OnTypeDefinition(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
+  auto& parser = *static_cast<xmlParserCtxt*>(context);
+  parser.wellFormed = 0;
+  xmlStopParser(&parser);
+}
+
+// Reads a document with the handlers that the parser has by now.
+bool ReadsWell(xmlParserCtxt& parser, std::string_view document) {
+  if (document.size() > std::size_t{std::numeric_limits<int>::max()}) return false;
+  ReadDocument(parser, document);
+  return parser.wellFormed != 0 && parser.nsWellFormed != 0;
+}
+
+void RemoveHandlers(xmlSAXHandler& handlers) {
+  handlers = {};
+  handlers.initialized = XML_SAX2_MAGIC;
+  handlers.internalSubset = OnTypeDefinition;
+}
+
 // Sums up what the parser reports.
 class Fingerprint {
  public:
   void AttachTo(xmlParserCtxt& parser) {
     parser._private = this;
     xmlSAXHandler& handlers = *parser.sax;
-    handlers.startDocument = nullptr;
-    handlers.endDocument = nullptr;
+    RemoveHandlers(handlers);
     handlers.startElementNs = OnStartElement;
     handlers.endElementNs = OnEndElement;
     handlers.characters = OnCharacters;
@@ -34,7 +52,6 @@ class Fingerprint {
     handlers.cdataBlock = OnCdata;
     handlers.comment = OnComment;
     handlers.processingInstruction = OnInstruction;
-    handlers.internalSubset = OnTypeDefinition;
   }
 
   std::uint64_t Sum() const { return sum_; }
@@ -87,12 +104,6 @@ class Fingerprint {
     Of(context).AddField(ViewOf(data));
   }
 
-  static void OnTypeDefinition(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
-    auto& parser = *static_cast<xmlParserCtxt*>(context);
-    parser.wellFormed = 0;
-    xmlStopParser(&parser);
-  }
-
   // No text holds the characters that end a field and begin a node.
   void Begin(char kind) {
     last_ = kind;
@@ -120,15 +131,19 @@ xmlDoc* ReadDocument(xmlParserCtxt& parser, std::string_view document) {
   return xmlCtxtReadIO(&parser, ReadOn, nullptr, &document, nullptr, nullptr, kParseOptions);
 }
 
+bool DocumentLoads(std::string_view document) {
+  const ParserOwner parser(xmlNewParserCtxt());
+  if (parser == nullptr) return false;
+  RemoveHandlers(*parser->sax);
+  return ReadsWell(*parser, document);
+}
+
 std::optional<std::uint64_t> DocumentFingerprint(std::string_view document) {
-  if (document.size() > std::size_t{std::numeric_limits<int>::max()}) return std::nullopt;
   const ParserOwner parser(xmlNewParserCtxt());
   if (parser == nullptr) return std::nullopt;
   Fingerprint print;
   print.AttachTo(*parser);
-  ReadDocument(*parser, document);
-  if (parser->wellFormed == 0 || parser->nsWellFormed == 0) return std::nullopt;
-  return print.Sum();
+  return ReadsWell(*parser, document) ? std::optional(print.Sum()) : std::nullopt;
 }
 
 }  // namespace carrovan

@@ -55,9 +55,11 @@ class ParsedAttribute {
 // parser knows whether the document is well formed.
 xmlDoc* ReadDocument(xmlParserCtxt& parser, std::string_view document);
 
+// Whether a document loads. No tree is built.
+bool DocumentLoads(std::string_view document);
+
 // A number that stands for what a document says, whatever its encoding and however its characters
 // are written: the same for documents of the same nodes. Nothing for a document that does not load.
-// No tree is built.
 std::optional<std::uint64_t> DocumentFingerprint(std::string_view document);
 
 }  // namespace carrovan

@@ -340,9 +340,10 @@ std::string Panel(int number, int id) {
 }
 
 // An element that is merged into again and again reads as if it were read afresh each time.
+// The last of them is not the last child, because the last child is descended into for good.
 TEST(MergeXmlNodes, CountsOnInAnElementThatSeveralOldOnesMatch) {
   const std::string oldXml =
-      "<r>" + State(Panel(5, 7)) + State(Panel(5, 8)) + State(Panel(5, 9)) + "</r>";
+      "<r>" + State(Panel(5, 7)) + State(Panel(5, 8)) + State(Panel(5, 9)) + "<z/></r>";
   const std::string added = Panel(2, 7) + Panel(3, 8) + Panel(4, 9);
   struct SizeRow {
     const char* before;
@@ -357,7 +358,7 @@ TEST(MergeXmlNodes, CountsOnInAnElementThatSeveralOldOnesMatch) {
   for (const SizeRow& row : rows) {
     DomBench bench;
     EXPECT_EQ(bench.MergeXml(oldXml, "<r>" + State(row.before + Panel(1, 1)) + "</r>"),
-              "<r>" + State(row.after + Panel(1, 1) + added) + "</r>")
+              "<r>" + State(row.after + Panel(1, 1) + added) + "<z/></r>")
         << row.before;
   }
 }
@@ -368,18 +369,18 @@ TEST(MergeXmlNodes, LearnsOfAnIdThatAnElementGainsWhileItIsMerged) {
     return "<EyeRibbonState-2><ID>" + id + "</ID></EyeRibbonState-2>";
   };
   const auto oldXml = [&](const std::string& id) {
-    return "<r>" + State("<a/>") + State(gaining(id)) + State(Panel(8, 9)) + "</r>";
+    return "<r>" + State("<a/>") + State(gaining(id)) + State(Panel(8, 9)) + "<z/></r>";
   };
   DomBench bench;
   EXPECT_EQ(bench.MergeXml(oldXml("5"), newXml),
-            "<r>" + State("<Size>2</Size>" + gaining("5") + "<a/>" + Panel(3, 9)) + "</r>");
+            "<r>" + State("<Size>2</Size>" + gaining("5") + "<a/>" + Panel(3, 9)) + "<z/></r>");
   EXPECT_EQ(bench.MergeXml(oldXml("x"), newXml),
-            "<r>" + State("<Size>1</Size>" + gaining("x") + "<a/>" + Panel(8, 9)) + "</r>");
+            "<r>" + State("<Size>1</Size>" + gaining("x") + "<a/>" + Panel(8, 9)) + "<z/></r>");
   const std::string withPanel =
       "<r>" + State("<Size>1</Size>" + Panel(1, 1) + "<EyeRibbonState-2/>") + "</r>";
-  EXPECT_EQ(
-      bench.MergeXml(oldXml("x"), withPanel),
-      "<r>" + State("<Size>1</Size>" + Panel(1, 1) + gaining("x") + "<a/>" + Panel(8, 9)) + "</r>");
+  EXPECT_EQ(bench.MergeXml(oldXml("x"), withPanel),
+            "<r>" + State("<Size>1</Size>" + Panel(1, 1) + gaining("x") + "<a/>" + Panel(8, 9)) +
+                "<z/></r>");
 }
 
 // So many that they are found by tables.

@@ -215,14 +215,6 @@ TEST_F(XmlDomContract, RefersToCharactersThatTheNamedEncodingLacks) {
   EXPECT_EQ(RoundTrip(xml), xml);
 }
 
-TEST_F(XmlDomContract, KeepsTheFormerFileWhenADocumentWouldNotLoadAgain) {
-  const auto document = Load("<r/>");
-  ASSERT_NE(document, nullptr);
-  files.Put(L"C:\\d\\saved.xml", "former");
-  EXPECT_FALSE(document->Root().SetText(L"\x01") && document->Save(L"C:\\d\\saved.xml"));
-  EXPECT_EQ(files.Bytes(L"C:\\d\\saved.xml"), "former");
-}
-
 TEST_F(XmlDomContract, SavesChineseTextThatLooksLikeUtf8AsItWas) {
   for (const std::string text : {"\xC8\xAB\xCD\xBC", "\xC4\xAC"}) {
     const std::string xml = "<?xml version=\"1.0\" encoding=\"GBK\"?><r>" + text + "</r>";

@@ -34,6 +34,15 @@ TEST_F(LibXml2Dom, RefusesPrefixesThatAreNotDeclared) {
   EXPECT_NE(Load("<r xmlns:p='u'><p:b p:k='1'/></r>"), nullptr);
 }
 
+TEST_F(LibXml2Dom, KeepsTheFormerFileWhenADocumentWouldNotLoadAgain) {
+  const auto document = Load("<r/>");
+  ASSERT_NE(document, nullptr);
+  files_.Put(kSaved, "former");
+  ASSERT_TRUE(document->Root().SetText(L"\x01"));
+  EXPECT_FALSE(document->Save(kSaved));
+  EXPECT_EQ(files_.Bytes(kSaved), "former");
+}
+
 // Some of them hold no markup, some lose characters on the way, some end in a state of their own.
 TEST_F(LibXml2Dom, SavesNothingThatDoesNotComeBackWhateverTheEncoding) {
   const std::string body =
