@@ -261,7 +261,7 @@ TEST_F(WizardExportFlow, ButtonsPressedDuringARunDoNothing) {
 
 TEST_F(WizardExportFlow, DeletedStagingFolderIsMadeAnewForTheRun) {
   GoToCategories();
-  machine_->DeletePath(context_.stagingFolder);
+  DeleteStagingFolder(context_, machine_->Ports());
   flow_.Next();
   EXPECT_EQ(frame_.Page(), kFinish);
   EXPECT_TRUE(machine_->FileBytes(*frame_.saveAnswer).has_value());

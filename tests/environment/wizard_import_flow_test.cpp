@@ -2,6 +2,7 @@
 
 #include "environment/wizard_flow.h"
 #include "environment/wizard_pages.h"
+#include "package/staging_folder.h"
 #include "tests/environment/wizard_fixture.h"
 
 namespace carrovan {
@@ -178,7 +179,7 @@ TEST_F(WizardImportFlow, FinishOnTheCategoriesDoesWhatNextDoes) {
 
 TEST_F(WizardImportFlow, HomeReturnsToTheStartPageWithAStagingFolder) {
   GoToCategories();
-  import_.whileWorking = [&] { machine_->DeletePath(context_.stagingFolder); };
+  import_.whileWorking = [&] { DeleteStagingFolder(context_, machine_->Ports()); };
   flow_.Next();
   EXPECT_FALSE(HasStagingFolder());
   flow_.Finish();
