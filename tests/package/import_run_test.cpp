@@ -284,7 +284,42 @@ TEST_F(ImportRunTest, WhatLiesAtTheOverlaysNamesIsNotLaidOver) {
   EXPECT_TRUE(report_.IsComplete());
 }
 
+// Keeps a file, whatever is done to it.
+class KeepingFiles : public ForwardingFiles {
+ public:
+  KeepingFiles(FileSystem& files, std::wstring kept)
+      : ForwardingFiles(files), kept_(std::move(kept)) {}
+  SystemCode RemoveFile(const std::wstring& path) override {
+    return path == kept_ ? kSharingViolation : ForwardingFiles::RemoveFile(path);
+  }
+
+ private:
+  std::wstring kept_;
+};
+
 TEST_F(ImportRunTest, ArchiveThatWasNotJustWrittenIsNotUnpacked) {
+  entries_[PackageLocal(L"en-us\\Elsewhere\\x.dat")] = "new";
+  Describe({"Options"});
+  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  const std::wstring staging = context_.stagingFolder;
+  const std::wstring root = state_.package.applicationDataRoot;
+  machine_->PutFile(machine_->ScratchFolder() + L"gotcha", "gotcha");
+  auto writer = ports_.archives.Create(staging + kOverlayArchive, ArchivePurpose::kKeep);
+  ASSERT_EQ(writer->Add(L"Roaming\\Startup\\a.bat", machine_->ScratchFolder() + L"gotcha"),
+            ArchiveResult::kDone);
+  ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
+  KeepingFiles files(ports_.files, staging + kOverlayArchive);
+  const Machine machine = WithFiles(ports_, files);
+  PackageImport({context_, state_.package, machine, *tool_, *dom_, log_, view_, report_})
+      .Apply(tree_);
+  EXPECT_EQ(Content(root + L"Roaming\\Startup\\a.bat"), "no file");
+  EXPECT_FALSE(report_.IsComplete());
+  EXPECT_EQ(Content(staging + PackageLocal(L"en-us\\Elsewhere\\x.dat")), "new");
+  EXPECT_FALSE(ports_.files.Exists(staging + kRunFolderMark)) << "no other run may remove it";
+  machine_->DeletePath(staging.substr(0, staging.size() - 1));
+}
+
+TEST_F(ImportRunTest, OverlayThatCannotBeWrittenIsKept) {
   entries_[PackageLocal(L"en-us\\Elsewhere\\x.dat")] = "new";
   Describe({"Options"});
   ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
@@ -296,7 +331,6 @@ TEST_F(ImportRunTest, ArchiveThatWasNotJustWrittenIsNotUnpacked) {
       .Apply(tree_);
   EXPECT_EQ(Content(Local(L"en-us\\Elsewhere\\x.dat")), "no file");
   EXPECT_EQ(Content(staging + PackageLocal(L"en-us\\Elsewhere\\x.dat")), "new");
-  EXPECT_FALSE(ports_.files.Exists(staging + kRunFolderMark)) << "no other run may remove it";
   machine_->DeletePath(staging.substr(0, staging.size() - 1));
 }
 

@@ -24,6 +24,12 @@ class MemoryArchive : public ArchiveExaminer {
     items_.push_back({{std::move(name), content.size(), content.size() / 2}, content, state});
   }
 
+  // An item that the directory calls larger than it is.
+  void AddAsLarge(std::wstring name, std::string content, std::uint64_t sizeBytes) {
+    Add(std::move(name), std::move(content));
+    items_.back().item.sizeBytes = sizeBytes;
+  }
+
   // An item of which only the directory tells.
   void Declare(std::wstring name, std::uint64_t sizeBytes, std::uint64_t packedSizeBytes) {
     sizeBytes_ += packedSizeBytes;

@@ -188,10 +188,9 @@ TEST_F(PackageVerificationTest, RegistryFileThatWasCutShortIsFound) {
 
 TEST_F(PackageVerificationTest, LargeRegistryFileThatWasCutShortIsFound) {
   Describe("");
-  std::string large = kRegistryFile;
-  large.append(ArchiveFiles::kLongestFileBytes, '\n');
-  archive_.Add(L"Options\\whole.reg", large);
-  archive_.Add(L"Options\\cut.reg", large + "\"b\"=");
+  const std::uint64_t large = ArchiveFiles::kLongestFileBytes + 1;
+  archive_.AddAsLarge(L"Options\\whole.reg", kRegistryFile, large);
+  archive_.AddAsLarge(L"Options\\cut.reg", std::string(kRegistryFile) + "\"b\"=", large);
   EXPECT_EQ(OnlyFinding(), (RefusedItem{L"Options\\cut.reg", L"ends inside a value"}));
 }
 
