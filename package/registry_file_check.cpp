@@ -21,23 +21,12 @@ bool IsHeader(std::u16string_view line) {
 
 void RegistryFileCheck::Take(std::string_view part) {
   bytes_ += part.size();
-  for (const char byte : part) {
-    if (encodingKnown_) {
-      TakeByte(byte);
-      continue;
-    }
-    mark_.push_back(byte);
-    if (mark_.size() < 2) continue;
-    encodingKnown_ = true;
-    isUtf16_ = mark_ == "\xFF\xFE";
-    if (isUtf16_) continue;
-    for (const char early : mark_) TakeByte(early);
-  }
+  units_.Take(part, [this](char16_t unit) { TakeUnit(unit); });
 }
 
 std::optional<std::wstring> RegistryFileCheck::Finish() {
   if (bytes_ == 0) return L"is empty";
-  if (firstHalf_) return L"ends within a character";
+  if (units_.IsCutShort()) return L"ends within a character";
   if (!IsHeader(header_)) return L"does not begin as a registry file";
   if (inHeader_) return L"ends without the end of its last line";
   switch (place_) {
@@ -50,18 +39,6 @@ std::optional<std::wstring> RegistryFileCheck::Finish() {
     default:
       return L"ends inside a value";
   }
-}
-
-void RegistryFileCheck::TakeByte(char byte) {
-  if (!isUtf16_) return TakeUnit(static_cast<unsigned char>(byte));
-  if (!firstHalf_) {
-    firstHalf_ = byte;
-    return;
-  }
-  const auto low = static_cast<unsigned char>(*firstHalf_);
-  const auto high = static_cast<unsigned char>(byte);
-  firstHalf_.reset();
-  TakeUnit(static_cast<char16_t>(low | high << 8));
 }
 
 void RegistryFileCheck::TakeUnit(char16_t unit) {

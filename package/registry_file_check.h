@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "package/registry_file_units.h"
 #include "platform/file_system.h"
 
 namespace carrovan {
@@ -34,18 +35,14 @@ class RegistryFileCheck {
     kContinued,  // at the start of a line that goes on with numbers
   };
 
-  void TakeByte(char byte);
   void TakeUnit(char16_t unit);
   void TakeQuoted(char16_t unit, Place behind);
   void TakeValueUnit(char16_t unit);
   void TakeLineStart(char16_t unit);
 
   std::size_t bytes_ = 0;
-  std::string mark_;  // the first bytes, until they tell the encoding
-  bool encodingKnown_ = false;
-  bool isUtf16_ = false;
-  std::optional<char> firstHalf_;  // of a UTF-16 unit
-  std::u16string header_;          // the first line, as far as it is needed
+  RegistryFileUnits units_;
+  std::u16string header_;  // the first line, as far as it is needed
   bool inHeader_ = true;
   Place place_ = Place::kLineStart;
   char16_t lastUnit_ = u'\0';

@@ -79,41 +79,20 @@ std::optional<std::wstring> RefusalOfKeyLine(std::wstring_view line, std::wstrin
 RegistryFileScan::RegistryFileScan(std::wstring company) : company_(std::move(company)) {}
 
 void RegistryFileScan::Take(std::string_view part) {
-  for (const char byte : part) {
-    if (refusal_) return;
-    if (encodingKnown_) {
-      TakeByte(byte);
-      continue;
-    }
-    mark_.push_back(byte);
-    if (mark_.size() < 2) continue;
-    encodingKnown_ = true;
-    isUtf16_ = mark_ == "\xFF\xFE";
-    if (!isUtf16_) std::ranges::for_each(mark_, [this](char early) { TakeByte(early); });
-  }
+  if (refusal_) return;
+  units_.Take(part, [this](char16_t unit) { TakeUnit(unit); });
 }
 
 std::optional<std::wstring> RegistryFileScan::Finish() {
-  if (!encodingKnown_) std::ranges::for_each(mark_, [this](char early) { TakeByte(early); });
+  units_.Finish([this](char16_t unit) { TakeUnit(unit); });
   EndLine(LineEnd::kPlain);
   return refusal_;
-}
-
-void RegistryFileScan::TakeByte(char byte) {
-  if (!isUtf16_) return TakeUnit(static_cast<unsigned char>(byte));
-  if (!firstHalf_) {
-    firstHalf_ = byte;
-    return;
-  }
-  const auto low = static_cast<unsigned char>(*firstHalf_);
-  const auto high = static_cast<unsigned char>(byte);
-  firstHalf_.reset();
-  TakeUnit(static_cast<char16_t>(low | high << 8));
 }
 
 // Every control character but the tab ends a line here, since one tool or another stops reading at
 // it. So UTF-16 without its mark ends a line at every second byte and is not understood.
 void RegistryFileScan::TakeUnit(char16_t unit) {
+  if (refusal_) return;
   const bool behindReturn = std::exchange(behindReturn_, unit == u'\r');
   if (behindReturn && unit != u'\n') EndLine(LineEnd::kOdd);
   if (unit == u'\r') return;
@@ -153,7 +132,7 @@ void RegistryFileScan::Refuse(std::wstring_view problem) {
 }
 
 std::wstring RegistryFileScan::KeptText() const {
-  if (isUtf16_) return FromUtf16(kept_);
+  if (units_.IsUtf16()) return FromUtf16(kept_);
   std::string bytes;
   for (const char16_t unit : kept_) bytes.push_back(static_cast<char>(unit));
   return FromUtf8(bytes);

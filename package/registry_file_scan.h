@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "package/registry_file_units.h"
+
 namespace carrovan {
 
 // Looks through a registry file for keys that a settings package has no business with. It does not
@@ -32,7 +34,6 @@ class RegistryFileScan {
   // Tools that do not end a line where it ends oddly would take a longer key from it.
   enum class LineEnd { kPlain, kOdd };
 
-  void TakeByte(char byte);
   void TakeUnit(char16_t unit);
   void EndLine(LineEnd end);
   void Judge(std::wstring_view line, LineEnd end);
@@ -40,10 +41,7 @@ class RegistryFileScan {
   std::wstring KeptText() const;
 
   const std::wstring company_;
-  std::string mark_;  // the first bytes, until they tell the encoding
-  bool encodingKnown_ = false;
-  bool isUtf16_ = false;
-  std::optional<char> firstHalf_;  // of a UTF-16 unit
+  RegistryFileUnits units_;
   Line line_ = Line::kBlank;
   bool behindReturn_ = false;
   std::u16string kept_;

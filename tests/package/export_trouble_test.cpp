@@ -295,20 +295,6 @@ TEST_F(ExportTrouble, NewPackageWithoutADescriptionLeavesNoEmptyFile) {
   EXPECT_FALSE(Ports().files.Exists(PackagePath()));
 }
 
-// Keeps one file, whatever is done to it.
-class KeepingFiles : public ForwardingFiles {
- public:
-  KeepingFiles(FileSystem& files, std::wstring kept)
-      : ForwardingFiles(files), kept_(std::move(kept)) {}
-
-  SystemCode RemoveFile(const std::wstring& path) override {
-    return path == kept_ ? kSharingViolation : ForwardingFiles::RemoveFile(path);
-  }
-
- private:
-  std::wstring kept_;
-};
-
 TEST_F(ExportTrouble, DescriptionThatMarksMoreThanTheRunStoresLeavesTheOldPackage) {
   CheckOnly({CustomMaterials, CosmeticThread});
   ASSERT_TRUE(Export());

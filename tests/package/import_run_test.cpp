@@ -374,19 +374,6 @@ TEST_F(ImportRunTest, WhatLiesAtTheOverlaysNamesIsNotLaidOver) {
   EXPECT_TRUE(report_.IsComplete());
 }
 
-// Keeps a file, whatever is done to it.
-class KeepingFiles : public ForwardingFiles {
- public:
-  KeepingFiles(FileSystem& files, std::wstring kept)
-      : ForwardingFiles(files), kept_(std::move(kept)) {}
-  SystemCode RemoveFile(const std::wstring& path) override {
-    return path == kept_ ? kSharingViolation : ForwardingFiles::RemoveFile(path);
-  }
-
- private:
-  std::wstring kept_;
-};
-
 TEST_F(ImportRunTest, ArchiveThatWasNotJustWrittenIsNotUnpacked) {
   entries_[PackageLocal(L"en-us\\Elsewhere\\x.dat")] = "new";
   Describe({"Options"});

@@ -31,6 +31,20 @@ class RecordingView : public WizardView {
   void CloseWizard() override { closeAsked = true; }
 };
 
+// Keeps one file, whatever is done to it.
+class KeepingFiles : public ForwardingFiles {
+ public:
+  KeepingFiles(FileSystem& files, std::wstring kept)
+      : ForwardingFiles(files), kept_(std::move(kept)) {}
+
+  SystemCode RemoveFile(const std::wstring& path) override {
+    return path == kept_ ? kSharingViolation : ForwardingFiles::RemoveFile(path);
+  }
+
+ private:
+  std::wstring kept_;
+};
+
 // Shows files of one name as pipes or devices.
 class SpecialFiles : public ForwardingFiles {
  public:
