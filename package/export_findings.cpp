@@ -24,17 +24,6 @@ bool AnyStored(const StoredCounts& counts, const std::vector<std::wstring>& sour
   });
 }
 
-// A key that is there but may not be read is still listed by its parent.
-bool IsKeyThere(const RegistryReader& registry, const std::wstring& fullPath) {
-  const std::wstring path = fullPath.substr(fullPath.find(L'\\') + 1);
-  if (registry.CanOpenKey(RegistryHive::kCurrentUser, path)) return true;
-  const auto siblings = registry.SubkeyNames(RegistryHive::kCurrentUser, RemoveFileSpec(path));
-  const std::wstring name = FileNameOf(path);
-  return siblings && std::ranges::any_of(*siblings, [&](const std::wstring& sibling) {
-           return CompareNames(sibling, name) == 0;
-         });
-}
-
 // Everything in the package sources that belongs to a category.
 std::vector<std::wstring> SourcesOf(const CategoryRecord& record, const ProductContext& context) {
   std::vector<std::wstring> sources = CategoryFolders(record, context);
@@ -70,6 +59,17 @@ std::wstring RegistryFileOf(const ProductContext& context, const std::wstring& k
                                 ? context.productName + context.humanReadableVersion
                                 : std::wstring(subkey->substr(1));
   return context.stagingFolder + name + L".reg";
+}
+
+bool IsKeyThere(const RegistryReader& registry, const std::wstring& fullPath) {
+  const std::wstring path = fullPath.substr(fullPath.find(L'\\') + 1);
+  if (registry.CanOpenKey(RegistryHive::kCurrentUser, path)) return true;
+  // One that may not be read is still listed by its parent.
+  const auto siblings = registry.SubkeyNames(RegistryHive::kCurrentUser, RemoveFileSpec(path));
+  const std::wstring name = FileNameOf(path);
+  return siblings && std::ranges::any_of(*siblings, [&](const std::wstring& sibling) {
+           return CompareNames(sibling, name) == 0;
+         });
 }
 
 std::vector<std::wstring> KeysWithoutFile(const ExportRun& run, const PackageReport& package) {

@@ -8,6 +8,10 @@ namespace carrovan {
 // subkey in its path and is named after the product and its release.
 std::wstring RegistryFileOf(const ProductContext& context, const std::wstring& key);
 
+// True for a key of the current user that exists, even when it may not be read. `fullPath` begins
+// with the hive's full name.
+bool IsKeyThere(const RegistryReader& registry, const std::wstring& fullPath);
+
 // Keys that are there, though the package holds no file of them.
 std::vector<std::wstring> KeysWithoutFile(const ExportRun& run, const PackageReport& package);
 

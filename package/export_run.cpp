@@ -91,6 +91,23 @@ std::optional<std::wstring> ProblemOfExport(const RegistryTool& tool, const File
   return WhatRegistryFileLacks(files, file);
 }
 
+// Has the tool write the file of a key; the result is what is wrong with the file. A tool that is
+// waited for gets further attempts at a key that is there: on a busy machine it may end before it
+// has written a word.
+std::optional<std::wstring> ExportRegistryKey(const Machine& machine, RegistryTool& tool,
+                                              const std::wstring& key, const std::wstring& file) {
+  std::optional<std::wstring> problem;
+  for (int attempt = 0; attempt < kRegistryToolAttempts; ++attempt) {
+    // What an unpacked package left there would be taken for the key's own.
+    static_cast<void>(ClearPath(machine.files, file));
+    tool.RegExportKey(key, file);
+    problem = ProblemOfExport(tool, machine.files, file);
+    const bool isWhole = !problem && machine.files.Exists(file);
+    if (!tool.IsDoneWithFiles() || isWhole || !IsKeyThere(machine.registry, key)) break;
+  }
+  return problem;
+}
+
 }  // namespace
 
 std::optional<ExportSelection> CollectExportSelection(const CategoryTree& tree,
@@ -109,16 +126,13 @@ std::optional<ExportSelection> CollectExportSelection(const CategoryTree& tree,
   return selection;
 }
 
-RegistryFileProblems ExportRegistryKeys(ProductContext& context, FileSystem& files,
+RegistryFileProblems ExportRegistryKeys(ProductContext& context, const Machine& machine,
                                         RegistryTool& tool, const std::vector<std::wstring>& keys) {
   RegistryFileProblems problems;
   std::vector<std::wstring> sources;
   for (const std::wstring& key : keys) {
     const std::wstring file = RegistryFileOf(context, key);
-    // What an unpacked package left there would be taken for the key's own.
-    static_cast<void>(ClearPath(files, file));
-    tool.RegExportKey(key, file);
-    if (const auto problem = ProblemOfExport(tool, files, file)) {
+    if (const auto problem = ExportRegistryKey(machine, tool, key, file)) {
       problems.emplace(key, *problem);
     } else {
       sources.push_back(file);
@@ -128,13 +142,13 @@ RegistryFileProblems ExportRegistryKeys(ProductContext& context, FileSystem& fil
   return problems;
 }
 
-RegistryFileProblems BuildPackageSources(ProductContext& context, FileSystem& files,
+RegistryFileProblems BuildPackageSources(ProductContext& context, const Machine& machine,
                                          RegistryTool& tool, const ExportSelection& selection) {
   context.packageSources = {context.packageDescriptionPath};
   std::ranges::copy(selection.categoryFolders, std::back_inserter(context.packageSources));
   std::ranges::copy(selection.furtherFolders, std::back_inserter(context.packageSources));
-  auto problems = ExportRegistryKeys(context, files, tool, context.optionKeys);
-  problems.merge(ExportRegistryKeys(context, files, tool, context.registerKeys));
+  auto problems = ExportRegistryKeys(context, machine, tool, context.optionKeys);
+  problems.merge(ExportRegistryKeys(context, machine, tool, context.registerKeys));
   return problems;
 }
 
@@ -156,7 +170,7 @@ std::optional<ExportReport> RunExport(const ExportRun& run) {
   ExportReport report;
   report.archivePath = *archivePath;
   report.registryFileProblems =
-      BuildPackageSources(context, run.machine.files, run.registryTool, *selection);
+      BuildPackageSources(context, run.machine, run.registryTool, *selection);
   WriteReservedPackage(run, *selection, reserved, report);
   FindWhatIsMissing(run, *selection, report);
 

@@ -51,12 +51,12 @@ std::optional<ExportSelection> CollectExportSelection(const CategoryTree& tree,
 
 // One registry file per key in the staging folder, each appended to `packageSources`. Where the
 // registry tool is waited for, a file that is not whole is left out and given back with its key.
-RegistryFileProblems ExportRegistryKeys(ProductContext& context, FileSystem& files,
+RegistryFileProblems ExportRegistryKeys(ProductContext& context, const Machine& machine,
                                         RegistryTool& tool, const std::vector<std::wstring>& keys);
 
 // Fills `packageSources`: the description, the selection's folders, then the registry files, which
 // it has the registry tool write.
-RegistryFileProblems BuildPackageSources(ProductContext& context, FileSystem& files,
+RegistryFileProblems BuildPackageSources(ProductContext& context, const Machine& machine,
                                          RegistryTool& tool, const ExportSelection& selection);
 
 // The whole export. Nothing when the user has to stay on the category page: no category is checked

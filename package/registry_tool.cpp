@@ -27,8 +27,13 @@ bool RegistryTool::RegExportKey(const std::wstring& keyPath, const std::wstring&
 }
 
 bool RegistryTool::RegImportFile(const std::wstring& filePath) {
-  const auto command = interpreter_.Start(RegImportCommand(filePath));
-  return command && (pace_ == RegistryToolPace::kFixedPause || command->WaitForEnd());
+  const std::wstring parameters = RegImportCommand(filePath);
+  if (pace_ == RegistryToolPace::kFixedPause) return interpreter_.Start(parameters) != nullptr;
+  for (int attempt = 0; attempt < kRegistryToolAttempts; ++attempt) {
+    const auto command = interpreter_.Start(parameters);
+    if (command && command->WaitForEnd()) return true;
+  }
+  return false;
 }
 
 void RegistryTool::PauseAfterImports() {

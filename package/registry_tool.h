@@ -13,6 +13,9 @@ enum class RegistryToolPace {
   kWaitForEnd,  // each command has ended before the next one starts: nothing is missed
 };
 
+// How often a tool that is waited for is started for one key or file before it counts as failed.
+inline constexpr int kRegistryToolAttempts = 3;
+
 // Moves registry keys to and from ".reg" files through the system's own registry tool.
 class RegistryTool {
  public:
@@ -28,8 +31,8 @@ class RegistryTool {
   // True when what an export has written can be looked at, since the tool has ended.
   bool IsDoneWithFiles() const { return pace_ == RegistryToolPace::kWaitForEnd; }
 
-  // False when the tool is known to have failed; with fixed pauses that is only when it could not
-  // be started.
+  // False when the tool is known to have failed at each attempt; with fixed pauses there is one,
+  // and it fails only when the tool could not be started.
   [[nodiscard]] bool RegImportFile(const std::wstring& filePath);
 
   // Called once when the last file was given to RegImportFile: with fixed pauses, the time that the

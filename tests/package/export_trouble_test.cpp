@@ -186,6 +186,26 @@ TEST_F(ExportTrouble, InterpreterThatCannotStartGivesAPackageWithoutRegistryFile
             (Names{root + L"\\General", root + L"\\SheetMetal", root + L"\\Point Snap", root}));
 }
 
+TEST_F(ExportTrouble, KeyWhoseToolEndedWithoutAWordIsTriedAgain) {
+  CheckOnly({Register});
+  HastyInterpreter hasty(Ports().interpreter, kRegistryToolAttempts - 1);
+  const auto report = ExportOn(WithInterpreter(Ports(), hasty));
+  ASSERT_TRUE(report);
+  EXPECT_TRUE(report->missingKeys.empty());
+  EXPECT_EQ(EntryNames().size(), 2u);
+
+  HastyInterpreter tooOften(Ports().interpreter, kRegistryToolAttempts);
+  ExportOn(WithInterpreter(Ports(), tooOften));
+  EXPECT_EQ(tooOften.started, kRegistryToolAttempts);
+}
+
+TEST_F(ExportTrouble, KeyThatIsNotThereIsAskedForOnce) {
+  CheckOnly({Options});
+  HastyInterpreter counting(Ports().interpreter, 0);
+  ASSERT_TRUE(ExportOn(WithInterpreter(Ports(), counting)));
+  EXPECT_EQ(counting.started, 26);
+}
+
 TEST_F(ExportTrouble, UnreadableKeyIsNamed) {
   const std::wstring key = LiveKey(context_) + L"\\General";
   if (!machine_->MakeKeyUnreadable(RegistryHive::kCurrentUser, key)) {

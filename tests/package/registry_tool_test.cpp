@@ -81,6 +81,26 @@ TEST(RegistryToolOnAMachine, ImportOfWhatIsNotThereFails) {
   EXPECT_FALSE(tool.RegImportFile(machine->ScratchFolder() + L"missing.reg"));
 }
 
+TEST(RegistryToolOnAMachine, ImportThatEndedWithoutAWordIsTriedAgain) {
+  const auto machine = NewTestMachine();
+  const Machine ports = machine->Ports();
+  RegistryTool tool(ports.interpreter, ports.clock, RegistryToolPace::kWaitForEnd);
+  const std::wstring key = L"SOFTWARE\\Vantric\\" + machine->product.productName + L" 28.0";
+  const RegistryValue value = MakeStringValue(L"a", L"b");
+  machine->PutValue(RegistryHive::kCurrentUser, key, value);
+  const std::wstring file = machine->ScratchFolder() + L"a.reg";
+  tool.RegExportKey(L"HKEY_CURRENT_USER\\" + key, file);
+  machine->PutValue(RegistryHive::kCurrentUser, key, MakeStringValue(value.name, L"changed"));
+
+  HastyInterpreter tooOften(ports.interpreter, kRegistryToolAttempts);
+  EXPECT_FALSE(
+      RegistryTool(tooOften, ports.clock, RegistryToolPace::kWaitForEnd).RegImportFile(file));
+  EXPECT_EQ(tooOften.started, kRegistryToolAttempts);
+  HastyInterpreter hasty(ports.interpreter, kRegistryToolAttempts - 1);
+  EXPECT_TRUE(RegistryTool(hasty, ports.clock, RegistryToolPace::kWaitForEnd).RegImportFile(file));
+  EXPECT_EQ(machine->Value(RegistryHive::kCurrentUser, key, value.name), value);
+}
+
 TEST(RegistryToolOnAMachine, ExportOfAMissingKeyIsTrueAndLeavesNoFile) {
   const auto machine = NewTestMachine();
   const Machine ports = machine->Ports();

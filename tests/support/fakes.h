@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/ended_command.h"
 #include "platform/forwarding_files.h"
 #include "platform/machine.h"
 #include "platform/wizard_view.h"
@@ -115,6 +116,24 @@ class RecordingInterpreter : public CommandInterpreter {
    private:
     RecordingInterpreter& owner_;
   };
+};
+
+// Ends the first commands at once without carrying them out, and passes on all others.
+class HastyInterpreter : public CommandInterpreter {
+ public:
+  HastyInterpreter(CommandInterpreter& interpreter, int hasty)
+      : interpreter_(interpreter), hasty_(hasty) {}
+
+  int started = 0;
+
+  std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override {
+    if (started++ < hasty_) return std::make_unique<EndedCommand>(false);
+    return interpreter_.Start(parameters);
+  }
+
+ private:
+  CommandInterpreter& interpreter_;
+  int hasty_;
 };
 
 // Passes everything to another library, but adding fails with `result` from the given file on.
