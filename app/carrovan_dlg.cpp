@@ -2,17 +2,62 @@
 
 #include <array>
 
-#include "app/about_dialog.h"
-#include "app/busy_window.h"
-#include "environment/running_product.h"
+#include "environment/installed_versions.h"
 #include "package/staging_folder.h"
-#include "platform/raised_flag.h"
-#include "platform/windows/file_questions.h"
-#include "platform/windows/message_boxes.h"
-#include "platform/windows/window_scale.h"
+#include "pages/questions.h"
+#include "platform/windows/dialog.h"
+#include "platform/windows/resource_module.h"
 #include "resources/resource.h"
+#include "wizard/wizard_flow.h"
 
 namespace carrovan {
+
+void CAboutDlg::Show(HWND owner) { RunModal(resources_, IDD_ABOUT, owner); }
+
+bool CAboutDlg::OnInitDialog() {
+  icon_ = resources_.Icon(IDI_CARROVAN, ScaledPixels(Window(), 48));
+  SendMessageW(Control(IDC_ABOUT_ICON), STM_SETICON, reinterpret_cast<WPARAM>(icon_.Get()), 0);
+  SetText(IDC_ABOUT_VERSION, L"Carrovan " + ProgramVersion());
+  return true;
+}
+
+bool CAboutDlg::OnCommand(int control, int) {
+  if (control != IDOK && control != IDCANCEL) return false;
+  EndDialog(Window(), IDOK);
+  return true;
+}
+
+namespace {
+
+void DropMessages(HWND window, UINT first, UINT last) {
+  MSG message{};
+  while (PeekMessageW(&message, window, first, last, PM_REMOVE) != FALSE) {
+    if (message.message == WM_QUIT) {
+      // The filter does not hold this one back; it is for the loop outside.
+      PostQuitMessage(static_cast<int>(message.wParam));
+      return;
+    }
+  }
+}
+
+}  // namespace
+
+BusyWindow::BusyWindow(HWND window) : window_(window) {
+  RedrawWindow(window_, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+  formerCursor_ = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+}
+
+BusyWindow::~BusyWindow() {
+  DropMessages(nullptr, WM_NCMOUSEMOVE, WM_NCXBUTTONDBLCLK);
+  DropMessages(nullptr, WM_KEYFIRST, WM_KEYLAST);
+  DropMessages(nullptr, WM_MOUSEFIRST, WM_MOUSELAST);
+  DropMessages(window_, WM_SYSCOMMAND, WM_SYSCOMMAND);
+  DropMessages(window_, WM_CLOSE, WM_CLOSE);
+  SetCursor(formerCursor_);
+}
+
+void BusyWindow::ShowWaitCursor() { SetCursor(LoadCursorW(nullptr, IDC_WAIT)); }
+
 namespace {
 
 // The system uses the lower four bits of a system command itself.

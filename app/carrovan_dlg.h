@@ -1,20 +1,54 @@
 #pragma once
 
+#include <windows.h>
+
 #include <functional>
 #include <vector>
 
 #include "app/wizard_runs.h"
-#include "environment/wizard_flow.h"
-#include "pages/export_dialog.h"
-#include "pages/finish_dialog.h"
-#include "pages/import_dialog.h"
-#include "pages/reset_dialog.h"
-#include "pages/select_path.h"
-#include "pages/select_version.h"
-#include "pages/start_dialog.h"
-#include "platform/wizard_frame.h"
+#include "pages/category_pages.h"
+#include "pages/end_pages.h"
+#include "pages/version_pages.h"
+#include "platform/windows/dialog.h"
+#include "wizard/wizard_flow.h"
+#include "wizard/wizard_frame.h"
 
 namespace carrovan {
+
+// What this program is, and which version of it.
+class CAboutDlg : public Dialog {
+ public:
+  explicit CAboutDlg(const ResourceModule& resources) : resources_(resources) {}
+
+  // Returns when the box was closed.
+  void Show(HWND owner);
+
+ protected:
+  bool OnInitDialog() override;
+  bool OnCommand(int control, int notification) override;
+
+ private:
+  const ResourceModule& resources_;
+  IconHandle icon_;
+};
+
+// While it exists the user waits: the window has been painted and the wait cursor is shown. What
+// was typed, clicked or asked to close meanwhile is dropped at the end, since it was meant for what
+// the window showed before.
+class BusyWindow {
+ public:
+  explicit BusyWindow(HWND window);
+  ~BusyWindow();
+  BusyWindow(const BusyWindow&) = delete;
+  BusyWindow& operator=(const BusyWindow&) = delete;
+
+  // Shows the wait cursor again after a dialog had its own.
+  static void ShowWaitCursor();
+
+ private:
+  HWND window_;
+  HCURSOR formerCursor_;
+};
 
 // The wizard's window: the pages, of which one is shown, above the row of buttons. It owns all that
 // the wizard knows and works with.

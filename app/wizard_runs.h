@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "environment/wizard_flow.h"
-#include "platform/path_page_view.h"
+#include "wizard/wizard_flow.h"
+#include "wizard/wizard_frame.h"
 
 namespace carrovan {
 

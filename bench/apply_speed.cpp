@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "package/overlay.h"
+#include "platform/file_operations.h"
 #include "platform/sandbox/sandbox_machine.h"
-#include "platform/text.h"
-#include "reset/folder_wipe.h"
+#include "text/text.h"
 
 // Lays the tree C:\Staging of a sandbox over C:\Profile, or wipes a folder of drive C:, as an
 // import and a reset do: what bench/apply_benchmark holds against cp -r and rm -r.

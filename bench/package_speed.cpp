@@ -6,8 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/text.h"
-#include "support/zip/zip_archive.h"
+#include "support/zip/zip_reader.h"
+#include "support/zip/zip_writer.h"
+#include "text/text.h"
 
 // Writes a folder into an archive, or an archive into a folder, with nothing else around it: what
 // bench/package_benchmark holds against other programs.

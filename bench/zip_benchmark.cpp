@@ -8,7 +8,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "support/zip/zip_archive.h"
+#include "support/zip/zip_reader.h"
+#include "support/zip/zip_writer.h"
 
 // Throughput of the zip library by kind and size of content. The state's first argument is the size
 // of a file in kilobytes.

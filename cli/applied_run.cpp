@@ -2,14 +2,14 @@
 
 #include <nlohmann/json.hpp>
 
-#include "cli/console_log.h"
 #include "cli/json_text.h"
 #include "cli/preview_output.h"
+#include "cli/session.h"
 #include "cli/trial_run.h"
-#include "platform/path_text.h"
-#include "platform/text.h"
-#include "preview/fulfilment.h"
+#include "preview/machine_changes.h"
 #include "restore/recorded_machine.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

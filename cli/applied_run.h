@@ -9,7 +9,7 @@
 #include "cli/session.h"
 #include "environment/product_context.h"
 #include "package/import_report.h"
-#include "platform/line_log.h"
+#include "platform/console.h"
 #include "platform/machine.h"
 #include "restore/journal_record.h"
 

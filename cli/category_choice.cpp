@@ -1,8 +1,12 @@
 #include "cli/category_choice.h"
 
-#include "environment/category_tree_walk.h"
+#include <algorithm>
+
+#include "environment/installed_versions.h"
+#include "wizard/category_tree.h"
 
 namespace carrovan {
+
 namespace {
 
 std::wstring KnownLabels() {
@@ -47,6 +51,31 @@ std::vector<CategoryOutcome> OutcomesOf(const CategoryTree& tree, const std::wst
         {std::wstring(Text(record->label)), tree.IsChecked(leaf) ? whenChecked : whenNot});
   });
   return outcomes;
+}
+
+namespace {
+
+bool IsInstalled(const ProductContext& context, const std::wstring& year) {
+  return std::ranges::any_of(context.installedVersions, [&](const InstalledVersion& version) {
+    return YearForm(version.internalVersion) == year;
+  });
+}
+
+std::wstring InstalledYears(const ProductContext& context) {
+  std::wstring years;
+  for (const InstalledVersion& version : context.installedVersions) {
+    years += (years.empty() ? L"" : L", ") + YearForm(version.internalVersion);
+  }
+  return years;
+}
+
+}  // namespace
+
+bool RequireInstalled(const Session& session, const ProductContext& context,
+                      const std::wstring& year) {
+  if (IsInstalled(context, year)) return true;
+  session.Fail(L"Version " + year + L" is not installed; installed: " + InstalledYears(context));
+  return false;
 }
 
 }  // namespace carrovan

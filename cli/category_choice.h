@@ -6,7 +6,8 @@
 
 #include "cli/applied_run.h"
 #include "cli/session.h"
-#include "environment/category_checklist.h"
+#include "environment/product_context.h"
+#include "wizard/category_checklist.h"
 
 namespace carrovan {
 
@@ -27,5 +28,9 @@ bool CheckChosen(const Session& session, const CategoryChoice& choice, const std
 // What was done with each category of the tree.
 std::vector<CategoryOutcome> OutcomesOf(const CategoryTree& tree, const std::wstring& whenChecked,
                                         const std::wstring& whenNot);
+
+// False, after saying which ones there are, when no installed version has this year.
+bool RequireInstalled(const Session& session, const ProductContext& context,
+                      const std::wstring& year);
 
 }  // namespace carrovan

@@ -6,9 +6,8 @@
 #include "cli/merge_verbs.h"
 #include "cli/restore_verbs.h"
 #include "cli/rewrite_verbs.h"
-#include "cli/verb_options.h"
 #include "cli/verbs.h"
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/exit_status.h"
+#include "cli/session.h"
 #include "platform/console.h"
 
 namespace carrovan {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/session.h"
-#include "platform/wizard_view.h"
+#include "wizard/wizard_view.h"
 
 namespace carrovan {
 

@@ -1,16 +1,14 @@
 #include "cli/category_choice.h"
 #include "cli/command_line_view.h"
-#include "cli/installed_years.h"
 #include "cli/progress.h"
-#include "cli/staging.h"
 #include "cli/verbs.h"
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
 #include "environment/wizard_state.h"
 #include "package/export_run.h"
-#include "package/run_folder.h"
-#include "platform/path_text.h"
-#include "platform/text.h"
+#include "package/staging_folder.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

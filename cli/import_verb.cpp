@@ -1,16 +1,14 @@
 #include "cli/applied_run.h"
+#include "cli/category_choice.h"
 #include "cli/command_line_view.h"
-#include "cli/installed_years.h"
 #include "cli/progress.h"
-#include "cli/staging.h"
 #include "cli/trust_refusal.h"
 #include "cli/verbs.h"
 #include "environment/installed_versions.h"
 #include "package/import_steps.h"
 #include "package/package_inspection.h"
-#include "package/package_refusal.h"
 #include "package/package_selection.h"
-#include "package/run_folder.h"
+#include "package/staging_folder.h"
 #include "package/trusted_interpreter.h"
 
 namespace carrovan {

@@ -2,10 +2,11 @@
 
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/session.h"
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace carrovan {
 
@@ -20,5 +21,18 @@ inline nlohmann::json TextsToJson(const std::vector<std::wstring>& texts) {
   for (const std::wstring& text : texts) list.push_back(ToUtf8(text));
   return list;
 }
+
+// JSON may hold half of a surrogate pair as an escape ("\ud83d"), but the JSON library takes no
+// such text. These carry halves past it, each as a mark and a character that stands for it; a mark
+// of the text itself is doubled.
+
+// Text for the library, and the library's text as it was meant.
+std::string ToJsonLibrary(std::wstring_view text);
+std::wstring FromJsonLibrary(std::string_view text);
+
+// A JSON document as the library prints it, with escapes in place of the carried halves; and a
+// document with such escapes as the library reads it.
+std::wstring PrintedJson(std::string_view printed);
+std::string ReadableJson(std::string_view document);
 
 }  // namespace carrovan

@@ -1,5 +1,5 @@
 #include "cli/command_line.h"
-#include "platform/text.h"
+#include "text/text.h"
 
 int main(int argc, char** argv) {
   std::vector<std::wstring> arguments;

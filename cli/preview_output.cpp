@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "cli/json_text.h"
-#include "platform/reg_file_writer.h"
-#include "platform/registry_path.h"
+#include "registry_text/registry_file_writer.h"
+#include "registry_text/registry_key.h"
 
 namespace carrovan {
 namespace {

@@ -1,10 +1,9 @@
 #include "cli/applied_run.h"
 #include "cli/command_line_view.h"
-#include "cli/staging.h"
 #include "cli/verbs.h"
-#include "environment/version_check.h"
+#include "environment/installed_versions.h"
 #include "environment/version_folders.h"
-#include "package/run_folder.h"
+#include "package/staging_folder.h"
 #include "reset/reset_run.h"
 
 namespace carrovan {

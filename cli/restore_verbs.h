@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "cli/verb_options.h"
+#include "cli/verbs.h"
 
 namespace carrovan {
 

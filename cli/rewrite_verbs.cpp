@@ -1,9 +1,9 @@
 #include "cli/rewrite_verbs.h"
 
-#include "cli/console_log.h"
-#include "platform/sandbox/utf8_code_page.h"
-#include "rewrite/legacy_version.h"
+#include "cli/session.h"
+#include "platform/posix/host_facts.h"
 #include "rewrite/option_migration.h"
+#include "rewrite/xml_rewrite.h"
 
 namespace carrovan {
 namespace {

@@ -4,9 +4,9 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
-#include "cli/json_surrogates.h"
+#include "cli/json_text.h"
 #include "merge/ribbon_codec.h"
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "merge/ribbon_element.h"
-#include "platform/code_page.h"
+#include "merge/ribbon_codec.h"
+#include "platform/system_facts.h"
 
 namespace carrovan {
 

@@ -2,11 +2,12 @@
 
 #include <algorithm>
 
-#include "environment/running_product.h"
+#include "environment/installed_versions.h"
 #include "environment/string_table.h"
 #include "platform/sandbox/sandbox_machine.h"
 
 namespace carrovan {
+
 namespace {
 
 // A script reads one line per finding, whatever line breaks a message holds.

@@ -4,12 +4,19 @@
 #include <string>
 #include <string_view>
 
-#include "cli/exit_status.h"
 #include "platform/console.h"
-#include "platform/native_machine.h"
-#include "platform/process_list.h"
+#include "platform/machine.h"
+#include "platform/system_facts.h"
 
 namespace carrovan {
+
+// What the command line's exit status tells a script.
+enum class ExitStatus : int {
+  kDone = 0,
+  kFailed = 1,  // failed or refused; one line on standard error says why
+  kUsage = 2,   // the command line itself is wrong
+  kPartly = 3,  // done, but an item was skipped or failed; each is named on standard error
+};
 
 // One run of the command line: where it prints and which machine it works on.
 class Session {
@@ -41,6 +48,17 @@ class Session {
 
  private:
   Console& console_;
+};
+
+// A log whose lines are a verb's result.
+class ConsoleLog : public LineLog {
+ public:
+  explicit ConsoleLog(const Session& session) : session_(session) {}
+
+  void WriteLine(std::wstring_view line) override { session_.Print(line); }
+
+ private:
+  const Session& session_;
 };
 
 }  // namespace carrovan

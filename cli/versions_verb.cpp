@@ -5,7 +5,6 @@
 #include "cli/verbs.h"
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
-#include "environment/version_forms.h"
 #include "environment/wizard_state.h"
 
 namespace carrovan {

@@ -1,10 +1,10 @@
 #include "environment/product_context.h"
 
+#include "environment/installed_versions.h"
 #include "environment/string_table.h"
 #include "environment/version_folders.h"
-#include "environment/version_forms.h"
-#include "platform/path_text.h"
-#include "platform/text.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "platform/machine.h"
-#include "platform/wizard_view.h"
+#include "wizard/wizard_view.h"
 
 namespace carrovan {
 

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <iterator>
 
-#include "environment/version_forms.h"
-#include "platform/text.h"
+#include "environment/installed_versions.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -1,7 +1,7 @@
 #include "environment/wizard_state.h"
 
-#include "environment/version_forms.h"
-#include "platform/path_text.h"
+#include "environment/installed_versions.h"
+#include "text/path_text.h"
 
 namespace carrovan {
 

@@ -6,9 +6,9 @@
 #include "merge/ribbon_codec.h"
 #include "merge/shortcut_merge.h"
 #include "merge/xml_merge.h"
-#include "platform/text.h"
 #include "tests/merge/literal_merge.h"
 #include "tests/support/memory_files.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -3,20 +3,19 @@
 
 #include "environment/setting_category.h"
 #include "fuzz/fuzz_targets.h"
-#include "package/archive_files.h"
 #include "package/import_preparation.h"
 #include "package/package_description.h"
 #include "package/package_opening.h"
 #include "package/package_verification.h"
+#include "package/package_writer.h"
 #include "package/registry_file_scan.h"
-#include "platform/native_machine.h"
-#include "platform/profile_text.h"
-#include "platform/reg_file_parser.h"
-#include "platform/reg_form_scan.h"
-#include "platform/registry_path.h"
-#include "platform/text.h"
-#include "platform/text_encoding.h"
+#include "platform/machine.h"
+#include "registry_text/registry_file_form.h"
+#include "registry_text/registry_file_parser.h"
+#include "registry_text/registry_key.h"
 #include "tests/support/temporary_folder.h"
+#include "text/profile_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

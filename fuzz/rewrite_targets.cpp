@@ -2,14 +2,13 @@
 #include <cstdlib>
 
 #include "fuzz/fuzz_targets.h"
-#include "platform/sandbox/utf8_code_page.h"
-#include "platform/text.h"
-#include "rewrite/legacy_version.h"
+#include "platform/posix/host_facts.h"
+#include "rewrite/document_text.h"
 #include "rewrite/registry_rewrite.h"
-#include "rewrite/text_form.h"
 #include "rewrite/xml_rewrite.h"
 #include "tests/rewrite/literal_rewrite.h"
 #include "tests/support/memory_files.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

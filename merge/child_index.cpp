@@ -4,7 +4,7 @@
 #include <functional>
 #include <utility>
 
-#include "merge/element_names.h"
+#include "merge/names_and_numbers.h"
 
 namespace carrovan {
 namespace {

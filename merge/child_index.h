@@ -7,9 +7,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "merge/container_summary.h"
-#include "merge/position_table.h"
-#include "platform/xml_node.h"
+#include "merge/container.h"
+#include "platform/xml_dom.h"
 
 namespace carrovan {
 

@@ -3,9 +3,10 @@
 #include <cstdint>
 #include <utility>
 
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace carrovan {
+
 namespace {
 
 // The length of a string begins in one byte, and each escape value announces a wider field.

@@ -9,9 +9,8 @@
 
 #include "merge/child_index.h"
 #include "merge/container.h"
-#include "merge/element_names.h"
-#include "merge/integer_text.h"
-#include "merge/ribbon_panel.h"
+#include "merge/names_and_numbers.h"
+#include "merge/ribbon_merge.h"
 
 namespace carrovan {
 namespace {

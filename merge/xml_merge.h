@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/line_log.h"
+#include "platform/console.h"
 #include "platform/xml_dom.h"
 
 namespace carrovan {

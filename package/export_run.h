@@ -8,8 +8,8 @@
 #include "environment/setting_category.h"
 #include "package/package_writer.h"
 #include "package/registry_tool.h"
-#include "platform/category_tree.h"
-#include "platform/wizard_view.h"
+#include "wizard/category_tree.h"
+#include "wizard/wizard_view.h"
 
 namespace carrovan {
 
@@ -64,5 +64,21 @@ RegistryFileProblems BuildPackageSources(ProductContext& context, const Machine&
 // that was there before is then still whole. It also stays when the description does not read back
 // as written, and when nothing could be stored of what is there.
 std::optional<ExportReport> RunExport(const ExportRun& run);
+
+// The registry file of the staging folder that a key is exported to. The Register key has no option
+// subkey in its path and is named after the product and its release.
+std::wstring RegistryFileOf(const ProductContext& context, const std::wstring& key);
+
+// True for a key of the current user that exists, even when it may not be read. `fullPath` begins
+// with the hive's full name.
+bool IsKeyThere(const RegistryReader& registry, const std::wstring& fullPath);
+
+// Keys that are there, though the package holds no file of them.
+std::vector<std::wstring> KeysWithoutFile(const ExportRun& run, const PackageReport& package);
+
+// Compares what was asked for with what was stored and fills the report's missing keys and empty
+// categories. An archive that was not written has no findings.
+void FindWhatIsMissing(const ExportRun& run, const ExportSelection& selection,
+                       ExportReport& report);
 
 }  // namespace carrovan

@@ -1,15 +1,14 @@
 #include "package/import_preparation.h"
 
-#include "environment/category_tree_model.h"
+#include "environment/installed_versions.h"
 #include "environment/string_table.h"
-#include "environment/version_check.h"
 #include "environment/version_folders.h"
-#include "environment/version_forms.h"
 #include "package/package_description.h"
 #include "package/package_opening.h"
 #include "package/package_trust.h"
-#include "platform/path_text.h"
 #include "rewrite/package_tree.h"
+#include "text/path_text.h"
+#include "wizard/category_tree.h"
 
 namespace carrovan {
 namespace {

@@ -1,6 +1,6 @@
 #include "package/import_report.h"
 
-#include "reset/folder_wipe.h"
+#include "platform/file_operations.h"
 
 namespace carrovan {
 

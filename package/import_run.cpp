@@ -1,11 +1,11 @@
 #include "package/import_run.h"
 
-#include "environment/category_tree_walk.h"
 #include "environment/string_table.h"
 #include "package/category_import.h"
 #include "package/overlay.h"
-#include "package/run_folder.h"
-#include "platform/path_text.h"
+#include "package/staging_folder.h"
+#include "text/path_text.h"
+#include "wizard/category_tree.h"
 
 namespace carrovan {
 

@@ -3,10 +3,10 @@
 #include "environment/wizard_state.h"
 #include "package/import_report.h"
 #include "package/registry_tool.h"
-#include "platform/category_tree.h"
-#include "platform/line_log.h"
+#include "platform/console.h"
 #include "platform/xml_dom.h"
 #include "rewrite/rewrite_ports.h"
+#include "wizard/category_tree.h"
 
 namespace carrovan {
 

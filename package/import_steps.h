@@ -1,7 +1,7 @@
 #pragma once
 
-#include "environment/wizard_flow.h"
 #include "package/import_run.h"
+#include "wizard/wizard_flow.h"
 
 namespace carrovan {
 

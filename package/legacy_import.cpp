@@ -2,11 +2,11 @@
 
 #include "environment/version_folders.h"
 #include "package/staging_folder.h"
-#include "platform/path_text.h"
-#include "platform/registry_path.h"
-#include "platform/text.h"
+#include "registry_text/registry_key.h"
 #include "rewrite/option_migration.h"
 #include "rewrite/xml_rewrite.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -3,10 +3,9 @@
 #include "package/package_description.h"
 #include "package/package_opening.h"
 #include "package/package_writer.h"
-#include "package/run_folder.h"
 #include "package/staging_folder.h"
-#include "platform/path_text.h"
-#include "platform/registry_command.h"
+#include "platform/command_interpreter.h"
+#include "text/path_text.h"
 
 namespace carrovan {
 namespace {

@@ -4,7 +4,7 @@
 #include <array>
 #include <utility>
 
-#include "package/run_folder.h"
+#include "package/staging_folder.h"
 
 namespace carrovan {
 namespace {

@@ -3,10 +3,18 @@
 #include <string>
 #include <vector>
 
-#include "package/refused_item.h"
 #include "platform/archive_library.h"
+#include "platform/file_system.h"
 
 namespace carrovan {
+
+// Something in a package that is not right.
+struct RefusedItem {
+  std::wstring name;    // entry name, the description's file name, or "*" for the whole package
+  std::wstring reason;  // what is wrong with it, as it reads behind the name and a colon
+
+  bool operator==(const RefusedItem&) const = default;
+};
 
 // What a package says of itself and what is wrong with it.
 struct PackageInspection {
@@ -37,5 +45,9 @@ PackageIdentity ReadPackageIdentity(ArchiveExaminer& archive);
 // company that the package itself names. Of a package that would unpack to an absurd size only the
 // directory is read.
 PackageInspection InspectPackage(ArchiveExaminer& archive, bool legacy);
+
+// Why a file cannot be opened as an archive, for a file of which that is known: one line that names
+// the file ("C:\a.ucex is not a package: it is empty").
+std::wstring DescribeNoPackage(const FileReader& files, const std::wstring& path);
 
 }  // namespace carrovan

@@ -1,8 +1,8 @@
 #include "package/package_opening.h"
 
-#include "package/run_folder.h"
-#include "platform/stored_name.h"
-#include "platform/text.h"
+#include "package/staging_folder.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "platform/machine.h"
-#include "platform/wizard_view.h"
+#include "wizard/wizard_view.h"
 
 namespace carrovan {
 

@@ -4,8 +4,8 @@
 #include "package/package_inspection.h"
 #include "package/package_opening.h"
 #include "package/staging_folder.h"
-#include "platform/text.h"
-#include "rewrite/legacy_version.h"
+#include "rewrite/xml_rewrite.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

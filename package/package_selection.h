@@ -1,7 +1,7 @@
 #pragma once
 
 #include "package/import_run.h"
-#include "platform/path_page_view.h"
+#include "wizard/wizard_view.h"
 
 namespace carrovan {
 

@@ -8,10 +8,10 @@
 
 #include "package/package_opening.h"
 #include "package/registry_file_scan.h"
-#include "platform/reg_form_scan.h"
-#include "platform/registry_command.h"
-#include "platform/stored_name.h"
-#include "platform/text.h"
+#include "platform/command_interpreter.h"
+#include "registry_text/registry_file_form.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

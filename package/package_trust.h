@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "package/refused_item.h"
+#include "package/package_inspection.h"
 #include "platform/archive_library.h"
 
 namespace carrovan {

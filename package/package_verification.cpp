@@ -6,14 +6,13 @@
 #include <utility>
 
 #include "environment/setting_category.h"
-#include "package/archive_files.h"
 #include "package/package_description.h"
 #include "package/package_inspection.h"
 #include "package/package_trust.h"
-#include "package/registry_file_check.h"
-#include "platform/reg_file_parser.h"
-#include "platform/text.h"
-#include "platform/text_encoding.h"
+#include "package/package_writer.h"
+#include "package/registry_file_scan.h"
+#include "registry_text/registry_file_parser.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

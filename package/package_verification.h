@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "package/refused_item.h"
+#include "package/package_inspection.h"
 #include "platform/archive_library.h"
 #include "platform/xml_dom.h"
 

@@ -1,6 +1,6 @@
 #include "package/registry_tool.h"
 
-#include "platform/registry_command.h"
+#include "platform/command_interpreter.h"
 
 namespace carrovan {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "platform/clock.h"
 #include "platform/command_interpreter.h"
+#include "platform/system_facts.h"
 
 namespace carrovan {
 

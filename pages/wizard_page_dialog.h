@@ -4,10 +4,25 @@
 #include <string>
 
 #include "environment/string_table.h"
-#include "pages/wizard_fonts.h"
 #include "platform/windows/dialog.h"
+#include "platform/windows/gdi_handles.h"
 
 namespace carrovan {
+
+enum class PageFont { kTitle, kText, kHeading };
+
+// The fonts of the wizard's pages at one scale.
+class WizardFonts {
+ public:
+  explicit WizardFonts(int dotsPerInch);
+
+  HFONT Get(PageFont font) const;
+
+ private:
+  FontHandle title_;
+  FontHandle text_;
+  FontHandle heading_;
+};
 
 // What every page shares with the frame, which outlives it. The fonts' content changes with the
 // scale of the screen.

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace carrovan {
 
@@ -25,5 +27,28 @@ class CommandInterpreter {
   // whatever lies in the folder of the moment. Null when it could not be started.
   virtual std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) = 0;
 };
+
+// A command that was carried out while it was started.
+class EndedCommand : public RunningCommand {
+ public:
+  explicit EndedCommand(bool succeeded) : succeeded_(succeeded) {}
+  bool WaitForEnd() override { return succeeded_; }
+
+ private:
+  bool succeeded_;
+};
+
+// The command lines with which the system's registry tool is started, as the command interpreter
+// gets them.
+
+std::wstring RegExportCommand(const std::wstring& keyPath, const std::wstring& filePath);
+std::wstring RegImportCommand(const std::wstring& filePath);
+
+// Whether the name of a file can stand in such a command line: the interpreter puts a variable's
+// value in place of its name between percent signs, also within quotes, and a quote ends the name.
+bool IsPlainToInterpreter(std::wstring_view name);
+
+// The file that a command line imports; nothing for any other command line.
+std::optional<std::wstring> ImportedFile(const std::wstring& parameters);
 
 }  // namespace carrovan

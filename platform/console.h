@@ -7,6 +7,16 @@
 
 namespace carrovan {
 
+// Progress told as whole lines. Each line has reached the outside when WriteLine returns; a failure
+// to write is nobody's concern.
+class LineLog {
+ public:
+  virtual ~LineLog() = default;
+
+  // Adds the line end. A line may itself begin with a line break.
+  virtual void WriteLine(std::wstring_view line) = 0;
+};
+
 // Standard output and standard error of the command line. Text reaches a file or a pipe as UTF-8
 // whatever the locale, and a terminal in the way that it shows.
 class Console {

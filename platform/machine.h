@@ -1,18 +1,14 @@
 #pragma once
 
+#include <memory>
+#include <string>
+
 #include "platform/archive_library.h"
-#include "platform/clock.h"
-#include "platform/code_page.h"
 #include "platform/command_interpreter.h"
 #include "platform/file_system.h"
-#include "platform/guid_source.h"
-#include "platform/known_folders.h"
-#include "platform/process_list.h"
-#include "platform/product_identity.h"
 #include "platform/profile_file.h"
 #include "platform/registry.h"
-#include "platform/registry_editor.h"
-#include "platform/user_identity.h"
+#include "platform/system_facts.h"
 
 namespace carrovan {
 
@@ -42,5 +38,34 @@ Machine WithProfiles(const Machine& machine, ProfileFile& profiles);
 Machine WithArchives(const Machine& machine, ArchiveLibrary& archives);
 Machine WithInterpreter(const Machine& machine, CommandInterpreter& interpreter);
 Machine WithClock(const Machine& machine, Clock& clock);
+
+// Owns the parts of a machine.
+class OwnedMachine {
+ public:
+  virtual ~OwnedMachine() = default;
+  virtual Machine Ports() = 0;
+};
+
+struct MachineOrReason {
+  std::unique_ptr<OwnedMachine> machine;  // null when there is none
+  std::wstring reason;                    // then: one line that says why and what to do
+};
+
+// The machine that this program runs on: its registry, its user, its CAD product. Only Windows has
+// one; elsewhere the reason says so.
+MachineOrReason OpenNativeMachine();
+
+// Host files and the built-in zip library, for the operations that need no CAD product. Paths are
+// the host's own.
+class HostFiles {
+ public:
+  virtual ~HostFiles() = default;
+  virtual FileSystem& Files() = 0;
+  virtual ArchiveLibrary& Archives() = 0;
+  // Null when the file is missing or is not a zip archive.
+  virtual std::unique_ptr<ArchiveExaminer> Examine(const std::wstring& archivePath) = 0;
+};
+
+std::unique_ptr<HostFiles> OpenHostFiles();
 
 }  // namespace carrovan

@@ -4,7 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/file_image.h"
+#include "platform/file_operations.h"
+#include "platform/machine.h"
 #include "platform/registry.h"
 #include "preview/overlay_registry.h"
 #include "preview/overlay_tree.h"
@@ -60,5 +61,13 @@ void AddFileChanges(const OverlayTree& tree, const FileReader& overlay, const Fi
 // The same for the keys and values in which an overlay differs from the registry below it.
 void AddRegistryChanges(const OverlayRegistry& overlay, const RegistryReader& machine,
                         MachineChanges& changes);
+
+// Compares a machine after a run with what was foreseen of the run, also where it was to leave the
+// same content. One line for each file, key and value that is not as it was to become.
+std::vector<std::wstring> UnfulfilledChanges(const MachineChanges& foreseen,
+                                             const Machine& machine);
+
+// How many files, keys and values that looks at.
+std::size_t CountForeseen(const MachineChanges& foreseen);
 
 }  // namespace carrovan

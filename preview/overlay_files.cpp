@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "package/run_folder.h"
-#include "platform/text.h"
+#include "package/staging_folder.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "platform/registry_path.h"
-#include "platform/text.h"
+#include "registry_text/registry_key.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

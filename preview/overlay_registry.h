@@ -6,8 +6,7 @@
 #include <string>
 
 #include "platform/registry.h"
-#include "platform/registry_editor.h"
-#include "platform/registry_key.h"
+#include "registry_text/registry_key.h"
 
 namespace carrovan {
 

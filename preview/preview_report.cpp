@@ -4,9 +4,9 @@
 #include <set>
 
 #include "environment/string_table.h"
-#include "platform/reg_file_parser.h"
-#include "platform/registry_path.h"
-#include "platform/text.h"
+#include "registry_text/registry_file_parser.h"
+#include "registry_text/registry_key.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

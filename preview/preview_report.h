@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "environment/category_places.h"
+#include "environment/version_folders.h"
 #include "package/import_report.h"
 #include "preview/machine_changes.h"
 

@@ -3,14 +3,23 @@
 #include <optional>
 #include <utility>
 
-#include "environment/category_tree_walk.h"
 #include "environment/setting_category.h"
 #include "environment/string_table.h"
 #include "environment/version_folders.h"
 #include "package/overlay.h"
-#include "reset/key_restore.h"
+#include "wizard/category_tree.h"
 
 namespace carrovan {
+
+KeyRestore RestoreKey(const std::wstring& defaultKey, const std::wstring& liveKey,
+                      RegistryEditor& registry) {
+  KeyRestore restore;
+  restore.deleted = registry.DeleteTree(RegistryHive::kCurrentUser, liveKey);
+  restore.copied = registry.CopyTree(RegistryHive::kLocalMachine, defaultKey,
+                                     RegistryHive::kCurrentUser, liveKey);
+  return restore;
+}
+
 namespace {
 
 // Nothing when the user's key is now a copy of the defaults, or when there is neither.

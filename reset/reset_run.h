@@ -1,11 +1,26 @@
 #pragma once
 
+#include <string>
+
 #include "environment/wizard_state.h"
 #include "package/import_report.h"
 #include "package/registry_tool.h"
-#include "platform/category_tree.h"
+#include "platform/registry.h"
+#include "wizard/category_tree.h"
 
 namespace carrovan {
+
+// How a key was restored, each step as kSystemOk or the system's number.
+struct KeyRestore {
+  SystemCode deleted = kSystemOk;  // kFileNotFound: the user had no such key
+  SystemCode copied = kSystemOk;   // kFileNotFound: the product has no defaults for the key
+};
+
+// Puts the product's factory defaults in place of the user's settings: deletes the live key with
+// all below it, then copies the default key over it. Without a default key the live key stays
+// deleted and the product starts from its built-in defaults. Nothing is told to the user.
+[[nodiscard]] KeyRestore RestoreKey(const std::wstring& defaultKey, const std::wstring& liveKey,
+                                    RegistryEditor& registry);
 
 // What a reset works with. The context holds the version's folders (PrepareVersionFolders)
 // and an empty staging folder.

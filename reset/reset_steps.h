@@ -1,7 +1,7 @@
 #pragma once
 
-#include "environment/wizard_flow.h"
 #include "reset/reset_run.h"
+#include "wizard/wizard_flow.h"
 
 namespace carrovan {
 

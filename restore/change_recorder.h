@@ -1,15 +1,39 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
+#include "platform/file_system.h"
 #include "platform/machine.h"
-#include "platform/text.h"
+#include "platform/registry.h"
 #include "restore/journal_record.h"
-#include "restore/spelled_names.h"
+#include "text/text.h"
 
 namespace carrovan {
+
+// Tells how a folder or a key spells the names in it, so that what is taken away can come back in
+// its own spelling. Keeps the names of the parent that was asked for last.
+class SpelledNames {
+ public:
+  using List = std::function<std::vector<std::wstring>(const std::wstring& parent)>;
+
+  explicit SpelledNames(List list) : list_(std::move(list)) {}
+
+  // The name itself when the parent has none like it.
+  std::wstring Spell(const std::wstring& parent, const std::wstring& name);
+
+ private:
+  List list_;
+  std::wstring parent_;
+  std::set<std::wstring, NameLess> names_;
+};
+
+// The two of which `parent` is a path. What is looked at outlives the list.
+SpelledNames::List NamesInFolders(const FileReader& files);
+SpelledNames::List NamesInKeys(const RegistryReader& registry, RegistryHive hive);
 
 // Notes in a restore point's journal what a run is about to change, and keeps a copy of what was
 // there. Looks at the machine's own ports; the ports that the run gets call it around each change.
@@ -88,5 +112,23 @@ class ChangeRecorder {
   SpelledNames machineKeyNames_;
   std::size_t copies_ = 0;
 };
+
+// Makes one change of what lies at a path, noted before and after. Gives what `change` gives, or
+// `refusal` of the code when it could not be noted, in which case it is not made.
+template <typename Change, typename Refusal>
+auto MakeRecorded(ChangeRecorder& recorder, const std::wstring& path, Change change,
+                  Refusal refusal) {
+  if (recorder.IsScratch(path)) return change();
+  if (const SystemCode code = recorder.FileChanges(path); code != kSystemOk) return refusal(code);
+  auto result = change();
+  recorder.FileChanged(path);
+  return result;
+}
+
+// The same for an operation whose result is a code.
+template <typename Change>
+SystemCode MakeRecorded(ChangeRecorder& recorder, const std::wstring& path, Change change) {
+  return MakeRecorded(recorder, path, change, [](SystemCode code) { return code; });
+}
 
 }  // namespace carrovan

@@ -6,7 +6,7 @@
 #include <variant>
 #include <vector>
 
-#include "platform/file_image.h"
+#include "platform/file_operations.h"
 #include "platform/registry.h"
 
 namespace carrovan {
@@ -85,5 +85,10 @@ std::string EncodeRecord(const JournalRecord& record);
 
 // Nothing for a line that is no record; without its line end.
 std::optional<JournalRecord> DecodeRecord(std::string_view line);
+
+// Names of files and keys may hold units that are no characters, which UTF-8 cannot say. In a
+// journal such a unit, and the percent sign itself, is "%" and four hexadecimal digits.
+std::string ToJournalText(std::wstring_view text);
+std::wstring FromJournalText(std::string_view utf8);
 
 }  // namespace carrovan

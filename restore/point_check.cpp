@@ -5,11 +5,10 @@
 #include <set>
 
 #include "environment/product_context.h"
-#include "platform/path_text.h"
-#include "platform/registry_path.h"
-#include "platform/stored_name.h"
-#include "platform/text.h"
-#include "restore/restore_folder.h"
+#include "registry_text/registry_key.h"
+#include "restore/restore_point.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -1,11 +1,122 @@
 #pragma once
 
-#include "restore/recorded_archives.h"
-#include "restore/recorded_files.h"
-#include "restore/recorded_profiles.h"
-#include "restore/recorded_registry.h"
+#include "platform/archive_library.h"
+#include "platform/command_interpreter.h"
+#include "platform/forwarding_files.h"
+#include "platform/profile_file.h"
+#include "platform/registry.h"
+#include "restore/change_recorder.h"
 
 namespace carrovan {
+
+// Archives whose writing and unpacking are noted as changes of files.
+class RecordedArchives : public ArchiveLibrary {
+ public:
+  RecordedArchives(ArchiveLibrary& archives, ChangeRecorder& recorder)
+      : archives_(archives), recorder_(recorder) {}
+
+  std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath,
+                                        ArchivePurpose purpose) override;
+  std::unique_ptr<ArchiveReader> Open(const std::wstring& archivePath) override;
+
+ private:
+  ArchiveLibrary& archives_;
+  ChangeRecorder& recorder_;
+};
+
+// A file system that has each change noted before it is made.
+class RecordedFiles : public ForwardingFiles {
+ public:
+  RecordedFiles(FileSystem& files, ChangeRecorder& recorder)
+      : ForwardingFiles(files), recorder_(recorder) {}
+
+  SystemCode CreateFolder(const std::wstring& path) override;
+  SystemCode CreateEmptyFile(const std::wstring& path) override;
+  SystemCode RemoveFile(const std::wstring& path) override;
+  SystemCode RemoveFolder(const std::wstring& path) override;
+  SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override;
+  SystemCode BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,
+                              std::unique_ptr<FileReplacement>& replacement) override;
+  SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override;
+  SystemCode HoldFile(const std::wstring& path, FileHold hold) override;
+  SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override;
+  SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
+
+ private:
+  ChangeRecorder& recorder_;
+};
+
+// Initialization files whose writing is noted as a change of the file.
+class RecordedProfiles : public ProfileFile {
+ public:
+  RecordedProfiles(ProfileFile& profiles, ChangeRecorder& recorder)
+      : profiles_(profiles), recorder_(recorder) {}
+
+  std::wstring ReadValue(const std::wstring& section, const std::wstring& key,
+                         const std::wstring& filePath) const override {
+    return profiles_.ReadValue(section, key, filePath);
+  }
+  bool WriteValue(const std::wstring& section, const std::wstring& key, const std::wstring& value,
+                  const std::wstring& filePath) override {
+    return MakeRecorded(
+        recorder_, filePath, [&] { return profiles_.WriteValue(section, key, value, filePath); },
+        [](SystemCode) { return false; });
+  }
+
+ private:
+  ProfileFile& profiles_;
+  ChangeRecorder& recorder_;
+};
+
+// A registry that has each change noted before it is made.
+class RecordedRegistry : public RegistryEditor {
+ public:
+  RecordedRegistry(RegistryEditor& registry, const RegistryReader& reader, ChangeRecorder& recorder)
+      : registry_(registry), reader_(reader), recorder_(recorder) {}
+
+  SystemCode TryOpen(RegistryHive hive, const std::wstring& keyPath) const override {
+    return registry_.TryOpen(hive, keyPath);
+  }
+  std::optional<std::uint32_t> ValueType(RegistryHive hive, const std::wstring& keyPath,
+                                         const std::wstring& name) const override {
+    return registry_.ValueType(hive, keyPath, name);
+  }
+  SystemCode SetValues(RegistryHive hive, const std::wstring& keyPath,
+                       const std::vector<RegistryValue>& values) override;
+  SystemCode CreateKey(RegistryHive hive, const std::wstring& keyPath) override;
+  SystemCode DeleteValue(RegistryHive hive, const std::wstring& keyPath,
+                         const std::wstring& name) override;
+  SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) override;
+  SystemCode CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
+                      RegistryHive targetHive, const std::wstring& targetPath) override;
+
+ private:
+  // The keys that a copy of one tree over another changes, both given by their top keys.
+  [[nodiscard]] SystemCode NoteCopy(RegistryHive sourceHive, const std::wstring& sourcePath,
+                                    RegistryHive targetHive, const std::wstring& targetPath,
+                                    std::vector<std::wstring>& noted);
+
+  RegistryEditor& registry_;
+  const RegistryReader& reader_;
+  ChangeRecorder& recorder_;
+};
+
+// A command interpreter that has the keys noted which a registry file names before the registry
+// tool imports it.
+class RecordedInterpreter : public CommandInterpreter {
+ public:
+  RecordedInterpreter(CommandInterpreter& interpreter, const FileReader& files,
+                      ChangeRecorder& recorder)
+      : interpreter_(interpreter), files_(files), recorder_(recorder) {}
+
+  // Null also when the keys could not be noted.
+  std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override;
+
+ private:
+  CommandInterpreter& interpreter_;
+  const FileReader& files_;
+  ChangeRecorder& recorder_;
+};
 
 // A machine whose changes are noted in a restore point as they are made. The machine and the
 // recorder outlive it.

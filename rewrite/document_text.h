@@ -1,12 +1,73 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
-#include "platform/code_page.h"
 #include "platform/file_system.h"
+#include "platform/system_facts.h"
 
 namespace carrovan {
+
+// Search and replacement on 16-bit units, made for long texts in which matches are rare. Case
+// counts.
+
+inline constexpr std::size_t kNotFound = std::u16string_view::npos;
+
+// The first occurrence at or behind `from`; kNotFound also for an empty search text.
+std::size_t FindUnits(std::u16string_view text, std::u16string_view search, std::size_t from = 0);
+
+// Replaces every occurrence, found from left to right without overlap, and gives their number. The
+// text is not touched when there is none. An empty search text replaces nothing.
+std::size_t ReplaceUnits(std::u16string& text, std::u16string_view search,
+                         std::u16string_view replacement);
+
+// How the bytes of a text file stand for text: UTF-16 little-endian behind the mark FF FE, or 8-bit
+// text. Whatever is not edited comes back byte for byte.
+class TextForm {
+ public:
+  TextForm(std::string_view fileBytes, const CodePage& codePage);
+
+  // The same for a document, whose 8-bit text is UTF-8 where its bytes allow that.
+  static TextForm OfDocument(std::string_view fileBytes, const CodePage& codePage);
+
+  std::size_t UnitBytes() const { return isUtf16_ ? 2 : 1; }
+  bool IsUtf16() const { return isUtf16_; }
+  bool IsUnicode() const { return isUtf16_ || isUtf8_; }
+
+  // The file's mark, its text, and an odd last byte that is half a unit.
+  std::string_view Mark(std::string_view fileBytes) const;
+  std::string_view Body(std::string_view fileBytes) const;
+  std::string_view Rest(std::string_view fileBytes) const;
+
+  std::u16string Decode(std::string_view body) const;
+  // The same into a text whose storage is used again.
+  void Decode(std::string_view body, std::u16string& text) const;
+  std::string Encode(std::u16string_view text) const;
+  void AppendEncoded(std::u16string_view text, std::string& bytes) const;
+
+  // Whether text that comes from elsewhere can be written in this file.
+  bool CanHold(std::u16string_view text) const;
+
+ private:
+  const CodePage* codePage_;
+  bool isUtf16_;
+  bool isUtf8_ = false;
+};
+
+// The bytes that a text's units lie in.
+template <typename Char>
+std::string_view BytesOf(std::basic_string_view<Char> text) {
+  return {static_cast<const char*>(static_cast<const void*>(text.data())),
+          text.size() * sizeof(Char)};
+}
+
+// Takes the front of a text off it, about `leastBytes` long and up to the end of a line.
+std::string_view TakeWholeLines(std::string_view& body, std::size_t leastBytes,
+                                std::size_t unitBytes);
+
+// Behind the last line end at or behind `from`; 0 when there is none.
+std::size_t LastLineEnd(std::string_view body, std::size_t from, std::size_t unitBytes);
 
 // An XML document as text. Its 8-bit text is UTF-8 where its bytes allow that, else text in the
 // machine's code page.

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "environment/version_forms.h"
-#include "platform/text.h"
+#include "environment/installed_versions.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

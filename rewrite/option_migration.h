@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/line_log.h"
-#include "platform/registry_editor.h"
+#include "platform/console.h"
+#include "platform/registry.h"
 #include "platform/xml_dom.h"
 
 namespace carrovan {

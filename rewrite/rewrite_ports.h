@@ -3,10 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/code_page.h"
+#include "platform/console.h"
 #include "platform/file_system.h"
-#include "platform/line_log.h"
-#include "platform/user_identity.h"
+#include "platform/system_facts.h"
 
 namespace carrovan {
 

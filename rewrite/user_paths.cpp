@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "platform/path_text.h"
-#include "platform/text.h"
-#include "rewrite/unit_text.h"
+#include "rewrite/document_text.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

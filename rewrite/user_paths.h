@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/user_identity.h"
+#include "platform/system_facts.h"
 
 namespace carrovan {
 

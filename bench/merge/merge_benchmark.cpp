@@ -13,9 +13,9 @@
 #include "bench/merge/pair_on_disk.h"
 #include "merge/shortcut_merge.h"
 #include "merge/xml_merge.h"
-#include "platform/native_machine.h"
-#include "platform/text.h"
+#include "platform/machine.h"
 #include "platform/xml_dom.h"
+#include "text/text.h"
 
 // The merges beside what their DOM alone takes for the same documents: parse, parse and save.
 // "merge_benchmark peak" measures memory instead, each case in a process of its own.

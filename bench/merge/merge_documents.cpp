@@ -1,7 +1,7 @@
 #include "bench/merge/merge_documents.h"
 
 #include "merge/ribbon_codec.h"
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

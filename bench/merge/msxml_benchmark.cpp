@@ -11,9 +11,9 @@
 #include "bench/merge/msxml_alone.h"
 #include "bench/merge/pair_on_disk.h"
 #include "merge/xml_merge.h"
-#include "platform/native_machine.h"
-#include "platform/text.h"
+#include "platform/machine.h"
 #include "platform/xml_dom.h"
+#include "text/text.h"
 
 // The merge beside what MSXML alone takes for the same documents: load, load and save. Prints a
 // line for each case: shape, elements, and the median milliseconds of both.

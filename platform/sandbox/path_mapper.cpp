@@ -4,8 +4,8 @@
 #include <system_error>
 #include <vector>
 
-#include "platform/sandbox/host_path.h"
-#include "platform/text.h"
+#include "platform/posix/host_access.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -5,13 +5,12 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/ended_command.h"
-#include "platform/reg_file_parser.h"
-#include "platform/reg_file_writer.h"
-#include "platform/registry_command.h"
-#include "platform/registry_path.h"
-#include "platform/sandbox/host_file.h"
-#include "platform/text_encoding.h"
+#include "platform/command_interpreter.h"
+#include "platform/posix/host_file_system.h"
+#include "registry_text/registry_file_parser.h"
+#include "registry_text/registry_file_writer.h"
+#include "registry_text/registry_key.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

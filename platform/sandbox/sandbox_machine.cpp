@@ -7,12 +7,12 @@
 #include <utility>
 #include <vector>
 
-#include "platform/sandbox/host_file.h"
-#include "platform/sandbox/host_path.h"
+#include "platform/posix/host_access.h"
+#include "platform/posix/host_file_system.h"
 #include "platform/sandbox/mapped_files.h"
-#include "platform/stored_name.h"
 #include "platform/system_code.h"
-#include "platform/text_encoding.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

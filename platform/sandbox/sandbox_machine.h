@@ -4,19 +4,14 @@
 #include <memory>
 #include <string>
 
-#include "platform/native_machine.h"
-#include "platform/sandbox/host_file_system.h"
+#include "platform/machine.h"
+#include "platform/posix/host_facts.h"
+#include "platform/posix/host_file_system.h"
+#include "platform/sandbox/mapped_files.h"
 #include "platform/sandbox/path_mapper.h"
-#include "platform/sandbox/random_guid_source.h"
-#include "platform/sandbox/sandbox_folders.h"
+#include "platform/sandbox/sandbox_facts.h"
 #include "platform/sandbox/sandbox_interpreter.h"
-#include "platform/sandbox/sandbox_product.h"
-#include "platform/sandbox/sandbox_profile_file.h"
 #include "platform/sandbox/sandbox_registry.h"
-#include "platform/sandbox/sandbox_user.h"
-#include "platform/sandbox/sleeping_clock.h"
-#include "platform/sandbox/utf8_code_page.h"
-#include "platform/sandbox/zip_archive_library.h"
 
 namespace carrovan {
 

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/reg_file_apply.h"
-#include "platform/reg_file_writer.h"
-#include "platform/sandbox/host_file.h"
-#include "platform/sandbox/host_path.h"
-#include "platform/text_encoding.h"
-#include "support/zip/part_file.h"
+#include "platform/posix/host_access.h"
+#include "platform/posix/host_file_system.h"
+#include "platform/registry_file.h"
+#include "registry_text/registry_file_writer.h"
+#include "support/files/part_file.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -7,10 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/reg_file_parser.h"
 #include "platform/registry.h"
-#include "platform/registry_editor.h"
-#include "platform/registry_key.h"
+#include "registry_text/registry_file_parser.h"
+#include "registry_text/registry_key.h"
 
 namespace carrovan {
 

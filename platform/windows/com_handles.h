@@ -6,7 +6,7 @@
 
 #include <string_view>
 
-#include "platform/windows/unique_handle.h"
+#include "platform/windows/handles.h"
 
 namespace carrovan {
 

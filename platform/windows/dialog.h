@@ -9,6 +9,12 @@
 
 namespace carrovan {
 
+// Dots per inch at which a window is drawn; 96 is 100 percent.
+int DotsPerInch(HWND window);
+
+// Pixels at 96 dots per inch in pixels of the window.
+int ScaledPixels(HWND window, int pixels);
+
 // A dialog made from a template: a window of its own that runs until it is ended, or a page inside
 // another dialog. A derived class answers the messages it cares for; what it leaves goes to the
 // system. The object must outlive its window.

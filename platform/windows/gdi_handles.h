@@ -4,7 +4,7 @@
 
 #include <commctrl.h>
 
-#include "platform/windows/unique_handle.h"
+#include "platform/windows/handles.h"
 
 namespace carrovan {
 

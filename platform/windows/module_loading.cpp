@@ -1,6 +1,8 @@
 #include "platform/windows/module_loading.h"
 
-#include "platform/path_text.h"
+#include <windows.h>
+
+#include "text/path_text.h"
 
 namespace carrovan {
 
@@ -22,6 +24,14 @@ SystemCode LoadModule(const std::wstring& path, ModuleHandle& module) {
   const SystemCode code = module ? kSystemOk : GetLastError();
   SetThreadErrorMode(oldMode, nullptr);
   return code;
+}
+
+std::wstring LoadModuleString(unsigned number) {
+  // With no buffer the system hands out the text where it lies in the program.
+  const wchar_t* text = nullptr;
+  const int length =
+      LoadStringW(GetModuleHandleW(nullptr), number, reinterpret_cast<wchar_t*>(&text), 0);
+  return length > 0 ? std::wstring(text, static_cast<std::size_t>(length)) : std::wstring();
 }
 
 }  // namespace carrovan

@@ -15,4 +15,8 @@ std::wstring ProgramPath();
 // `module` is empty and the user was shown nothing.
 [[nodiscard]] SystemCode LoadModule(const std::wstring& path, ModuleHandle& module);
 
+// A text of this program's own string table, as the resource compiler put it there; empty when
+// there is none of that number.
+std::wstring LoadModuleString(unsigned number);
+
 }  // namespace carrovan

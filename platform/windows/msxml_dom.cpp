@@ -5,14 +5,13 @@
 #include <algorithm>
 #include <limits>
 
-#include "platform/saved_document.h"
-#include "platform/text.h"
-#include "platform/windows/code_page_encoder.h"
 #include "platform/windows/com_handles.h"
-#include "platform/windows/msxml_node_operations.h"
-#include "platform/windows/msxml_text_filter.h"
+#include "platform/windows/msxml_nodes.h"
+#include "platform/windows/windows_code_page.h"
 #include "platform/windows/windows_file_system.h"
 #include "platform/xml_dom.h"
+#include "text/text.h"
+#include "text/xml_text.h"
 
 namespace carrovan {
 namespace {

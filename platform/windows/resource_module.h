@@ -35,4 +35,7 @@ class ResourceModule {
   ModuleHandle library_;
 };
 
+// The running program's version by its version resource ("1.2.3"); empty when it has none.
+std::wstring ProgramVersion();
+
 }  // namespace carrovan

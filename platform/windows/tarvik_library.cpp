@@ -1,11 +1,90 @@
 #include "platform/windows/tarvik_library.h"
 
 #include "platform/system_code.h"
-#include "platform/text.h"
 #include "platform/windows/module_loading.h"
 #include "platform/windows/windows_file_system.h"
+#include "platform/windows/windows_registry.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
+
+namespace {
+
+constexpr wchar_t kSettingsKey[] = L"SOFTWARE\\Carrovan";
+constexpr wchar_t kProductFolder[] = L"ProductFolder";
+constexpr wchar_t kLibraryName[] = L"\\tarvik.dll";
+
+// Empty when there is no such text.
+std::wstring ReadText(const RegistryKeyHandle& key, const wchar_t* name) {
+  DWORD sizeBytes = 0;
+  if (RegGetValueW(key.Get(), nullptr, name, RRF_RT_REG_SZ, nullptr, nullptr, &sizeBytes) !=
+      ERROR_SUCCESS) {
+    return L"";
+  }
+  std::wstring text(sizeBytes / sizeof(wchar_t), L'\0');
+  if (RegGetValueW(key.Get(), nullptr, name, RRF_RT_REG_SZ, nullptr, text.data(), &sizeBytes) !=
+      ERROR_SUCCESS) {
+    return L"";
+  }
+  return text.c_str();
+}
+
+}  // namespace
+
+std::wstring FindTarvik(const TarvikPlaces& places) {
+  const std::wstring besideProgram = places.programFolder + kLibraryName;
+  if (WindowsFileSystem().Exists(besideProgram)) return besideProgram;
+  const RegistryKeyHandle key =
+      OpenRegistryKey(RegistryHive::kCurrentUser, places.settingsKey, KEY_QUERY_VALUE);
+  if (!key) return besideProgram;
+  const std::wstring folder = WithoutTrailingBackslashes(ReadText(key, kProductFolder));
+  return folder.empty() ? besideProgram : folder + kLibraryName;
+}
+
+std::wstring TarvikPath() { return FindTarvik({RemoveFileSpec(ProgramPath()), kSettingsKey}); }
+
+namespace {
+
+// Finds functions one after the other and remembers the first that is missing.
+class FunctionFinder {
+ public:
+  explicit FunctionFinder(const FunctionLookup& lookup) : lookup_(lookup) {}
+
+  template <typename Function>
+  void Find(const char* name, Function& function) {
+    function = reinterpret_cast<Function>(lookup_(name));
+    if (function == nullptr && missing_.empty()) missing_ = name;
+  }
+
+  const std::string& Missing() const { return missing_; }
+
+ private:
+  const FunctionLookup& lookup_;
+  std::string missing_;
+};
+
+}  // namespace
+
+std::string FindTarvikFunctions(const FunctionLookup& lookup, TarvikFunctions& functions) {
+  FunctionFinder finder(lookup);
+  finder.Find("EyeGetProductName", functions.productName);
+  finder.Find("EyeGetProductVersion", functions.productVersion);
+  finder.Find("EyeGetHumanRedableVersion", functions.humanReadableVersion);
+  finder.Find("EyeGetCompanyNameShort", functions.companyShortName);
+  finder.Find("APIGetAppStartupFolder", functions.startupFolder);
+  finder.Find("CreateZip", functions.createZip);
+  finder.Find("ZipAdd", functions.zipAdd);
+  finder.Find("IsZipHandleU", functions.isZipHandleU);
+  finder.Find("CloseZipZ", functions.closeZipZ);
+  finder.Find("OpenZip", functions.openZip);
+  finder.Find("GetZipItem", functions.getZipItem);
+  finder.Find("UnzipItem", functions.unzipItem);
+  finder.Find("CloseZipU", functions.closeZipU);
+  functions.storeZipItems = reinterpret_cast<StoreZipItemsFunction>(lookup("StoreZipItems"));
+  return finder.Missing();
+}
+
 namespace {
 
 class LoadedTarvik : public TarvikLibrary {

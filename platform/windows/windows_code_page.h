@@ -1,6 +1,10 @@
 #pragma once
 
-#include "platform/code_page.h"
+#include <memory>
+#include <string>
+
+#include "platform/system_facts.h"
+#include "text/xml_text.h"
 
 namespace carrovan {
 
@@ -10,5 +14,9 @@ class WindowsCodePage : public CodePage {
   std::u16string Decode(std::string_view bytes) const override;
   std::string Encode(std::u16string_view text) const override;
 };
+
+// Encodes as the system's code page of that name does; only what the code page reads back as the
+// same character counts as held by it. Null for a name that the system does not know.
+std::unique_ptr<DocumentEncoder> OpenCodePageEncoder(const std::string& encoding);
 
 }  // namespace carrovan

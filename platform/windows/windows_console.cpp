@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "platform/console.h"
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -1,19 +1,11 @@
-#include "platform/native_machine.h"
-#include "platform/windows/tarvik_archive_library.h"
+#include "platform/machine.h"
 #include "platform/windows/tarvik_library.h"
-#include "platform/windows/tarvik_path.h"
-#include "platform/windows/tarvik_product.h"
-#include "platform/windows/windows_clock.h"
+#include "platform/windows/tarvik_ports.h"
 #include "platform/windows/windows_code_page.h"
 #include "platform/windows/windows_command_interpreter.h"
+#include "platform/windows/windows_facts.h"
 #include "platform/windows/windows_file_system.h"
-#include "platform/windows/windows_guid_source.h"
-#include "platform/windows/windows_known_folders.h"
-#include "platform/windows/windows_process_list.h"
-#include "platform/windows/windows_profile_file.h"
 #include "platform/windows/windows_registry.h"
-#include "platform/windows/windows_registry_editor.h"
-#include "platform/windows/windows_user_identity.h"
 
 namespace carrovan {
 namespace {

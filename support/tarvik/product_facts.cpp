@@ -1,13 +1,16 @@
 #include "support/tarvik/product_facts.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
-#include "platform/profile_text.h"
-#include "platform/text_encoding.h"
-#include "support/zip/os_file.h"
+#include "support/files/os_file.h"
+#include "text/profile_text.h"
+#include "text/text.h"
 
 namespace carrovan {
+
 namespace {
 
 // Generous for a handful of lines; a longer file is not read to its end.
@@ -34,6 +37,24 @@ ProductFacts ReadProductFacts(const std::filesystem::path& iniFile) {
   facts.startupFolder = fact(L"StartupFolder");
   facts.language = fact(L"Language");
   return facts;
+}
+
+LanguageSupport::LanguageSupport(std::wstring languageName) {
+  language_.currentLanguageName = &LanguageSupport::CopyName;
+  language_.name = std::move(languageName);
+}
+
+const EyeLangSupport* LanguageSupport::Object() const {
+  return language_.name.empty() ? nullptr : &language_;
+}
+
+int LanguageSupport::CopyName(const EyeLangSupport* self, std::uint32_t languageId, wchar_t* buffer,
+                              std::size_t capacity) {
+  if (self == nullptr || buffer == nullptr || languageId != EYE_LANGUAGE_ID) return 0;
+  const std::wstring& name = static_cast<const NamedLanguage*>(self)->name;
+  if (name.size() >= capacity) return 0;
+  std::copy_n(name.c_str(), name.size() + 1, buffer);
+  return 1;
 }
 
 }  // namespace carrovan

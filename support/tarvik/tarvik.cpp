@@ -2,7 +2,6 @@
 
 #include <string>
 
-#include "support/tarvik/language_support.h"
 #include "support/tarvik/product_facts.h"
 #include "support/tarvik/zip_handles.h"
 #include "support/tarvik_api.h"

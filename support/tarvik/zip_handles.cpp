@@ -3,7 +3,7 @@
 #include <bit>
 #include <utility>
 
-#include "support/zip/os_file.h"
+#include "support/files/os_file.h"
 
 namespace carrovan {
 namespace {

@@ -7,7 +7,8 @@
 
 #include "platform/archive_library.h"
 #include "support/tarvik_api.h"
-#include "support/zip/zip_archive.h"
+#include "support/zip/zip_reader.h"
+#include "support/zip/zip_writer.h"
 
 namespace carrovan {
 

@@ -2,11 +2,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "support/zip/os_file.h"
+#include "platform/archive_library.h"
+#include "support/files/os_file.h"
+#include "support/zip/zip_source.h"
 
 namespace carrovan {
 
@@ -28,5 +31,16 @@ std::optional<ArchiveLayout> FindArchive(const OsFile& file, std::uint64_t fileB
 // for.
 std::vector<std::wstring> CompareHeaders(const OsFile& file, const ArchiveLayout& layout,
                                          std::size_t items);
+
+// Whether an archive must survive a power cut.
+enum class Durability { kFlushed, kNotFlushed };
+
+// Writes an archive of the entries, whose packed content lies in the spool or whose content lies at
+// its source, in their order, and puts it in place of what is at the path. On failure that is as it
+// was.
+[[nodiscard]] ArchiveResult WriteArchiveFile(const std::filesystem::path& archive,
+                                             const OsFile& spool,
+                                             const std::vector<StoredEntry>& entries,
+                                             Durability durability);
 
 }  // namespace carrovan

@@ -5,8 +5,8 @@
 #include <random>
 
 #include "merge/ribbon_codec.h"
-#include "platform/sandbox/utf8_code_page.h"
-#include "platform/text.h"
+#include "platform/posix/host_facts.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -1,11 +1,10 @@
-#include "environment/category_places.h"
+#include "environment/version_folders.h"
 
 #include <gtest/gtest.h>
 
-#include "environment/version_folders.h"
-#include "platform/text.h"
 #include "tests/support/fakes.h"
 #include "tests/support/test_machine.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

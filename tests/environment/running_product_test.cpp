@@ -1,4 +1,4 @@
-#include "environment/running_product.h"
+#include "environment/installed_versions.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
-#include "environment/version_check.h"
+#include "environment/installed_versions.h"
 
 #include <gtest/gtest.h>
 
 #include "tests/support/fakes.h"
-#include "tests/support/recording_frame.h"
 #include "tests/support/test_machine.h"
+#include "tests/wizard/recording_frame.h"
 
 namespace carrovan {
 namespace {

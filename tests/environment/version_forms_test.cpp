@@ -1,4 +1,4 @@
-#include "environment/version_forms.h"
+#include "environment/installed_versions.h"
 
 #include <gtest/gtest.h>
 

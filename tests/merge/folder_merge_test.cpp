@@ -2,13 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include "merge/file_system_error.h"
-#include "merge/xml_file_names.h"
-#include "platform/text.h"
 #include "tests/merge/merge_support.h"
 #include "tests/support/fakes.h"
 #include "tests/support/test_links.h"
 #include "tests/support/test_machine.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "merge/accelerator_table.h"
+#include "merge/shortcut_merge.h"
 #include "platform/xml_dom.h"
 
 namespace carrovan {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/line_log.h"
+#include "platform/console.h"
 #include "platform/xml_dom.h"
 #include "tests/support/memory_files.h"
 

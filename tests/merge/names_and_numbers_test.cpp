@@ -2,9 +2,8 @@
 
 #include <limits>
 
-#include "merge/element_names.h"
-#include "merge/integer_text.h"
-#include "platform/text.h"
+#include "merge/names_and_numbers.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

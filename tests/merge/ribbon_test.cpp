@@ -1,10 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "merge/ribbon_array_merge.h"
 #include "merge/ribbon_codec.h"
-#include "merge/ribbon_panel.h"
-#include "platform/text.h"
+#include "merge/ribbon_merge.h"
 #include "tests/merge/merge_support.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

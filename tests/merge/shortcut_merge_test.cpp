@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "merge/accelerator_table.h"
 #include "tests/merge/merge_support.h"
 #include "tests/support/fakes.h"
 

@@ -1,4 +1,4 @@
-#include "package/archive_files.h"
+#include "package/package_writer.h"
 
 #include <gtest/gtest.h>
 

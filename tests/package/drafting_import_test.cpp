@@ -1,10 +1,9 @@
-#include "package/drafting_import.h"
-
 #include "package/category_import.h"
+
 #include "package/import_run.h"
-#include "platform/path_text.h"
 #include "tests/package/import_run_fixture.h"
 #include "tests/support/test_links.h"
+#include "text/path_text.h"
 
 namespace carrovan {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "environment/version_folders.h"
 #include "package/staging_folder.h"
-#include "platform/path_text.h"
+#include "text/path_text.h"
 
 namespace carrovan {
 

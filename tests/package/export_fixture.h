@@ -4,8 +4,8 @@
 
 #include <map>
 
-#include "environment/category_checklist.h"
 #include "package/export_run.h"
+#include "wizard/category_checklist.h"
 #include "tests/support/fakes.h"
 #include "tests/support/test_machine.h"
 

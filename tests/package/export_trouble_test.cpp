@@ -1,7 +1,7 @@
 #include <algorithm>
 
 #include "environment/version_folders.h"
-#include "platform/ended_command.h"
+#include "platform/command_interpreter.h"
 #include "tests/package/export_fixture.h"
 
 namespace carrovan {

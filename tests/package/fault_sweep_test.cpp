@@ -6,7 +6,6 @@
 #include <iostream>
 #include <map>
 
-#include "environment/category_checklist.h"
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
 #include "package/export_run.h"
@@ -14,11 +13,12 @@
 #include "package/import_steps.h"
 #include "package/package_selection.h"
 #include "package/staging_folder.h"
-#include "platform/path_text.h"
-#include "platform/text.h"
 #include "reset/reset_run.h"
 #include "tests/package/swept_machine.h"
+#include "wizard/category_checklist.h"
 #include "tests/support/faulty_machine.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

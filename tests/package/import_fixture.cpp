@@ -1,11 +1,11 @@
 #include "tests/package/import_fixture.h"
 
-#include "environment/category_tree_walk.h"
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
 #include "package/staging_folder.h"
-#include "platform/path_text.h"
-#include "platform/text.h"
+#include "text/path_text.h"
+#include "text/text.h"
+#include "wizard/category_tree.h"
 
 namespace carrovan {
 

@@ -6,8 +6,8 @@
 
 #include "package/import_steps.h"
 #include "tests/support/fakes.h"
-#include "tests/support/recording_frame.h"
 #include "tests/support/test_machine.h"
+#include "tests/wizard/recording_frame.h"
 
 namespace carrovan {
 

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "environment/version_folders.h"
-#include "platform/text.h"
 #include "tests/package/import_fixture.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

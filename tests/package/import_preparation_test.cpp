@@ -1,8 +1,8 @@
 #include "package/import_preparation.h"
 
-#include "environment/version_forms.h"
-#include "platform/text.h"
+#include "environment/installed_versions.h"
 #include "tests/package/import_fixture.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

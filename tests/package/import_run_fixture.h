@@ -1,8 +1,8 @@
 #pragma once
 
 #include "environment/version_folders.h"
-#include "platform/text.h"
 #include "tests/package/import_fixture.h"
+#include "text/text.h"
 
 namespace carrovan {
 

@@ -6,11 +6,10 @@
 #include "package/category_import.h"
 #include "package/overlay.h"
 #include "package/package_opening.h"
-#include "package/run_folder.h"
 #include "package/staging_folder.h"
-#include "platform/path_text.h"
-#include "platform/text.h"
 #include "tests/package/import_run_fixture.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

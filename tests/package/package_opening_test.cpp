@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "package/run_folder.h"
+#include "package/staging_folder.h"
 #include "tests/support/fakes.h"
 #include "tests/support/test_machine.h"
 

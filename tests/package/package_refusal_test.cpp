@@ -1,4 +1,4 @@
-#include "package/package_refusal.h"
+#include "package/package_inspection.h"
 
 #include <gtest/gtest.h>
 

@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
 #include "tests/package/memory_archive.h"
 #include "tests/support/registry_bytes.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include "package/archive_files.h"
-#include "platform/text.h"
+#include "package/package_writer.h"
 #include "tests/package/memory_archive.h"
 #include "tests/support/registry_bytes.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

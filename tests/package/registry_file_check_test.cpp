@@ -1,9 +1,9 @@
-#include "package/registry_file_check.h"
+#include "package/registry_file_scan.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/text_encoding.h"
 #include "tests/support/test_machine.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

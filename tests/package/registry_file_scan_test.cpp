@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
-#include "platform/text_encoding.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -1,9 +1,8 @@
-#include "package/run_folder.h"
+#include "package/staging_folder.h"
 
 #include <gtest/gtest.h>
 
 #include "package/package_opening.h"
-#include "package/staging_folder.h"
 #include "preview/overlay_machine.h"
 #include "tests/support/fakes.h"
 #include "tests/support/memory_machine.h"

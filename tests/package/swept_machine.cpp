@@ -6,8 +6,7 @@
 
 #include "environment/setting_category.h"
 #include "environment/string_table.h"
-#include "platform/text.h"
-#include "platform/text_encoding.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

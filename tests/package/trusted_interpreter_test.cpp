@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "package/registry_tool.h"
-#include "platform/text.h"
 #include "tests/support/fakes.h"
 #include "tests/support/memory_files.h"
 #include "tests/support/registry_bytes.h"
 #include "tests/support/test_machine.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

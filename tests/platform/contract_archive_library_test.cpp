@@ -3,9 +3,9 @@
 
 #include <memory>
 
-#include "platform/text.h"
 #include "tests/support/contract_machines.h"
 #include "tests/zip/raw_zip.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -4,9 +4,8 @@
 #include <memory>
 #include <numeric>
 
-#include "platform/text.h"
-#include "platform/text_encoding.h"
 #include "tests/support/contract_machines.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -3,8 +3,8 @@
 
 #include <memory>
 
-#include "platform/text.h"
 #include "tests/support/contract_machines.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -4,9 +4,9 @@
 #include <memory>
 #include <set>
 
-#include "platform/path_text.h"
-#include "platform/text.h"
 #include "tests/support/test_machine.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

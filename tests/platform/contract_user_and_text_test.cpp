@@ -1,10 +1,10 @@
 // What the engine may rely on, whatever machine it runs on.
 #include <gtest/gtest.h>
 
-#include "platform/path_text.h"
-#include "platform/sandbox/sandbox_user.h"
-#include "platform/text.h"
+#include "platform/sandbox/sandbox_facts.h"
 #include "tests/support/test_machine.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

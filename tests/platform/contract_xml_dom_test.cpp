@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/text.h"
 #include "platform/xml_dom.h"
 #include "tests/support/memory_files.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

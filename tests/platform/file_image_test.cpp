@@ -1,4 +1,4 @@
-#include "platform/file_image.h"
+#include "platform/file_operations.h"
 
 #include <gtest/gtest.h>
 

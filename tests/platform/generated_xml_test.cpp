@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
 #include "platform/xml_dom.h"
 #include "tests/support/generated_xml.h"
 #include "tests/support/memory_files.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

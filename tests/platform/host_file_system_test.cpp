@@ -1,4 +1,4 @@
-#include "platform/sandbox/host_file_system.h"
+#include "platform/posix/host_file_system.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>

@@ -1,9 +1,9 @@
-#include "platform/sandbox/host_file.h"
+#include "platform/posix/host_file_system.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "platform/sandbox/host_access.h"
+#include "platform/posix/host_access.h"
 #include "tests/support/temporary_folder.h"
 
 namespace carrovan {

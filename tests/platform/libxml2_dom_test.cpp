@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "platform/sandbox/iconv_encoder.h"
-#include "platform/text.h"
+#include "platform/posix/libxml2_writing.h"
 #include "platform/xml_dom.h"
 #include "tests/support/generated_xml.h"
 #include "tests/support/memory_files.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

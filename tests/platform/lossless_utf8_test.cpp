@@ -1,8 +1,8 @@
-#include "platform/sandbox/lossless_utf8.h"
+#include "platform/posix/host_access.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

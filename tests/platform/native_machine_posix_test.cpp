@@ -1,4 +1,4 @@
-#include "platform/native_machine.h"
+#include "platform/machine.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -8,8 +8,8 @@
 #include <cstdio>
 
 #include "platform/console.h"
-#include "platform/text.h"
 #include "tests/support/temporary_folder.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

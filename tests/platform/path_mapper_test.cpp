@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/sandbox/host_path.h"
-#include "platform/text.h"
+#include "platform/posix/host_access.h"
 #include "tests/support/temporary_folder.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

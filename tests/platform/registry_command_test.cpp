@@ -1,4 +1,4 @@
-#include "platform/registry_command.h"
+#include "platform/command_interpreter.h"
 
 #include <gtest/gtest.h>
 

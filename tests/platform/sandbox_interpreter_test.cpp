@@ -2,9 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
-#include "platform/text_encoding.h"
 #include "tests/support/temporary_folder.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -1,9 +1,9 @@
-#include "platform/sandbox/sandbox_profile_file.h"
+#include "platform/sandbox/sandbox_facts.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
 #include "tests/support/temporary_folder.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -2,10 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/registry_path.h"
-#include "platform/text.h"
-#include "platform/text_encoding.h"
+#include "registry_text/registry_key.h"
 #include "tests/support/temporary_folder.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

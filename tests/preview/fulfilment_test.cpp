@@ -1,10 +1,10 @@
-#include "preview/fulfilment.h"
+#include "preview/machine_changes.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
 #include "preview/overlay_machine.h"
 #include "tests/support/memory_machine.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

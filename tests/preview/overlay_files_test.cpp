@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "platform/forwarding_files.h"
-#include "platform/text.h"
 #include "preview/overlay_machine.h"
 #include "tests/support/machine_snapshot.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

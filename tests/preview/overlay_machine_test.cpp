@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/registry_command.h"
-#include "platform/text.h"
+#include "platform/command_interpreter.h"
 #include "tests/support/machine_snapshot.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

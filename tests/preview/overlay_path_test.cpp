@@ -1,4 +1,4 @@
-#include "preview/overlay_path.h"
+#include "preview/overlay_tree.h"
 
 #include <gtest/gtest.h>
 

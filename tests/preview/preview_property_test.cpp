@@ -7,12 +7,12 @@
 #include <iostream>
 #include <iterator>
 
-#include "platform/text.h"
-#include "preview/fulfilment.h"
+#include "preview/machine_changes.h"
 #include "preview/overlay_machine.h"
 #include "tests/support/from_environment.h"
 #include "tests/support/machine_snapshot.h"
 #include "tests/support/random_run.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -4,10 +4,10 @@
 
 #include "cli/preview_output.h"
 #include "environment/version_folders.h"
-#include "platform/text.h"
 #include "tests/cli/recording_console.h"
 #include "tests/support/fakes.h"
 #include "tests/support/test_machine.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

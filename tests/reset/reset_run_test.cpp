@@ -1,13 +1,12 @@
 #include "reset/reset_run.h"
 
-#include "environment/category_tree_model.h"
 #include "environment/version_folders.h"
 #include "package/staging_folder.h"
-#include "platform/text.h"
-#include "reset/key_restore.h"
 #include "reset/reset_steps.h"
 #include "tests/package/import_fixture.h"
 #include "tests/support/faulty_machine.h"
+#include "text/text.h"
+#include "wizard/category_tree.h"
 
 namespace carrovan {
 namespace {

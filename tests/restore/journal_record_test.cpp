@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
-#include "restore/journal_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -1,8 +1,8 @@
 // Journals that no run has written.
 #include "restore/point_check.h"
 
-#include "platform/text.h"
 #include "tests/restore/restore_fixture.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "restore/change_recorder.h"
 #include "restore/recorded_machine.h"
-#include "restore/restore_folder.h"
+#include "restore/restore_point.h"
 #include "restore/undo_run.h"
 #include "tests/support/memory_machine.h"
 

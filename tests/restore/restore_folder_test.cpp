@@ -1,4 +1,4 @@
-#include "restore/restore_folder.h"
+#include "restore/restore_point.h"
 
 #include <gtest/gtest.h>
 

@@ -3,9 +3,9 @@
 
 #include <map>
 
-#include "reset/folder_wipe.h"
+#include "platform/file_operations.h"
 #include "restore/recorded_machine.h"
-#include "restore/restore_folder.h"
+#include "restore/restore_point.h"
 #include "restore/undo_run.h"
 #include "tests/support/test_links.h"
 #include "tests/support/test_machine.h"

@@ -4,14 +4,14 @@
 #include <algorithm>
 #include <iostream>
 
-#include "platform/reg_file_writer.h"
-#include "platform/text.h"
+#include "registry_text/registry_file_writer.h"
 #include "restore/recorded_machine.h"
-#include "restore/restore_folder.h"
+#include "restore/restore_point.h"
 #include "restore/undo_run.h"
 #include "tests/support/from_environment.h"
 #include "tests/support/machine_snapshot.h"
 #include "tests/support/random_run.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

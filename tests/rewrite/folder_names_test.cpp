@@ -1,9 +1,9 @@
-#include "rewrite/folder_names.h"
+#include "rewrite/package_tree.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
 #include "tests/support/memory_files.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

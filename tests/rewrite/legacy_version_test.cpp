@@ -1,9 +1,9 @@
-#include "rewrite/legacy_version.h"
+#include "rewrite/xml_rewrite.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
 #include "tests/rewrite/rewrite_bench.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -3,8 +3,8 @@
 #include <limits>
 #include <vector>
 
-#include "platform/text.h"
-#include "rewrite/legacy_version.h"
+#include "rewrite/xml_rewrite.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

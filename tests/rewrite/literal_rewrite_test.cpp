@@ -4,11 +4,11 @@
 
 #include <random>
 
-#include "platform/text.h"
-#include "rewrite/legacy_version.h"
+#include "rewrite/document_text.h"
 #include "rewrite/registry_rewrite.h"
-#include "rewrite/unit_text.h"
+#include "rewrite/xml_rewrite.h"
 #include "tests/rewrite/rewrite_bench.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
 #include "tests/merge/merge_support.h"
 #include "tests/support/test_machine.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

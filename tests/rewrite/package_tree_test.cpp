@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
 #include "tests/rewrite/rewrite_bench.h"
 #include "tests/support/fakes.h"
 #include "tests/support/test_links.h"
 #include "tests/support/test_machine.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

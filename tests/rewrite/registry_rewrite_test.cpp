@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
 #include "tests/rewrite/rewrite_bench.h"
 #include "tests/support/fakes.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

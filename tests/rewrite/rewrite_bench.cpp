@@ -1,6 +1,6 @@
 #include "tests/rewrite/rewrite_bench.h"
 
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace carrovan {
 

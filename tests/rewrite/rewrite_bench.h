@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/sandbox/utf8_code_page.h"
+#include "platform/posix/host_facts.h"
 #include "rewrite/rewrite_ports.h"
 #include "tests/merge/merge_support.h"
 #include "tests/support/memory_files.h"

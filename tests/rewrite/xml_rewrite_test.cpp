@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
 #include "tests/rewrite/rewrite_bench.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -2,11 +2,11 @@
 
 #include <utility>
 
-#include "platform/text.h"
+#include "platform/file_operations.h"
 #include "preview/overlay_machine.h"
-#include "reset/folder_wipe.h"
 #include "restore/recorded_machine.h"
-#include "restore/restore_folder.h"
+#include "restore/restore_point.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

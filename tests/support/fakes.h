@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "platform/ended_command.h"
+#include "platform/command_interpreter.h"
 #include "platform/forwarding_files.h"
 #include "platform/machine.h"
-#include "platform/wizard_view.h"
+#include "wizard/wizard_frame.h"
 
 namespace carrovan {
 

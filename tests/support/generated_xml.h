@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/xml_node.h"
+#include "platform/xml_dom.h"
 
 namespace carrovan {
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "platform/path_text.h"
-#include "platform/text.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

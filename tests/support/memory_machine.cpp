@@ -1,15 +1,11 @@
 #include "tests/support/memory_machine.h"
 
-#include "platform/ended_command.h"
-#include "platform/path_text.h"
-#include "platform/profile_text.h"
-#include "platform/read_reg_file.h"
-#include "platform/reg_file_apply.h"
-#include "platform/reg_file_writer.h"
-#include "platform/registry_command.h"
-#include "platform/stored_name.h"
-#include "platform/text.h"
-#include "platform/text_encoding.h"
+#include "platform/command_interpreter.h"
+#include "platform/registry_file.h"
+#include "registry_text/registry_file_writer.h"
+#include "text/path_text.h"
+#include "text/profile_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

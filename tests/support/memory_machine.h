@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "platform/machine.h"
-#include "platform/registry_key.h"
-#include "platform/sandbox/utf8_code_page.h"
+#include "platform/posix/host_facts.h"
+#include "registry_text/registry_key.h"
 #include "tests/support/fakes.h"
 #include "tests/support/memory_files.h"
 #include "tests/support/test_machine.h"

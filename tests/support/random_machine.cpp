@@ -3,8 +3,7 @@
 #include <map>
 
 #include "environment/string_table.h"
-#include "platform/text.h"
-#include "platform/text_encoding.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -1,12 +1,12 @@
 #include "tests/support/random_run.h"
 
-#include "environment/category_checklist.h"
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
 #include "package/import_steps.h"
 #include "package/package_selection.h"
 #include "package/staging_folder.h"
 #include "reset/reset_run.h"
+#include "wizard/category_checklist.h"
 
 namespace carrovan {
 namespace {

@@ -3,8 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/text.h"
-#include "platform/text_encoding.h"
+#include "text/text.h"
 
 namespace carrovan {
 

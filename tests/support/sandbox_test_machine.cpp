@@ -1,11 +1,11 @@
 #include <stdexcept>
 
-#include "platform/reg_file_writer.h"
 #include "platform/sandbox/sandbox_machine.h"
-#include "platform/text.h"
+#include "registry_text/registry_file_writer.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/test_links.h"
 #include "tests/support/test_machine.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

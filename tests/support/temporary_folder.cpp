@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace carrovan {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/machine.h"
-#include "platform/registry_value.h"
+#include "registry_text/registry_key.h"
 
 namespace carrovan {
 

@@ -1,4 +1,4 @@
-#include "platform/windows/module_strings.h"
+#include "platform/windows/module_loading.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include "platform/windows/system_path.h"
+#include "platform/windows/windows_file_system.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

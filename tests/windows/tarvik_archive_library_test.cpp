@@ -1,4 +1,4 @@
-#include "platform/windows/tarvik_archive_library.h"
+#include "platform/windows/tarvik_ports.h"
 
 #include <gtest/gtest.h>
 

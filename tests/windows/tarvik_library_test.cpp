@@ -4,9 +4,9 @@
 
 #include <set>
 
-#include "platform/text.h"
-#include "platform/windows/tarvik_product.h"
+#include "platform/windows/tarvik_ports.h"
 #include "tests/windows/test_traces.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -1,13 +1,12 @@
-#include "platform/windows/tarvik_path.h"
+#include "platform/windows/tarvik_library.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/path_text.h"
-#include "platform/registry_value.h"
-#include "platform/text.h"
 #include "platform/windows/module_loading.h"
-#include "platform/windows/tarvik_library.h"
+#include "registry_text/registry_key.h"
 #include "tests/support/test_machine.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -4,12 +4,11 @@
 #include <regex>
 #include <stdexcept>
 
-#include "platform/path_text.h"
-#include "platform/windows/obstacles.h"
-#include "platform/windows/registry_writer.h"
+#include "platform/windows/windows_facts.h"
 #include "platform/windows/windows_file_system.h"
-#include "platform/windows/windows_known_folders.h"
 #include "platform/windows/windows_registry.h"
+#include "tests/windows/obstacles.h"
+#include "text/path_text.h"
 
 namespace carrovan {
 namespace {

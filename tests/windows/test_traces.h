@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/registry.h"
-#include "platform/windows/obstacles.h"
+#include "tests/windows/obstacles.h"
 
 namespace carrovan {
 

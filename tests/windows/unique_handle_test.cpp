@@ -1,4 +1,4 @@
-#include "platform/windows/unique_handle.h"
+#include "platform/windows/handles.h"
 
 #include <gtest/gtest.h>
 

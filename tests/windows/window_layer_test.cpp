@@ -3,12 +3,11 @@
 #include <algorithm>
 
 #include "environment/string_table.h"
-#include "platform/path_text.h"
-#include "platform/text.h"
 #include "platform/windows/module_loading.h"
-#include "platform/windows/program_version.h"
 #include "platform/windows/resource_module.h"
-#include "platform/windows/windows_process_list.h"
+#include "platform/windows/windows_facts.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -3,8 +3,8 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "platform/text.h"
-#include "platform/windows/window_listing.h"
+#include "tests/windows/window_listing.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -4,14 +4,13 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "platform/registry_value.h"
-#include "platform/text.h"
-#include "platform/windows/registry_writer.h"
-#include "platform/windows/windows_clock.h"
 #include "platform/windows/windows_command_interpreter.h"
+#include "platform/windows/windows_facts.h"
 #include "platform/windows/windows_file_system.h"
-#include "platform/windows/windows_known_folders.h"
+#include "platform/windows/windows_registry.h"
+#include "registry_text/registry_key.h"
 #include "tests/support/test_machine.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

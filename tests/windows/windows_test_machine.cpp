@@ -5,12 +5,12 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "platform/path_text.h"
-#include "platform/text.h"
-#include "platform/windows/registry_writer.h"
-#include "platform/windows/system_path.h"
-#include "platform/windows/tarvik_path.h"
+#include "platform/windows/tarvik_library.h"
+#include "platform/windows/windows_file_system.h"
+#include "platform/windows/windows_registry.h"
 #include "tests/support/test_links.h"
+#include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

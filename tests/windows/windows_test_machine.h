@@ -4,19 +4,15 @@
 #include <string>
 #include <vector>
 
-#include "platform/windows/obstacles.h"
-#include "platform/windows/tarvik_archive_library.h"
 #include "platform/windows/tarvik_library.h"
+#include "platform/windows/tarvik_ports.h"
 #include "platform/windows/windows_code_page.h"
 #include "platform/windows/windows_command_interpreter.h"
+#include "platform/windows/windows_facts.h"
 #include "platform/windows/windows_file_system.h"
-#include "platform/windows/windows_guid_source.h"
-#include "platform/windows/windows_known_folders.h"
-#include "platform/windows/windows_profile_file.h"
 #include "platform/windows/windows_registry.h"
-#include "platform/windows/windows_registry_editor.h"
-#include "platform/windows/windows_user_identity.h"
 #include "tests/support/test_machine.h"
+#include "tests/windows/obstacles.h"
 #include "tests/windows/test_traces.h"
 
 namespace carrovan {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/windows/registry_writer.h"
+#include "platform/windows/windows_registry.h"
 
 namespace carrovan {
 namespace {

@@ -3,11 +3,10 @@
 #include <array>
 #include <string>
 
-#include "platform/text.h"
-#include "support/tarvik/language_support.h"
 #include "support/tarvik/product_facts.h"
 #include "support/tarvik/zip_handles.h"
 #include "tests/zip/zip_test_files.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -4,8 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "support/zip/buffer_size.h"
-#include "support/zip/zip_archive.h"
+#include "support/zip/zip_reader.h"
+#include "support/zip/zip_source.h"
+#include "support/zip/zip_writer.h"
 #include "tests/zip/raw_zip.h"
 #include "tests/zip/zip_test_files.h"
 

@@ -10,7 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "support/zip/zip_archive.h"
+#include "support/zip/zip_reader.h"
+#include "support/zip/zip_writer.h"
 #include "tests/zip/zip_test_files.h"
 
 // What only a POSIX system can be made to do on demand: sources that fail half way, a full disk, a

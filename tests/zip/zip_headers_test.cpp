@@ -3,7 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "support/zip/zip_archive.h"
+#include "support/zip/zip_reader.h"
+#include "support/zip/zip_writer.h"
 #include "tests/zip/raw_zip.h"
 #include "tests/zip/zip_test_files.h"
 

@@ -3,8 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "support/zip/os_file.h"
-#include "support/zip/zip_archive.h"
+#include "support/files/os_file.h"
+#include "support/zip/zip_reader.h"
+#include "support/zip/zip_writer.h"
 #include "tests/zip/zip_test_files.h"
 
 // An archive that is there stays whole until the new one takes its place.

@@ -8,9 +8,10 @@
 #include <iterator>
 #include <random>
 
-#include "platform/text.h"
-#include "support/zip/os_file.h"
-#include "support/zip/zip_archive.h"
+#include "support/files/os_file.h"
+#include "support/zip/zip_reader.h"
+#include "support/zip/zip_writer.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -3,12 +3,13 @@
 #include <string>
 #include <vector>
 
-#include "platform/text.h"
-#include "support/zip/buffer_size.h"
-#include "support/zip/os_file.h"
-#include "support/zip/zip_archive.h"
+#include "support/files/os_file.h"
+#include "support/zip/zip_reader.h"
+#include "support/zip/zip_source.h"
+#include "support/zip/zip_writer.h"
 #include "tests/zip/raw_zip.h"
 #include "tests/zip/zip_test_files.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {

@@ -1,0 +1,83 @@
+#include "platform/file_operations.h"
+
+#include <zlib.h>
+
+namespace carrovan {
+
+namespace {
+
+std::uint32_t Continue(std::uint32_t crc, std::string_view bytes) {
+  const auto* data = static_cast<const Bytef*>(static_cast<const void*>(bytes.data()));
+  return static_cast<std::uint32_t>(crc32_z(crc, data, bytes.size()));
+}
+
+}  // namespace
+
+FileImage ImageOfBytes(std::string_view bytes) {
+  return {FileKind::kFile, bytes.size(), Continue(0, bytes)};
+}
+
+FileKind KindAt(const FileReader& files, const std::wstring& path) {
+  if (files.IsLink(path)) return FileKind::kLink;
+  if (files.IsFolder(path)) return FileKind::kFolder;
+  return files.Exists(path) ? FileKind::kFile : FileKind::kAbsent;
+}
+
+SystemCode ReadFileImage(const FileReader& files, const std::wstring& path, FileImage& image) {
+  FileImage read;
+  read.kind = KindAt(files, path);
+  if (read.kind == FileKind::kFile) {
+    const SystemCode code = files.ReadInParts(path, [&read](std::string_view part, std::uint64_t) {
+      read.sizeBytes += part.size();
+      read.crc32 = Continue(read.crc32, part);
+      return true;
+    });
+    if (code != kSystemOk) return code;
+  }
+  image = read;
+  return kSystemOk;
+}
+
+namespace {
+
+bool WipeContent(FileSystem& files, const std::wstring& folder);
+
+// A subfolder that still holds something has reported that by its own result.
+bool RemoveSubfolder(FileSystem& files, const std::wstring& folder) {
+  const SystemCode code = files.RemoveFolder(folder);
+  return code == kSystemOk || code == kFolderNotEmpty;
+}
+
+bool WipeEntry(FileSystem& files, const FolderEntry& entry, const std::wstring& path) {
+  if (!entry.isFolder) return files.RemoveFile(path) == kSystemOk;
+  const bool emptied = entry.isLink || WipeContent(files, path);
+  return RemoveSubfolder(files, path) && emptied;
+}
+
+bool WipeContent(FileSystem& files, const std::wstring& folder) {
+  std::vector<FolderEntry> entries;
+  bool complete = files.ReadFolder(folder, entries) == kSystemOk;
+  for (const FolderEntry& entry : entries) {
+    if (!WipeEntry(files, entry, folder + L"\\" + entry.name)) complete = false;
+  }
+  return complete;
+}
+
+// A link to a file is no folder, and stays like any file.
+bool RemoveLink(FileSystem& files, const std::wstring& link) {
+  if (files.IsFolder(link)) return files.RemoveFolder(link) == kSystemOk;
+  return !files.Exists(link) && files.RemoveFile(link) == kSystemOk;
+}
+
+}  // namespace
+
+bool WipeFolder(FileSystem& files, const std::wstring& folder) {
+  if (files.IsLink(folder)) return RemoveLink(files, folder);
+  if (!files.IsFolder(folder)) return !files.Exists(folder);
+  if (!WipeContent(files, folder)) return false;
+  // Everything below is gone; an empty folder that somebody holds open does no harm.
+  static_cast<void>(files.RemoveFolder(folder));
+  return true;
+}
+
+}  // namespace carrovan

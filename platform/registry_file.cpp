@@ -1,0 +1,100 @@
+#include "platform/registry_file.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+#include "text/text.h"
+
+namespace carrovan {
+
+std::optional<RegFile> ReadRegFile(const FileReader& files, const std::wstring& path) {
+  std::string bytes;
+  if (files.ReadBytes(path, bytes) != kSystemOk) return std::nullopt;
+  const std::vector<std::uint8_t> content(bytes.begin(), bytes.end());
+  return ParseRegFile(DecodeText(content).text);
+}
+
+namespace {
+
+void Apply(const RegKeyChange& change, RegistryKey& root) {
+  if (change.remove) {
+    root.Remove(change.keyPath);
+    return;
+  }
+  RegistryKey& key = root.Make(change.keyPath);
+  for (const RegValueChange& value : change.values) {
+    if (value.remove) {
+      key.RemoveValue(value.value.name);
+    } else {
+      key.SetValue(value.value);
+    }
+  }
+}
+
+SystemCode UnlessMissing(SystemCode code) { return code == kFileNotFound ? kSystemOk : code; }
+
+class KeyApplication {
+ public:
+  KeyApplication(const RegKeyChange& change, RegistryEditor& registry)
+      : change_(change), registry_(registry) {}
+
+  SystemCode Run() {
+    // A whole hive stays.
+    if (change_.remove && change_.keyPath.empty()) return kSystemOk;
+    if (change_.remove) return UnlessMissing(registry_.DeleteTree(change_.hive, change_.keyPath));
+    Note(registry_.CreateKey(change_.hive, change_.keyPath));
+    if (first_ != kSystemOk) return first_;
+    for (const RegValueChange& value : change_.values) {
+      if (!value.remove) {
+        toSet_.push_back(value.value);
+        continue;
+      }
+      SetValues();
+      Note(UnlessMissing(registry_.DeleteValue(change_.hive, change_.keyPath, value.value.name)));
+    }
+    SetValues();
+    return first_;
+  }
+
+ private:
+  void Note(SystemCode code) {
+    if (first_ == kSystemOk) first_ = code;
+  }
+
+  // Values on end are set by one call.
+  void SetValues() {
+    if (toSet_.empty()) return;
+    Note(registry_.SetValues(change_.hive, change_.keyPath, toSet_));
+    toSet_.clear();
+  }
+
+  const RegKeyChange& change_;
+  RegistryEditor& registry_;
+  std::vector<RegistryValue> toSet_;
+  SystemCode first_ = kSystemOk;
+};
+
+}  // namespace
+
+void ApplyRegFile(const RegFile& file, RegistryHive hive, RegistryKey& root) {
+  for (const RegKeyChange& change : file.keys) {
+    if (change.hive == hive) Apply(change, root);
+  }
+}
+
+SystemCode ApplyRegFile(const RegFile& file, RegistryEditor& registry) {
+  SystemCode first = kSystemOk;
+  for (const RegKeyChange& change : file.keys) {
+    const SystemCode code = KeyApplication(change, registry).Run();
+    if (first == kSystemOk) first = code;
+  }
+  return first;
+}
+
+bool Concerns(const RegFile& file, RegistryHive hive) {
+  return std::any_of(file.keys.begin(), file.keys.end(),
+                     [hive](const RegKeyChange& change) { return change.hive == hive; });
+}
+
+}  // namespace carrovan

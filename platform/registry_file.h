@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/file_system.h"
+#include "platform/registry.h"
+#include "registry_text/registry_file_parser.h"
+#include "registry_text/registry_key.h"
+
+namespace carrovan {
+
+// What the registry tool makes of a file; nothing for one that it cannot read or refuses.
+std::optional<RegFile> ReadRegFile(const FileReader& files, const std::wstring& path);
+
+// Does what a registry file says, as the system's tool does: key after key, in the file's order.
+
+// Only the changes of one hive, whose root the key is.
+void ApplyRegFile(const RegFile& file, RegistryHive hive, RegistryKey& root);
+
+// Goes on after a failure; the code is that of the first one. What is to be removed and is not
+// there is no failure.
+[[nodiscard]] SystemCode ApplyRegFile(const RegFile& file, RegistryEditor& registry);
+
+// Whether a change of the file is one of this hive.
+bool Concerns(const RegFile& file, RegistryHive hive);
+
+}  // namespace carrovan

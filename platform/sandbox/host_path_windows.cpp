@@ -1,9 +1,0 @@
-#include "platform/sandbox/host_path.h"
-
-namespace carrovan {
-
-std::filesystem::path HostPathFromText(const std::wstring& text) { return {text}; }
-
-std::wstring TextFromHostName(const std::filesystem::path& name) { return name.native(); }
-
-}  // namespace carrovan

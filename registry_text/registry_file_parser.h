@@ -1,0 +1,86 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "registry_text/registry_key.h"
+
+namespace carrovan {
+
+// Goes through a text line by line and through a line piece by piece. Lines end in CR LF or LF.
+class RegLineReader {
+ public:
+  explicit RegLineReader(std::wstring_view text) : rest_(text) {}
+
+  // Moves to the next line, past its leading blanks. False at the end of the text.
+  bool NextLine();
+  std::size_t LineNumber() const { return lineNumber_; }
+
+  // What is left of the line.
+  std::wstring_view Line() const { return line_; }
+
+  // True when the line holds nothing more but a comment.
+  bool AtEnd() const { return line_.empty() || line_.front() == L';'; }
+
+  // The first character of the next line that is no blank; zero when there is none.
+  wchar_t PeekNextLine() const;
+
+  // Takes a text, and the blanks behind it, off the line. False when something else is there.
+  bool Take(std::wstring_view expected);
+
+  // Takes a quoted string with its escapes; nothing when it does not end on this line or holds an
+  // escape that has no meaning.
+  std::optional<std::wstring> TakeString();
+
+  // Takes a hexadecimal number of at most that many digits.
+  std::optional<std::uint32_t> TakeHex(std::size_t mostDigits);
+
+ private:
+  void SkipBlanks();
+
+  std::wstring_view rest_;
+  std::wstring_view line_;
+  std::size_t lineNumber_ = 0;
+};
+
+// Registry text files as the system's registry tool writes them ("Windows Registry Editor Version
+// 5.00") and those of its forerunner ("REGEDIT4").
+
+struct RegValueChange {
+  RegistryValue value;  // only the name counts for a removal
+  bool remove = false;
+};
+
+struct RegKeyChange {
+  RegistryHive hive = RegistryHive::kCurrentUser;
+  std::wstring keyPath;  // relative to the hive; empty for the hive itself
+  bool remove = false;   // with everything below it
+  std::vector<RegValueChange> values;
+};
+
+// A line that says nothing that can be done.
+struct RegFileProblem {
+  std::size_t line = 0;  // from 1
+  std::wstring text;
+};
+
+struct RegFile {
+  std::vector<RegKeyChange> keys;  // in the order of the file
+  std::vector<RegFileProblem> problems;
+};
+
+// True for the line with which a registry file begins.
+bool IsRegFileHeader(std::wstring_view line);
+
+// Nothing when the text is not a registry file. A line with a problem is left out and the rest is
+// read, as the system's tool does; the values below a key line with a problem are left out too.
+std::optional<RegFile> ParseRegFile(std::wstring_view text);
+
+// The hive that a root name means ("HKEY_CURRENT_USER" or "HKCU", in any case).
+std::optional<RegistryHive> HiveOfRoot(std::wstring_view name);
+
+}  // namespace carrovan

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "registry_text/registry_key.h"
+
+namespace carrovan {
+
+enum class RegFileForm {
+  // As the system's tool exports a key, byte for byte. A string value loses what quotes cannot
+  // hold:
+  // text behind its first zero, a missing terminating zero, an odd last byte.
+  kExport,
+  // The same, but a string that would lose something is written as bytes.
+  kLossless,
+};
+
+// The text of a registry file with a key and everything below it. The key's path is relative to the
+// hive and is written as it is given.
+std::wstring WriteRegFile(RegistryHive hive, const std::wstring& keyPath, const RegistryKey& key,
+                          RegFileForm form);
+
+// A value as it stands in such a file behind its name, on one line however long it is: "text",
+// dword:00000001, hex:01,02. Nothing is lost.
+std::wstring RegValueText(const RegistryValue& value);
+
+}  // namespace carrovan

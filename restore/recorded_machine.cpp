@@ -1,0 +1,291 @@
+#include "restore/recorded_machine.h"
+
+#include "platform/command_interpreter.h"
+#include "platform/registry_file.h"
+#include "registry_text/registry_key.h"
+#include "restore/change_recorder.h"
+#include "text/path_text.h"
+
+namespace carrovan {
+
+namespace {
+
+ArchiveResult ResultOf(SystemCode code) {
+  return code == kSystemDiskFull ? ArchiveResult::kDiskFull : ArchiveResult::kTargetNotWritable;
+}
+
+class Writer : public ArchiveWriter {
+ public:
+  Writer(std::unique_ptr<ArchiveWriter> writer, std::wstring path, ChangeRecorder& recorder)
+      : writer_(std::move(writer)), path_(std::move(path)), recorder_(recorder) {}
+
+  ArchiveResult Add(const std::wstring& entryName, const std::wstring& sourcePath) override {
+    return writer_->Add(entryName, sourcePath);
+  }
+  ArchiveResult Close() override {
+    return MakeRecorded(
+        recorder_, path_, [&] { return writer_->Close(); }, ResultOf);
+  }
+
+ private:
+  std::unique_ptr<ArchiveWriter> writer_;
+  std::wstring path_;
+  ChangeRecorder& recorder_;
+};
+
+class Reader : public ArchiveReader {
+ public:
+  Reader(std::unique_ptr<ArchiveReader> reader, ChangeRecorder& recorder)
+      : reader_(std::move(reader)), recorder_(recorder) {}
+
+  std::optional<ArchiveItem> Item(std::size_t index) const override { return reader_->Item(index); }
+  ArchiveResult Extract(std::size_t index, const std::wstring& targetPath) override {
+    return MakeRecorded(
+        recorder_, targetPath, [&] { return reader_->Extract(index, targetPath); }, ResultOf);
+  }
+
+ private:
+  std::unique_ptr<ArchiveReader> reader_;
+  ChangeRecorder& recorder_;
+};
+
+}  // namespace
+
+std::unique_ptr<ArchiveWriter> RecordedArchives::Create(const std::wstring& archivePath,
+                                                        ArchivePurpose purpose) {
+  auto writer = archives_.Create(archivePath, purpose);
+  if (!writer) return nullptr;
+  return std::make_unique<Writer>(std::move(writer), archivePath, recorder_);
+}
+
+std::unique_ptr<ArchiveReader> RecordedArchives::Open(const std::wstring& archivePath) {
+  auto reader = archives_.Open(archivePath);
+  return reader ? std::make_unique<Reader>(std::move(reader), recorder_) : nullptr;
+}
+
+namespace {
+
+// The second note is made when the file has taken its place, or has been given up.
+class RecordedReplacement : public FileReplacement {
+ public:
+  RecordedReplacement(ChangeRecorder& recorder, std::wstring path,
+                      std::unique_ptr<FileReplacement> file)
+      : recorder_(recorder), path_(std::move(path)), file_(std::move(file)) {}
+  ~RecordedReplacement() override {
+    file_.reset();
+    recorder_.FileChanged(path_);
+  }
+  RecordedReplacement(const RecordedReplacement&) = delete;
+  RecordedReplacement& operator=(const RecordedReplacement&) = delete;
+
+  SystemCode Append(std::string_view part) override { return file_->Append(part); }
+  SystemCode Complete() override { return file_->Complete(); }
+
+ private:
+  ChangeRecorder& recorder_;
+  std::wstring path_;
+  std::unique_ptr<FileReplacement> file_;
+};
+
+}  // namespace
+
+SystemCode RecordedFiles::CreateFolder(const std::wstring& path) {
+  // Making a folder that is there changes nothing.
+  if (Exists(path) || recorder_.IsScratch(path)) return ForwardingFiles::CreateFolder(path);
+  const SystemCode code = recorder_.FolderMade(path);
+  return code == kSystemOk ? ForwardingFiles::CreateFolder(path) : code;
+}
+
+SystemCode RecordedFiles::CreateEmptyFile(const std::wstring& path) {
+  return MakeRecorded(recorder_, path, [&] { return ForwardingFiles::CreateEmptyFile(path); });
+}
+
+SystemCode RecordedFiles::RemoveFile(const std::wstring& path) {
+  if (IsLink(path) && !recorder_.IsScratch(path)) return recorder_.TakeLink(path);
+  return MakeRecorded(recorder_, path, [&] { return ForwardingFiles::RemoveFile(path); });
+}
+
+SystemCode RecordedFiles::RemoveFolder(const std::wstring& path) {
+  if (IsLink(path) && !recorder_.IsScratch(path)) return recorder_.TakeLink(path);
+  return MakeRecorded(recorder_, path, [&] { return ForwardingFiles::RemoveFolder(path); });
+}
+
+SystemCode RecordedFiles::WriteBytes(const std::wstring& path, std::string_view bytes) {
+  return MakeRecorded(recorder_, path, [&] { return ForwardingFiles::WriteBytes(path, bytes); });
+}
+
+SystemCode RecordedFiles::BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,
+                                           std::unique_ptr<FileReplacement>& replacement) {
+  if (recorder_.IsScratch(path)) {
+    return ForwardingFiles::BeginReplacement(path, expectedBytes, replacement);
+  }
+  if (const SystemCode code = recorder_.FileChanges(path); code != kSystemOk) return code;
+  std::unique_ptr<FileReplacement> file;
+  const SystemCode code = ForwardingFiles::BeginReplacement(path, expectedBytes, file);
+  if (code != kSystemOk) {
+    recorder_.FileChanged(path);
+    return code;
+  }
+  replacement = std::make_unique<RecordedReplacement>(recorder_, path, std::move(file));
+  return kSystemOk;
+}
+
+SystemCode RecordedFiles::AppendBytes(const std::wstring& path, std::string_view bytes) {
+  return MakeRecorded(recorder_, path, [&] { return ForwardingFiles::AppendBytes(path, bytes); });
+}
+
+SystemCode RecordedFiles::HoldFile(const std::wstring& path, FileHold hold) {
+  return MakeRecorded(recorder_, path, [&] { return ForwardingFiles::HoldFile(path, hold); });
+}
+
+SystemCode RecordedFiles::CopyOver(const std::wstring& source, const std::wstring& target) {
+  return MakeRecorded(recorder_, target, [&] { return ForwardingFiles::CopyOver(source, target); });
+}
+
+SystemCode RecordedFiles::MoveTo(const std::wstring& source, const std::wstring& target) {
+  if (recorder_.IsScratch(source) && recorder_.IsScratch(target)) {
+    return ForwardingFiles::MoveTo(source, target);
+  }
+  // It would be taken into the restore point instead.
+  if (IsLink(source)) return kAccessDenied;
+  const std::wstring from = TidyPath(source);
+  const std::wstring to = TidyPath(target);
+  std::vector<std::wstring> moved;
+  SystemCode code = recorder_.TreeChanges(from, moved);
+  std::vector<std::wstring> noted = moved;
+  for (const std::wstring& path : moved) {
+    if (code != kSystemOk) break;
+    noted.push_back(to + path.substr(from.size()));
+    code = recorder_.FileChanges(noted.back());
+  }
+  if (code == kSystemOk) code = ForwardingFiles::MoveTo(source, target);
+  for (const std::wstring& path : noted) recorder_.FileChanged(path);
+  return code;
+}
+
+namespace {
+
+std::vector<std::wstring> NamesOf(const std::vector<RegistryValue>& values) {
+  std::vector<std::wstring> names;
+  for (const RegistryValue& value : values) names.push_back(value.name);
+  return names;
+}
+
+std::vector<std::wstring> NamesOf(const std::vector<RegValueChange>& values) {
+  std::vector<std::wstring> names;
+  for (const RegValueChange& change : values) names.push_back(change.value.name);
+  return names;
+}
+
+struct NamedKey {
+  RegistryHive hive;
+  std::wstring path;
+};
+
+// A command whose end is noted for the keys that it changes.
+class RecordedCommand : public RunningCommand {
+ public:
+  RecordedCommand(std::unique_ptr<RunningCommand> command, std::vector<NamedKey> keys,
+                  ChangeRecorder& recorder)
+      : command_(std::move(command)), keys_(std::move(keys)), recorder_(recorder) {}
+
+  bool WaitForEnd() override {
+    const bool succeeded = command_->WaitForEnd();
+    for (const NamedKey& key : keys_) recorder_.KeyChanged(key.hive, key.path);
+    return succeeded;
+  }
+
+ private:
+  std::unique_ptr<RunningCommand> command_;
+  std::vector<NamedKey> keys_;
+  ChangeRecorder& recorder_;
+};
+
+SystemCode NoteKeys(const RegFile& file, ChangeRecorder& recorder, std::vector<NamedKey>& keys) {
+  for (const RegKeyChange& change : file.keys) {
+    std::vector<std::wstring> noted;
+    const SystemCode code =
+        change.remove ? recorder.KeyTreeChanges(change.hive, change.keyPath, noted)
+                      : recorder.KeyChanges(change.hive, change.keyPath, NamesOf(change.values));
+    if (code != kSystemOk) return code;
+    if (!change.remove) noted.push_back(change.keyPath);
+    for (std::wstring& path : noted) keys.push_back({change.hive, std::move(path)});
+  }
+  return kSystemOk;
+}
+
+}  // namespace
+
+SystemCode RecordedRegistry::SetValues(RegistryHive hive, const std::wstring& keyPath,
+                                       const std::vector<RegistryValue>& values) {
+  const SystemCode noted = recorder_.KeyChanges(hive, keyPath, NamesOf(values));
+  if (noted != kSystemOk) return noted;
+  const SystemCode code = registry_.SetValues(hive, keyPath, values);
+  recorder_.KeyChanged(hive, keyPath);
+  return code;
+}
+
+SystemCode RecordedRegistry::CreateKey(RegistryHive hive, const std::wstring& keyPath) {
+  if (const SystemCode code = recorder_.KeyChanges(hive, keyPath); code != kSystemOk) return code;
+  const SystemCode code = registry_.CreateKey(hive, keyPath);
+  recorder_.KeyChanged(hive, keyPath);
+  return code;
+}
+
+SystemCode RecordedRegistry::DeleteValue(RegistryHive hive, const std::wstring& keyPath,
+                                         const std::wstring& name) {
+  if (const SystemCode code = recorder_.KeyChanges(hive, keyPath); code != kSystemOk) return code;
+  const SystemCode code = registry_.DeleteValue(hive, keyPath, name);
+  recorder_.KeyChanged(hive, keyPath);
+  return code;
+}
+
+SystemCode RecordedRegistry::DeleteTree(RegistryHive hive, const std::wstring& keyPath) {
+  // An empty path is refused there, and would be the whole hive here.
+  if (keyPath.empty()) return registry_.DeleteTree(hive, keyPath);
+  std::vector<std::wstring> noted;
+  SystemCode code = recorder_.KeyTreeChanges(hive, keyPath, noted);
+  if (code == kSystemOk) code = registry_.DeleteTree(hive, keyPath);
+  for (const std::wstring& path : noted) recorder_.KeyChanged(hive, path);
+  return code;
+}
+
+SystemCode RecordedRegistry::CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
+                                      RegistryHive targetHive, const std::wstring& targetPath) {
+  std::vector<std::wstring> noted;
+  SystemCode code = NoteCopy(sourceHive, sourcePath, targetHive, targetPath, noted);
+  if (code == kSystemOk) {
+    code = registry_.CopyTree(sourceHive, sourcePath, targetHive, targetPath);
+  }
+  for (const std::wstring& path : noted) recorder_.KeyChanged(targetHive, path);
+  return code;
+}
+
+SystemCode RecordedRegistry::NoteCopy(RegistryHive sourceHive, const std::wstring& sourcePath,
+                                      RegistryHive targetHive, const std::wstring& targetPath,
+                                      std::vector<std::wstring>& noted) {
+  const auto subkeys = reader_.SubkeyNames(sourceHive, sourcePath);
+  const auto values = reader_.Values(sourceHive, sourcePath);
+  if (!subkeys || !values) return kSystemOk;
+  const SystemCode parent = recorder_.KeyChanges(targetHive, targetPath, NamesOf(*values));
+  if (parent != kSystemOk) return parent;
+  noted.push_back(targetPath);
+  for (const std::wstring& subkey : *subkeys) {
+    const SystemCode code = NoteCopy(sourceHive, JoinKey(sourcePath, subkey), targetHive,
+                                     JoinKey(targetPath, subkey), noted);
+    if (code != kSystemOk) return code;
+  }
+  return kSystemOk;
+}
+
+std::unique_ptr<RunningCommand> RecordedInterpreter::Start(const std::wstring& parameters) {
+  const auto path = ImportedFile(parameters);
+  const auto file = path ? ReadRegFile(files_, *path) : std::nullopt;
+  std::vector<NamedKey> keys;
+  if (file && NoteKeys(*file, recorder_, keys) != kSystemOk) return nullptr;
+  auto command = interpreter_.Start(parameters);
+  if (!command) return nullptr;
+  return std::make_unique<RecordedCommand>(std::move(command), std::move(keys), recorder_);
+}
+
+}  // namespace carrovan
