@@ -25,11 +25,11 @@ bool CCarrovanApp::InitInstance() {
 
   const ResourceModule resources = LoadLanguageResources(L"MevrinLg");
   const MachineOrReason opened = OpenNativeMachine();
-  if (!opened.machine) {
+  if (!opened.object) {
     ShowApplicationMessageBox(nullptr, opened.reason);
     return false;
   }
-  CCarrovanDlg(resources, opened.machine->Ports()).Run();
+  CCarrovanDlg(resources, opened.object->Ports()).Run();
   return false;
 }
 

@@ -72,16 +72,18 @@ constexpr UINT kScaleChanged = 0x02E0;
 CCarrovanDlg::CCarrovanDlg(const ResourceModule& resources, const Machine& machine)
     : resources_(resources),
       machine_(machine),
-      registryTool_(machine.interpreter, machine.clock, RegistryToolPace::kFixedPause),
-      runs_({context_, state_, machine, registryTool_, *this}),
-      flow_({context_, state_, machine, registryTool_, *this, runs_.Import(), runs_.Reset()}),
+      registryTool_(*machine.registryTool, *machine.clock, RegistryToolPace::kFixedPause),
+      dom_(OpenXmlDom(*machine.files)),
+      console_(OpenConsole()),
+      log_(*console_),
+      flow_({context_, state_, machine, registryTool_, *dom_, log_, *this}),
       fonts_(USER_DEFAULT_SCREEN_DPI),
       start_({resources, fonts_}, state_, context_),
       version_({resources, fonts_}, context_),
       export_({resources, fonts_}),
       finish_({resources, fonts_}),
       path_({resources, fonts_}, state_, context_,
-            [this](PathPageView& page) { RunStep([&] { runs_.SelectFile(page); }); }),
+            [this](PathPageView& page) { RunStep([&] { flow_.SelectFile(page); }); }),
       import_({resources, fonts_}),
       reset_({resources, fonts_}) {}
 
@@ -133,7 +135,7 @@ std::optional<std::wstring> CCarrovanDlg::SelectedVersion(WizardPage page) const
   return page == WizardPage::kVersion ? version_.SelectedVersion() : path_.SelectedVersion();
 }
 
-EditableCategoryTree& CCarrovanDlg::Tree(WizardPage categoryPage) {
+CategoryTree& CCarrovanDlg::Tree(WizardPage categoryPage) {
   switch (categoryPage) {
     case WizardPage::kImportCategories:
       return import_.Tree();
@@ -153,7 +155,7 @@ void CCarrovanDlg::EndProgram() {
 bool CCarrovanDlg::OnInitDialog() {
   AddAboutToSystemMenu();
   LoadIcons();
-  if (IsProductRunning(machine_.processes)) {
+  if (IsProductRunning(*machine_.processes)) {
     ShowMessage(resources_.Text(static_cast<int>(StringId::kCloseProductFirst)));
     CloseWizard();
   }

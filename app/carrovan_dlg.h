@@ -3,9 +3,9 @@
 #include <windows.h>
 
 #include <functional>
+#include <memory>
 #include <vector>
 
-#include "app/wizard_runs.h"
 #include "pages/category_pages.h"
 #include "pages/end_pages.h"
 #include "pages/version_pages.h"
@@ -50,6 +50,17 @@ class BusyWindow {
   HCURSOR formerCursor_;
 };
 
+// The log of merges goes to standard output, for those who start the wizard with one.
+class StandardLog : public LineLog {
+ public:
+  explicit StandardLog(Console& console) : console_(console) {}
+
+  void WriteLine(std::wstring_view line) override { console_.Out(std::wstring(line) + L"\n"); }
+
+ private:
+  Console& console_;
+};
+
 // The wizard's window: the pages, of which one is shown, above the row of buttons. It owns all that
 // the wizard knows and works with.
 class CCarrovanDlg : public Dialog, public WizardFrame {
@@ -69,7 +80,7 @@ class CCarrovanDlg : public Dialog, public WizardFrame {
   void ShowButtons(const WizardButtons& buttons) override;
   bool AskYesNo(const std::wstring& question) override;
   std::optional<std::wstring> SelectedVersion(WizardPage page) const override;
-  EditableCategoryTree& Tree(WizardPage categoryPage) override;
+  CategoryTree& Tree(WizardPage categoryPage) override;
   void EndProgram() override;
 
  protected:
@@ -97,8 +108,10 @@ class CCarrovanDlg : public Dialog, public WizardFrame {
   const Machine machine_;
   ProductContext context_;
   WizardState state_;
-  RegistryTool registryTool_;
-  WizardRuns runs_;
+  PacedRegistryTool registryTool_;
+  std::unique_ptr<XmlDom> dom_;
+  std::unique_ptr<Console> console_;
+  StandardLog log_;
   WizardFlow flow_;
   WizardFonts fonts_;
   IconHandle bigIcon_;

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "package/overlay.h"
+#include "package/put_in_place.h"
 #include "platform/file_operations.h"
 #include "platform/sandbox/sandbox_machine.h"
 #include "text/text.h"
@@ -28,8 +28,8 @@ bool LayOver(const Machine& machine) {
   SilentView view;
   ProductContext context;
   context.stagingFolder = L"C:\\Staging\\";
-  RegistryTool tool(machine.interpreter, machine.clock, RegistryToolPace::kWaitForEnd);
-  ImportReport report;
+  PacedRegistryTool tool(*machine.registryTool, *machine.clock, RegistryToolPace::kWaitForEnd);
+  RunReport report;
   return LayOverProfile({context, L"C:\\Profile\\", machine, tool, view}, report);
 }
 
@@ -44,11 +44,11 @@ int main(int argc, char** argv) {
     return 2;
   }
   const auto opened = SandboxMachine::Open(FromUtf8(arguments[1]));
-  if (!opened.machine) {
+  if (!opened.object) {
     std::cerr << ToUtf8(opened.reason) << '\n';
     return 1;
   }
-  const Machine machine = opened.machine->Ports();
+  const Machine machine = opened.object->Ports();
   if (arguments[0] == "overlay") return LayOver(machine) ? 0 : 1;
-  return WipeFolder(machine.files, FromUtf8(arguments[2])) ? 0 : 1;
+  return WipeFolder(*machine.files, FromUtf8(arguments[2])) ? 0 : 1;
 }

@@ -3,10 +3,9 @@
 #include <algorithm>
 
 #include "environment/installed_versions.h"
-#include "wizard/category_tree.h"
+#include "environment/string_table.h"
 
 namespace carrovan {
-
 namespace {
 
 std::wstring KnownLabels() {
@@ -16,44 +15,6 @@ std::wstring KnownLabels() {
   }
   return labels;
 }
-
-}  // namespace
-
-std::optional<ExitStatus> RefuseUnknownLabels(const Session& session,
-                                              const CategoryChoice& choice) {
-  for (const std::wstring& label : choice.labels) {
-    if (FindCategoryByLabel(label) != nullptr) continue;
-    return session.Misused(L"There is no category \"" + label + L"\"; there are " + KnownLabels());
-  }
-  return std::nullopt;
-}
-
-bool CheckChosen(const Session& session, const CategoryChoice& choice, const std::wstring& place,
-                 CategoryChecklist& checklist) {
-  if (choice.all) return true;
-  checklist.SetAllChecked(false);
-  bool offered = true;
-  for (const std::wstring& label : choice.labels) {
-    if (checklist.SetChecked(FindCategoryByLabel(label)->category, true)) continue;
-    session.Complain(L"\"" + label + L"\" is not offered " + place);
-    offered = false;
-  }
-  return offered;
-}
-
-std::vector<CategoryOutcome> OutcomesOf(const CategoryTree& tree, const std::wstring& whenChecked,
-                                        const std::wstring& whenNot) {
-  std::vector<CategoryOutcome> outcomes;
-  VisitLeaves(tree, tree.Root(), [&](CategoryTree::Item leaf) {
-    const CategoryRecord* record = FindCategory(tree.ItemData(leaf));
-    if (record == nullptr) return;
-    outcomes.push_back(
-        {std::wstring(Text(record->label)), tree.IsChecked(leaf) ? whenChecked : whenNot});
-  });
-  return outcomes;
-}
-
-namespace {
 
 bool IsInstalled(const ProductContext& context, const std::wstring& year) {
   return std::ranges::any_of(context.installedVersions, [&](const InstalledVersion& version) {
@@ -71,11 +32,32 @@ std::wstring InstalledYears(const ProductContext& context) {
 
 }  // namespace
 
-bool RequireInstalled(const Session& session, const ProductContext& context,
-                      const std::wstring& year) {
-  if (IsInstalled(context, year)) return true;
-  session.Fail(L"Version " + year + L" is not installed; installed: " + InstalledYears(context));
-  return false;
+std::optional<std::wstring> RefusalOfLabels(const CategoryChoice& choice) {
+  for (const std::wstring& label : choice.labels) {
+    if (FindCategoryByLabel(label) != nullptr) continue;
+    return L"There is no category \"" + label + L"\"; there are " + KnownLabels();
+  }
+  return std::nullopt;
+}
+
+ChosenCategories ChooseCategories(const CategoryChoice& choice, const CategorySet& offered,
+                                  const std::wstring& place) {
+  if (choice.all) return {offered, {}};
+  ChosenCategories categories;
+  for (const std::wstring& label : choice.labels) {
+    const SettingCategory category = FindCategoryByLabel(label)->category;
+    if (offered.contains(category)) {
+      categories.chosen.insert(category);
+    } else {
+      categories.refusals.push_back(L"\"" + label + L"\" is not offered " + place);
+    }
+  }
+  return categories;
+}
+
+std::optional<std::wstring> RefusalOfYear(const ProductContext& context, const std::wstring& year) {
+  if (IsInstalled(context, year)) return std::nullopt;
+  return L"Version " + year + L" is not installed; installed: " + InstalledYears(context);
 }
 
 }  // namespace carrovan

@@ -4,10 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "cli/applied_run.h"
-#include "cli/session.h"
 #include "environment/product_context.h"
-#include "wizard/category_checklist.h"
+#include "environment/setting_category.h"
 
 namespace carrovan {
 
@@ -17,20 +15,20 @@ struct CategoryChoice {
   std::vector<std::wstring> labels;
 };
 
-// Wrong usage, after saying so, when a label is no category's.
-std::optional<ExitStatus> RefuseUnknownLabels(const Session& session, const CategoryChoice& choice);
+// Why the labels are wrong usage: one is no category's.
+std::optional<std::wstring> RefusalOfLabels(const CategoryChoice& choice);
 
-// Checks the chosen categories and no others. False, after naming each, when some are not offered;
-// `place` says where not, for example "for version 2024".
-bool CheckChosen(const Session& session, const CategoryChoice& choice, const std::wstring& place,
-                 CategoryChecklist& checklist);
+// The categories of a choice, or one line for each that is not offered.
+struct ChosenCategories {
+  CategorySet chosen;
+  std::vector<std::wstring> refusals;
+};
 
-// What was done with each category of the tree.
-std::vector<CategoryOutcome> OutcomesOf(const CategoryTree& tree, const std::wstring& whenChecked,
-                                        const std::wstring& whenNot);
+// `place` says where a category is not offered, for example "for version 2024".
+ChosenCategories ChooseCategories(const CategoryChoice& choice, const CategorySet& offered,
+                                  const std::wstring& place);
 
-// False, after saying which ones there are, when no installed version has this year.
-bool RequireInstalled(const Session& session, const ProductContext& context,
-                      const std::wstring& year);
+// Why a version cannot be worked on: no installed one has this year.
+std::optional<std::wstring> RefusalOfYear(const ProductContext& context, const std::wstring& year);
 
 }  // namespace carrovan

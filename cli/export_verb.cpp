@@ -1,5 +1,4 @@
 #include "cli/category_choice.h"
-#include "cli/command_line_view.h"
 #include "cli/progress.h"
 #include "cli/verbs.h"
 #include "environment/installed_versions.h"
@@ -43,8 +42,7 @@ bool IsComplete(const ExportReport& report) {
          report.missingKeys.empty() && report.emptyCategories.empty();
 }
 
-ExitStatus Conclude(const Session& session, const ExportReport& report,
-                    const CommandLineView& view) {
+ExitStatus Conclude(const Session& session, const ExportReport& report) {
   const ArchiveResult outcome = report.package.outcome;
   if (outcome == ArchiveResult::kDone || !report.refusal.empty()) NameWhatFailed(session, report);
   if (outcome != ArchiveResult::kDone) {
@@ -56,47 +54,52 @@ ExitStatus Conclude(const Session& session, const ExportReport& report,
     session.Complain(L"Not stored: \"" + std::wstring(Text(record->label)) +
                      L"\": this version has nothing of it");
   }
-  session.Print(view.FinishText());
+  session.Print(ExportFinishText(report.archivePath));
   return IsComplete(report) ? ExitStatus::kDone : ExitStatus::kPartly;
 }
 
 ExitStatus ExportVersion(const Session& session, const ExportOptions& options,
-                         const Machine& machine, CommandLineView& view, ProductContext& context) {
+                         const std::wstring& output, const Machine& machine,
+                         ProductContext& context) {
   SelectShownVersion(context, options.year);
   const StagingFolder staging(context, machine);
-  if (!staging.IsMade())
+  if (!staging.IsMade()) {
     return session.Fail(L"No staging folder can be made in the temporary path");
+  }
   if (!PrepareVersionFolders(context, machine)) {
     return session.Fail(L"The folders of version " + options.year + L" cannot be told");
   }
-  CategoryChecklist checklist = CategoryChecklist::ForExport(context);
-  if (!CheckChosen(session, options.categories, L"for version " + options.year, checklist)) {
-    return ExitStatus::kFailed;
-  }
+  const ChosenCategories categories = ChooseCategories(options.categories, OfferedOnExport(context),
+                                                       L"for version " + options.year);
+  for (const std::wstring& refusal : categories.refusals) session.Complain(refusal);
+  if (!categories.refusals.empty()) return ExitStatus::kFailed;
 
-  RegistryTool tool(machine.interpreter, machine.clock, RegistryToolPace::kWaitForEnd);
-  const auto report = RunExport({context, machine, tool, view, checklist});
-  return report ? Conclude(session, *report, view) : ExitStatus::kFailed;
+  PacedRegistryTool tool(*machine.registryTool, *machine.clock, RegistryToolPace::kWaitForEnd);
+  RunObserver observer;
+  return Conclude(session,
+                  RunExport({context, machine, tool, observer}, categories.chosen, output));
 }
 
 }  // namespace
 
 ExitStatus RunExportVerb(const Session& session, const ExportOptions& options) {
-  if (const auto refused = RefuseUnknownLabels(session, options.categories)) return *refused;
+  if (const auto refusal = RefusalOfLabels(options.categories)) return session.Misused(*refusal);
   const std::wstring output = WithPackageExtension(options.output);
   if (!IsPackageName(output)) return session.Misused(L"The package's name must end in .ucex");
 
   const auto owned = session.OpenMachine();
   if (!owned) return ExitStatus::kFailed;
-  ProgressArchives archives(owned->Ports().archives, session.console());
-  const Machine machine = WithArchives(owned->Ports(), archives);
+  Machine machine = owned->Ports();
+  ProgressArchives archives(*machine.archives, session.console());
+  machine.archives = &archives;
   SweepRunFolders(machine);
-  CommandLineView view(session, output);
   ProductContext context;
-  if (!LoadProductContext(context, machine, view)) return ExitStatus::kFailed;
-  EnumerateInstalledVersions(context, machine.registry);
-  if (!RequireInstalled(session, context, options.year)) return ExitStatus::kFailed;
-  return ExportVersion(session, options, machine, view, context);
+  if (!LoadProductContext(context, machine)) {
+    return session.Fail(TextOf(RunRefusal::kUnknownProduct));
+  }
+  EnumerateInstalledVersions(context, *machine.registry);
+  if (const auto refusal = RefusalOfYear(context, options.year)) return session.Fail(*refusal);
+  return ExportVersion(session, options, output, machine, context);
 }
 
 }  // namespace carrovan

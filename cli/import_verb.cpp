@@ -1,139 +1,124 @@
-#include "cli/applied_run.h"
 #include "cli/category_choice.h"
-#include "cli/command_line_view.h"
 #include "cli/progress.h"
+#include "cli/run_output.h"
 #include "cli/trust_refusal.h"
 #include "cli/verbs.h"
 #include "environment/installed_versions.h"
-#include "package/import_steps.h"
+#include "environment/string_table.h"
+#include "package/import_run.h"
+#include "package/legacy_import.h"
 #include "package/package_inspection.h"
-#include "package/package_selection.h"
 #include "package/staging_folder.h"
-#include "package/trusted_interpreter.h"
+#include "package/trusted_registry_tool.h"
 
 namespace carrovan {
 namespace {
 
-// The path page's questions, answered by the command line.
-class CommandLinePathPage : public PathPageView {
+RunOutcome Refused(RunOutcome outcome, std::vector<std::wstring> refusals) {
+  outcome.refusals = std::move(refusals);
+  return outcome;
+}
+
+// One import on one machine.
+class Import {
  public:
-  explicit CommandLinePathPage(const ImportOptions& options) : options_(options) {}
-
-  std::optional<std::wstring> ChooseOpenFile(const OpenFileQuestion&) override {
-    return options_.package;
-  }
-  void ShowPackagePath(const std::wstring&) override {}
-  void ListVersions(const std::vector<std::wstring>& versions) override { listed_ = versions; }
-
-  // A legacy package leaves no choice.
-  std::optional<std::wstring> SelectedVersion() const override {
-    return IsLegacyPackageName(options_.package) ? listed_.back() : options_.year;
-  }
-
- private:
-  const ImportOptions& options_;
-  std::vector<std::wstring> listed_;
-};
-
-// One import from the command line.
-class ImportVerb {
- public:
-  ImportVerb(const Session& session, const ImportOptions& options, const Machine& machine,
-             LineLog& log)
-      : session_(session),
-        options_(options),
+  Import(const ImportOptions& options, const Machine& machine, LineLog& log)
+      : options_(options),
         machine_(machine),
-        view_(session, L""),
-        tool_(machine.interpreter, machine.clock, RegistryToolPace::kWaitForEnd),
-        dom_(OpenXmlDom(machine.files)),
-        run_{context_, state_.package, machine_, tool_, *dom_, log, view_, report_},
-        steps_(run_) {}
+        tool_(*machine.registryTool, *machine.clock, RegistryToolPace::kWaitForEnd),
+        dom_(OpenXmlDom(*machine.files)),
+        run_{outcome_.context, state_.package, machine_, tool_, *dom_, log,
+             observer_,        outcome_.report} {}
 
-  // Nothing after saying why.
-  std::optional<AppliedRun> Run() {
-    if (!LoadProductContext(context_, machine_, view_)) return std::nullopt;
-    EnumerateInstalledVersions(context_, machine_.registry);
-    InitializePackageState(state_.package, context_, machine_);
-    if (!IsPackageThere()) return std::nullopt;
-    const StagingFolder staging(context_, machine_);
+  RunOutcome Run() {
+    ProductContext& context = outcome_.context;
+    if (!LoadProductContext(context, machine_)) return Refuse(RunRefusal::kUnknownProduct);
+    EnumerateInstalledVersions(context, *machine_.registry);
+    InitializePackageState(state_.package, context, machine_);
+    if (!machine_.archives->Open(options_.package)) {
+      return Refuse(DescribeNoPackage(*machine_.files, options_.package));
+    }
+    const StagingFolder staging(context, machine_);
     if (!staging.IsMade()) return Refuse(L"No staging folder can be made in the temporary path");
-    return IsLegacyPackageName(options_.package) ? ImportLegacyPackage() : ImportPackage();
+    return IsLegacyPackageName(options_.package) ? ImportDocument() : ImportCategories();
   }
 
  private:
-  bool IsPackageThere() const {
-    if (machine_.archives.Open(options_.package)) return true;
-    session_.Fail(DescribeNoPackage(machine_.files, options_.package));
-    return false;
-  }
+  RunOutcome Refuse(const std::wstring& reason) const { return Refused(outcome_, {reason}); }
+  RunOutcome Refuse(RunRefusal refusal) const { return Refuse(TextOf(refusal)); }
 
-  void Select() {
-    CommandLinePathPage page(options_);
-    SelectPackage({run_, state_, page});
-  }
-
-  std::optional<AppliedRun> Refuse(const std::wstring& reason) const {
-    session_.Complain(reason);
-    return std::nullopt;
-  }
-
-  std::optional<AppliedRun> ImportPackage() {
-    if (!RequireInstalled(session_, context_, options_.year)) return std::nullopt;
-    Select();
-    CategoryChecklist checklist;
-    if (steps_.EnterCategories(checklist) != ImportSteps::Entry::kReady) return std::nullopt;
-    if (!CheckChosen(session_, options_.categories, L"by this package", checklist)) {
-      return std::nullopt;
+  RunOutcome ImportCategories() {
+    if (const auto refusal = RefusalOfYear(outcome_.context, options_.year)) {
+      return Refuse(*refusal);
     }
-    steps_.Apply(checklist);
-    return AppliedRun{report_, view_.FinishText(), OutcomesOf(checklist, L"imported", L"left out"),
-                      context_};
-  }
-
-  std::optional<AppliedRun> ImportLegacyPackage() {
-    Select();
-    if (state_.package.path.empty()) return std::nullopt;
-    if (!options_.year.empty() && options_.year != context_.selectedVersion) {
-      return Refuse(L"The package is for version " + context_.selectedVersion +
-                    L" and cannot be imported into " + options_.year);
+    state_.package.path = options_.package;
+    SelectTargetVersion(state_, outcome_.context, options_.year);
+    OpenPackage(run_);
+    if (const auto refusal = CheckTarget(run_)) return Refuse(*refusal);
+    if (NeedsMending(run_)) {
+      outcome_.notices.push_back(std::wstring(Text(StringId::kKeepPathFiles)));
     }
-    steps_.ApplyLegacy();
-    return AppliedRun{report_, view_.FinishText(), {}, context_};
+    const ImportPreparation preparation = RunImportPreparation(run_);
+    if (preparation.refusal) return Refuse(*preparation.refusal);
+    const ChosenCategories categories =
+        ChooseCategories(options_.categories, preparation.offered, L"by this package");
+    if (!categories.refusals.empty()) return Refused(outcome_, categories.refusals);
+    outcome_.offered = preparation.offered;
+    outcome_.chosen = categories.chosen;
+    ApplyPackage(run_, outcome_.offered, outcome_.chosen);
+    return Finished();
   }
 
-  const Session& session_;
+  RunOutcome ImportDocument() {
+    const LegacyOpening opening = OpenLegacyPackage(run_, options_.package);
+    outcome_.report.unextracted = opening.unextracted;
+    if (opening.refusal) return Refuse(*opening.refusal);
+    SelectTargetVersion(state_, outcome_.context, opening.targetText);
+    const std::wstring& target = outcome_.context.selectedVersion;
+    if (!options_.year.empty() && options_.year != target) {
+      return Refuse(L"The package is for version " + target + L" and cannot be imported into " +
+                    options_.year);
+    }
+    ImportLegacyCustomization(run_);
+    return Finished();
+  }
+
+  RunOutcome Finished() {
+    outcome_.finishText = ImportFinishText(outcome_.context);
+    return outcome_;
+  }
+
   const ImportOptions& options_;
   const Machine& machine_;
-  CommandLineView view_;
-  RegistryTool tool_;
+  PacedRegistryTool tool_;
   std::unique_ptr<XmlDom> dom_;
-  ProductContext context_;
+  RunObserver observer_;
   WizardState state_;
-  ImportReport report_;
+  RunOutcome outcome_;
   ImportRun run_;
-  PackageImport steps_;
 };
 
-std::optional<AppliedRun> RunOnce(const Session& session, const ImportOptions& options,
-                                  const Machine& machine, LineLog& log) {
-  if (options.trust) {
-    NotingInterpreter interpreter(machine.interpreter, machine.files);
-    auto applied = ImportVerb(session, options, WithInterpreter(machine, interpreter), log).Run();
-    if (!applied) return applied;
-    for (const std::wstring& line : interpreter.NotUnderstood()) {
-      applied->report.problems.push_back(L"Neither foreseen nor undone is what " + line);
-    }
-    return applied;
+RunOutcome ImportTrusted(const ImportOptions& options, Machine machine, LineLog& log) {
+  NotingRegistryTool tool(*machine.registryTool, *machine.files);
+  machine.registryTool = &tool;
+  RunOutcome outcome = Import(options, machine, log).Run();
+  for (const std::wstring& line : tool.NotUnderstood()) {
+    outcome.report.problems.push_back(L"Neither foreseen nor undone is what " + line);
   }
-  TrustedInterpreter interpreter(machine.interpreter, machine.files,
-                                 machine.product.CompanyShortName());
-  return ImportVerb(session, options, WithInterpreter(machine, interpreter), log).Run();
+  return outcome;
+}
+
+RunOutcome ImportChecked(const ImportOptions& options, Machine machine, LineLog& log) {
+  TrustedRegistryTool tool(*machine.registryTool, *machine.files,
+                           machine.product->CompanyShortName());
+  machine.registryTool = &tool;
+  return Import(options, machine, log).Run();
 }
 
 }  // namespace
 
 ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
-  if (const auto refused = RefuseUnknownLabels(session, options.categories)) return *refused;
+  if (const auto refusal = RefusalOfLabels(options.categories)) return session.Misused(*refusal);
   if (options.year.empty() && !IsLegacyPackageName(options.package)) {
     return session.Misused(L"--to is needed: the release year of the version to import into");
   }
@@ -142,14 +127,23 @@ ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
   }
   const auto owned = session.OpenMachine();
   if (!owned) return ExitStatus::kFailed;
-  ProgressArchives archives(owned->Ports().archives, session.console());
-  const Machine machine = WithArchives(owned->Ports(), archives);
-  if (session.RefuseBesideProduct(machine.processes)) return ExitStatus::kFailed;
-  if (RefusePackage(session, options.package, options.trust, machine)) return ExitStatus::kFailed;
+  Machine machine = owned->Ports();
+  ProgressArchives archives(*machine.archives, session.console());
+  machine.archives = &archives;
+  if (IsProductRunning(*machine.processes)) {
+    return session.Fail(TextOf(RunRefusal::kProductRunning));
+  }
+  const auto files = session.OpenFiles();
+  if (!files) return ExitStatus::kFailed;
+  if (const auto refusal = RefusalOfPackage(*files, options.package, options.trust, machine)) {
+    return session.Fail(*refusal);
+  }
   if (!options.run.dryRun) SweepRunFolders(machine);
-  return RunAsChosen(session, options.run, {L"import", options.year, options.package}, machine,
-                     [&options](const Session& on, const Machine& ports, LineLog& log) {
-                       return RunOnce(on, options, ports, log);
+  return RunAndPrint(session, options.run, {L"import", options.year, options.package},
+                     {L"imported", L"left out"}, machine,
+                     [&options](const Machine& ports, LineLog& log) {
+                       return options.trust ? ImportTrusted(options, ports, log)
+                                            : ImportChecked(options, ports, log);
                      });
 }
 

@@ -1,7 +1,6 @@
 #include <nlohmann/json.hpp>
 #include <numeric>
 
-#include "cli/command_line_view.h"
 #include "cli/json_text.h"
 #include "cli/verbs.h"
 #include "package/package_inspection.h"
@@ -115,16 +114,17 @@ ExitStatus RunInspectVerb(const Session& session, const InspectOptions& options)
 ExitStatus RunExtractVerb(const Session& session, const ExtractOptions& options) {
   const auto files = session.OpenFiles();
   if (!files) return ExitStatus::kFailed;
-  CommandLineView view(session, {});
+  RunObserver observer;
   const ExtractReport report =
-      ExtractArchive(files->Archives(), files->Files(), view, options.package,
+      ExtractArchive(files->Archives(), files->Files(), observer, options.package,
                      WithTrailingBackslash(options.folder));
   if (!report.opened) return session.Fail(DescribeNoPackage(files->Files(), options.package));
-  if (report.extracted == 0 && report.failed == 0) {
+  for (const std::wstring& path : report.failed) session.Complain(TextOfUnextracted(path));
+  if (report.extracted == 0 && report.failed.empty()) {
     return session.Fail(options.package + L" is empty");
   }
   session.Print(std::to_wstring(report.extracted) + L" files extracted to " + options.folder);
-  if (report.failed == 0) return ExitStatus::kDone;
+  if (report.failed.empty()) return ExitStatus::kDone;
   return report.extracted == 0 ? ExitStatus::kFailed : ExitStatus::kPartly;
 }
 

@@ -59,7 +59,7 @@ std::wstring SummaryText(const PreviewSummary& summary) {
 }
 
 std::wstring Shown(const RegistryValue& value) {
-  const std::wstring text = RegValueText(value);
+  const std::wstring text = RegistryValueText(value);
   if (text.size() <= kShownCharacters) return text;
   return text.substr(0, kShownCharacters) + L"... (" + std::to_wstring(text.size()) +
          L" characters)";
@@ -101,7 +101,7 @@ void PrintLines(const Session& session, const Items& items) {
 // For programs.
 
 json TextOrNull(const std::optional<RegistryValue>& value) {
-  return value ? json(ToUtf8(RegValueText(*value))) : json();
+  return value ? json(ToUtf8(RegistryValueText(*value))) : json();
 }
 
 json SizeOrNull(const FileImage& image) {

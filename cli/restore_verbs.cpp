@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "cli/command_line_view.h"
 #include "cli/json_text.h"
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
@@ -61,7 +60,7 @@ void PrintPoint(const Session& session, const RestorePoint& point) {
 
 // The restore root of the machine, or nothing after saying why there is none.
 std::optional<std::wstring> RequireRoot(const Session& session, const Machine& machine) {
-  auto root = RestoreRoot(machine.folders);
+  auto root = RestoreRoot(*machine.folders);
   if (!root) session.Fail(L"The user's application-data folder cannot be told");
   return root;
 }
@@ -107,7 +106,7 @@ ExitStatus RunRestorePointsVerb(const Session& session, const RestorePointsOptio
   const Machine machine = owned->Ports();
   const auto root = RequireRoot(session, machine);
   if (!root) return ExitStatus::kFailed;
-  const std::vector<RestorePoint> points = ReadAll(machine.files, *root);
+  const std::vector<RestorePoint> points = ReadAll(*machine.files, *root);
   if (options.json) {
     nlohmann::json list = nlohmann::json::array();
     for (const RestorePoint& point : points) list.push_back(ToJson(point));
@@ -126,7 +125,7 @@ ExitStatus RunPruneVerb(const Session& session, const PruneOptions& options) {
   const auto root = RequireRoot(session, machine);
   if (!root) return ExitStatus::kFailed;
   std::vector<std::wstring> failed;
-  for (const std::wstring& id : PruneRestorePoints(machine.files, *root, options.keep, failed)) {
+  for (const std::wstring& id : PruneRestorePoints(*machine.files, *root, options.keep, failed)) {
     session.Print(L"Removed " + id);
   }
   for (const std::wstring& id : failed) session.Complain(L"Not removed whole: " + id);
@@ -144,17 +143,17 @@ namespace {
 // The point that is asked for, or nothing after saying why there is none.
 std::optional<RestorePoint> FindPoint(const Session& session, const Machine& machine,
                                       const std::wstring& asked) {
-  const auto root = RestoreRoot(machine.folders);
+  const auto root = RestoreRoot(*machine.folders);
   if (!root) {
     session.Fail(L"The user's application-data folder cannot be told");
     return std::nullopt;
   }
-  const std::vector<std::wstring> ids = RestorePointIds(machine.files, *root);
+  const std::vector<std::wstring> ids = RestorePointIds(*machine.files, *root);
   if (asked.empty() && ids.empty()) {
     session.Fail(L"There is nothing to undo: no restore point in " + *root);
     return std::nullopt;
   }
-  auto point = ReadRestorePoint(machine.files, *root, asked.empty() ? ids.front() : asked);
+  auto point = ReadRestorePoint(*machine.files, *root, asked.empty() ? ids.front() : asked);
   if (!point && asked.empty()) {
     session.Fail(L"The restore point " + ids.front() + L" cannot be read");
   } else if (!point) {
@@ -178,10 +177,12 @@ std::optional<CategoryPlaces> PlacesOf(const Session& session, const RestorePoin
                  L"undone as a whole only");
     return std::nullopt;
   }
-  CommandLineView view(session, L"");
   ProductContext context;
-  if (!LoadProductContext(context, machine, view)) return std::nullopt;
-  EnumerateInstalledVersions(context, machine.registry);
+  if (!LoadProductContext(context, machine)) {
+    session.Fail(TextOf(RunRefusal::kUnknownProduct));
+    return std::nullopt;
+  }
+  EnumerateInstalledVersions(context, *machine.registry);
   // An import goes by the number that the year tells, a reset by the running version's own.
   if (point.about.verb == L"reset") {
     SelectShownVersion(context, point.about.version);
@@ -227,11 +228,13 @@ ExitStatus RefuseJournal(const Session& session, const RestorePoint& point,
 }  // namespace
 
 ExitStatus RunUndoVerb(const Session& session, const UndoOptions& options) {
-  if (const auto refused = RefuseUnknownLabels(session, options.categories)) return *refused;
+  if (const auto refusal = RefusalOfLabels(options.categories)) return session.Misused(*refusal);
   const auto owned = session.OpenMachine();
   if (!owned) return ExitStatus::kFailed;
   const Machine machine = owned->Ports();
-  if (session.RefuseBesideProduct(machine.processes)) return ExitStatus::kFailed;
+  if (IsProductRunning(*machine.processes)) {
+    return session.Fail(TextOf(RunRefusal::kProductRunning));
+  }
   const auto point = FindPoint(session, machine, options.id);
   if (!point) return ExitStatus::kFailed;
 

@@ -48,7 +48,7 @@ ExitStatus RunRewriteVerb(const Session& session, const RewriteOptions& options)
     const auto machine = session.OpenMachine();
     if (!machine) return ExitStatus::kFailed;
     const Machine ports = machine->Ports();
-    return Rewrite(session, options, {ports.files, ports.user, ports.codePage, log});
+    return Rewrite(session, options, {*ports.files, *ports.user, *ports.codePage, log});
   }
   const auto files = session.OpenFiles();
   if (!files) return ExitStatus::kFailed;
@@ -75,10 +75,10 @@ ExitStatus RunMigrateOptionsVerb(const Session& session, const MigrateOptions& o
   const auto machine = session.OpenMachine();
   if (!machine) return ExitStatus::kFailed;
   const Machine ports = machine->Ports();
-  const auto dom = OpenXmlDom(ports.files);
+  const auto dom = OpenXmlDom(*ports.files);
   ReasonLog log(session);
   const OptionMigration migration = MigrateOptionConfig(
-      options.xmlPath, options.company, options.productKey, *dom, ports.registryEditor, log);
+      options.xmlPath, options.company, options.productKey, *dom, *ports.registry, log);
   if (!migration.started) {
     return log.Told() ? ExitStatus::kFailed : session.Fail(L"The XML reader could not be started");
   }

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "environment/installed_versions.h"
-#include "environment/string_table.h"
 #include "platform/sandbox/sandbox_machine.h"
 
 namespace carrovan {
@@ -36,21 +34,15 @@ ExitStatus Session::Misused(std::wstring_view reason) const {
 
 std::unique_ptr<OwnedMachine> Session::OpenMachine() const {
   MachineOrReason opened = root.empty() ? OpenNativeMachine() : SandboxMachine::Open(root);
-  if (!opened.machine) Complain(opened.reason);
-  return std::move(opened.machine);
-}
-
-bool Session::RefuseBesideProduct(const ProcessList& processes) const {
-  if (!IsProductRunning(processes)) return false;
-  Fail(Text(StringId::kCloseProductFirst));
-  return true;
+  if (!opened.object) Complain(opened.reason);
+  return std::move(opened.object);
 }
 
 std::unique_ptr<HostFiles> Session::OpenFiles() const {
   if (root.empty()) return OpenHostFiles();
   FilesOrReason opened = OpenSandboxFiles(root);
-  if (!opened.files) Complain(opened.reason);
-  return std::move(opened.files);
+  if (!opened.object) Complain(opened.reason);
+  return std::move(opened.object);
 }
 
 }  // namespace carrovan

@@ -6,7 +6,6 @@
 
 #include "platform/console.h"
 #include "platform/machine.h"
-#include "platform/system_facts.h"
 
 namespace carrovan {
 
@@ -38,10 +37,6 @@ class Session {
 
   // The machine with its CAD product, or null after saying why there is none.
   std::unique_ptr<OwnedMachine> OpenMachine() const;
-
-  // True, after saying so, while the product runs: what is changed under its feet would be lost
-  // when it ends.
-  bool RefuseBesideProduct(const ProcessList& processes) const;
 
   // Files and archives without a product, or null after saying why there are none.
   std::unique_ptr<HostFiles> OpenFiles() const;

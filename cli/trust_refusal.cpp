@@ -34,43 +34,34 @@ std::vector<RefusedItem> ReasonsAgainstImport(ArchiveExaminer& archive,
   return reasons;
 }
 
-void SayWhy(const Session& session, const std::wstring& package,
-            const std::vector<RefusedItem>& reasons, const std::wstring& advice) {
+std::wstring LineOf(const std::wstring& package, const std::vector<RefusedItem>& reasons,
+                    const std::wstring& advice) {
   const RefusedItem& first = reasons.front();
-  session.Fail(package + L" is not to be trusted: " + first.name + L": " + first.reason +
-               MoreReasons(reasons.size() - 1) + advice);
+  return package + L" is not to be trusted: " + first.name + L": " + first.reason +
+         MoreReasons(reasons.size() - 1) + advice;
 }
 
 }  // namespace
 
-bool RefusePackage(const Session& session, const std::wstring& package, bool trusted,
-                   const Machine& machine) {
-  const auto files = session.OpenFiles();
-  if (!files) return true;
-  const auto archive = files->Examine(package);
-  if (!archive && (trusted || !machine.archives.Open(package))) return false;
-  if (!archive) {
-    session.Fail(package + L" is not a package that can be looked into");
-    return true;
-  }
-  const std::wstring company = machine.product.CompanyShortName();
+std::optional<std::wstring> RefusalOfPackage(HostFiles& files, const std::wstring& package,
+                                             bool trusted, const Machine& machine) {
+  const auto archive = files.Examine(package);
+  if (!archive && (trusted || !machine.archives->Open(package))) return std::nullopt;
+  if (!archive) return package + L" is not a package that can be looked into";
+  const std::wstring company = machine.product->CompanyShortName();
   const bool legacy = IsLegacyPackageName(package);
-  if (legacy && trusted) return false;
+  if (legacy && trusted) return std::nullopt;
   // Nothing is read of an absurd package.
   const PackageIdentity identity =
       legacy || RefusalOfSize(*archive) ? PackageIdentity() : ReadPackageIdentity(*archive);
   const auto unfit = ReasonsAgainstAnyImport(identity);
-  if (!unfit.empty()) {
-    SayWhy(session, package, unfit, L"");
-    return true;
-  }
-  if (trusted) return false;
+  if (!unfit.empty()) return LineOf(package, unfit, L"");
+  if (trusted) return std::nullopt;
   const auto reasons = legacy ? ReasonsForDistrust(*archive, PackageKind::kLegacy, company)
                               : ReasonsAgainstImport(*archive, identity, company);
-  if (reasons.empty()) return false;
-  SayWhy(session, package, reasons,
-         L"; inspect lists the reasons, --trust imports the package all the same");
-  return true;
+  if (reasons.empty()) return std::nullopt;
+  return LineOf(package, reasons,
+                L"; inspect lists the reasons, --trust imports the package all the same");
 }
 
 }  // namespace carrovan

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "cli/category_choice.h"
-#include "cli/run_choice.h"
+#include "cli/run_output.h"
 #include "cli/session.h"
 
 namespace carrovan {

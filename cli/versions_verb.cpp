@@ -1,11 +1,11 @@
 #include <nlohmann/json.hpp>
 
-#include "cli/command_line_view.h"
 #include "cli/json_text.h"
 #include "cli/verbs.h"
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
 #include "environment/wizard_state.h"
+#include "package/run_report.h"
 
 namespace carrovan {
 namespace {
@@ -26,7 +26,7 @@ std::vector<VersionFacts> CollectFacts(const ProductContext& product, const Mach
       SelectVersion(fact.context, YearForm(version.internalVersion));
     }
     PrepareVersionFolders(fact.context, machine);
-    fact.hasBeenRun = HasBeenRun(fact.context, machine.registry);
+    fact.hasBeenRun = HasBeenRun(fact.context, *machine.registry);
     facts.push_back(std::move(fact));
   }
   return facts;
@@ -67,10 +67,11 @@ ExitStatus RunVersionsVerb(const Session& session, const VersionsOptions& option
   const auto owned = session.OpenMachine();
   if (!owned) return ExitStatus::kFailed;
   const Machine machine = owned->Ports();
-  CommandLineView view(session, {});
   ProductContext product;
-  if (!LoadProductContext(product, machine, view)) return ExitStatus::kFailed;
-  EnumerateInstalledVersions(product, machine.registry);
+  if (!LoadProductContext(product, machine)) {
+    return session.Fail(TextOf(RunRefusal::kUnknownProduct));
+  }
+  EnumerateInstalledVersions(product, *machine.registry);
 
   const auto facts = CollectFacts(product, machine);
   if (options.json) {

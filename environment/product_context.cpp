@@ -1,7 +1,6 @@
 #include "environment/product_context.h"
 
 #include "environment/installed_versions.h"
-#include "environment/string_table.h"
 #include "environment/version_folders.h"
 #include "text/path_text.h"
 #include "text/text.h"
@@ -20,7 +19,7 @@ std::wstring InstallationAppDataFolder(const std::wstring& startupFolder) {
 
 std::vector<std::wstring> LanguageFoldersIn(const FileReader& files, const std::wstring& folder) {
   std::vector<std::wstring> languages;
-  for (const FolderEntry& entry : files.ListFolder(folder)) {
+  for (const FolderEntry& entry : ListFolder(files, folder)) {
     if (entry.isFolder && IsLanguageTag(entry.name)) languages.push_back(entry.name);
   }
   return languages;
@@ -50,20 +49,16 @@ bool IsLanguageTag(std::wstring_view name) {
   return name.size() == 2 || (name[2] == L'-' && IsLetter(name[3]) && IsLetter(name[4]));
 }
 
-bool LoadProductContext(ProductContext& context, const Machine& machine, WizardView& view) {
-  const ProductIdentity& product = machine.product;
+bool LoadProductContext(ProductContext& context, const Machine& machine) {
+  const ProductIdentity& product = *machine.product;
   context.startupFolder = product.StartupFolder();
   context.installLanguages =
-      LanguageFoldersIn(machine.files, InstallationAppDataFolder(context.startupFolder));
+      LanguageFoldersIn(*machine.files, InstallationAppDataFolder(context.startupFolder));
   context.companyShortName = product.CompanyShortName();
   context.productName = product.ProductName();
   context.humanReadableVersion = product.HumanReadableVersion();
   context.productVersion = product.ProductVersion();
-  if (!SetBrand(context)) {
-    view.ShowMessage(std::wstring(Text(StringId::kCheckIniFile)));
-    view.CloseWizard();
-    return false;
-  }
+  if (!SetBrand(context)) return false;
   context.selectedVersion = context.humanReadableVersion;
   context.defaultCustomizationFolder = DefaultCustomizationFolder(context);
   BuildStagingLocalFolder(context, context.humanReadableVersion);

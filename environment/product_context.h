@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "platform/machine.h"
-#include "wizard/wizard_view.h"
 
 namespace carrovan {
 
@@ -42,10 +41,10 @@ struct ProductContext {
   std::wstring packageDescriptionPath;       // staging folder + "config.ini"
 };
 
-// Fills the identity, brand, languages, default customization folder and staging Local folder. An
-// unknown company shows "Please check the ini file", asks the view to close and gives false; what
-// comes after the brand is then not filled.
-bool LoadProductContext(ProductContext& context, const Machine& machine, WizardView& view);
+// Fills the identity, brand, languages, default customization folder and staging Local folder.
+// False for a company that makes no product this program knows (StringId::kCheckIniFile says so);
+// what comes after the brand is then not filled.
+[[nodiscard]] bool LoadProductContext(ProductContext& context, const Machine& machine);
 
 // Makes another installed version the one to work on; `yearForm` is the version as the user sees
 // it.

@@ -88,6 +88,15 @@ std::vector<std::wstring> PerLanguage(const std::wstring& root, const CategoryRe
   return folders;
 }
 
+template <typename Test>
+CategorySet CategoriesWhere(Test test) {
+  CategorySet categories;
+  for (const CategoryRecord& record : kCategories) {
+    if (test(record)) categories.insert(record.category);
+  }
+  return categories;
+}
+
 }  // namespace
 
 std::span<const CategoryRecord> CategoryTable() { return kCategories; }
@@ -138,6 +147,22 @@ bool IsOfferedOnImport(const CategoryRecord& record, const ProfileReader& profil
                        const std::wstring& descriptionPath) {
   const std::wstring label(Text(record.label));
   return profiles.ReadValue(L"Selected", label, descriptionPath) == L"1";
+}
+
+CategorySet OfferedOnExport(const ProductContext& context) {
+  return CategoriesWhere(
+      [&](const CategoryRecord& record) { return IsOfferedOnExport(record, context); });
+}
+
+CategorySet OfferedOnReset(const ProductContext& context) {
+  return CategoriesWhere(
+      [&](const CategoryRecord& record) { return IsOfferedOnReset(record, context); });
+}
+
+CategorySet OfferedOnImport(const ProfileReader& profiles, const std::wstring& descriptionPath) {
+  return CategoriesWhere([&](const CategoryRecord& record) {
+    return IsOfferedOnImport(record, profiles, descriptionPath);
+  });
 }
 
 }  // namespace carrovan

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -60,6 +61,9 @@ struct CategoryRecord {
 // The thirteen categories in the order of their values. Every run reads this table.
 std::span<const CategoryRecord> CategoryTable();
 
+// In the order of the table.
+using CategorySet = std::set<SettingCategory>;
+
 // Null for the root and for any value that is not a category.
 const CategoryRecord* FindCategory(int value);
 
@@ -80,5 +84,10 @@ bool IsOfferedOnReset(const CategoryRecord& record, const ProductContext& contex
 // True when the package's description marks the category with "1", whatever the brand.
 bool IsOfferedOnImport(const CategoryRecord& record, const ProfileReader& profiles,
                        const std::wstring& descriptionPath);
+
+// Every category for which one of these holds.
+CategorySet OfferedOnExport(const ProductContext& context);
+CategorySet OfferedOnReset(const ProductContext& context);
+CategorySet OfferedOnImport(const ProfileReader& profiles, const std::wstring& descriptionPath);
 
 }  // namespace carrovan

@@ -40,7 +40,7 @@ std::wstring LastTwoCharacters(const std::wstring& text) {
 // Name of the only subfolder; nothing when there is none or more than one.
 std::optional<std::wstring> OnlySubfolder(const FileReader& files, const std::wstring& folder) {
   std::optional<std::wstring> only;
-  for (FolderEntry& entry : files.ListFolder(folder)) {
+  for (FolderEntry& entry : ListFolder(files, folder)) {
     if (!entry.isFolder) continue;
     if (only) return std::nullopt;
     only = std::move(entry.name);
@@ -65,7 +65,7 @@ std::wstring RegistryRoot(const ProductContext& context) {
 }
 
 void BuildLocalFolder(ProductContext& context, const Machine& machine) {
-  const auto base = machine.folders.LocalAppData();
+  const auto base = machine.folders->LocalAppData();
   if (!base) return;
   if (const auto folder = DraftingFolder(context, *base, context.selectedVersion)) {
     context.localFolder = *folder;
@@ -74,7 +74,7 @@ void BuildLocalFolder(ProductContext& context, const Machine& machine) {
     context.localFolder += kSharedSubfolder;
     return;
   }
-  const auto only = OnlySubfolder(machine.files, context.localFolder);
+  const auto only = OnlySubfolder(*machine.files, context.localFolder);
   context.localFolder += L"\\" + only.value_or(LastTwoCharacters(context.selectedVersion) + L".0");
 }
 
@@ -119,8 +119,8 @@ bool PrepareVersionFolders(ProductContext& context, const Machine& machine) {
   }
   context.registryRoot = RegistryRoot(context);
   FillRegistryKeyLists(context);
-  const auto roaming = machine.folders.RoamingAppData();
-  const auto local = machine.folders.LocalAppData();
+  const auto roaming = machine.folders->RoamingAppData();
+  const auto local = machine.folders->LocalAppData();
   if (!roaming || !local) return false;
   if (const auto folder = DraftingFolder(context, *local, context.humanReadableVersion)) {
     context.localFolder = *folder;
@@ -144,7 +144,7 @@ std::vector<std::wstring> DraftingPlaces(const ProductContext& context,
 
 std::vector<std::wstring> FolderPlaces(const CategoryRecord& record, const ProductContext& context,
                                        const Machine& machine) {
-  return record.storage == CategoryStorage::kDraftFolder ? DraftingPlaces(context, machine.folders)
+  return record.storage == CategoryStorage::kDraftFolder ? DraftingPlaces(context, *machine.folders)
                                                          : CategoryFolders(record, context);
 }
 

@@ -17,7 +17,7 @@ void InitializePackageState(PackageState& package, const ProductContext& context
   package.product = context.productName;
   package.targetInternalVersion = context.productVersion;
   package.defaultTargetText = context.humanReadableVersion;
-  if (const auto local = machine.folders.LocalAppData()) {
+  if (const auto local = machine.folders->LocalAppData()) {
     package.applicationDataRoot = WithTrailingBackslash(RemoveFileSpec(*local));
   }
 }

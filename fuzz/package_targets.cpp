@@ -3,7 +3,7 @@
 
 #include "environment/setting_category.h"
 #include "fuzz/fuzz_targets.h"
-#include "package/import_preparation.h"
+#include "package/import_run.h"
 #include "package/package_description.h"
 #include "package/package_opening.h"
 #include "package/package_verification.h"
@@ -31,19 +31,6 @@ void Require(bool holds, const char* what) {
   std::fprintf(stderr, "fuzz: %s\n", what);
   std::abort();
 }
-
-class SilentView : public WizardView {
- public:
-  void ShowMessage(const std::wstring&) override { ++messages; }
-  void ShowApplicationMessage(const std::wstring&) override {}
-  std::optional<std::wstring> ChooseSaveFile(const SaveFileQuestion&) override {
-    return std::nullopt;
-  }
-  void SetFinishText(const std::wstring&) override {}
-  void CloseWizard() override {}
-
-  std::size_t messages = 0;
-};
 
 std::size_t CountFiles(const fs::path& folder) {
   std::size_t count = 0;
@@ -92,7 +79,7 @@ void CheckVerification(ArchiveExaminer& archive) {
   }
 }
 
-bool IsOfCompany(const RegKeyChange& key, std::wstring_view company) {
+bool IsOfCompany(const RegistryKeyChange& key, std::wstring_view company) {
   std::wstring_view path = key.keyPath;
   return key.hive == RegistryHive::kCurrentUser &&
          CompareNames(TakeKeyName(path), L"SOFTWARE") == 0 &&
@@ -153,11 +140,10 @@ void FuzzArchive(const std::string& input) {
   if (!examiner) return;
   CheckItems(*examiner);
   if (!IsSmall(*examiner)) return;
-  SilentView view;
+  RunObserver observer;
   const ExtractReport report =
-      ExtractArchive(host->Archives(), host->Files(), view, path, folder.Text() + L"b/out/");
+      ExtractArchive(host->Archives(), host->Files(), observer, path, folder.Text() + L"b/out/");
   Require(report.opened, "an archive opens only once");
-  Require(view.messages == report.failed, "an item fails without a message");
   Require(CountFiles(out) <= report.extracted, "a refused item leaves a file");
   Require(CountFiles(folder.Path()) == CountFiles(out) + 1, "a file lies outside the destination");
   CheckVerification(*examiner);
@@ -165,12 +151,12 @@ void FuzzArchive(const std::string& input) {
 
 void FuzzRegistryScan(const std::string& input) {
   const auto refusal = RefusalBy(RegistryFileScan(L"Vantric"), input);
-  const bool isUnderstood = !RefusalBy(RegFormScan(), input);
+  const bool isUnderstood = !RefusalBy(RegistryFormScan(), input);
   const auto file =
-      ParseRegFile(DecodeText(std::vector<std::uint8_t>(input.begin(), input.end())).text);
+      ParseRegistryFile(DecodeText(std::vector<std::uint8_t>(input.begin(), input.end())).text);
   if (isUnderstood) Require(file && file->problems.empty(), "the parser reads it otherwise");
   if (refusal || !file) return;
-  for (const RegKeyChange& key : file->keys) {
+  for (const RegistryKeyChange& key : file->keys) {
     Require(IsOfCompany(key, L"Vantric"), "a key outside is let through");
   }
 }

@@ -72,7 +72,8 @@ void FuzzRegistryRewrite(const std::string& input) {
   const std::vector<Replacement> replacements = {
       {L"VANTRIC 27.0", L"VANTRIC 28.0"}, {L"27.0\\", L"28\\"}, {L"2025", L"/Users/2026"}};
   Bench bench(input);
-  Require(RewriteRegFile(kFile, replacements, bench.Ports()) == kSystemOk, "a file is not read");
+  Require(RewriteRegistryFile(kFile, replacements, bench.Ports()) == kSystemOk,
+          "a file is not read");
   Require(bench.files.Bytes(kFile) == LiteralRegistryFile(input, replacements, bench),
           "the registry file differs");
 }

@@ -145,7 +145,7 @@ void WriteRecords(XmlDocument& document, std::string_view tableName,
 
 std::vector<std::wstring> ListShortcutFiles(const FileReader& files, const std::wstring& folder) {
   std::vector<std::wstring> names;
-  for (const FolderEntry& entry : files.ListFolder(folder)) {
+  for (const FolderEntry& entry : ListFolder(files, folder)) {
     if (IsContentFile(entry) && EndsWithIgnoringAsciiCase(entry.name, L".xml")) {
       names.push_back(entry.name);
     }

@@ -15,7 +15,7 @@ const std::wstring kCustomization = L"\\Customization";
 // The package's folder of a language after a merge that broke off holds neither side whole.
 void DropUnmergedCustomization(const ImportRun& run, const std::wstring& folder) {
   for (const wchar_t* suffix : {L"", L"_merged_temp", L"_backup"}) {
-    WipeOrReport(run.machine.files, folder + suffix, run.report);
+    WipeOrReport(*run.machine.files, folder + suffix, run.report);
   }
 }
 
@@ -32,7 +32,7 @@ bool MergeLanguage(const ImportRun& run, const std::wstring& oldFolder,
                    const std::wstring& newFolder) {
   try {
     std::vector<std::wstring> merged;
-    MergeAndSyncFolders(oldFolder, newFolder, {run.machine.files, run.dom, run.log, &merged});
+    MergeAndSyncFolders(oldFolder, newFolder, {*run.machine.files, run.dom, run.log, &merged});
     NoteMerged(run, oldFolder, merged);
     return true;
   } catch (const FileSystemError& error) {
@@ -54,11 +54,11 @@ void MergeInterfaceLayout(const ImportRun& run) {
       DropUnmergedCustomization(run, oldFolder);
     }
   }
-  for (const std::wstring& folder : replaced) WipeOrReport(run.machine.files, folder, run.report);
+  for (const std::wstring& folder : replaced) WipeOrReport(*run.machine.files, folder, run.report);
 }
 
 bool IsCustomizationFolder(const FileReader& files, const std::wstring& folder) {
-  for (const FolderEntry& entry : files.ListFolder(folder)) {
+  for (const FolderEntry& entry : ListFolder(files, folder)) {
     if (IsContentFile(entry) && EndsWithIgnoringAsciiCase(entry.name, L".xml")) return true;
   }
   return false;
@@ -66,13 +66,13 @@ bool IsCustomizationFolder(const FileReader& files, const std::wstring& folder) 
 
 // The package is edited and then laid over the profile, so the target's shortcuts are the old side.
 void MergeShortcuts(const ImportRun& run) {
-  const FileSystem& files = run.machine.files;
+  const FileSystem& files = *run.machine.files;
   std::wstring target = run.context.localRoot + kCustomization;
   if (!IsCustomizationFolder(files, target)) target = run.context.defaultCustomizationFolder;
   const std::wstring folder = run.package.localFolder + kCustomization;
   std::vector<std::wstring> merged;
   MergeShortcutFolders(target, folder, run.package.product + run.package.targetInternalVersion,
-                       run.machine.files, run.dom, &merged);
+                       *run.machine.files, run.dom, &merged);
   NoteMerged(run, folder, merged);
 }
 
@@ -100,7 +100,7 @@ void TakeIn(const ImportRun& run, const CategoryRecord& record) {
 
 // Values that would not be imported anyway.
 void LeaveOutRegistryFolder(const ImportRun& run, const std::wstring& name) {
-  WipeOrReport(run.machine.files, run.context.stagingFolder + name, run.report);
+  WipeOrReport(*run.machine.files, run.context.stagingFolder + name, run.report);
   std::erase_if(run.report.dropped, [&name](const DroppedValue& value) {
     return value.file.starts_with(name + L"\\");
   });
@@ -108,7 +108,7 @@ void LeaveOutRegistryFolder(const ImportRun& run, const std::wstring& name) {
 
 void LeaveOut(const ImportRun& run, const CategoryRecord& record) {
   const std::wstring subfolder(record.subfolder);
-  FileSystem& files = run.machine.files;
+  FileSystem& files = *run.machine.files;
   switch (record.storage) {
     case CategoryStorage::kOptionKeys:
       return LeaveOutRegistryFolder(run, L"Options");
@@ -127,8 +127,8 @@ void LeaveOut(const ImportRun& run, const CategoryRecord& record) {
 
 }  // namespace
 
-void ApplyCategory(const ImportRun& run, int itemData, bool ticked) {
-  const CategoryRecord* record = FindCategory(itemData);
+void ApplyCategory(const ImportRun& run, SettingCategory category, bool ticked) {
+  const CategoryRecord* record = FindCategory(static_cast<int>(category));
   if (record == nullptr) return;
   if (ticked) {
     TakeIn(run, *record);
@@ -140,7 +140,7 @@ void ApplyCategory(const ImportRun& run, int itemData, bool ticked) {
 void RemoveSubfolderInEach(const ImportRun& run, const std::wstring& root,
                            const std::wstring& subfolder) {
   for (const std::wstring& language : run.context.installLanguages) {
-    WipeOrReport(run.machine.files, root + L"\\" + language + subfolder, run.report);
+    WipeOrReport(*run.machine.files, root + L"\\" + language + subfolder, run.report);
   }
 }
 
@@ -174,8 +174,8 @@ struct FolderPair {
 std::vector<FolderPair> DraftingFolders(const ImportRun& run) {
   const std::wstring& staging = run.context.stagingFolder;
   std::vector<FolderPair> pairs = {{run.package.draftingFolder, run.context.stagingLocalFolder}};
-  const auto local = run.machine.folders.LocalAppData();
-  const auto roaming = run.machine.folders.RoamingAppData();
+  const auto local = run.machine.folders->LocalAppData();
+  const auto roaming = run.machine.folders->RoamingAppData();
   if (!local || !roaming) {
     run.report.problems.push_back(L"The Roaming half of the 2D drafting settings cannot be told");
     return pairs;
@@ -194,7 +194,7 @@ void CopyProductFolderTree(FileSystem& files, const std::wstring& source,
   const std::wstring from = WithoutTrailingBackslashes(source);
   const std::wstring to = WithoutTrailingBackslashes(destination);
   if (files.IsLink(from) || files.IsLink(to)) return;
-  for (const FolderEntry& entry : files.ListFolder(from)) {
+  for (const FolderEntry& entry : ListFolder(files, from)) {
     const std::wstring path = from + L"\\" + entry.name;
     const std::wstring target = to + L"\\" + entry.name;
     if (entry.isLink) continue;
@@ -209,14 +209,14 @@ void CopyProductFolderTree(FileSystem& files, const std::wstring& source,
 void ReplaceDraftingFolders(const ImportRun& run) {
   const bool sameRelease = run.context.selectedVersion == run.package.releaseVersion;
   for (const FolderPair& folders : DraftingFolders(run)) {
-    CopyProductFolderTree(run.machine.files, folders.package, folders.target, true, sameRelease);
-    WipeOrReport(run.machine.files, folders.target, run.report);
+    CopyProductFolderTree(*run.machine.files, folders.package, folders.target, true, sameRelease);
+    WipeOrReport(*run.machine.files, folders.target, run.report);
   }
 }
 
 void DropDraftingFolders(const ImportRun& run) {
   for (const FolderPair& folders : DraftingFolders(run)) {
-    WipeOrReport(run.machine.files, folders.package, run.report);
+    WipeOrReport(*run.machine.files, folders.package, run.report);
   }
 }
 

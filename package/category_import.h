@@ -9,8 +9,7 @@ namespace carrovan {
 // to land in the user's profile: a ticked category takes the target's own copy away, so that the
 // package's replaces it, an unticked one takes away the package's.
 
-// `itemData` is a tree leaf's; anything but a category does nothing.
-void ApplyCategory(const ImportRun& run, int itemData, bool ticked);
+void ApplyCategory(const ImportRun& run, SettingCategory category, bool ticked);
 
 // Removes root + "\" + name + subfolder for each of the context's languages.
 void RemoveSubfolderInEach(const ImportRun& run, const std::wstring& root,

@@ -4,28 +4,20 @@
 #include <iterator>
 #include <map>
 
+#include "environment/string_table.h"
 #include "environment/version_folders.h"
 #include "package/package_description.h"
 #include "package/registry_file_scan.h"
 #include "package/staging_folder.h"
 #include "text/path_text.h"
 #include "text/text.h"
-#include "wizard/category_tree.h"
 
 namespace carrovan {
 
 namespace {
 
-SaveFileQuestion PackageFileQuestion() {
-  return {.defaultExtension = L".ucex",
-          .filter = L"User Configuration Files (*.ucex)|*.ucex|",
-          .hideReadOnlyBox = true,
-          .askBeforeOverwriting = true};
-}
-
 void AddCategory(const CategoryRecord& record, const ProductContext& context,
                  ExportSelection& selection) {
-  selection.checked.push_back(record.category);
   auto& list = record.storage == CategoryStorage::kRoamingLanguage ? selection.categoryFolders
                                                                    : selection.furtherFolders;
   std::ranges::move(CategoryFolders(record, context), std::back_inserter(list));
@@ -39,27 +31,26 @@ void DropRegistryKeys(const CategoryRecord& record, ProductContext& context) {
 // The chosen path is taken at once, so that a path that cannot be written fails before the work,
 // not after it. True when the file is new. A file that appears at this moment loses nothing.
 bool ReserveArchivePath(const Machine& machine, const std::wstring& archivePath) {
-  if (machine.files.Exists(archivePath)) return false;
-  return machine.files.AppendBytes(archivePath, {}) == kSystemOk;
+  if (machine.files->Exists(archivePath)) return false;
+  return machine.files->AppendBytes(archivePath, {}) == kSystemOk;
 }
 
 // An empty file would look like a package.
 void GiveUpArchivePath(const Machine& machine, const std::wstring& archivePath) {
   bool isEmpty = true;
   const SystemCode code =
-      machine.files.ReadInParts(archivePath, [&isEmpty](std::string_view part, std::uint64_t) {
+      machine.files->ReadInParts(archivePath, [&isEmpty](std::string_view part, std::uint64_t) {
         isEmpty = isEmpty && part.empty();
         return isEmpty;
       });
-  if (code == kSystemOk && isEmpty) static_cast<void>(machine.files.RemoveFile(archivePath));
+  if (code == kSystemOk && isEmpty) static_cast<void>(machine.files->RemoveFile(archivePath));
 }
 
 // Why the archive must not take its place, or an empty text.
-std::wstring RefusalOfPackage(const ExportRun& run, const ExportSelection& selection,
+std::wstring RefusalOfPackage(const ExportRun& run, const CategorySet& chosen,
                               const PackageReport& package, const ExportReport& report) {
   const std::size_t described = package.storedPerSource.front();
-  if (described == 0 ||
-      !IsDescriptionWritten(run.context, run.machine.profiles, selection.checked)) {
+  if (described == 0 || !IsDescriptionWritten(run.context, *run.machine.profiles, chosen)) {
     return L"its description, " + run.context.packageDescriptionPath +
            L", could not be written and read back";
   }
@@ -73,12 +64,12 @@ std::wstring RefusalOfPackage(const ExportRun& run, const ExportSelection& selec
   return failed && !holdsSettings ? L"nothing of what is there could be stored" : L"";
 }
 
-void WriteReservedPackage(const ExportRun& run, const ExportSelection& selection, bool reserved,
+void WriteReservedPackage(const ExportRun& run, const CategorySet& chosen, bool reserved,
                           ExportReport& report) {
   report.package =
       WritePackage(run.context, run.machine, run.context.packageSources, report.archivePath,
-                   ArchivePurpose::kKeep, [&](const PackageReport& package) {
-                     report.refusal = RefusalOfPackage(run, selection, package, report);
+                   ArchivePurpose::kKeep, run.observer, [&](const PackageReport& package) {
+                     report.refusal = RefusalOfPackage(run, chosen, package, report);
                      return report.refusal.empty();
                    });
   if (reserved && report.package.outcome != ArchiveResult::kDone) {
@@ -87,7 +78,7 @@ void WriteReservedPackage(const ExportRun& run, const ExportSelection& selection
 }
 
 // What is wrong with the file of the last export. The tool writes none for a key that is not there.
-std::optional<std::wstring> ProblemOfExport(const RegistryTool& tool, const FileReader& files,
+std::optional<std::wstring> ProblemOfExport(const PacedRegistryTool& tool, const FileReader& files,
                                             const std::wstring& file) {
   if (!tool.IsDoneWithFiles() || !files.Exists(file)) return std::nullopt;
   if (tool.LastExportFailed()) return L"is left of an export that failed";
@@ -97,88 +88,78 @@ std::optional<std::wstring> ProblemOfExport(const RegistryTool& tool, const File
 // Has the tool write the file of a key; the result is what is wrong with the file. A tool that is
 // waited for gets further attempts at a key that is there: on a busy machine it may end before it
 // has written a word.
-std::optional<std::wstring> ExportRegistryKey(const Machine& machine, RegistryTool& tool,
+std::optional<std::wstring> ExportRegistryKey(const Machine& machine, PacedRegistryTool& tool,
                                               const std::wstring& key, const std::wstring& file) {
   std::optional<std::wstring> problem;
   for (int attempt = 0; attempt < kRegistryToolAttempts; ++attempt) {
     // What an unpacked package left there would be taken for the key's own.
-    static_cast<void>(ClearPath(machine.files, file));
+    static_cast<void>(ClearPath(*machine.files, file));
     tool.RegExportKey(key, file);
-    problem = ProblemOfExport(tool, machine.files, file);
-    const bool isWhole = !problem && machine.files.Exists(file);
-    if (!tool.IsDoneWithFiles() || isWhole || !IsKeyThere(machine.registry, key)) break;
+    problem = ProblemOfExport(tool, *machine.files, file);
+    const bool isWhole = !problem && machine.files->Exists(file);
+    if (!tool.IsDoneWithFiles() || isWhole || !IsKeyThere(*machine.registry, key)) break;
   }
   return problem;
 }
 
 }  // namespace
 
-std::optional<ExportSelection> CollectExportSelection(const CategoryTree& tree,
-                                                      ProductContext& context) {
+ExportSelection CollectExportSelection(const CategorySet& chosen, ProductContext& context) {
   ExportSelection selection;
-  VisitLeaves(tree, tree.Root(), [&](CategoryTree::Item leaf) {
-    const CategoryRecord* record = FindCategory(tree.ItemData(leaf));
-    if (record == nullptr) return;
-    if (tree.IsChecked(leaf)) {
-      AddCategory(*record, context, selection);
+  for (const CategoryRecord& record : CategoryTable()) {
+    if (chosen.contains(record.category)) {
+      AddCategory(record, context, selection);
     } else {
-      DropRegistryKeys(*record, context);
+      DropRegistryKeys(record, context);
     }
-  });
-  if (selection.checked.empty()) return std::nullopt;
+  }
   return selection;
 }
 
-RegistryFileProblems ExportRegistryKeys(ProductContext& context, const Machine& machine,
-                                        RegistryTool& tool, const std::vector<std::wstring>& keys) {
+RegistryFileProblems ExportRegistryKeys(const ExportRun& run,
+                                        const std::vector<std::wstring>& keys) {
   RegistryFileProblems problems;
   std::vector<std::wstring> sources;
   for (const std::wstring& key : keys) {
-    const std::wstring file = RegistryFileOf(context, key);
-    if (const auto problem = ExportRegistryKey(machine, tool, key, file)) {
+    run.observer.OnItem(key);
+    const std::wstring file = RegistryFileOf(run.context, key);
+    if (const auto problem = ExportRegistryKey(run.machine, run.registryTool, key, file)) {
       problems.emplace(key, *problem);
     } else {
       sources.push_back(file);
     }
   }
-  std::ranges::move(sources, std::back_inserter(context.packageSources));
+  std::ranges::move(sources, std::back_inserter(run.context.packageSources));
   return problems;
 }
 
-RegistryFileProblems BuildPackageSources(ProductContext& context, const Machine& machine,
-                                         RegistryTool& tool, const ExportSelection& selection) {
+RegistryFileProblems BuildPackageSources(const ExportRun& run, const ExportSelection& selection) {
+  ProductContext& context = run.context;
   context.packageSources = {context.packageDescriptionPath};
   std::ranges::copy(selection.categoryFolders, std::back_inserter(context.packageSources));
   std::ranges::copy(selection.furtherFolders, std::back_inserter(context.packageSources));
-  auto problems = ExportRegistryKeys(context, machine, tool, context.optionKeys);
-  problems.merge(ExportRegistryKeys(context, machine, tool, context.registerKeys));
+  auto problems = ExportRegistryKeys(run, context.optionKeys);
+  problems.merge(ExportRegistryKeys(run, context.registerKeys));
   return problems;
 }
 
-std::optional<ExportReport> RunExport(const ExportRun& run) {
-  ProductContext& context = run.context;
-  FillRegistryKeyLists(context);
-
-  const auto selection = CollectExportSelection(run.tree, context);
-  if (!selection) {
-    run.view.ShowMessage(std::wstring(Text(StringId::kSelectExportedSettings)));
-    return std::nullopt;
-  }
-  WritePackageDescription(context, run.machine, selection->checked);
-
-  const auto archivePath = run.view.ChooseSaveFile(PackageFileQuestion());
-  if (!archivePath || archivePath->empty()) return std::nullopt;
-  const bool reserved = ReserveArchivePath(run.machine, *archivePath);
+ExportReport RunExport(const ExportRun& run, const CategorySet& chosen,
+                       const std::wstring& archivePath) {
+  FillRegistryKeyLists(run.context);
+  const ExportSelection selection = CollectExportSelection(chosen, run.context);
+  WritePackageDescription(run.context, run.machine, chosen);
+  const bool reserved = ReserveArchivePath(run.machine, archivePath);
 
   ExportReport report;
-  report.archivePath = *archivePath;
-  report.registryFileProblems =
-      BuildPackageSources(context, run.machine, run.registryTool, *selection);
-  WriteReservedPackage(run, *selection, reserved, report);
-  FindWhatIsMissing(run, *selection, report);
-
-  run.view.SetFinishText(std::wstring(Text(StringId::kExportedTo)) + *archivePath);
+  report.archivePath = archivePath;
+  report.registryFileProblems = BuildPackageSources(run, selection);
+  WriteReservedPackage(run, chosen, reserved, report);
+  FindWhatIsMissing(run, chosen, report);
   return report;
+}
+
+std::wstring ExportFinishText(const std::wstring& archivePath) {
+  return std::wstring(Text(StringId::kExportedTo)) + archivePath;
 }
 
 namespace {
@@ -253,19 +234,18 @@ std::vector<std::wstring> KeysWithoutFile(const ExportRun& run, const PackageRep
   for (const auto* keys : {&context.optionKeys, &context.registerKeys}) {
     for (const std::wstring& key : *keys) {
       if (AnyStored(counts, {RegistryFileOf(context, key)})) continue;
-      if (IsKeyThere(run.machine.registry, key)) missing.push_back(key);
+      if (IsKeyThere(*run.machine.registry, key)) missing.push_back(key);
     }
   }
   return missing;
 }
 
-void FindWhatIsMissing(const ExportRun& run, const ExportSelection& selection,
-                       ExportReport& report) {
+void FindWhatIsMissing(const ExportRun& run, const CategorySet& chosen, ExportReport& report) {
   if (report.package.outcome != ArchiveResult::kDone) return;
   const ProductContext& context = run.context;
   const StoredCounts counts = CountStored(context.packageSources, report.package);
   report.missingKeys = KeysWithoutFile(run, report.package);
-  for (const SettingCategory category : selection.checked) {
+  for (const SettingCategory category : chosen) {
     const auto sources = SourcesOf(*FindCategory(static_cast<int>(category)), context);
     if (!AnyStored(counts, sources) && !AnyFailed(report, context, sources)) {
       report.emptyCategories.push_back(category);

@@ -6,10 +6,8 @@
 #include <vector>
 
 #include "environment/setting_category.h"
+#include "package/paced_registry_tool.h"
 #include "package/package_writer.h"
-#include "package/registry_tool.h"
-#include "wizard/category_tree.h"
-#include "wizard/wizard_view.h"
 
 namespace carrovan {
 
@@ -18,14 +16,12 @@ namespace carrovan {
 struct ExportRun {
   ProductContext& context;
   const Machine& machine;
-  RegistryTool& registryTool;
-  WizardView& view;
-  const CategoryTree& tree;
+  PacedRegistryTool& registryTool;
+  RunObserver& observer;
 };
 
-// The user's choice: the checked categories in tree order and where their files lie.
+// Where the files of the chosen categories lie.
 struct ExportSelection {
-  std::vector<SettingCategory> checked;
   std::vector<std::wstring> categoryFolders;  // Roaming, per language
   std::vector<std::wstring> furtherFolders;   // Local and 2D drafting
 };
@@ -34,7 +30,7 @@ struct ExportSelection {
 // and what is wrong with it ("ends inside a value").
 using RegistryFileProblems = std::map<std::wstring, std::wstring>;
 
-// How an export went, for a face that tells more than the wizard does.
+// How an export went.
 struct ExportReport {
   std::wstring archivePath;
   PackageReport package;
@@ -44,26 +40,26 @@ struct ExportReport {
   std::vector<SettingCategory> emptyCategories;  // checked, but the user has nothing of them
 };
 
-// Reads the tree and empties the key lists of registry categories that are not checked. Nothing
-// when no category is checked.
-std::optional<ExportSelection> CollectExportSelection(const CategoryTree& tree,
-                                                      ProductContext& context);
+// The folders of the categories. Empties the key lists of registry categories that are not chosen.
+ExportSelection CollectExportSelection(const CategorySet& chosen, ProductContext& context);
 
 // One registry file per key in the staging folder, each appended to `packageSources`. Where the
 // registry tool is waited for, a file that is not whole is left out and given back with its key.
-RegistryFileProblems ExportRegistryKeys(ProductContext& context, const Machine& machine,
-                                        RegistryTool& tool, const std::vector<std::wstring>& keys);
+RegistryFileProblems ExportRegistryKeys(const ExportRun& run,
+                                        const std::vector<std::wstring>& keys);
 
 // Fills `packageSources`: the description, the selection's folders, then the registry files, which
 // it has the registry tool write.
-RegistryFileProblems BuildPackageSources(ProductContext& context, const Machine& machine,
-                                         RegistryTool& tool, const ExportSelection& selection);
+RegistryFileProblems BuildPackageSources(const ExportRun& run, const ExportSelection& selection);
 
-// The whole export. Nothing when the user has to stay on the category page: no category is checked
-// (the view is told) or no file was chosen. Failures to write are not shown to the view; an archive
-// that was there before is then still whole. It also stays when the description does not read back
-// as written, and when nothing could be stored of what is there.
-std::optional<ExportReport> RunExport(const ExportRun& run);
+// The whole export of the chosen categories into a package. An archive that was there before stays
+// whole unless a finished one takes its place. It also stays when the description does not read
+// back as written, and when nothing could be stored of what is there.
+ExportReport RunExport(const ExportRun& run, const CategorySet& chosen,
+                       const std::wstring& archivePath);
+
+// What the user is told when an export has run.
+std::wstring ExportFinishText(const std::wstring& archivePath);
 
 // The registry file of the staging folder that a key is exported to. The Register key has no option
 // subkey in its path and is named after the product and its release.
@@ -78,7 +74,6 @@ std::vector<std::wstring> KeysWithoutFile(const ExportRun& run, const PackageRep
 
 // Compares what was asked for with what was stored and fills the report's missing keys and empty
 // categories. An archive that was not written has no findings.
-void FindWhatIsMissing(const ExportRun& run, const ExportSelection& selection,
-                       ExportReport& report);
+void FindWhatIsMissing(const ExportRun& run, const CategorySet& chosen, ExportReport& report);
 
 }  // namespace carrovan

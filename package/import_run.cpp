@@ -1,33 +1,166 @@
 #include "package/import_run.h"
 
+#include "environment/installed_versions.h"
 #include "environment/string_table.h"
+#include "environment/version_folders.h"
 #include "package/category_import.h"
-#include "package/overlay.h"
+#include "package/package_description.h"
+#include "package/package_opening.h"
+#include "package/package_trust.h"
+#include "package/put_in_place.h"
 #include "package/staging_folder.h"
+#include "rewrite/package_tree.h"
 #include "text/path_text.h"
-#include "wizard/category_tree.h"
 
 namespace carrovan {
+namespace {
+
+// Profile names compare without regard to case; the section is written as "Base".
+constexpr wchar_t kBaseSectionAsRead[] = L"BASE";
+
+// What a missing value reads as.
+constexpr wchar_t kMissingValue[] = L"Please check the file.";
+
+// The name between the quotes in front of a line's "=", as the registry has it.
+std::wstring ValueNameOf(const std::wstring& line) {
+  std::wstring name;
+  for (std::size_t i = 1; i < line.size() && line[0] == L'"' && line[i] != L'"'; ++i) {
+    if (line[i] == L'\\' && i + 1 < line.size()) ++i;
+    name.push_back(line[i]);
+  }
+  return name;
+}
+
+std::wstring KeyOf(const std::wstring& keyLine) {
+  return keyLine.size() < 2 ? L"" : keyLine.substr(1, keyLine.rfind(L']') - 1);
+}
+
+void NoteDropped(const ImportRun& run, const std::vector<DroppedLine>& lines) {
+  for (const DroppedLine& dropped : lines) {
+    run.report.dropped.push_back({dropped.file.substr(run.context.stagingFolder.size()),
+                                  KeyOf(dropped.keyLine), ValueNameOf(dropped.line),
+                                  L"names a path that does not exist here: " +
+                                      dropped.line.substr(dropped.line.find(L'=') + 1)});
+  }
+}
+
+void MendPackage(const ImportRun& run) {
+  const PackageState& package = run.package;
+  const RewriteInputs inputs{.packageReleaseVersion = package.releaseVersion,
+                             .packageInternalVersion = package.internalVersion,
+                             .targetReleaseYear = run.context.selectedVersion,
+                             .targetInternalVersion = package.targetInternalVersion,
+                             .productName = package.product,
+                             .firstDraftingFolder = package.draftingFolder};
+  std::vector<DroppedLine> dropped;
+  RewritePorts ports = RewritePortsOf(run);
+  ports.dropped = &dropped;
+  const auto failures =
+      RewritePackageTree(WithoutTrailingBackslashes(run.context.stagingFolder), inputs, ports);
+  NoteDropped(run, dropped);
+  for (const RewriteFailure& failure : failures) {
+    run.report.problems.push_back(L"Not mended: " + failure.path + L": " +
+                                  DescribeSystemCode(failure.code));
+  }
+}
+
+// The package's folders lie below these names, and what is not chosen of them is removed.
+bool HasOwnPlaces(const PackageState& package) {
+  const auto isOwn = [](const std::wstring& name) {
+    return name == kMissingValue || IsPlainName(name);
+  };
+  return isOwn(package.company) && isOwn(package.product);
+}
+
+bool HasTargetFolders(const ImportRun& run) {
+  const FileReader& files = *run.machine.files;
+  return files.IsFolder(run.context.localRoot) && files.IsFolder(run.context.roamingRoot);
+}
+
+}  // namespace
 
 RewritePorts RewritePortsOf(const ImportRun& run) {
-  return {run.machine.files, run.machine.user, run.machine.codePage, run.log};
+  return {*run.machine.files, *run.machine.user, *run.machine.codePage, run.log};
+}
+
+std::wstring ReadConfigValue(const std::wstring& key, const std::wstring& section,
+                             const std::wstring& path, const ProfileReader& profiles) {
+  const std::wstring value = profiles.ReadValue(section, key, path);
+  return value.empty() ? kMissingValue : value;
+}
+
+void OpenPackage(const ImportRun& run) {
+  ProductContext& context = run.context;
+  PackageState& package = run.package;
+  run.report = {};
+  run.report.unextracted =
+      UnpackPackage(run.machine, run.observer, package.path, context.stagingFolder).failed;
+  const auto value = [&](const wchar_t* key) {
+    return ReadConfigValue(key, kBaseSectionAsRead, context.packageDescriptionPath,
+                           *run.machine.profiles);
+  };
+  package.internalVersion = value(kInternalVersionKey);
+  package.releaseVersion = value(kReleaseVersionKey);
+  package.company = value(kCompanyKey);
+  package.product = value(kProductKey);
+  const std::wstring below =
+      package.company + L"\\" + package.product + L"\\" + package.targetInternalVersion;
+  package.localFolder = context.stagingFolder + L"Local\\" + below;
+  package.roamingFolder = context.stagingFolder + L"Roaming\\" + below;
+}
+
+std::optional<RunRefusal> CheckTarget(const ImportRun& run) {
+  const PackageState& package = run.package;
+  if (LeadingInteger(run.context.selectedVersion) < LeadingInteger(package.releaseVersion)) {
+    return RunRefusal::kNewerPackage;
+  }
+  // What has other names was never started either.
+  const bool wasStarted =
+      HasOwnPlaces(package) && HasBeenRun(package.company, package.product,
+                                          package.targetInternalVersion, *run.machine.registry);
+  return wasStarted ? std::nullopt : std::optional(RunRefusal::kNeverStarted);
+}
+
+bool NeedsMending(const ImportRun& run) {
+  return run.package.releaseVersion != run.context.selectedVersion;
+}
+
+ImportPreparation RunImportPreparation(const ImportRun& run) {
+  ProductContext& context = run.context;
+  // Another version's folders must not stay in their place when they cannot be told.
+  context.localFolder.clear();
+  BuildLocalFolder(context, run.machine);
+  run.package.draftingFolder = context.localFolder;
+  if (NeedsMending(run)) MendPackage(run);
+
+  context.localRoot.clear();
+  context.roamingRoot.clear();
+  const bool known =
+      PrepareVersionFolders(context, run.machine) && !run.package.draftingFolder.empty();
+  BuildStagingLocalFolder(context, context.selectedVersion);
+
+  ImportPreparation preparation;
+  preparation.offered = OfferedOnImport(*run.machine.profiles, context.packageDescriptionPath);
+  const bool complete = known && (!NeedsMending(run) || HasTargetFolders(run));
+  if (!complete) preparation.refusal = RunRefusal::kFoldersMissing;
+  return preparation;
+}
+
+void ApplyPackage(const ImportRun& run, const CategorySet& offered, const CategorySet& chosen) {
+  // From here on the staging folder may hold the only copy of what is merged and taken away.
+  KeepRunFolder(*run.machine.files, WithoutTrailingBackslashes(run.context.stagingFolder));
+  for (const SettingCategory category : offered) {
+    run.observer.OnCategory(category);
+    ApplyCategory(run, category, chosen.contains(category));
+  }
+  PutInPlace(
+      {run.context, run.package.applicationDataRoot, run.machine, run.registryTool, run.observer},
+      run.report);
 }
 
 std::wstring ImportFinishText(const ProductContext& context) {
   return std::wstring(Text(StringId::kImportedTo)) + context.productName + L" " +
          context.selectedVersion + L".";
-}
-
-void ApplyPackage(const ImportRun& run, EditableCategoryTree& tree) {
-  // From here on the staging folder may hold the only copy of what is merged and taken away.
-  KeepRunFolder(run.machine.files, WithoutTrailingBackslashes(run.context.stagingFolder));
-  WalkLeaves(tree, tree.Root(), [&](CategoryTree::Item leaf) {
-    ApplyCategory(run, tree.ItemData(leaf), tree.IsChecked(leaf));
-  });
-  ApplyOverlay(
-      {run.context, run.package.applicationDataRoot, run.machine, run.registryTool, run.view},
-      run.report);
-  run.view.SetFinishText(ImportFinishText(run.context));
 }
 
 }  // namespace carrovan

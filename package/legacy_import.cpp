@@ -1,6 +1,8 @@
 #include "package/legacy_import.h"
 
 #include "environment/version_folders.h"
+#include "package/package_description.h"
+#include "package/package_opening.h"
 #include "package/staging_folder.h"
 #include "registry_text/registry_key.h"
 #include "rewrite/option_migration.h"
@@ -28,7 +30,7 @@ void PlaceCustomization(const ImportRun& run, const std::wstring& suffix) {
   for (const wchar_t* language : kLegacyLanguages) {
     const std::wstring folder = run.context.roamingRoot + L"\\" + language + L"\\Customization";
     const SystemCode code =
-        CopyIntoFolder(run.machine.files, run.package.legacyXmlPath, folder, name);
+        CopyIntoFolder(*run.machine.files, run.package.legacyXmlPath, folder, name);
     if (code != kSystemOk) {
       run.report.problems.push_back(L"Not put in place: " + folder + L"\\" + name + L": " +
                                     DescribeSystemCode(code));
@@ -46,7 +48,7 @@ void MigrateOptions(const ImportRun& run) {
   const OptionMigration migration =
       MigrateOptionConfig(package.legacyXmlPath, package.company,
                           package.product + L" " + package.targetInternalVersion, run.dom,
-                          run.machine.registryEditor, run.log);
+                          *run.machine.registry, run.log);
   run.report.optionsSet = migration.written;
   if (!migration.started) {
     run.report.problems.push_back(L"No option was imported: " + package.legacyXmlPath);
@@ -64,7 +66,65 @@ void MigrateOptions(const ImportRun& run) {
   }
 }
 
+// Deletes the staging folder in use and goes on with another one.
+void GoOnIn(const std::wstring& folder, const ImportRun& run) {
+  DeleteStagingFolder(run.context, run.machine);
+  run.context.stagingFolder = folder;
+}
+
+// The text for the version list. A document that names no version is made to name the target's.
+std::wstring TargetTextOf(const ImportRun& run) {
+  const PackageState& package = run.package;
+  std::wstring targetText = ReadLegacyTargetVersion(package.legacyXmlPath, run.dom);
+  if (!targetText.empty()) return targetText;
+  // A document that cannot be written stays as it is and is imported so.
+  static_cast<void>(RetargetLegacyVersion(
+      package.legacyXmlPath, ReplaceAll(package.product, L" ", L""), package.targetInternalVersion,
+      *run.machine.files, *run.machine.codePage));
+  return package.defaultTargetText;
+}
+
 }  // namespace
+
+std::wstring FindSingleXml(const FileReader& files, const std::wstring& folder) {
+  std::wstring found;
+  for (const FolderEntry& entry : ListFolder(files, folder)) {
+    if (!IsContentFile(entry) || !EndsWithIgnoringAsciiCase(entry.name, L".xml")) continue;
+    if (!found.empty()) return {};
+    found = folder + entry.name;
+  }
+  return found;
+}
+
+LegacyOpening OpenLegacyPackage(const ImportRun& run, const std::wstring& path) {
+  ProductContext& context = run.context;
+  LegacyOpening opening;
+  const std::wstring former = context.stagingFolder;
+  if (!CreateStagingFolder(context, run.machine)) {
+    opening.refusal = RunRefusal::kNoStagingFolder;
+    return opening;
+  }
+  const std::wstring fresh = context.stagingFolder;
+  opening.unextracted = UnpackPackage(run.machine, run.observer, path, fresh).failed;
+  const std::wstring document = FindSingleXml(*run.machine.files, fresh);
+  if (document.empty()) {
+    GoOnIn(former, run);
+    opening.refusal = RunRefusal::kCorruptPackage;
+    return opening;
+  }
+  context.stagingFolder = former;
+  GoOnIn(fresh, run);
+  context.packageDescriptionPath = fresh + kPackageDescriptionName;
+  run.report = {};
+  run.report.unextracted = opening.unextracted;
+  run.package.path = path;
+  run.package.legacyXmlPath = document;
+  // The names of a package that was opened before would be taken for this one's.
+  run.package.company = context.companyShortName;
+  run.package.product = context.productName;
+  opening.targetText = TargetTextOf(run);
+  return opening;
+}
 
 void ImportLegacyCustomization(const ImportRun& run) {
   const std::wstring& document = run.package.legacyXmlPath;
@@ -81,7 +141,6 @@ void ImportLegacyCustomization(const ImportRun& run) {
     run.report.problems.push_back(L"Not imported: this kind of document has no place: " + document);
   }
   DeleteStagingFolder(run.context, run.machine);
-  run.view.SetFinishText(ImportFinishText(run.context));
 }
 
 }  // namespace carrovan

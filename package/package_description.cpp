@@ -22,15 +22,15 @@ std::array<BaseValue, 4> BaseValues(const ProductContext& context) {
 }  // namespace
 
 void WritePackageDescription(const ProductContext& context, const Machine& machine,
-                             std::span<const SettingCategory> checkedCategories) {
+                             const CategorySet& chosen) {
   const std::wstring& path = context.packageDescriptionPath;
   const auto write = [&](const wchar_t* section, const std::wstring& key,
                          const std::wstring& value) {
-    machine.profiles.WriteValue(section, key, value, path);
+    machine.profiles->WriteValue(section, key, value, path);
   };
   // What an earlier, cancelled run wrote must not stay; usually there is nothing to remove.
-  static_cast<void>(ClearPath(machine.files, path));
-  for (const SettingCategory category : checkedCategories) {
+  static_cast<void>(ClearPath(*machine.files, path));
+  for (const SettingCategory category : chosen) {
     if (const CategoryRecord* record = FindCategory(static_cast<int>(category))) {
       write(kSelectedSection, std::wstring(Text(record->label)), L"1");
     }
@@ -39,15 +39,14 @@ void WritePackageDescription(const ProductContext& context, const Machine& machi
 }
 
 bool IsDescriptionWritten(const ProductContext& context, const ProfileReader& profiles,
-                          std::span<const SettingCategory> checkedCategories) {
+                          const CategorySet& chosen) {
   const auto reads = [&](const wchar_t* section, const std::wstring& key,
                          const std::wstring& value) {
     return profiles.ReadValue(section, key, context.packageDescriptionPath) == value;
   };
   for (const CategoryRecord& record : CategoryTable()) {
-    const bool isChecked =
-        std::ranges::find(checkedCategories, record.category) != checkedCategories.end();
-    if (!reads(kSelectedSection, std::wstring(Text(record.label)), isChecked ? L"1" : L"")) {
+    const wchar_t* mark = chosen.contains(record.category) ? L"1" : L"";
+    if (!reads(kSelectedSection, std::wstring(Text(record.label)), mark)) {
       return false;
     }
   }

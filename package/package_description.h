@@ -1,7 +1,5 @@
 #pragma once
 
-#include <span>
-
 #include "environment/product_context.h"
 #include "environment/setting_category.h"
 
@@ -20,14 +18,14 @@ inline constexpr wchar_t kReleaseVersionKey[] = L"RELEASE VERSION";
 inline constexpr wchar_t kProductKey[] = L"PRODUCT";
 
 // Writes the description afresh at `packageDescriptionPath`: "1" under each category's label, in
-// the order given, then where the package comes from. IsDescriptionWritten says whether it is
+// their order, then where the package comes from. IsDescriptionWritten says whether it is
 // there.
 void WritePackageDescription(const ProductContext& context, const Machine& machine,
-                             std::span<const SettingCategory> checkedCategories);
+                             const CategorySet& chosen);
 
 // True when the description reads back as WritePackageDescription was to write it, and marks no
 // other category. A full disk cuts a file short, and not every system says so.
 bool IsDescriptionWritten(const ProductContext& context, const ProfileReader& profiles,
-                          std::span<const SettingCategory> checkedCategories);
+                          const CategorySet& chosen);
 
 }  // namespace carrovan

@@ -22,7 +22,7 @@ bool ExtractItem(ArchiveReader& archive, FileSystem& files, std::size_t index,
   return archive.Extract(index, target) == ArchiveResult::kDone;
 }
 
-ExtractReport ExtractItems(ArchiveLibrary& archives, FileSystem& files, WizardView& view,
+ExtractReport ExtractItems(ArchiveLibrary& archives, FileSystem& files, RunObserver& observer,
                            const std::wstring& archivePath, const std::wstring& destinationFolder,
                            Refusal refusalOf) {
   ExtractReport report;
@@ -33,17 +33,17 @@ ExtractReport ExtractItems(ArchiveLibrary& archives, FileSystem& files, WizardVi
     const auto item = archive->Item(index);
     if (!item) return report;
     const std::wstring target = destinationFolder + item->name;
+    observer.OnItem(target);
     if (!refusalOf(item->name) && ExtractItem(*archive, files, index, target)) {
       ++report.extracted;
     } else {
-      ++report.failed;
-      view.ShowMessage(L"Failed to extract file: " + target);
+      report.failed.push_back(target);
     }
   }
 }
 
 bool IsKeptByRuns(std::wstring_view name) {
-  const std::wstring archive = kOverlayArchive;
+  const std::wstring archive = kChangedFilesArchive;
   for (const std::wstring& own : {archive, archive + L".part", std::wstring(kRunFolderMark)}) {
     if (CompareNames(name, own) == 0) return true;
   }
@@ -58,15 +58,16 @@ std::optional<std::wstring> RefusalOfPackageItem(std::wstring_view name) {
   return L"is one that an import keeps for itself";
 }
 
-ExtractReport ExtractArchive(ArchiveLibrary& archives, FileSystem& files, WizardView& view,
+ExtractReport ExtractArchive(ArchiveLibrary& archives, FileSystem& files, RunObserver& observer,
                              const std::wstring& archivePath,
                              const std::wstring& destinationFolder) {
-  return ExtractItems(archives, files, view, archivePath, destinationFolder, RefusalOfStoredName);
+  return ExtractItems(archives, files, observer, archivePath, destinationFolder,
+                      RefusalOfStoredName);
 }
 
-ExtractReport UnpackPackage(const Machine& machine, WizardView& view,
+ExtractReport UnpackPackage(const Machine& machine, RunObserver& observer,
                             const std::wstring& packagePath, const std::wstring& stagingFolder) {
-  return ExtractItems(machine.archives, machine.files, view, packagePath, stagingFolder,
+  return ExtractItems(*machine.archives, *machine.files, observer, packagePath, stagingFolder,
                       RefusalOfPackageItem);
 }
 

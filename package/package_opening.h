@@ -4,37 +4,37 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "package/run_report.h"
 #include "platform/machine.h"
-#include "wizard/wizard_view.h"
 
 namespace carrovan {
 
 // The archive of the last steps of an import, in the staging folder. It is written there as
 // ".part".
-inline constexpr wchar_t kOverlayArchive[] = L"Version_Changed_Files.zip";
+inline constexpr wchar_t kChangedFilesArchive[] = L"Version_Changed_Files.zip";
 
 // Why an item of a package is not unpacked into a staging folder ("leads out of the folder"): its
 // name is unfit, or the run keeps something of its own there. Nothing for one that is.
 std::optional<std::wstring> RefusalOfPackageItem(std::wstring_view name);
 
-// How an extraction went. The wizard does not look at it.
+// How an extraction went.
 struct ExtractReport {
   bool opened = false;  // false: the archive is missing or is not one
   std::size_t extracted = 0;
-  std::size_t failed = 0;
+  std::vector<std::wstring> failed;  // where the items that failed or were refused were to be put
 };
 
-// Unpacks every item of an archive below a folder whose path ends in a separator. The view is shown
-// one message for each item that fails or is refused, with the item's target path; the others are
-// unpacked all the same. Nothing is written outside the folder.
-ExtractReport ExtractArchive(ArchiveLibrary& archives, FileSystem& files, WizardView& view,
+// Unpacks every item of an archive below a folder whose path ends in a separator. Items that fail
+// or are refused do not stop the others. Nothing is written outside the folder.
+ExtractReport ExtractArchive(ArchiveLibrary& archives, FileSystem& files, RunObserver& observer,
                              const std::wstring& archivePath,
                              const std::wstring& destinationFolder);
 
 // The same for a package and a staging folder, in which items do not lie where the run keeps its
 // own.
-ExtractReport UnpackPackage(const Machine& machine, WizardView& view,
+ExtractReport UnpackPackage(const Machine& machine, RunObserver& observer,
                             const std::wstring& packagePath, const std::wstring& stagingFolder);
 
 }  // namespace carrovan

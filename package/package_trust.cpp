@@ -8,7 +8,7 @@
 
 #include "package/package_opening.h"
 #include "package/registry_file_scan.h"
-#include "platform/command_interpreter.h"
+#include "platform/registry_tool.h"
 #include "registry_text/registry_file_form.h"
 #include "text/path_text.h"
 #include "text/text.h"
@@ -96,7 +96,7 @@ std::optional<std::wstring> RefusalOfRegistryFile(ArchiveExaminer& archive, std:
                                                   const std::wstring& company) {
   if (!IsPlainToInterpreter(name)) return L"the name holds a percent sign or a quote";
   RegistryFileScan keys(company);
-  RegFormScan form;
+  RegistryFormScan form;
   std::string start;
   const ArchiveResult result = archive.ReadInParts(index, [&](std::string_view part) {
     keys.Take(part);

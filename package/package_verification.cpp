@@ -99,10 +99,10 @@ void Verification::CheckItem(std::size_t index, const ArchiveItem& item) {
 void Verification::CheckRegistryFile(std::size_t index, const ArchiveItem& item) {
   const auto bytes = archive_.Read(index, ArchiveFiles::kLongestFileBytes);
   if (!bytes) return Find(item.name, L"the data is damaged");
-  const auto file = ParseRegFile(DecodeText(*bytes).text);
+  const auto file = ParseRegistryFile(DecodeText(*bytes).text);
   if (!file) return Find(item.name, L"this is not a registry file");
   if (file->problems.empty()) return CheckWhole(index, item);
-  const RegFileProblem& first = file->problems.front();
+  const RegistryFileProblem& first = file->problems.front();
   std::wstring reason = L"line " + std::to_wstring(first.line) + L": " + first.text;
   if (const std::size_t more = file->problems.size() - 1; more > 0) {
     reason += L" (and " + std::to_wstring(more) + L" more)";

@@ -23,12 +23,6 @@ bool ArchiveFiles::IsFolder(const std::wstring& path) const {
   return ReadFolder(path, entries) == kSystemOk;
 }
 
-std::vector<FolderEntry> ArchiveFiles::ListFolder(const std::wstring& folder) const {
-  std::vector<FolderEntry> entries;
-  static_cast<void>(ReadFolder(folder, entries));
-  return entries;
-}
-
 SystemCode ArchiveFiles::ReadFolder(const std::wstring& folder,
                                     std::vector<FolderEntry>& entries) const {
   const std::wstring start = folder.empty() ? L"" : WithTrailingBackslash(folder);
@@ -106,8 +100,8 @@ bool IsFatal(ArchiveResult result) {
 class PackageInProgress {
  public:
   PackageInProgress(const ProductContext& context, const FileReader& files, ArchiveWriter& archive,
-                    PackageReport& report)
-      : context_(context), files_(files), archive_(archive), report_(report) {}
+                    RunObserver& observer, PackageReport& report)
+      : context_(context), files_(files), archive_(archive), observer_(observer), report_(report) {}
 
   void AddSource(const std::wstring& path) {
     report_.storedPerSource.push_back(0);
@@ -148,6 +142,7 @@ class PackageInProgress {
   }
 
   void AddFile(const std::wstring& entryName, const std::wstring& path) {
+    observer_.OnItem(path);
     const ArchiveResult result =
         files_.Exists(path) ? archive_.Add(entryName, path) : ArchiveResult::kSourceMissing;
     if (result == ArchiveResult::kDone) {
@@ -161,6 +156,7 @@ class PackageInProgress {
   const ProductContext& context_;
   const FileReader& files_;
   ArchiveWriter& archive_;
+  RunObserver& observer_;
   PackageReport& report_;
   ArchiveResult failure_ = ArchiveResult::kDone;
 };
@@ -191,11 +187,12 @@ std::wstring EntryNameInFolder(const ProductContext& context, const std::wstring
 
 PackageReport WritePackage(const ProductContext& context, const Machine& machine,
                            std::span<const std::wstring> sources, const std::wstring& archivePath,
-                           ArchivePurpose purpose, const MayTakePlace& mayTakePlace) {
+                           ArchivePurpose purpose, RunObserver& observer,
+                           const MayTakePlace& mayTakePlace) {
   PackageReport report;
-  const auto archive = machine.archives.Create(archivePath, purpose);
+  const auto archive = machine.archives->Create(archivePath, purpose);
   if (!archive) return report;
-  PackageInProgress package(context, machine.files, *archive, report);
+  PackageInProgress package(context, *machine.files, *archive, observer, report);
   for (const std::wstring& source : sources) {
     package.AddSource(source);
     if (package.Failed()) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "environment/product_context.h"
+#include "package/run_report.h"
 #include "platform/archive_library.h"
 #include "platform/file_system.h"
 #include "text/text.h"
@@ -29,7 +30,6 @@ class ArchiveFiles : public FileSystem {
   bool IsFolder(const std::wstring& path) const override;
   bool IsLink(const std::wstring&) const override { return false; }
   bool IsReadOnly(const std::wstring& path) const override { return Exists(path); }
-  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override;
   SystemCode ReadFolder(const std::wstring& folder,
                         std::vector<FolderEntry>& entries) const override;
   // kInvalidData for an item that is damaged, encrypted or too long.
@@ -59,7 +59,7 @@ struct SkippedItem {
   ArchiveResult reason;
 };
 
-// How the writing of an archive went. The wizard does not look at it.
+// How the writing of an archive went.
 struct PackageReport {
   ArchiveResult outcome = ArchiveResult::kTargetNotWritable;  // kDone: the archive is in place
   std::vector<std::size_t> storedPerSource;  // number of files stored, for each source in order
@@ -81,6 +81,7 @@ using MayTakePlace = std::function<bool(const PackageReport& report)>;
 // the disk fills up, or when it may not, nothing is put in its place.
 PackageReport WritePackage(const ProductContext& context, const Machine& machine,
                            std::span<const std::wstring> sources, const std::wstring& archivePath,
-                           ArchivePurpose purpose, const MayTakePlace& mayTakePlace = {});
+                           ArchivePurpose purpose, RunObserver& observer,
+                           const MayTakePlace& mayTakePlace = {});
 
 }  // namespace carrovan

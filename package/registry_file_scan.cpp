@@ -149,7 +149,7 @@ bool IsBlank(char16_t unit) { return unit == u' ' || unit == u'\t' || unit == u'
 bool IsHeader(std::u16string_view line) {
   while (!line.empty() && IsBlank(line.front())) line.remove_prefix(1);
   if (line.ends_with(u'\r')) line.remove_suffix(1);
-  return IsRegFileHeader(FromUtf16(line));
+  return IsRegistryFileHeader(FromUtf16(line));
 }
 
 }  // namespace

@@ -20,6 +20,13 @@ void SweepIfAbandoned(FileSystem& files, const std::wstring& folder) {
 
 }  // namespace
 
+std::optional<std::wstring> NewRunFolderPath(const Machine& machine) {
+  const auto tempPath = machine.folders->TempPath();
+  const auto guid = machine.guids->NewGuid();
+  if (!tempPath || !guid || guid->size() < 2) return std::nullopt;
+  return *tempPath + guid->substr(1, guid->size() - 2);
+}
+
 void MarkRunFolder(FileSystem& files, const std::wstring& folder) {
   static_cast<void>(files.HoldFile(MarkOf(folder), FileHold::kMake));
 }
@@ -56,30 +63,28 @@ bool ClearPath(FileSystem& files, const std::wstring& path) {
 }
 
 void SweepRunFolders(const Machine& machine) {
-  const auto temp = machine.folders.TempPath();
+  const auto temp = machine.folders->TempPath();
   if (!temp) return;
-  for (const FolderEntry& entry : machine.files.ListFolder(*temp)) {
+  for (const FolderEntry& entry : ListFolder(*machine.files, *temp)) {
     if (!entry.isFolder || entry.isLink || !IsGuid(entry.name)) continue;
-    SweepIfAbandoned(machine.files, WithTrailingBackslash(*temp) + entry.name);
+    SweepIfAbandoned(*machine.files, WithTrailingBackslash(*temp) + entry.name);
   }
 }
 
 bool CreateStagingFolder(ProductContext& context, const Machine& machine) {
-  const auto tempPath = machine.folders.TempPath();
-  const auto guid = machine.guids.NewGuid();
-  if (!tempPath || !guid || guid->size() < 2) return false;
-  const std::wstring folder = *tempPath + guid->substr(1, guid->size() - 2) + L"\\";
-  const SystemCode code = machine.files.CreateFolder(folder);
+  const auto folder = NewRunFolderPath(machine);
+  if (!folder) return false;
+  const SystemCode code = machine.files->CreateFolder(*folder);
   if (code != kSystemOk && code != kAlreadyExists) return false;
   // A folder that was there is somebody's, who may want to keep it.
-  if (code == kSystemOk) MarkRunFolder(machine.files, WithoutTrailingBackslashes(folder));
-  context.stagingFolder = folder;
+  if (code == kSystemOk) MarkRunFolder(*machine.files, *folder);
+  context.stagingFolder = *folder + L"\\";
   return true;
 }
 
 void DeleteStagingFolder(const ProductContext& context, const Machine& machine) {
   if (context.stagingFolder.empty()) return;
-  WipeRunFolder(machine.files, WithoutTrailingBackslashes(context.stagingFolder));
+  WipeRunFolder(*machine.files, WithoutTrailingBackslashes(context.stagingFolder));
 }
 
 bool RenewStagingFolder(ProductContext& context, const Machine& machine) {

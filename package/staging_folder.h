@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "environment/product_context.h"
@@ -12,6 +13,10 @@ namespace carrovan {
 // process is gone. Paths of folders come without a trailing backslash.
 
 inline constexpr wchar_t kRunFolderMark[] = L"~carrovan.lock";
+
+// The path of such a folder with a fresh GUID. Nothing when the system gives no temporary path or
+// no GUID.
+std::optional<std::wstring> NewRunFolderPath(const Machine& machine);
 
 // The folder was just made, by this run. When it cannot be marked, nobody else will remove it.
 void MarkRunFolder(FileSystem& files, const std::wstring& folder);

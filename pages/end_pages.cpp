@@ -9,7 +9,7 @@ namespace {
 // Keeps a radio button from being chosen by merely getting the focus; older headers lack the name.
 constexpr UINT kSetDoNotClick = 0x00F8;
 
-constexpr ControlLook kLooks[] = {
+constexpr ControlLook kStartLooks[] = {
     {IDC_START_HEADING, PageFont::kTitle, ControlBackground::kTransparent},
     {IDC_START_INTRODUCTION, PageFont::kText, ControlBackground::kTransparent},
     {IDC_START_EXPORT_TEXT, PageFont::kText, ControlBackground::kTransparent},
@@ -37,7 +37,7 @@ MigrationMode ModeOf(int control) {
 
 int CStartDialog::TemplateNumber() const { return IDD_START; }
 
-std::span<const ControlLook> CStartDialog::Looks() const { return kLooks; }
+std::span<const ControlLook> CStartDialog::Looks() const { return kStartLooks; }
 
 void CStartDialog::FillControls() {
   SetText(IDC_START_HEADING, StringId::kWelcome);
@@ -62,7 +62,7 @@ bool CStartDialog::OnCommand(int control, int notification) {
 
 namespace {
 
-constexpr ControlLook kLooks[] = {
+constexpr ControlLook kFinishLooks[] = {
     {IDC_FINISH_TITLE, PageFont::kTitle, ControlBackground::kTransparent},
     {IDC_FINISH_MESSAGE, PageFont::kText, ControlBackground::kTransparent},
 };
@@ -76,7 +76,7 @@ void CFinishDialog::ShowOutcome(const std::wstring& text) const {
 
 int CFinishDialog::TemplateNumber() const { return IDD_FINISH; }
 
-std::span<const ControlLook> CFinishDialog::Looks() const { return kLooks; }
+std::span<const ControlLook> CFinishDialog::Looks() const { return kFinishLooks; }
 
 void CFinishDialog::FillControls() { SetText(IDC_FINISH_TITLE, StringId::kOperationCompleted); }
 

@@ -9,17 +9,6 @@
 
 namespace carrovan {
 
-// Each returns when the box was answered. `owner` may be null.
-
-// No caption, no icon, OK.
-void ShowPlainMessageBox(HWND owner, const std::wstring& text);
-
-// The program's name as caption, a warning icon, OK.
-void ShowApplicationMessageBox(HWND owner, const std::wstring& text);
-
-// A question icon, Yes and No; true for Yes.
-bool AskInMessageBox(HWND owner, const std::wstring& question);
-
 // The system's own dialogs for choosing a file. Each gives the full path, or nothing when the user
 // cancelled or there is no such dialog.
 std::optional<std::wstring> AskForSaveFile(HWND owner, const SaveFileQuestion& question);

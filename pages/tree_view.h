@@ -10,7 +10,7 @@
 namespace carrovan {
 
 // A tree of check boxes in a tree-view control. Before a control is attached the tree is empty.
-class TreeView : public EditableCategoryTree {
+class TreeView : public CategoryTree {
  public:
   // Takes an empty control, gives it check boxes and the pictures, of which every item shows the
   // second one.

@@ -28,7 +28,7 @@ std::optional<std::wstring> SelectedYear(HWND list) {
 
 namespace {
 
-constexpr ControlLook kLooks[] = {
+constexpr ControlLook kVersionLooks[] = {
     {IDC_VERSION_TITLE, PageFont::kTitle, ControlBackground::kTransparent},
     {IDC_VERSION_LIST, PageFont::kHeading, ControlBackground::kTransparent},
     {IDC_VERSION_LABEL, PageFont::kHeading, ControlBackground::kTransparent},
@@ -42,7 +42,7 @@ std::optional<std::wstring> CSelectVersion::SelectedVersion() const {
 
 int CSelectVersion::TemplateNumber() const { return IDD_VERSION; }
 
-std::span<const ControlLook> CSelectVersion::Looks() const { return kLooks; }
+std::span<const ControlLook> CSelectVersion::Looks() const { return kVersionLooks; }
 
 void CSelectVersion::FillControls() {
   SetText(IDC_VERSION_TITLE, StringId::kSelectExportedVersion);
@@ -58,7 +58,7 @@ bool CSelectVersion::OnCommand(int control, int notification) {
 
 namespace {
 
-constexpr ControlLook kLooks[] = {
+constexpr ControlLook kPathLooks[] = {
     {IDC_PATH_TITLE, PageFont::kTitle, ControlBackground::kTransparent},
     {IDC_PATH_SELECT, PageFont::kText, ControlBackground::kTransparent},
     {IDC_PATH_FILE_LABEL, PageFont::kText, ControlBackground::kTransparent},
@@ -85,7 +85,7 @@ std::optional<std::wstring> CSelectPath::SelectedVersion() const {
 
 int CSelectPath::TemplateNumber() const { return IDD_PATH; }
 
-std::span<const ControlLook> CSelectPath::Looks() const { return kLooks; }
+std::span<const ControlLook> CSelectPath::Looks() const { return kPathLooks; }
 
 bool CSelectPath::OnCommand(int control, int notification) {
   if (control == IDC_PATH_SELECT && notification == BN_CLICKED) {

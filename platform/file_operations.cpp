@@ -2,6 +2,8 @@
 
 #include <zlib.h>
 
+#include "text/path_text.h"
+
 namespace carrovan {
 
 namespace {
@@ -78,6 +80,15 @@ bool WipeFolder(FileSystem& files, const std::wstring& folder) {
   // Everything below is gone; an empty folder that somebody holds open does no harm.
   static_cast<void>(files.RemoveFolder(folder));
   return true;
+}
+
+SystemCode MakeFolderPath(FileSystem& files, const std::wstring& folder) {
+  if (files.IsFolder(folder)) return kSystemOk;
+  const std::wstring parent = RemoveFileSpec(folder);
+  if (parent == folder) return kPathNotFound;
+  if (const SystemCode code = MakeFolderPath(files, parent); code != kSystemOk) return code;
+  const SystemCode code = files.CreateFolder(folder);
+  return code == kAlreadyExists && files.IsFolder(folder) ? kSystemOk : code;
 }
 
 }  // namespace carrovan

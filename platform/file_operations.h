@@ -34,4 +34,7 @@ FileImage ImageOfBytes(std::string_view bytes);
 // is gone, also when the folder was not there at all.
 bool WipeFolder(FileSystem& files, const std::wstring& folder);
 
+// Makes a folder and those above it that are missing. The path has no trailing backslash.
+[[nodiscard]] SystemCode MakeFolderPath(FileSystem& files, const std::wstring& folder);
+
 }  // namespace carrovan

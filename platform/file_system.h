@@ -50,11 +50,7 @@ class FileReader {
   // True for a file that cannot be replaced or removed because it is marked so.
   virtual bool IsReadOnly(const std::wstring& path) const = 0;
 
-  // The entries of a folder in the file system's own order, without "." and "..". Empty when the
-  // folder is missing or cannot be read.
-  virtual std::vector<FolderEntry> ListFolder(const std::wstring& folder) const = 0;
-
-  // The same list, for a caller that must know why there is none.
+  // The entries of a folder in the file system's own order, without "." and "..".
   [[nodiscard]] virtual SystemCode ReadFolder(const std::wstring& folder,
                                               std::vector<FolderEntry>& entries) const = 0;
 
@@ -70,6 +66,14 @@ class FileReader {
   [[nodiscard]] virtual SystemCode ReadInParts(const std::wstring& path,
                                                const TakePart& take) const = 0;
 };
+
+// The same for a caller that does not care why there are none: empty when the folder is missing or
+// cannot be read.
+inline std::vector<FolderEntry> ListFolder(const FileReader& files, const std::wstring& folder) {
+  std::vector<FolderEntry> entries;
+  static_cast<void>(files.ReadFolder(folder, entries));
+  return entries;
+}
 
 // How a file is held.
 enum class FileHold {

@@ -4,40 +4,37 @@
 #include <string>
 
 #include "platform/archive_library.h"
-#include "platform/command_interpreter.h"
 #include "platform/file_system.h"
 #include "platform/profile_file.h"
 #include "platform/registry.h"
+#include "platform/registry_tool.h"
 #include "platform/system_facts.h"
 
 namespace carrovan {
 
-// The ports of one machine, real or in a folder. Owns nothing: whoever makes a machine keeps its
-// parts alive.
-struct Machine {
-  FileSystem& files;
-  RegistryReader& registry;
-  KnownFolders& folders;
-  GuidSource& guids;
-  ProfileFile& profiles;
-  ProductIdentity& product;
-  ArchiveLibrary& archives;
-  CommandInterpreter& interpreter;
-  Clock& clock;
-  RegistryEditor& registryEditor;
-  UserIdentity& user;
-  CodePage& codePage;
-  ProcessList& processes;
+// An object, or why there is none.
+template <typename T>
+struct OrReason {
+  std::unique_ptr<T> object;
+  std::wstring reason;  // when there is none: one line
 };
 
-// The same machine with one part replaced.
-Machine WithFiles(const Machine& machine, FileSystem& files);
-Machine WithFolders(const Machine& machine, KnownFolders& folders);
-Machine WithGuids(const Machine& machine, GuidSource& guids);
-Machine WithProfiles(const Machine& machine, ProfileFile& profiles);
-Machine WithArchives(const Machine& machine, ArchiveLibrary& archives);
-Machine WithInterpreter(const Machine& machine, CommandInterpreter& interpreter);
-Machine WithClock(const Machine& machine, Clock& clock);
+// The ports of one machine, real or in a folder. A plain value, which is copied to replace one of
+// them. Owns nothing: whoever makes a machine keeps its parts alive. No port is null.
+struct Machine {
+  FileSystem* files;
+  RegistryEditor* registry;
+  KnownFolders* folders;
+  GuidSource* guids;
+  ProfileFile* profiles;
+  ProductIdentity* product;
+  ArchiveLibrary* archives;
+  RegistryTool* registryTool;
+  Clock* clock;
+  UserIdentity* user;
+  CodePage* codePage;
+  ProcessList* processes;
+};
 
 // Owns the parts of a machine.
 class OwnedMachine {
@@ -46,10 +43,7 @@ class OwnedMachine {
   virtual Machine Ports() = 0;
 };
 
-struct MachineOrReason {
-  std::unique_ptr<OwnedMachine> machine;  // null when there is none
-  std::wstring reason;                    // then: one line that says why and what to do
-};
+using MachineOrReason = OrReason<OwnedMachine>;
 
 // The machine that this program runs on: its registry, its user, its CAD product. Only Windows has
 // one; elsewhere the reason says so.

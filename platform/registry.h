@@ -28,14 +28,11 @@ class RegistryReader {
                                                            const std::wstring& keyPath) const = 0;
 };
 
-// Changes registry keys and values. Key paths are relative to the hive, without a leading
-// backslash; names are found without regard to case. Each operation that answers with a code gives
-// kSystemOk or the system's error number: kFileNotFound for a missing key, kAccessDenied for one
-// that the user may not change.
-class RegistryEditor {
+// Changes registry keys and values. Each operation that answers with a code gives kSystemOk or the
+// system's error number: kFileNotFound for a missing key, kAccessDenied for one that the user may
+// not change.
+class RegistryEditor : public RegistryReader {
  public:
-  virtual ~RegistryEditor() = default;
-
   // Whether the key opens for reading and writing; changes nothing.
   [[nodiscard]] virtual SystemCode TryOpen(RegistryHive hive,
                                            const std::wstring& keyPath) const = 0;

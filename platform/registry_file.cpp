@@ -8,22 +8,22 @@
 
 namespace carrovan {
 
-std::optional<RegFile> ReadRegFile(const FileReader& files, const std::wstring& path) {
+std::optional<RegistryFile> ReadRegistryFile(const FileReader& files, const std::wstring& path) {
   std::string bytes;
   if (files.ReadBytes(path, bytes) != kSystemOk) return std::nullopt;
   const std::vector<std::uint8_t> content(bytes.begin(), bytes.end());
-  return ParseRegFile(DecodeText(content).text);
+  return ParseRegistryFile(DecodeText(content).text);
 }
 
 namespace {
 
-void Apply(const RegKeyChange& change, RegistryKey& root) {
+void Apply(const RegistryKeyChange& change, RegistryKey& root) {
   if (change.remove) {
     root.Remove(change.keyPath);
     return;
   }
   RegistryKey& key = root.Make(change.keyPath);
-  for (const RegValueChange& value : change.values) {
+  for (const RegistryValueChange& value : change.values) {
     if (value.remove) {
       key.RemoveValue(value.value.name);
     } else {
@@ -36,7 +36,7 @@ SystemCode UnlessMissing(SystemCode code) { return code == kFileNotFound ? kSyst
 
 class KeyApplication {
  public:
-  KeyApplication(const RegKeyChange& change, RegistryEditor& registry)
+  KeyApplication(const RegistryKeyChange& change, RegistryEditor& registry)
       : change_(change), registry_(registry) {}
 
   SystemCode Run() {
@@ -45,7 +45,7 @@ class KeyApplication {
     if (change_.remove) return UnlessMissing(registry_.DeleteTree(change_.hive, change_.keyPath));
     Note(registry_.CreateKey(change_.hive, change_.keyPath));
     if (first_ != kSystemOk) return first_;
-    for (const RegValueChange& value : change_.values) {
+    for (const RegistryValueChange& value : change_.values) {
       if (!value.remove) {
         toSet_.push_back(value.value);
         continue;
@@ -69,7 +69,7 @@ class KeyApplication {
     toSet_.clear();
   }
 
-  const RegKeyChange& change_;
+  const RegistryKeyChange& change_;
   RegistryEditor& registry_;
   std::vector<RegistryValue> toSet_;
   SystemCode first_ = kSystemOk;
@@ -77,24 +77,24 @@ class KeyApplication {
 
 }  // namespace
 
-void ApplyRegFile(const RegFile& file, RegistryHive hive, RegistryKey& root) {
-  for (const RegKeyChange& change : file.keys) {
+void ApplyRegistryFile(const RegistryFile& file, RegistryHive hive, RegistryKey& root) {
+  for (const RegistryKeyChange& change : file.keys) {
     if (change.hive == hive) Apply(change, root);
   }
 }
 
-SystemCode ApplyRegFile(const RegFile& file, RegistryEditor& registry) {
+SystemCode ApplyRegistryFile(const RegistryFile& file, RegistryEditor& registry) {
   SystemCode first = kSystemOk;
-  for (const RegKeyChange& change : file.keys) {
+  for (const RegistryKeyChange& change : file.keys) {
     const SystemCode code = KeyApplication(change, registry).Run();
     if (first == kSystemOk) first = code;
   }
   return first;
 }
 
-bool Concerns(const RegFile& file, RegistryHive hive) {
+bool Concerns(const RegistryFile& file, RegistryHive hive) {
   return std::any_of(file.keys.begin(), file.keys.end(),
-                     [hive](const RegKeyChange& change) { return change.hive == hive; });
+                     [hive](const RegistryKeyChange& change) { return change.hive == hive; });
 }
 
 }  // namespace carrovan

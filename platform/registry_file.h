@@ -11,18 +11,18 @@
 namespace carrovan {
 
 // What the registry tool makes of a file; nothing for one that it cannot read or refuses.
-std::optional<RegFile> ReadRegFile(const FileReader& files, const std::wstring& path);
+std::optional<RegistryFile> ReadRegistryFile(const FileReader& files, const std::wstring& path);
 
 // Does what a registry file says, as the system's tool does: key after key, in the file's order.
 
 // Only the changes of one hive, whose root the key is.
-void ApplyRegFile(const RegFile& file, RegistryHive hive, RegistryKey& root);
+void ApplyRegistryFile(const RegistryFile& file, RegistryHive hive, RegistryKey& root);
 
 // Goes on after a failure; the code is that of the first one. What is to be removed and is not
 // there is no failure.
-[[nodiscard]] SystemCode ApplyRegFile(const RegFile& file, RegistryEditor& registry);
+[[nodiscard]] SystemCode ApplyRegistryFile(const RegistryFile& file, RegistryEditor& registry);
 
 // Whether a change of the file is one of this hive.
-bool Concerns(const RegFile& file, RegistryHive hive);
+bool Concerns(const RegistryFile& file, RegistryHive hive);
 
 }  // namespace carrovan

@@ -15,7 +15,7 @@ using Entries = std::map<std::u16string, FolderEntry>;  // by folded name
 
 Entries EntriesOf(const FileReader& files, const std::wstring& folder) {
   Entries entries;
-  for (FolderEntry& entry : files.ListFolder(folder)) {
+  for (FolderEntry& entry : ListFolder(files, folder)) {
     std::u16string folded = FoldedName(entry.name);
     entries.emplace(std::move(folded), std::move(entry));
   }
@@ -117,7 +117,7 @@ class FileComparison {
         {path, change, entry.isFolder, added ? absent : image, added ? image : absent});
     if (!IsPlainFolder(entry)) return;
     const FileReader& files = added ? overlay_ : machine_;
-    for (const FolderEntry& below : files.ListFolder(path)) {
+    for (const FolderEntry& below : ListFolder(files, path)) {
       const std::wstring belowPath = JoinNames(path, below.name);
       Tell(change, belowPath, below, ImageOf(files, belowPath, &below));
     }
@@ -171,7 +171,7 @@ bool IsSameContent(const RegistryValue& a, const RegistryValue& b) {
 class KeyComparison {
  public:
   KeyComparison(RegistryHive hive, const RegistryReader& overlay, const RegistryReader& machine,
-             MachineChanges& changes)
+                MachineChanges& changes)
       : hive_(hive), overlay_(overlay), machine_(machine), changes_(changes) {}
 
   // A key before and after; only what the overlay changed is looked at.
@@ -317,11 +317,11 @@ std::vector<std::wstring> UnfulfilledChanges(const MachineChanges& foreseen,
                                              const Machine& machine) {
   Lines lines;
   for (const auto* files : {&foreseen.files, &foreseen.rewrittenFiles}) {
-    CheckFiles(*files, machine.files, lines);
+    CheckFiles(*files, *machine.files, lines);
   }
-  for (const KeyChange& change : foreseen.keys) CheckKey(change, machine.registry, lines);
+  for (const KeyChange& change : foreseen.keys) CheckKey(change, *machine.registry, lines);
   for (const auto* values : {&foreseen.values, &foreseen.rewrittenValues}) {
-    for (const ValueChange& change : *values) CheckValue(change, machine.registry, lines);
+    for (const ValueChange& change : *values) CheckValue(change, *machine.registry, lines);
   }
   return lines;
 }

@@ -28,20 +28,16 @@ bool IsSame(const OverlayPath& a, const OverlayPath& b) {
 
 }  // namespace
 
-std::unique_ptr<OverlayFiles> OverlayFiles::Open(const Machine& machine, std::wstring& reason) {
-  const auto temp = machine.folders.TempPath();
-  const auto guid = machine.guids.NewGuid();
-  if (!temp || !guid || guid->size() < 2) {
-    reason = L"no folder for the preview: the system tells no temporary path or no GUID";
-    return nullptr;
+OrReason<OverlayFiles> OverlayFiles::Open(const Machine& machine) {
+  const auto spool = NewRunFolderPath(machine);
+  if (!spool) {
+    return {nullptr, L"no folder for the preview: the system tells no temporary path or no GUID"};
   }
-  const std::wstring spool = *temp + guid->substr(1, guid->size() - 2);
-  if (const SystemCode code = machine.files.CreateFolder(spool); code != kSystemOk) {
-    reason = L"no folder for the preview: " + spool + L": " + DescribeSystemCode(code);
-    return nullptr;
+  if (const SystemCode code = machine.files->CreateFolder(*spool); code != kSystemOk) {
+    return {nullptr, L"no folder for the preview: " + *spool + L": " + DescribeSystemCode(code)};
   }
-  MarkRunFolder(machine.files, spool);
-  return std::unique_ptr<OverlayFiles>(new OverlayFiles(machine.files, spool));
+  MarkRunFolder(*machine.files, *spool);
+  return {std::unique_ptr<OverlayFiles>(new OverlayFiles(*machine.files, *spool)), {}};
 }
 
 OverlayFiles::OverlayFiles(FileSystem& machine, std::wstring spool)
@@ -106,12 +102,6 @@ bool OverlayFiles::IsFolder(const std::wstring& path) const {
 bool OverlayFiles::IsLink(const std::wstring& path) const { return Look(path).isLink; }
 
 bool OverlayFiles::IsReadOnly(const std::wstring& path) const { return IsReadOnly(Look(path)); }
-
-std::vector<FolderEntry> OverlayFiles::ListFolder(const std::wstring& folder) const {
-  std::vector<FolderEntry> entries;
-  static_cast<void>(ReadFolder(folder, entries));
-  return entries;
-}
 
 SystemCode OverlayFiles::ReadFolder(const std::wstring& folder,
                                     std::vector<FolderEntry>& entries) const {

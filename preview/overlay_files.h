@@ -16,8 +16,8 @@ namespace carrovan {
 // full. A folder that is reached through a link and by its own path counts as two.
 class OverlayFiles : public FileSystem {
  public:
-  // Null, with a line that says why, when no spool folder can be made. The machine outlives it.
-  static std::unique_ptr<OverlayFiles> Open(const Machine& machine, std::wstring& reason);
+  // None when no spool folder can be made. The machine outlives it.
+  static OrReason<OverlayFiles> Open(const Machine& machine);
   ~OverlayFiles() override;
   OverlayFiles(const OverlayFiles&) = delete;
   OverlayFiles& operator=(const OverlayFiles&) = delete;
@@ -42,7 +42,6 @@ class OverlayFiles : public FileSystem {
   bool IsFolder(const std::wstring& path) const override;
   bool IsLink(const std::wstring& path) const override;
   bool IsReadOnly(const std::wstring& path) const override;
-  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override;
   SystemCode ReadFolder(const std::wstring& folder,
                         std::vector<FolderEntry>& entries) const override;
   SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override;

@@ -2,8 +2,9 @@
 
 #include <utility>
 
-#include "platform/command_interpreter.h"
+#include "platform/file_operations.h"
 #include "platform/registry_file.h"
+#include "platform/registry_tool.h"
 #include "text/path_text.h"
 
 namespace carrovan {
@@ -64,11 +65,7 @@ class Reader : public ArchiveReader {
 
  private:
   bool MakeFolders(const std::wstring& path) {
-    const std::wstring folder = WithoutTrailingBackslashes(path);
-    if (files_.IsFolder(folder)) return true;
-    const std::wstring above = RemoveFileSpec(folder);
-    if (above != folder && !MakeFolders(above)) return false;
-    return files_.CreateFolder(folder) == kSystemOk;
+    return MakeFolderPath(files_, WithoutTrailingBackslashes(path)) == kSystemOk;
   }
 
   OverlayFiles& files_;
@@ -112,40 +109,45 @@ bool OverlayProfiles::WriteValue(const std::wstring& section, const std::wstring
          files_.Adopt(spoolFile, filePath) == kSystemOk;
 }
 
-std::unique_ptr<RunningCommand> OverlayInterpreter::Start(const std::wstring& parameters) {
-  const auto file = ImportedFile(parameters);
-  return std::make_unique<EndedCommand>(file && Import(*file));
+std::unique_ptr<RunningTool> OverlayRegistryTool::ExportKey(const std::wstring&,
+                                                            const std::wstring&) {
+  return std::make_unique<EndedTool>(false);
 }
 
-bool OverlayInterpreter::Import(const std::wstring& file) {
-  const auto parsed = ReadRegFile(files_, file);
-  return parsed && ApplyRegFile(*parsed, registry_) == kSystemOk;
+std::unique_ptr<RunningTool> OverlayRegistryTool::ImportFile(const std::wstring& filePath) {
+  const auto file = ReadRegistryFile(files_, filePath);
+  return std::make_unique<EndedTool>(file && ApplyRegistryFile(*file, registry_) == kSystemOk);
 }
 
-std::unique_ptr<OverlayMachine> OverlayMachine::Open(const Machine& machine, std::wstring& reason) {
-  auto files = OverlayFiles::Open(machine, reason);
-  if (files == nullptr) return nullptr;
-  return std::unique_ptr<OverlayMachine>(new OverlayMachine(machine, std::move(files)));
+OrReason<OverlayMachine> OverlayMachine::Open(const Machine& machine) {
+  OrReason<OverlayFiles> files = OverlayFiles::Open(machine);
+  if (!files.object) return {nullptr, files.reason};
+  return {std::unique_ptr<OverlayMachine>(new OverlayMachine(machine, std::move(files.object))),
+          {}};
 }
 
 OverlayMachine::OverlayMachine(const Machine& machine, std::unique_ptr<OverlayFiles> files)
     : machine_(machine),
       files_(std::move(files)),
-      registry_(machine.registry, machine.registryEditor),
-      profiles_(machine.profiles, *files_),
-      archives_(machine.archives, *files_),
-      interpreter_(*files_, registry_) {}
+      registry_(*machine.registry),
+      profiles_(*machine.profiles, *files_),
+      archives_(*machine.archives, *files_),
+      registryTool_(*files_, registry_) {}
 
 Machine OverlayMachine::Ports() {
-  return {*files_,          registry_,         machine_.folders,  machine_.guids, profiles_,
-          machine_.product, archives_,         interpreter_,      machine_.clock, registry_,
-          machine_.user,    machine_.codePage, machine_.processes};
+  Machine ports = machine_;
+  ports.files = files_.get();
+  ports.registry = &registry_;
+  ports.profiles = &profiles_;
+  ports.archives = &archives_;
+  ports.registryTool = &registryTool_;
+  return ports;
 }
 
 MachineChanges OverlayMachine::Changes() const {
   MachineChanges changes;
-  AddFileChanges(files_->Tree(), *files_, machine_.files, changes);
-  AddRegistryChanges(registry_, machine_.registry, changes);
+  AddFileChanges(files_->Tree(), *files_, *machine_.files, changes);
+  AddRegistryChanges(registry_, *machine_.registry, changes);
   return changes;
 }
 

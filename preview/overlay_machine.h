@@ -3,10 +3,10 @@
 #include <memory>
 
 #include "platform/archive_library.h"
-#include "platform/command_interpreter.h"
 #include "platform/file_system.h"
 #include "platform/profile_file.h"
 #include "platform/registry.h"
+#include "platform/registry_tool.h"
 #include "preview/machine_changes.h"
 #include "preview/overlay_files.h"
 #include "preview/overlay_registry.h"
@@ -46,21 +46,20 @@ class OverlayProfiles : public ProfileFile {
   OverlayFiles& files_;
 };
 
-// A command interpreter that knows the registry tool's import and nothing else, on the files and
-// the registry of an overlay. The work is done or has failed when Start returns; any other command
-// line does nothing and fails.
-class OverlayInterpreter : public CommandInterpreter {
+// A registry tool that works on the files and the registry of an overlay. It exports nothing. The
+// work is done or has failed when a call returns.
+class OverlayRegistryTool : public RegistryTool {
  public:
   // Both outlive it.
-  OverlayInterpreter(const FileReader& files, RegistryEditor& registry)
+  OverlayRegistryTool(const FileReader& files, RegistryEditor& registry)
       : files_(files), registry_(registry) {}
 
   // Never null.
-  std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override;
+  std::unique_ptr<RunningTool> ExportKey(const std::wstring& keyPath,
+                                         const std::wstring& filePath) override;
+  std::unique_ptr<RunningTool> ImportFile(const std::wstring& filePath) override;
 
  private:
-  bool Import(const std::wstring& file);
-
   const FileReader& files_;
   RegistryEditor& registry_;
 };
@@ -69,9 +68,8 @@ class OverlayInterpreter : public CommandInterpreter {
 // stays in it and can be told.
 class OverlayMachine {
  public:
-  // Null, with a line that says why, when there is no place for what is to be written. The parts of
-  // the machine outlive it.
-  static std::unique_ptr<OverlayMachine> Open(const Machine& machine, std::wstring& reason);
+  // None when there is no place for what is to be written. The parts of the machine outlive it.
+  static OrReason<OverlayMachine> Open(const Machine& machine);
 
   Machine Ports();
 
@@ -86,7 +84,7 @@ class OverlayMachine {
   OverlayRegistry registry_;
   OverlayProfiles profiles_;
   OverlayArchives archives_;
-  OverlayInterpreter interpreter_;
+  OverlayRegistryTool registryTool_;
 };
 
 }  // namespace carrovan

@@ -8,17 +8,13 @@
 namespace carrovan {
 namespace {
 
-std::wstring Below(const std::wstring& keyPath, std::wstring_view name) {
-  return keyPath.empty() ? std::wstring(name) : keyPath + L"\\" + std::wstring(name);
-}
-
 std::wstring ParentOf(const std::wstring& keyPath) {
   std::wstring parent;
   std::wstring_view rest = keyPath;
   for (auto name = TakeKeyName(rest); !name.empty();) {
     const auto next = TakeKeyName(rest);
     if (next.empty()) break;
-    parent = Below(parent, name);
+    parent = JoinKey(parent, std::wstring(name));
     name = next;
   }
   return parent;
@@ -28,8 +24,7 @@ bool ComesBefore(const std::wstring& a, const std::wstring& b) { return CompareN
 
 }  // namespace
 
-OverlayRegistry::OverlayRegistry(const RegistryReader& reader, const RegistryEditor& editor)
-    : reader_(reader), editor_(editor) {
+OverlayRegistry::OverlayRegistry(const RegistryEditor& machine) : machine_(machine) {
   for (OverlayKey& root : roots_) root.showsMachine = true;
 }
 
@@ -48,7 +43,7 @@ OverlayRegistry::Seen OverlayRegistry::Look(RegistryHive hive, const std::wstrin
 
 bool OverlayRegistry::CanOpenKey(RegistryHive hive, const std::wstring& keyPath) const {
   const Seen seen = Look(hive, keyPath);
-  return seen.showsMachine ? reader_.CanOpenKey(hive, keyPath) : seen.node != nullptr;
+  return seen.showsMachine ? machine_.CanOpenKey(hive, keyPath) : seen.node != nullptr;
 }
 
 std::optional<std::vector<std::wstring>> OverlayRegistry::SubkeyNames(
@@ -56,7 +51,7 @@ std::optional<std::vector<std::wstring>> OverlayRegistry::SubkeyNames(
   const Seen seen = Look(hive, keyPath);
   std::vector<std::wstring> names;
   if (seen.showsMachine) {
-    auto machine = reader_.SubkeyNames(hive, keyPath);
+    auto machine = machine_.SubkeyNames(hive, keyPath);
     if (!machine || seen.node == nullptr) return machine;
     std::erase_if(*machine, [&seen](const std::wstring& name) {
       const auto found = seen.node->below.find(FoldedName(name));
@@ -79,7 +74,7 @@ std::optional<std::vector<RegistryValue>> OverlayRegistry::Values(
     RegistryHive hive, const std::wstring& keyPath) const {
   const Seen seen = Look(hive, keyPath);
   if (seen.node == nullptr || seen.node->values == nullptr) {
-    return seen.showsMachine ? reader_.Values(hive, keyPath) : std::nullopt;
+    return seen.showsMachine ? machine_.Values(hive, keyPath) : std::nullopt;
   }
   std::vector<RegistryValue> values;
   for (const RegistryValue* value : seen.node->values->AllValues()) values.push_back(*value);
@@ -88,7 +83,7 @@ std::optional<std::vector<RegistryValue>> OverlayRegistry::Values(
 
 SystemCode OverlayRegistry::TryOpen(RegistryHive hive, const std::wstring& keyPath) const {
   const Seen seen = Look(hive, keyPath);
-  if (seen.showsMachine) return editor_.TryOpen(hive, keyPath);
+  if (seen.showsMachine) return machine_.TryOpen(hive, keyPath);
   return seen.node != nullptr ? kSystemOk : kFileNotFound;
 }
 
@@ -97,7 +92,7 @@ std::optional<std::uint32_t> OverlayRegistry::ValueType(RegistryHive hive,
                                                         const std::wstring& name) const {
   const Seen seen = Look(hive, keyPath);
   if (seen.node == nullptr || seen.node->values == nullptr) {
-    return seen.showsMachine ? editor_.ValueType(hive, keyPath, name) : std::nullopt;
+    return seen.showsMachine ? machine_.ValueType(hive, keyPath, name) : std::nullopt;
   }
   const RegistryValue* const value = seen.node->values->Value(name);
   return value == nullptr ? std::nullopt : std::optional(value->type);
@@ -163,11 +158,11 @@ OverlayKey& OverlayRegistry::Make(RegistryHive hive, const std::wstring& keyPath
   std::wstring path;
   std::wstring_view rest = keyPath;
   for (auto name = TakeKeyName(rest); !name.empty(); name = TakeKeyName(rest)) {
-    path = Below(path, name);
+    path = JoinKey(path, std::wstring(name));
     auto& child = key->below[FoldedName(name)];
     if (child == nullptr) {
       child = std::make_unique<OverlayKey>();
-      child->showsMachine = key->showsMachine && reader_.CanOpenKey(hive, path);
+      child->showsMachine = key->showsMachine && machine_.CanOpenKey(hive, path);
     }
     child->isRemoved = false;
     if (!child->showsMachine && child->values == nullptr) {
@@ -184,7 +179,7 @@ RegistryKey& OverlayRegistry::ValuesToChange(RegistryHive hive, const std::wstri
   if (key.values == nullptr) {
     key.values = std::make_unique<RegistryKey>();
     for (RegistryValue& value :
-         reader_.Values(hive, keyPath).value_or(std::vector<RegistryValue>())) {
+         machine_.Values(hive, keyPath).value_or(std::vector<RegistryValue>())) {
       key.values->SetValue(std::move(value));
     }
   }
@@ -198,7 +193,7 @@ void OverlayRegistry::ReadTree(RegistryHive hive, const std::wstring& keyPath,
   }
   const auto names = SubkeyNames(hive, keyPath);
   if (!names) return;
-  for (const std::wstring& name : *names) ReadTree(hive, Below(keyPath, name), copy.Make(name));
+  for (const std::wstring& name : *names) ReadTree(hive, JoinKey(keyPath, name), copy.Make(name));
 }
 
 void OverlayRegistry::WriteTree(RegistryHive hive, const std::wstring& keyPath,
@@ -209,7 +204,7 @@ void OverlayRegistry::WriteTree(RegistryHive hive, const std::wstring& keyPath,
     for (const RegistryValue* value : values) target.SetValue(*value);
   }
   for (const auto& [name, subkey] : key.AllSubkeys()) {
-    WriteTree(hive, Below(keyPath, name), *subkey);
+    WriteTree(hive, JoinKey(keyPath, name), *subkey);
   }
 }
 

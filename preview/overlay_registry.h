@@ -24,10 +24,10 @@ struct OverlayKey {
 // The registry of a machine that can be changed without the machine noticing: reads fall through to
 // it, keys and values that were written are kept here. A key that the user may not change is asked
 // of the machine.
-class OverlayRegistry : public RegistryReader, public RegistryEditor {
+class OverlayRegistry : public RegistryEditor {
  public:
-  // Both outlive it.
-  OverlayRegistry(const RegistryReader& reader, const RegistryEditor& editor);
+  // The machine's registry outlives it.
+  explicit OverlayRegistry(const RegistryEditor& machine);
 
   const OverlayKey& Root(RegistryHive hive) const { return roots_[static_cast<std::size_t>(hive)]; }
 
@@ -61,8 +61,7 @@ class OverlayRegistry : public RegistryReader, public RegistryEditor {
   void ReadTree(RegistryHive hive, const std::wstring& keyPath, RegistryKey& copy) const;
   void WriteTree(RegistryHive hive, const std::wstring& keyPath, const RegistryKey& key);
 
-  const RegistryReader& reader_;
-  const RegistryEditor& editor_;
+  const RegistryEditor& machine_;
   std::array<OverlayKey, 2> roots_;  // by RegistryHive
 };
 

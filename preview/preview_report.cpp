@@ -15,7 +15,7 @@ constexpr wchar_t kOther[] = L"Other";
 
 class Sorter {
  public:
-  Sorter(const ImportReport& run, const CategoryPlaces& places) : places_(places) {
+  Sorter(const RunReport& run, const CategoryPlaces& places) : places_(places) {
     for (const std::wstring& path : run.merged) merged_.insert(FoldedName(path));
   }
 
@@ -85,7 +85,7 @@ class Sorter {
 
 }  // namespace
 
-PreviewReport MakePreviewReport(const MachineChanges& changes, const ImportReport& run,
+PreviewReport MakePreviewReport(const MachineChanges& changes, const RunReport& run,
                                 const CategoryPlaces& places) {
   Sorter sorter(run, places);
   for (const FileChange& change : changes.files) sorter.Take(change);

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "environment/version_folders.h"
-#include "package/import_report.h"
+#include "package/run_report.h"
 #include "preview/machine_changes.h"
 
 namespace carrovan {
@@ -46,7 +46,7 @@ struct PreviewReport {
   std::vector<PreviewedCategory> categories;
 };
 
-PreviewReport MakePreviewReport(const MachineChanges& changes, const ImportReport& run,
+PreviewReport MakePreviewReport(const MachineChanges& changes, const RunReport& run,
                                 const CategoryPlaces& places);
 
 }  // namespace carrovan

@@ -42,21 +42,21 @@ const wchar_t* ProblemOfKey(std::u16string_view path) {
 
 }  // namespace
 
-void RegFormScan::Take(std::string_view part) {
+void RegistryFormScan::Take(std::string_view part) {
   for (const char byte : part) {
     if (refusal_) return;
     TakeByte(static_cast<std::uint8_t>(byte));
   }
 }
 
-std::optional<std::wstring> RegFormScan::Finish() {
+std::optional<std::wstring> RegistryFormScan::Finish() {
   if (!refusal_ && state_ == State::kMark) Refuse(L"8-bit text");
   if (!refusal_ && (state_ != State::kLineStart || lowByte_))
     Refuse(L"the file ends inside a line");
   return refusal_;
 }
 
-void RegFormScan::TakeByte(std::uint8_t byte) {
+void RegistryFormScan::TakeByte(std::uint8_t byte) {
   if (state_ == State::kMark) {
     mark_.push_back(static_cast<char>(byte));
     if (mark_ == kUtf16Mark) {
@@ -77,7 +77,7 @@ void RegFormScan::TakeByte(std::uint8_t byte) {
   TakeUnit(unit);
 }
 
-void RegFormScan::TakeUnit(char16_t unit) {
+void RegistryFormScan::TakeUnit(char16_t unit) {
   switch (state_) {
     case State::kMark:
       return;
@@ -121,7 +121,7 @@ void RegFormScan::TakeUnit(char16_t unit) {
   }
 }
 
-void RegFormScan::TakeHeader(char16_t unit) {
+void RegistryFormScan::TakeHeader(char16_t unit) {
   if (taken_ == kHeader.size() && unit == u'\r') return EndLine(State::kLineStart);
   if (taken_ == kHeader.size() || unit != kHeader[taken_]) {
     return Refuse(L"not the header of a registry file");
@@ -129,7 +129,7 @@ void RegFormScan::TakeHeader(char16_t unit) {
   ++taken_;
 }
 
-void RegFormScan::BeginLine(char16_t unit) {
+void RegistryFormScan::BeginLine(char16_t unit) {
   taken_ = 0;
   if (unit == u'\r') return EndLine(State::kLineStart);
   if (unit == u'[') {
@@ -146,7 +146,7 @@ void RegFormScan::BeginLine(char16_t unit) {
   }
 }
 
-void RegFormScan::TakeKey(char16_t unit) {
+void RegistryFormScan::TakeKey(char16_t unit) {
   if (unit == u'\r') return EndKey();
   const bool isClosed = line_.ends_with(u']');
   if (IsControl(unit) || unit == u'[' || isClosed) return Refuse(L"a key with odd characters");
@@ -154,7 +154,7 @@ void RegFormScan::TakeKey(char16_t unit) {
   if (line_.size() > kLongestKeyLine) Refuse(L"a key is too long");
 }
 
-void RegFormScan::EndKey() {
+void RegistryFormScan::EndKey() {
   if (!line_.ends_with(u']')) return Refuse(L"a key without its closing bracket");
   line_.pop_back();
   if (line_.starts_with(u'-')) return Refuse(L"the removal of a key");
@@ -164,7 +164,7 @@ void RegFormScan::EndKey() {
 }
 
 // Of the escapes, a tool takes a backslash and a quote as they are and may know line ends.
-void RegFormScan::TakeQuoted(char16_t unit, State behind) {
+void RegistryFormScan::TakeQuoted(char16_t unit, State behind) {
   if (IsControl(unit)) return Refuse(L"a text with a control character");
   const bool isName = behind == State::kEquals;
   if (isEscaped_) {
@@ -183,7 +183,7 @@ void RegFormScan::TakeQuoted(char16_t unit, State behind) {
   if (++taken_ > kLongestValueName && isName) Refuse(L"a value name is too long");
 }
 
-void RegFormScan::BeginData(char16_t unit) {
+void RegistryFormScan::BeginData(char16_t unit) {
   taken_ = 0;
   if (unit == u'"') {
     state_ = State::kText;
@@ -196,24 +196,24 @@ void RegFormScan::BeginData(char16_t unit) {
   }
 }
 
-void RegFormScan::Expect(std::u16string_view word, State behind) {
+void RegistryFormScan::Expect(std::u16string_view word, State behind) {
   word_ = word;
   behind_ = behind;
   state_ = State::kWord;
 }
 
-void RegFormScan::TakeWord(char16_t unit) {
+void RegistryFormScan::TakeWord(char16_t unit) {
   if (unit != word_.front()) return Refuse(L"a value of unknown kind");
   word_.remove_prefix(1);
   if (word_.empty()) state_ = behind_;
 }
 
-void RegFormScan::TakeNumber(char16_t unit) {
+void RegistryFormScan::TakeNumber(char16_t unit) {
   if (!IsHexDigit(unit)) return Refuse(L"a number that is not of eight hexadecimal digits");
   if (++taken_ == 8) state_ = State::kEnd;
 }
 
-void RegFormScan::BehindHex(char16_t unit) {
+void RegistryFormScan::BehindHex(char16_t unit) {
   if (unit == u':') {
     state_ = State::kFirstByte;
   } else if (unit == u'(') {
@@ -223,12 +223,12 @@ void RegFormScan::BehindHex(char16_t unit) {
   }
 }
 
-void RegFormScan::TakeHexType(char16_t unit) {
+void RegistryFormScan::TakeHexType(char16_t unit) {
   if (unit == u')' && taken_ > 0) return Expect(u":", State::kFirstByte);
   if (!IsHexDigit(unit) || ++taken_ > 8) Refuse(L"a type that is not a number");
 }
 
-void RegFormScan::TakeListUnit(char16_t unit) {
+void RegistryFormScan::TakeListUnit(char16_t unit) {
   const bool mayEnd = state_ == State::kFirstByte || state_ == State::kBehindByte;
   const bool mayGoOn = state_ == State::kFirstByte || state_ == State::kNextByte;
   if (unit == u'\r' && mayEnd) return EndLine(State::kLineStart);
@@ -246,12 +246,12 @@ void RegFormScan::TakeListUnit(char16_t unit) {
   state_ = state_ == State::kByteEnd ? State::kBehindByte : State::kByteEnd;
 }
 
-void RegFormScan::EndLine(State next) {
+void RegistryFormScan::EndLine(State next) {
   behind_ = next;
   state_ = State::kLineFeed;
 }
 
-void RegFormScan::Refuse(std::wstring_view problem) {
+void RegistryFormScan::Refuse(std::wstring_view problem) {
   refusal_ =
       L"line " + std::to_wstring(lineNumber_) + L" is not understood: " + std::wstring(problem);
 }

@@ -9,10 +9,10 @@
 namespace carrovan {
 
 // Tells whether a registry file is written as the system's registry tool writes it, and so means to
-// the tool what ParseRegFile reads in it: UTF-16 behind the mark FF FE, the header, keys, and
+// the tool what ParseRegistryFile reads in it: UTF-16 behind the mark FF FE, the header, keys, and
 // values of them in the forms of an export, each line ended by CR LF. Nothing else passes, whatever
 // a tool may make of it; a file whose lines have lost their leading blanks does.
-class RegFormScan {
+class RegistryFormScan {
  public:
   // The file's bytes in their order.
   void Take(std::string_view part);

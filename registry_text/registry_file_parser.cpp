@@ -45,7 +45,7 @@ std::optional<wchar_t> MeaningOfEscape(wchar_t c) {
 
 }  // namespace
 
-bool RegLineReader::NextLine() {
+bool RegistryLineReader::NextLine() {
   if (rest_.empty()) return false;
   line_ = WithoutLeadingBlanks(FirstLine(rest_));
   const std::size_t end = rest_.find(L'\n');
@@ -54,19 +54,19 @@ bool RegLineReader::NextLine() {
   return true;
 }
 
-wchar_t RegLineReader::PeekNextLine() const {
+wchar_t RegistryLineReader::PeekNextLine() const {
   const std::wstring_view next = WithoutLeadingBlanks(FirstLine(rest_));
   return next.empty() ? L'\0' : next.front();
 }
 
-bool RegLineReader::Take(std::wstring_view expected) {
+bool RegistryLineReader::Take(std::wstring_view expected) {
   if (!line_.starts_with(expected)) return false;
   line_.remove_prefix(expected.size());
   SkipBlanks();
   return true;
 }
 
-std::optional<std::wstring> RegLineReader::TakeString() {
+std::optional<std::wstring> RegistryLineReader::TakeString() {
   if (!line_.starts_with(L'"')) return std::nullopt;
   std::wstring text;
   for (std::size_t i = 1; i < line_.size(); ++i) {
@@ -87,7 +87,7 @@ std::optional<std::wstring> RegLineReader::TakeString() {
   return std::nullopt;
 }
 
-std::optional<std::uint32_t> RegLineReader::TakeHex(std::size_t mostDigits) {
+std::optional<std::uint32_t> RegistryLineReader::TakeHex(std::size_t mostDigits) {
   std::uint32_t number = 0;
   std::size_t digits = 0;
   for (; digits < line_.size(); ++digits) {
@@ -102,7 +102,7 @@ std::optional<std::uint32_t> RegLineReader::TakeHex(std::size_t mostDigits) {
   return number;
 }
 
-void RegLineReader::SkipBlanks() { line_ = WithoutLeadingBlanks(line_); }
+void RegistryLineReader::SkipBlanks() { line_ = WithoutLeadingBlanks(line_); }
 
 namespace {
 
@@ -129,7 +129,7 @@ class Parser {
  public:
   explicit Parser(std::wstring_view text) : reader_(text) {}
 
-  std::optional<RegFile> Parse();
+  std::optional<RegistryFile> Parse();
 
  private:
   bool TakeHeader();
@@ -138,7 +138,7 @@ class Parser {
   bool TakeKeyNames(std::wstring_view path, std::wstring& keyPath);
   void ParseValue();
   bool TakeValueName(std::wstring& name);
-  bool TakeData(RegValueChange& change);
+  bool TakeData(RegistryValueChange& change);
   bool TakeText(RegistryValue& value);
   bool TakeDword(RegistryValue& value);
   bool TakeHex(RegistryValue& value);
@@ -149,13 +149,13 @@ class Parser {
   // Returns false, for the caller to return.
   bool Report(const wchar_t* problem);
 
-  RegLineReader reader_;
-  RegFile file_;
+  RegistryLineReader reader_;
+  RegistryFile file_;
   bool isForerunners_ = false;
   bool insideKey_ = false;
 };
 
-std::optional<RegFile> Parser::Parse() {
+std::optional<RegistryFile> Parser::Parse() {
   if (!TakeHeader()) return std::nullopt;
   while (reader_.NextLine()) ParseLine();
   return std::move(file_);
@@ -187,7 +187,7 @@ void Parser::ParseKey() {
     return;
   }
   path = path.substr(1, close - 1);
-  RegKeyChange key;
+  RegistryKeyChange key;
   key.remove = path.starts_with(L'-');
   if (key.remove) path.remove_prefix(1);
   const auto hive = path.starts_with(L'\\') ? std::nullopt : HiveOfRoot(TakeKeyName(path));
@@ -217,7 +217,7 @@ bool Parser::TakeKeyNames(std::wstring_view path, std::wstring& keyPath) {
 }
 
 void Parser::ParseValue() {
-  RegValueChange change;
+  RegistryValueChange change;
   if (!TakeValueName(change.value.name) || !TakeData(change)) return;
   if (!reader_.AtEnd()) {
     Report(L"more text behind a value");
@@ -238,7 +238,7 @@ bool Parser::TakeValueName(std::wstring& name) {
   return reader_.Take(L"=") || Report(L"a value name without an equals sign");
 }
 
-bool Parser::TakeData(RegValueChange& change) {
+bool Parser::TakeData(RegistryValueChange& change) {
   change.remove = reader_.Take(L"-");
   if (change.remove) return true;
   if (reader_.Line().starts_with(L'"')) return TakeText(change.value);
@@ -307,11 +307,13 @@ bool Parser::Report(const wchar_t* problem) {
 
 }  // namespace
 
-bool IsRegFileHeader(std::wstring_view line) {
+bool IsRegistryFileHeader(std::wstring_view line) {
   return line == kHeader || line == kForerunnersHeader;
 }
 
-std::optional<RegFile> ParseRegFile(std::wstring_view text) { return Parser(text).Parse(); }
+std::optional<RegistryFile> ParseRegistryFile(std::wstring_view text) {
+  return Parser(text).Parse();
+}
 
 std::optional<RegistryHive> HiveOfRoot(std::wstring_view name) {
   const auto is = [name](std::wstring_view root) { return EqualsIgnoringAsciiCase(name, root); };

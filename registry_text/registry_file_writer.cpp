@@ -72,11 +72,11 @@ void AppendBytes(std::wstring& line, const RegistryValue& value) {
   }
 }
 
-bool FitsQuotes(const RegistryValue& value, const std::wstring& text, RegFileForm form) {
-  return form == RegFileForm::kExport || MakeStringValue(value.name, text).data == value.data;
+bool FitsQuotes(const RegistryValue& value, const std::wstring& text, RegistryFileForm form) {
+  return form == RegistryFileForm::kExport || MakeStringValue(value.name, text).data == value.data;
 }
 
-std::wstring ValueLine(const RegistryValue& value, RegFileForm form) {
+std::wstring ValueLine(const RegistryValue& value, RegistryFileForm form) {
   std::wstring line = value.name.empty() ? L"@=" : Quoted(value.name) + L"=";
   if (value.type == kRegSz) {
     const std::wstring text = TextOf(value);
@@ -90,13 +90,13 @@ std::wstring ValueLine(const RegistryValue& value, RegFileForm form) {
 
 }  // namespace
 
-std::wstring RegValueText(const RegistryValue& value) {
-  const std::wstring line = ValueLine({L"", value.type, value.data}, RegFileForm::kLossless);
+std::wstring RegistryValueText(const RegistryValue& value) {
+  const std::wstring line = ValueLine({L"", value.type, value.data}, RegistryFileForm::kLossless);
   return ReplaceAll(line.substr(line.find(L'=') + 1), kContinuation, L"");
 }
 
-std::wstring WriteRegFile(RegistryHive hive, const std::wstring& keyPath, const RegistryKey& key,
-                          RegFileForm form) {
+std::wstring WriteRegistryFile(RegistryHive hive, const std::wstring& keyPath,
+                               const RegistryKey& key, RegistryFileForm form) {
   std::wstring text = L"Windows Registry Editor Version 5.00\r\n";
   const std::wstring root = RootName(hive);
   std::vector<std::pair<std::wstring, const RegistryKey*>> pending;

@@ -6,7 +6,7 @@
 
 namespace carrovan {
 
-enum class RegFileForm {
+enum class RegistryFileForm {
   // As the system's tool exports a key, byte for byte. A string value loses what quotes cannot
   // hold:
   // text behind its first zero, a missing terminating zero, an odd last byte.
@@ -17,11 +17,11 @@ enum class RegFileForm {
 
 // The text of a registry file with a key and everything below it. The key's path is relative to the
 // hive and is written as it is given.
-std::wstring WriteRegFile(RegistryHive hive, const std::wstring& keyPath, const RegistryKey& key,
-                          RegFileForm form);
+std::wstring WriteRegistryFile(RegistryHive hive, const std::wstring& keyPath,
+                               const RegistryKey& key, RegistryFileForm form);
 
 // A value as it stands in such a file behind its name, on one line however long it is: "text",
 // dword:00000001, hex:01,02. Nothing is lost.
-std::wstring RegValueText(const RegistryValue& value);
+std::wstring RegistryValueText(const RegistryValue& value);
 
 }  // namespace carrovan

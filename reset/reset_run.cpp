@@ -6,8 +6,7 @@
 #include "environment/setting_category.h"
 #include "environment/string_table.h"
 #include "environment/version_folders.h"
-#include "package/overlay.h"
-#include "wizard/category_tree.h"
+#include "package/put_in_place.h"
 
 namespace carrovan {
 
@@ -36,15 +35,15 @@ std::optional<std::wstring> ProblemOf(const KeyRestore& restore, const std::wstr
   return L"Not restored from the factory defaults: " + key + L": " + DescribeSystemCode(code);
 }
 
-void RestoreOrReport(const ResetRun& run, const std::wstring& subkey, ImportReport& report) {
+void RestoreOrReport(const ResetRun& run, const std::wstring& subkey, RunReport& report) {
   const KeyRestore restore = RestoreKey(DefaultKey(run.context) + subkey,
-                                        LiveKey(run.context) + subkey, run.machine.registryEditor);
+                                        LiveKey(run.context) + subkey, *run.machine.registry);
   if (auto problem = ProblemOf(restore, RegistryRoot(run.context) + subkey)) {
     report.problems.push_back(std::move(*problem));
   }
 }
 
-void ResetCategory(const ResetRun& run, const CategoryRecord& record, ImportReport& report) {
+void ResetCategory(const ResetRun& run, const CategoryRecord& record, RunReport& report) {
   switch (record.storage) {
     case CategoryStorage::kOptionKeys:
       for (const std::wstring_view subkey : OptionSubkeys()) {
@@ -54,20 +53,15 @@ void ResetCategory(const ResetRun& run, const CategoryRecord& record, ImportRepo
     case CategoryStorage::kWholeKey:
       return RestoreOrReport(run, L"", report);
     case CategoryStorage::kDraftFolder:
-      if (const auto twin = ResetDraftingTwin(run.context, run.machine.folders)) {
-        WipeOrReport(run.machine.files, *twin, report);
+      if (const auto twin = ResetDraftingTwin(run.context, *run.machine.folders)) {
+        WipeOrReport(*run.machine.files, *twin, report);
       }
-      return WipeOrReport(run.machine.files, run.context.localFolder, report);
+      return WipeOrReport(*run.machine.files, run.context.localFolder, report);
     default:
       for (const std::wstring& folder : CategoryFolders(record, run.context)) {
-        WipeOrReport(run.machine.files, folder, report);
+        WipeOrReport(*run.machine.files, folder, report);
       }
   }
-}
-
-std::wstring ResetFinishText(const ProductContext& context) {
-  return context.productName + L" " + context.humanReadableVersion + L" " +
-         std::wstring(Text(StringId::kHaveBeenReset));
 }
 
 }  // namespace
@@ -77,17 +71,22 @@ std::wstring DefaultKey(const ProductContext& context) {
          L" " + context.productVersion;
 }
 
-ImportReport RunReset(const ResetRun& run, EditableCategoryTree& tree) {
-  ImportReport report;
-  WalkLeaves(tree, tree.Root(), [&](CategoryTree::Item leaf) {
-    const CategoryRecord* record = FindCategory(tree.ItemData(leaf));
-    if (record != nullptr && tree.IsChecked(leaf)) ResetCategory(run, *record, report);
-  });
-  ApplyOverlay(
-      {run.context, run.package.applicationDataRoot, run.machine, run.registryTool, run.view},
+RunReport RunReset(const ResetRun& run, const CategorySet& chosen) {
+  RunReport report;
+  for (const SettingCategory category : OfferedOnReset(run.context)) {
+    run.observer.OnCategory(category);
+    const CategoryRecord& record = *FindCategory(static_cast<int>(category));
+    if (chosen.contains(category)) ResetCategory(run, record, report);
+  }
+  PutInPlace(
+      {run.context, run.package.applicationDataRoot, run.machine, run.registryTool, run.observer},
       report);
-  run.view.SetFinishText(ResetFinishText(run.context));
   return report;
+}
+
+std::wstring ResetFinishText(const ProductContext& context) {
+  return context.productName + L" " + context.humanReadableVersion + L" " +
+         std::wstring(Text(StringId::kHaveBeenReset));
 }
 
 }  // namespace carrovan

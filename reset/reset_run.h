@@ -3,10 +3,9 @@
 #include <string>
 
 #include "environment/wizard_state.h"
-#include "package/import_report.h"
-#include "package/registry_tool.h"
+#include "package/paced_registry_tool.h"
+#include "package/run_report.h"
 #include "platform/registry.h"
-#include "wizard/category_tree.h"
 
 namespace carrovan {
 
@@ -28,14 +27,17 @@ struct ResetRun {
   ProductContext& context;
   const PackageState& package;
   const Machine& machine;
-  RegistryTool& registryTool;
-  WizardView& view;
+  PacedRegistryTool& registryTool;
+  RunObserver& observer;
 };
 
-// Resets every checked category of the tree: deletes its folders, which the product makes anew with
-// its defaults, or restores its registry keys from the product's factory defaults. Sets the finish
-// text.
-ImportReport RunReset(const ResetRun& run, EditableCategoryTree& tree);
+// Resets the chosen categories of those that a reset offers: deletes their folders, which the
+// product makes anew with its defaults, or restores their registry keys from the product's factory
+// defaults.
+RunReport RunReset(const ResetRun& run, const CategorySet& chosen);
+
+// What the user is told when a reset has run.
+std::wstring ResetFinishText(const ProductContext& context);
 
 // "SOFTWARE\company\New User Settings\product version" under the machine's hive.
 std::wstring DefaultKey(const ProductContext& context);

@@ -22,7 +22,7 @@ std::wstring SpelledNames::Spell(const std::wstring& parent, const std::wstring&
 SpelledNames::List NamesInFolders(const FileReader& files) {
   return [&files](const std::wstring& folder) {
     std::vector<std::wstring> names;
-    for (FolderEntry& entry : files.ListFolder(folder)) names.push_back(std::move(entry.name));
+    for (FolderEntry& entry : ListFolder(files, folder)) names.push_back(std::move(entry.name));
     return names;
   };
 }
@@ -34,16 +34,6 @@ SpelledNames::List NamesInKeys(const RegistryReader& registry, RegistryHive hive
 }
 
 namespace {
-
-// Folder by folder down to the last one.
-SystemCode MakeFolderPath(FileSystem& files, const std::wstring& folder) {
-  if (files.IsFolder(folder)) return kSystemOk;
-  const std::wstring parent = RemoveFileSpec(folder);
-  if (parent == folder) return kPathNotFound;
-  if (const SystemCode code = MakeFolderPath(files, parent); code != kSystemOk) return code;
-  const SystemCode code = files.CreateFolder(folder);
-  return code == kAlreadyExists && files.IsFolder(folder) ? kSystemOk : code;
-}
 
 // A name that no folder has yet; two runs may begin within one second.
 std::wstring FreeId(const FileReader& files, const std::wstring& root, const std::wstring& id) {
@@ -59,27 +49,21 @@ std::wstring ParentKey(const std::wstring& keyPath) {
 
 }  // namespace
 
-std::unique_ptr<ChangeRecorder> ChangeRecorder::Begin(const Machine& machine,
-                                                      const PointBegun& about,
-                                                      std::wstring& reason) {
-  const auto root = RestoreRoot(machine.folders);
-  if (!root) {
-    reason = L"The user's application-data folder cannot be told";
-    return nullptr;
-  }
-  const std::wstring id = FreeId(machine.files, *root, RestorePointId(machine.clock.Now()));
+OrReason<ChangeRecorder> ChangeRecorder::Begin(const Machine& machine, const PointBegun& about) {
+  const auto root = RestoreRoot(*machine.folders);
+  if (!root) return {nullptr, L"The user's application-data folder cannot be told"};
+  const std::wstring id = FreeId(*machine.files, *root, RestorePointId(machine.clock->Now()));
   std::unique_ptr<ChangeRecorder> recorder(new ChangeRecorder(machine, *root, id));
   SystemCode code = recorder->MakeFolders();
   if (code == kSystemOk) code = recorder->Append(about);
-  if (code == kSystemOk) return recorder;
-  reason = recorder->Folder() + L": " + DescribeSystemCode(code);
-  return nullptr;
+  if (code == kSystemOk) return {std::move(recorder), {}};
+  return {nullptr, recorder->Folder() + L": " + DescribeSystemCode(code)};
 }
 
 ChangeRecorder::ChangeRecorder(const Machine& machine, std::wstring root, std::wstring id)
-    : files_(machine.files),
-      registry_(machine.registry),
-      folders_(machine.folders),
+    : files_(*machine.files),
+      registry_(*machine.registry),
+      folders_(*machine.folders),
       root_(TidyPath(root)),
       id_(std::move(id)),
       fileNames_(NamesInFolders(files_)),
@@ -172,7 +156,7 @@ SystemCode ChangeRecorder::TreeChanges(const std::wstring& path, std::vector<std
   if (const SystemCode code = FileChanges(path); code != kSystemOk) return code;
   noted.push_back(path);
   if (files_.IsLink(path) || !files_.IsFolder(path)) return kSystemOk;
-  for (const FolderEntry& entry : files_.ListFolder(path)) {
+  for (const FolderEntry& entry : ListFolder(files_, path)) {
     const SystemCode code =
         TreeChanges(WithoutTrailingBackslashes(path) + L"\\" + entry.name, noted);
     if (code != kSystemOk) return code;

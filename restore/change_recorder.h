@@ -40,9 +40,8 @@ SpelledNames::List NamesInKeys(const RegistryReader& registry, RegistryHive hive
 // A change that cannot be noted must not be made.
 class ChangeRecorder {
  public:
-  // Makes the restore point. Null, with the reason, when that fails.
-  static std::unique_ptr<ChangeRecorder> Begin(const Machine& machine, const PointBegun& about,
-                                               std::wstring& reason);
+  // Makes the restore point.
+  static OrReason<ChangeRecorder> Begin(const Machine& machine, const PointBegun& about);
 
   const std::wstring& Id() const { return id_; }
 

@@ -64,11 +64,11 @@ class PointCheck {
   }
 
   std::vector<std::wstring> Run() {
-    if (machine_.files.IsLink(point_.folder + L"\\" + kCopiesFolder)) {
+    if (machine_.files->IsLink(point_.folder + L"\\" + kCopiesFolder)) {
       refusals_.push_back(L"its copies lie behind a link");
     }
     for (const std::wstring& folder : point_.scratch) {
-      if (!IsScratchPath(machine_.folders, folder)) {
+      if (!IsScratchPath(*machine_.folders, folder)) {
         Refuse(folder, std::wstring(L"is no folder of a run's own"));
       }
     }
@@ -86,8 +86,8 @@ class PointCheck {
 
   // A package is laid over the folders beside the Local one, wherever the Roaming one is.
   void ListHalves() {
-    const auto local = machine_.folders.LocalAppData();
-    const auto roaming = machine_.folders.RoamingAppData();
+    const auto local = machine_.folders->LocalAppData();
+    const auto roaming = machine_.folders->RoamingAppData();
     if (roaming) halves_.push_back(TidyPath(*roaming));
     if (!local) return;
     halves_.push_back(TidyPath(*local));
@@ -137,7 +137,7 @@ class PointCheck {
     }
     const std::wstring below = path.substr(half->size() + 1);
     if (const Reason refusal = RefusalOfStoredName(below)) return L"is a path that " + *refusal;
-    const auto root = RestoreRoot(machine_.folders);
+    const auto root = RestoreRoot(*machine_.folders);
     if (root && IsAtOrBelow(path, TidyPath(*root))) return L"lies among the restore points";
     const std::vector<std::wstring> names = NamesOf(below);
     if (!trusted_ && !IsMaker(names[0]) && !IsVersionName(names[0])) {
@@ -149,7 +149,7 @@ class PointCheck {
   Reason RefusalOfLinks(std::wstring folder, const std::vector<std::wstring>& names) const {
     for (std::size_t i = 0; i + 1 < names.size(); ++i) {
       folder += L"\\" + names[i];
-      if (!machine_.files.IsLink(folder) || restoredLinks_.contains(folder)) continue;
+      if (!machine_.files->IsLink(folder) || restoredLinks_.contains(folder)) continue;
       if (!trusted_ && !MayStandForFolder(names, i)) return L"lies behind the link " + folder;
     }
     return std::nullopt;
@@ -160,7 +160,7 @@ class PointCheck {
     if (level == 0) return IsMaker(names[0]);
     constexpr std::wstring_view kDrafting = L"ORMA CAD TVRN-INT";
     if (level == 1 && names[1].starts_with(kDrafting)) return true;
-    if (CompareNames(names[1], machine_.product.ProductName()) != 0) return false;
+    if (CompareNames(names[1], machine_.product->ProductName()) != 0) return false;
     return level == 1 || (level == 2 && IsVersionName(names[2])) ||
            (level == 3 && IsVersionName(names[2]) && IsLanguageTag(names[3]));
   }
@@ -171,7 +171,7 @@ class PointCheck {
     const std::wstring folder = point_.folder + L"\\" + kCopiesFolder + L"\\";
     const std::wstring name =
         file.copy.starts_with(folder) ? file.copy.substr(folder.size()) : std::wstring();
-    const FileKind kind = KindAt(machine_.files, file.copy);
+    const FileKind kind = KindAt(*machine_.files, file.copy);
     const bool isOwn = !name.empty() && std::ranges::all_of(name, IsDigit);
     if (isOwn && (kind == FileKind::kAbsent || kind == file.before.kind)) return std::nullopt;
     return L"has a copy that no run keeps: " + file.copy;

@@ -1,7 +1,7 @@
 #include "restore/recorded_machine.h"
 
-#include "platform/command_interpreter.h"
 #include "platform/registry_file.h"
+#include "platform/registry_tool.h"
 #include "registry_text/registry_key.h"
 #include "restore/change_recorder.h"
 #include "text/path_text.h"
@@ -171,9 +171,9 @@ std::vector<std::wstring> NamesOf(const std::vector<RegistryValue>& values) {
   return names;
 }
 
-std::vector<std::wstring> NamesOf(const std::vector<RegValueChange>& values) {
+std::vector<std::wstring> NamesOf(const std::vector<RegistryValueChange>& values) {
   std::vector<std::wstring> names;
-  for (const RegValueChange& change : values) names.push_back(change.value.name);
+  for (const RegistryValueChange& change : values) names.push_back(change.value.name);
   return names;
 }
 
@@ -182,27 +182,28 @@ struct NamedKey {
   std::wstring path;
 };
 
-// A command whose end is noted for the keys that it changes.
-class RecordedCommand : public RunningCommand {
+// An import whose end is noted for the keys that it changes.
+class RecordedImport : public RunningTool {
  public:
-  RecordedCommand(std::unique_ptr<RunningCommand> command, std::vector<NamedKey> keys,
-                  ChangeRecorder& recorder)
-      : command_(std::move(command)), keys_(std::move(keys)), recorder_(recorder) {}
+  RecordedImport(std::unique_ptr<RunningTool> tool, std::vector<NamedKey> keys,
+                 ChangeRecorder& recorder)
+      : tool_(std::move(tool)), keys_(std::move(keys)), recorder_(recorder) {}
 
   bool WaitForEnd() override {
-    const bool succeeded = command_->WaitForEnd();
+    const bool succeeded = tool_->WaitForEnd();
     for (const NamedKey& key : keys_) recorder_.KeyChanged(key.hive, key.path);
     return succeeded;
   }
 
  private:
-  std::unique_ptr<RunningCommand> command_;
+  std::unique_ptr<RunningTool> tool_;
   std::vector<NamedKey> keys_;
   ChangeRecorder& recorder_;
 };
 
-SystemCode NoteKeys(const RegFile& file, ChangeRecorder& recorder, std::vector<NamedKey>& keys) {
-  for (const RegKeyChange& change : file.keys) {
+SystemCode NoteKeys(const RegistryFile& file, ChangeRecorder& recorder,
+                    std::vector<NamedKey>& keys) {
+  for (const RegistryKeyChange& change : file.keys) {
     std::vector<std::wstring> noted;
     const SystemCode code =
         change.remove ? recorder.KeyTreeChanges(change.hive, change.keyPath, noted)
@@ -220,14 +221,14 @@ SystemCode RecordedRegistry::SetValues(RegistryHive hive, const std::wstring& ke
                                        const std::vector<RegistryValue>& values) {
   const SystemCode noted = recorder_.KeyChanges(hive, keyPath, NamesOf(values));
   if (noted != kSystemOk) return noted;
-  const SystemCode code = registry_.SetValues(hive, keyPath, values);
+  const SystemCode code = ForwardingRegistry::SetValues(hive, keyPath, values);
   recorder_.KeyChanged(hive, keyPath);
   return code;
 }
 
 SystemCode RecordedRegistry::CreateKey(RegistryHive hive, const std::wstring& keyPath) {
   if (const SystemCode code = recorder_.KeyChanges(hive, keyPath); code != kSystemOk) return code;
-  const SystemCode code = registry_.CreateKey(hive, keyPath);
+  const SystemCode code = ForwardingRegistry::CreateKey(hive, keyPath);
   recorder_.KeyChanged(hive, keyPath);
   return code;
 }
@@ -235,17 +236,17 @@ SystemCode RecordedRegistry::CreateKey(RegistryHive hive, const std::wstring& ke
 SystemCode RecordedRegistry::DeleteValue(RegistryHive hive, const std::wstring& keyPath,
                                          const std::wstring& name) {
   if (const SystemCode code = recorder_.KeyChanges(hive, keyPath); code != kSystemOk) return code;
-  const SystemCode code = registry_.DeleteValue(hive, keyPath, name);
+  const SystemCode code = ForwardingRegistry::DeleteValue(hive, keyPath, name);
   recorder_.KeyChanged(hive, keyPath);
   return code;
 }
 
 SystemCode RecordedRegistry::DeleteTree(RegistryHive hive, const std::wstring& keyPath) {
   // An empty path is refused there, and would be the whole hive here.
-  if (keyPath.empty()) return registry_.DeleteTree(hive, keyPath);
+  if (keyPath.empty()) return ForwardingRegistry::DeleteTree(hive, keyPath);
   std::vector<std::wstring> noted;
   SystemCode code = recorder_.KeyTreeChanges(hive, keyPath, noted);
-  if (code == kSystemOk) code = registry_.DeleteTree(hive, keyPath);
+  if (code == kSystemOk) code = ForwardingRegistry::DeleteTree(hive, keyPath);
   for (const std::wstring& path : noted) recorder_.KeyChanged(hive, path);
   return code;
 }
@@ -255,7 +256,7 @@ SystemCode RecordedRegistry::CopyTree(RegistryHive sourceHive, const std::wstrin
   std::vector<std::wstring> noted;
   SystemCode code = NoteCopy(sourceHive, sourcePath, targetHive, targetPath, noted);
   if (code == kSystemOk) {
-    code = registry_.CopyTree(sourceHive, sourcePath, targetHive, targetPath);
+    code = ForwardingRegistry::CopyTree(sourceHive, sourcePath, targetHive, targetPath);
   }
   for (const std::wstring& path : noted) recorder_.KeyChanged(targetHive, path);
   return code;
@@ -264,8 +265,8 @@ SystemCode RecordedRegistry::CopyTree(RegistryHive sourceHive, const std::wstrin
 SystemCode RecordedRegistry::NoteCopy(RegistryHive sourceHive, const std::wstring& sourcePath,
                                       RegistryHive targetHive, const std::wstring& targetPath,
                                       std::vector<std::wstring>& noted) {
-  const auto subkeys = reader_.SubkeyNames(sourceHive, sourcePath);
-  const auto values = reader_.Values(sourceHive, sourcePath);
+  const auto subkeys = SubkeyNames(sourceHive, sourcePath);
+  const auto values = Values(sourceHive, sourcePath);
   if (!subkeys || !values) return kSystemOk;
   const SystemCode parent = recorder_.KeyChanges(targetHive, targetPath, NamesOf(*values));
   if (parent != kSystemOk) return parent;
@@ -278,14 +279,13 @@ SystemCode RecordedRegistry::NoteCopy(RegistryHive sourceHive, const std::wstrin
   return kSystemOk;
 }
 
-std::unique_ptr<RunningCommand> RecordedInterpreter::Start(const std::wstring& parameters) {
-  const auto path = ImportedFile(parameters);
-  const auto file = path ? ReadRegFile(files_, *path) : std::nullopt;
+std::unique_ptr<RunningTool> RecordedRegistryTool::ImportFile(const std::wstring& filePath) {
+  const auto file = ReadRegistryFile(files_, filePath);
   std::vector<NamedKey> keys;
   if (file && NoteKeys(*file, recorder_, keys) != kSystemOk) return nullptr;
-  auto command = interpreter_.Start(parameters);
-  if (!command) return nullptr;
-  return std::make_unique<RecordedCommand>(std::move(command), std::move(keys), recorder_);
+  auto tool = ForwardingRegistryTool::ImportFile(filePath);
+  if (!tool) return nullptr;
+  return std::make_unique<RecordedImport>(std::move(tool), std::move(keys), recorder_);
 }
 
 }  // namespace carrovan

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "platform/archive_library.h"
-#include "platform/command_interpreter.h"
-#include "platform/forwarding_files.h"
+#include "platform/forwarding_ports.h"
 #include "platform/profile_file.h"
 #include "platform/registry.h"
+#include "platform/registry_tool.h"
 #include "restore/change_recorder.h"
 
 namespace carrovan {
@@ -69,18 +69,11 @@ class RecordedProfiles : public ProfileFile {
 };
 
 // A registry that has each change noted before it is made.
-class RecordedRegistry : public RegistryEditor {
+class RecordedRegistry : public ForwardingRegistry {
  public:
-  RecordedRegistry(RegistryEditor& registry, const RegistryReader& reader, ChangeRecorder& recorder)
-      : registry_(registry), reader_(reader), recorder_(recorder) {}
+  RecordedRegistry(RegistryEditor& registry, ChangeRecorder& recorder)
+      : ForwardingRegistry(registry), recorder_(recorder) {}
 
-  SystemCode TryOpen(RegistryHive hive, const std::wstring& keyPath) const override {
-    return registry_.TryOpen(hive, keyPath);
-  }
-  std::optional<std::uint32_t> ValueType(RegistryHive hive, const std::wstring& keyPath,
-                                         const std::wstring& name) const override {
-    return registry_.ValueType(hive, keyPath, name);
-  }
   SystemCode SetValues(RegistryHive hive, const std::wstring& keyPath,
                        const std::vector<RegistryValue>& values) override;
   SystemCode CreateKey(RegistryHive hive, const std::wstring& keyPath) override;
@@ -96,24 +89,19 @@ class RecordedRegistry : public RegistryEditor {
                                     RegistryHive targetHive, const std::wstring& targetPath,
                                     std::vector<std::wstring>& noted);
 
-  RegistryEditor& registry_;
-  const RegistryReader& reader_;
   ChangeRecorder& recorder_;
 };
 
-// A command interpreter that has the keys noted which a registry file names before the registry
-// tool imports it.
-class RecordedInterpreter : public CommandInterpreter {
+// A registry tool of which the keys are noted that a file names before it is imported.
+class RecordedRegistryTool : public ForwardingRegistryTool {
  public:
-  RecordedInterpreter(CommandInterpreter& interpreter, const FileReader& files,
-                      ChangeRecorder& recorder)
-      : interpreter_(interpreter), files_(files), recorder_(recorder) {}
+  RecordedRegistryTool(RegistryTool& tool, const FileReader& files, ChangeRecorder& recorder)
+      : ForwardingRegistryTool(tool), files_(files), recorder_(recorder) {}
 
   // Null also when the keys could not be noted.
-  std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override;
+  std::unique_ptr<RunningTool> ImportFile(const std::wstring& filePath) override;
 
  private:
-  CommandInterpreter& interpreter_;
   const FileReader& files_;
   ChangeRecorder& recorder_;
 };
@@ -124,16 +112,20 @@ class RecordedMachine {
  public:
   RecordedMachine(const Machine& machine, ChangeRecorder& recorder)
       : behind_(machine),
-        files_(machine.files, recorder),
-        profiles_(machine.profiles, recorder),
-        archives_(machine.archives, recorder),
-        registry_(machine.registryEditor, machine.registry, recorder),
-        interpreter_(machine.interpreter, machine.files, recorder) {}
+        files_(*machine.files, recorder),
+        profiles_(*machine.profiles, recorder),
+        archives_(*machine.archives, recorder),
+        registry_(*machine.registry, recorder),
+        registryTool_(*machine.registryTool, *machine.files, recorder) {}
 
   Machine Ports() {
-    return {files_,          behind_.registry, behind_.folders,  behind_.guids, profiles_,
-            behind_.product, archives_,        interpreter_,     behind_.clock, registry_,
-            behind_.user,    behind_.codePage, behind_.processes};
+    Machine ports = behind_;
+    ports.files = &files_;
+    ports.profiles = &profiles_;
+    ports.archives = &archives_;
+    ports.registry = &registry_;
+    ports.registryTool = &registryTool_;
+    return ports;
   }
 
  private:
@@ -142,7 +134,7 @@ class RecordedMachine {
   RecordedProfiles profiles_;
   RecordedArchives archives_;
   RecordedRegistry registry_;
-  RecordedInterpreter interpreter_;
+  RecordedRegistryTool registryTool_;
 };
 
 }  // namespace carrovan

@@ -146,7 +146,7 @@ class PointReader {
 
 std::vector<std::wstring> RestorePointIds(const FileReader& files, const std::wstring& root) {
   std::vector<std::wstring> ids;
-  for (const FolderEntry& entry : files.ListFolder(root)) {
+  for (const FolderEntry& entry : ListFolder(files, root)) {
     if (entry.isFolder && !entry.isLink && IsRestorePointId(entry.name)) ids.push_back(entry.name);
   }
   // A longer name is a later run of the same second.

@@ -123,7 +123,7 @@ class FileUndo {
       const FileKind kind = KindAt(files_, path);
       if (kind == FileKind::kFile && IsOwn(**file)) {
         Note(path, files_.RemoveFile(path));
-      } else if (kind == FileKind::kFolder && files_.ListFolder(path).empty()) {
+      } else if (kind == FileKind::kFolder && ListFolder(files_, path).empty()) {
         Note(path, files_.RemoveFolder(path));
       }
     }
@@ -210,7 +210,7 @@ class FileUndo {
   void RemoveMadeFolder(const FileHistory& file) {
     if (file.before.kind == FileKind::kFolder || KindAt(files_, file.path) != FileKind::kFolder)
       return;
-    if (files_.ListFolder(file.path).empty()) {
+    if (ListFolder(files_, file.path).empty()) {
       MakeNoted(file, [&] { return files_.RemoveFolder(file.path); });
     } else {
       report_.kept.push_back(L"Kept, as it holds what was added since: " + file.path);
@@ -301,7 +301,7 @@ class KeyUndo {
 
  private:
   KeyImage ImageNow(const KeyHistory& key) const {
-    auto values = machine_.registry.Values(key.hive, key.keyPath);
+    auto values = machine_.registry->Values(key.hive, key.keyPath);
     return values ? KeyImage{true, std::move(*values)} : KeyImage{};
   }
 
@@ -316,15 +316,14 @@ class KeyUndo {
   }
 
   bool MakeKey(const KeyHistory& key) {
-    return Count(key, L"", machine_.registryEditor.CreateKey(key.hive, key.keyPath));
+    return Count(key, L"", machine_.registry->CreateKey(key.hive, key.keyPath));
   }
 
   void RemoveMadeValues(const KeyHistory& key, const KeyImage& now) {
     for (const RegistryValue& value : now.values) {
       const bool made = Find(key.before, value.name) == nullptr && Holds(key.set, value.name);
       if (!made || !MayChange(key, value.name, &value)) continue;
-      Count(key, value.name,
-            machine_.registryEditor.DeleteValue(key.hive, key.keyPath, value.name));
+      Count(key, value.name, machine_.registry->DeleteValue(key.hive, key.keyPath, value.name));
     }
   }
 
@@ -337,13 +336,12 @@ class KeyUndo {
       if (current != nullptr && *current == value) continue;
       if (!MayChange(key, value.name, current)) continue;
       if (current != nullptr && current->name != value.name) {
-        static_cast<void>(
-            machine_.registryEditor.DeleteValue(key.hive, key.keyPath, current->name));
+        static_cast<void>(machine_.registry->DeleteValue(key.hive, key.keyPath, current->name));
       }
       values.push_back(value);
     }
     if (values.empty()) return;
-    if (Count(key, L"", machine_.registryEditor.SetValues(key.hive, key.keyPath, values))) {
+    if (Count(key, L"", machine_.registry->SetValues(key.hive, key.keyPath, values))) {
       report_.restored += values.size() - 1;
     }
   }
@@ -379,9 +377,9 @@ class KeyUndo {
     if (key.before.exists) return;
     const KeyImage now = ImageNow(key);
     if (!now.exists) return;
-    const auto subkeys = machine_.registry.SubkeyNames(key.hive, key.keyPath);
+    const auto subkeys = machine_.registry->SubkeyNames(key.hive, key.keyPath);
     if (now.values.empty() && subkeys && subkeys->empty()) {
-      Count(key, L"", machine_.registryEditor.DeleteTree(key.hive, key.keyPath));
+      Count(key, L"", machine_.registry->DeleteTree(key.hive, key.keyPath));
     } else {
       report_.kept.push_back(L"Kept, as it holds what was added since: " + NameOf(key, L""));
     }
@@ -408,11 +406,11 @@ UndoReport UndoChanges(const RestorePoint& point, const UndoChoice& choice,
   report.refused = RefusalsOfPoint(point, choice.trusted, machine);
   if (!report.refused.empty()) return report;
   UndoKeys(point, choice, machine, report);
-  UndoFiles(point, choice, machine.files, report);
+  UndoFiles(point, choice, *machine.files, report);
   const bool everything = !choice.includesFile && !choice.includesKey;
   const Undone undone{everything && report.IsComplete()};
   const SystemCode code =
-      machine.files.AppendBytes(point.folder + L"\\" + kJournalName, EncodeRecord(undone));
+      machine.files->AppendBytes(point.folder + L"\\" + kJournalName, EncodeRecord(undone));
   if (code != kSystemOk) {
     report.problems.push_back(L"Not noted in " + point.folder + L": " + DescribeSystemCode(code));
   }

@@ -145,7 +145,7 @@ class TreeRewriter {
         {in.packageInternalVersion + L"\\", in.targetInternalVersion + L"\\"},
         {in.packageReleaseVersion, in.targetReleaseYear},
     };
-    Note(path, RewriteRegFile(path, replacements, ports_));
+    Note(path, RewriteRegistryFile(path, replacements, ports_));
   }
 
   void Note(const std::wstring& path, SystemCode code) {

@@ -18,7 +18,7 @@ constexpr std::size_t kMarkBytes = 2;
 
 }  // namespace
 
-bool RegTextStream::Take(std::string_view part) {
+bool RegistryTextStream::Take(std::string_view part) {
   std::size_t searched = form_ ? pending_.size() : 0;
   pending_.append(part);
   if (!form_ && pending_.size() >= kMarkBytes) Begin();
@@ -30,7 +30,7 @@ bool RegTextStream::Take(std::string_view part) {
   return true;
 }
 
-bool RegTextStream::Finish() {
+bool RegistryTextStream::Finish() {
   if (!form_) Begin();
   const std::size_t whole = pending_.size() - pending_.size() % form_->UnitBytes();
   if (!EditLines(std::string_view(pending_).substr(0, whole))) return false;
@@ -38,13 +38,13 @@ bool RegTextStream::Finish() {
   return true;
 }
 
-std::string_view RegTextStream::TakeOutput() {
+std::string_view RegistryTextStream::TakeOutput() {
   given_.swap(output_);
   output_.clear();
   return given_;
 }
 
-void RegTextStream::Begin() {
+void RegistryTextStream::Begin() {
   form_.emplace(pending_, codePage_);
   output_ = form_->Mark(pending_);
   pending_.erase(0, output_.size());
@@ -56,7 +56,7 @@ void RegTextStream::Begin() {
   });
 }
 
-bool RegTextStream::EditLines(std::string_view lines) {
+bool RegistryTextStream::EditLines(std::string_view lines) {
   const std::size_t blockBytes = overLines_ ? lines.size() : kBlockBytes;
   while (!lines.empty()) {
     if (!EditBlock(TakeWholeLines(lines, blockBytes, form_->UnitBytes()))) return false;
@@ -64,7 +64,7 @@ bool RegTextStream::EditLines(std::string_view lines) {
   return true;
 }
 
-bool RegTextStream::EditBlock(std::string_view block) {
+bool RegistryTextStream::EditBlock(std::string_view block) {
   form_->Decode(block, text_);
   const bool edited = Apply(text_);
   if (form_->IsUtf16()) return Emit<char16_t>(text_, edited);
@@ -75,7 +75,7 @@ bool RegTextStream::EditBlock(std::string_view block) {
 }
 
 // Whether the text was changed.
-bool RegTextStream::Apply(std::u16string& text) {
+bool RegistryTextStream::Apply(std::u16string& text) {
   std::size_t count = 0;
   for (const UnitReplacement& each : passes_.replacements) {
     count += ReplaceUnits(text, each.search, each.replacement);
@@ -90,17 +90,17 @@ bool RegTextStream::Apply(std::u16string& text) {
 }
 
 template <typename Char>
-bool RegTextStream::Emit(std::basic_string_view<Char> lines, bool edited) {
-  if (expected_ == RegFileFate::kLosesLines) {
+bool RegistryTextStream::Emit(std::basic_string_view<Char> lines, bool edited) {
+  if (expected_ == RegistryFileFate::kLosesLines) {
     AppendOtherLines(lines, *form_, *passes_.paths, dropped_, output_);
     return true;
   }
   if (passes_.paths != nullptr && HoldsInvalidPath(lines, *form_, *passes_.paths)) {
-    fate_ = RegFileFate::kLosesLines;
+    fate_ = RegistryFileFate::kLosesLines;
   } else if (edited) {
-    fate_ = RegFileFate::kIsEdited;
+    fate_ = RegistryFileFate::kIsEdited;
   }
-  if (expected_ == RegFileFate::kIsEdited) output_.append(BytesOf(lines));
+  if (expected_ == RegistryFileFate::kIsEdited) output_.append(BytesOf(lines));
   return fate_ == expected_;
 }
 
@@ -125,7 +125,7 @@ struct FilePasses {
   bool invalidPaths = false;
 };
 
-void Report(const RegTextStream& text, LineLog& log) {
+void Report(const RegistryTextStream& text, LineLog& log) {
   if (text.KnowsUser()) {
     log.WriteLine(Counted(L"Successfully replaced ", text.UserPaths(), L" user paths"));
   }
@@ -136,7 +136,7 @@ void Report(const RegTextStream& text, LineLog& log) {
 }
 
 // Reads the file up to the first block of which more is to be made than the stream expects.
-SystemCode Look(const std::wstring& file, RegTextStream& text, const FileReader& files,
+SystemCode Look(const std::wstring& file, RegistryTextStream& text, const FileReader& files,
                 std::uint64_t& fileBytes) {
   bool asExpected = true;
   const SystemCode code = files.ReadInParts(file, [&](std::string_view part, std::uint64_t bytes) {
@@ -149,7 +149,7 @@ SystemCode Look(const std::wstring& file, RegTextStream& text, const FileReader&
 }
 
 // The same, and replaces the file when all is as expected.
-SystemCode Edit(const std::wstring& file, RegTextStream& text, FileSystem& files,
+SystemCode Edit(const std::wstring& file, RegistryTextStream& text, FileSystem& files,
                 std::uint64_t fileBytes) {
   std::unique_ptr<FileReplacement> replacement;
   SystemCode written = files.BeginReplacement(file, fileBytes, replacement);
@@ -179,9 +179,9 @@ SystemCode Rewrite(const std::wstring& file, const FilePasses& wanted, const Rew
     };
   }
   std::uint64_t fileBytes = 0;
-  for (RegFileFate expected = RegFileFate::kStays;;) {
-    RegTextStream text(passes, ports.codePage, expected, tell);
-    const SystemCode code = expected == RegFileFate::kStays
+  for (RegistryFileFate expected = RegistryFileFate::kStays;;) {
+    RegistryTextStream text(passes, ports.codePage, expected, tell);
+    const SystemCode code = expected == RegistryFileFate::kStays
                                 ? Look(file, text, ports.files, fileBytes)
                                 : Edit(file, text, ports.files, fileBytes);
     if (code != kSystemOk) return code;
@@ -196,8 +196,8 @@ SystemCode Rewrite(const std::wstring& file, const FilePasses& wanted, const Rew
 
 }  // namespace
 
-SystemCode ReplaceInRegFile(const std::wstring& file, const Replacement& replacement,
-                            const RewritePorts& ports) {
+SystemCode ReplaceInRegistryFile(const std::wstring& file, const Replacement& replacement,
+                                 const RewritePorts& ports) {
   return Rewrite(file, {{replacement}}, ports);
 }
 
@@ -209,8 +209,9 @@ SystemCode RemoveInvalidAbsolutePaths(const std::wstring& file, const RewritePor
   return Rewrite(file, {{}, false, true}, ports);
 }
 
-SystemCode RewriteRegFile(const std::wstring& file, const std::vector<Replacement>& replacements,
-                          const RewritePorts& ports) {
+SystemCode RewriteRegistryFile(const std::wstring& file,
+                               const std::vector<Replacement>& replacements,
+                               const RewritePorts& ports) {
   return Rewrite(file, {replacements, true, true}, ports);
 }
 

@@ -28,7 +28,7 @@ struct TextPasses {
 };
 
 // What becomes of a registry file, from the least on.
-enum class RegFileFate {
+enum class RegistryFileFate {
   kStays,
   kIsEdited,
   kLosesLines,  // which trims all the others, also those in front
@@ -38,11 +38,11 @@ enum class RegFileFate {
 // the processor's cache, so that their number hardly counts; the result is the same as if each pass
 // had gone over the whole text. What is to become of the file has to be known from the first part
 // on: a stream that finds more to do than it expects stops, and another one starts again.
-class RegTextStream {
+class RegistryTextStream {
  public:
   // `tell` may be empty. It gets the dropped lines when the file is expected to lose some.
-  RegTextStream(TextPasses passes, const CodePage& codePage, RegFileFate expected,
-                TellDroppedLine tell)
+  RegistryTextStream(TextPasses passes, const CodePage& codePage, RegistryFileFate expected,
+                     TellDroppedLine tell)
       : passes_(std::move(passes)),
         codePage_(codePage),
         expected_(expected),
@@ -58,7 +58,7 @@ class RegTextStream {
   std::string_view TakeOutput();
 
   // At least what was expected.
-  RegFileFate Fate() const { return fate_; }
+  RegistryFileFate Fate() const { return fate_; }
 
   // After Finish. The user is not known either when the file cannot hold the name.
   bool KnowsUser() const { return passes_.user.has_value(); }
@@ -75,8 +75,8 @@ class RegTextStream {
 
   TextPasses passes_;
   const CodePage& codePage_;
-  RegFileFate expected_;
-  RegFileFate fate_;
+  RegistryFileFate expected_;
+  RegistryFileFate fate_;
   std::optional<TextForm> form_;  // known from the first bytes
   bool overLines_ = false;        // a match may go over the end of a line
   std::string pending_;           // the beginning of a line
@@ -98,8 +98,8 @@ struct Replacement {
 };
 
 // Replaces every occurrence; case counts.
-SystemCode ReplaceInRegFile(const std::wstring& file, const Replacement& replacement,
-                            const RewritePorts& ports);
+SystemCode ReplaceInRegistryFile(const std::wstring& file, const Replacement& replacement,
+                                 const RewritePorts& ports);
 
 // Puts the current user's name in the place of another user's in paths of four spellings, and the
 // user's profile in the place of %USERPROFILE%; reports the number. Does nothing when the system
@@ -111,7 +111,8 @@ SystemCode ReplaceUserPaths(const std::wstring& file, const RewritePorts& ports)
 SystemCode RemoveInvalidAbsolutePaths(const std::wstring& file, const RewritePorts& ports);
 
 // All of this one after the other, the replacements first, but reading and writing the file once.
-SystemCode RewriteRegFile(const std::wstring& file, const std::vector<Replacement>& replacements,
-                          const RewritePorts& ports);
+SystemCode RewriteRegistryFile(const std::wstring& file,
+                               const std::vector<Replacement>& replacements,
+                               const RewritePorts& ports);
 
 }  // namespace carrovan

@@ -1,36 +1,13 @@
 #include "wizard/category_tree.h"
 
+#include "environment/string_table.h"
+
 namespace carrovan {
-
-void VisitLeaves(const CategoryTree& tree, CategoryTree::Item item,
-                 const std::function<void(CategoryTree::Item)>& visit) {
-  if (item == CategoryTree::kNoItem) return;
-  CategoryTree::Item child = tree.FirstChild(item);
-  if (child == CategoryTree::kNoItem) return visit(item);
-  for (; child != CategoryTree::kNoItem; child = tree.NextSibling(child)) {
-    VisitLeaves(tree, child, visit);
-  }
-}
-
-void WalkLeaves(EditableCategoryTree& tree, CategoryTree::Item item,
-                const std::function<void(CategoryTree::Item)>& visit) {
-  if (item == CategoryTree::kNoItem) return;
-  tree.Expand(item);
-  CategoryTree::Item child = tree.FirstChild(item);
-  if (child == CategoryTree::kNoItem) {
-    tree.Select(item);
-    return visit(item);
-  }
-  for (; child != CategoryTree::kNoItem; child = tree.NextSibling(child)) {
-    WalkLeaves(tree, child, visit);
-  }
-}
-
 namespace {
 
 using Item = CategoryTree::Item;
 
-void ExpandAndCheck(EditableCategoryTree& tree, Item item) {
+void ExpandAndCheck(CategoryTree& tree, Item item) {
   tree.Expand(item);
   tree.SetChecked(item, true);
   for (Item child = tree.FirstChild(item); child != CategoryTree::kNoItem;
@@ -39,7 +16,7 @@ void ExpandAndCheck(EditableCategoryTree& tree, Item item) {
   }
 }
 
-void PropagateDown(EditableCategoryTree& tree, Item item) {
+void PropagateDown(CategoryTree& tree, Item item) {
   const bool checked = tree.IsChecked(item);
   for (Item child = tree.FirstChild(item); child != CategoryTree::kNoItem;
        child = tree.NextSibling(child)) {
@@ -56,41 +33,72 @@ bool AreAllChildrenChecked(const CategoryTree& tree, Item item) {
   return true;
 }
 
-void PropagateUp(EditableCategoryTree& tree, Item item) {
+void PropagateUp(CategoryTree& tree, Item item) {
   const Item parent = tree.Parent(item);
   if (parent == CategoryTree::kNoItem) return;
   tree.SetChecked(parent, AreAllChildrenChecked(tree, parent));
   PropagateUp(tree, parent);
 }
 
-void PrepareToggle(EditableCategoryTree& tree, Item item) {
+void PrepareToggle(CategoryTree& tree, Item item) {
   const bool checked = tree.IsChecked(item);
   SetCheckedWithRelatives(tree, item, !checked);
   tree.SetChecked(item, checked);
   tree.Select(item);
 }
 
+void AddChecked(const CategoryTree& tree, Item item, CategorySet& categories) {
+  if (item == CategoryTree::kNoItem) return;
+  Item child = tree.FirstChild(item);
+  const CategoryRecord* record = FindCategory(tree.ItemData(item));
+  if (child == CategoryTree::kNoItem && record != nullptr && tree.IsChecked(item)) {
+    categories.insert(record->category);
+  }
+  for (; child != CategoryTree::kNoItem; child = tree.NextSibling(child)) {
+    AddChecked(tree, child, categories);
+  }
+}
+
+void ShowBelow(CategoryTree& tree, Item item, int itemData) {
+  if (item == CategoryTree::kNoItem) return;
+  tree.Expand(item);
+  Item child = tree.FirstChild(item);
+  if (child == CategoryTree::kNoItem && tree.ItemData(item) == itemData) tree.Select(item);
+  for (; child != CategoryTree::kNoItem; child = tree.NextSibling(child)) {
+    ShowBelow(tree, child, itemData);
+  }
+}
+
 }  // namespace
 
-void BuildCategoryTree(EditableCategoryTree& tree,
-                       const std::function<bool(const CategoryRecord&)>& isOffered) {
+void BuildCategoryTree(CategoryTree& tree, const CategorySet& offered) {
   tree.Clear();
   const Item root = tree.Append(CategoryTree::kNoItem, std::wstring(Text(StringId::kSelectAll)),
                                 static_cast<int>(SettingCategory::SelectAll));
-  for (const CategoryRecord& record : CategoryTable()) {
-    if (!isOffered(record)) continue;
-    tree.Append(root, std::wstring(Text(record.label)), static_cast<int>(record.category));
+  for (const SettingCategory category : offered) {
+    const int itemData = static_cast<int>(category);
+    tree.Append(root, std::wstring(Text(FindCategory(itemData)->label)), itemData);
   }
   ExpandAndCheck(tree, root);
 }
 
-void SetCheckedWithRelatives(EditableCategoryTree& tree, Item item, bool checked) {
+CategorySet CheckedCategories(const CategoryTree& tree) {
+  CategorySet categories;
+  AddChecked(tree, tree.Root(), categories);
+  return categories;
+}
+
+void ShowCategory(CategoryTree& tree, SettingCategory category) {
+  ShowBelow(tree, tree.Root(), static_cast<int>(category));
+}
+
+void SetCheckedWithRelatives(CategoryTree& tree, Item item, bool checked) {
   tree.SetChecked(item, checked);
   PropagateDown(tree, item);
   PropagateUp(tree, item);
 }
 
-std::optional<std::wstring> ClickCategory(EditableCategoryTree& tree, Item item, bool onCheckBox) {
+std::optional<std::wstring> ClickCategory(CategoryTree& tree, Item item, bool onCheckBox) {
   if (item == CategoryTree::kNoItem) return std::nullopt;
   tree.Select(item);
   const CategoryRecord* record = FindCategory(tree.ItemData(item));

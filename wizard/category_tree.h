@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 
@@ -9,7 +8,7 @@
 
 namespace carrovan {
 
-// A tree of check boxes, as far as a run needs it: walk it and read it.
+// The tree of check boxes of a category page.
 class CategoryTree {
  public:
   using Item = std::uintptr_t;
@@ -21,23 +20,17 @@ class CategoryTree {
   virtual Item Root() const = 0;
   virtual Item FirstChild(Item item) const = 0;
   virtual Item NextSibling(Item item) const = 0;
+  virtual Item Parent(Item item) const = 0;
 
   virtual bool IsChecked(Item item) const = 0;
 
   // 1 for the root, 2 to 14 for a category; anything else means nothing.
   virtual int ItemData(Item item) const = 0;
-};
 
-// A tree of check boxes that can be built and changed.
-class EditableCategoryTree : public CategoryTree {
- public:
   virtual void Clear() = 0;
 
   // Adds an unchecked item behind the parent's last child; kNoItem as parent makes the root.
   virtual Item Append(Item parent, const std::wstring& text, int itemData) = 0;
-
-  // kNoItem for the root.
-  virtual Item Parent(Item item) const = 0;
 
   virtual void SetChecked(Item item, bool checked) = 0;
   virtual void Expand(Item item) = 0;
@@ -46,33 +39,27 @@ class EditableCategoryTree : public CategoryTree {
   virtual void Select(Item item) = 0;
 };
 
-// Calls `visit` for every leaf below an item (or for the item itself when it is one), depth first
-// in tree order.
-void VisitLeaves(const CategoryTree& tree, CategoryTree::Item item,
-                 const std::function<void(CategoryTree::Item)>& visit);
-
-// The same for a run that the user watches: each parent is expanded and each leaf gets the caret on
-// the way.
-void WalkLeaves(EditableCategoryTree& tree, CategoryTree::Item item,
-                const std::function<void(CategoryTree::Item)>& visit);
-
 // The behaviour that the trees of the export, import and reset pages share.
 
-// Makes the tree anew: the root, below it the categories that the test accepts, all expanded and
-// checked.
-void BuildCategoryTree(EditableCategoryTree& tree,
-                       const std::function<bool(const CategoryRecord&)>& isOffered);
+// Makes the tree anew: the root, below it the offered categories, all expanded and checked.
+void BuildCategoryTree(CategoryTree& tree, const CategorySet& offered);
+
+// The checked leaves that are categories. An item with others below it never counts itself.
+CategorySet CheckedCategories(const CategoryTree& tree);
+
+// Gives the caret to a category's leaf and expands what is above it.
+void ShowCategory(CategoryTree& tree, SettingCategory category);
 
 // Gives an item a state, gives it to everything below it and brings everything above it in line: an
 // item with others below it is checked when all of them are.
-void SetCheckedWithRelatives(EditableCategoryTree& tree, CategoryTree::Item item, bool checked);
+void SetCheckedWithRelatives(CategoryTree& tree, CategoryTree::Item item, bool checked);
 
 // What a mouse click on an item does, before the control's own handling of the click: the item
 // gets the caret, and a click on its check box gives the state that it is about to take to
 // everything below it and brings everything above it in line. The item itself is left as it was,
 // because the control still toggles it. The answer is the description to show; nothing when the
 // shown one stays.
-std::optional<std::wstring> ClickCategory(EditableCategoryTree& tree, CategoryTree::Item item,
+std::optional<std::wstring> ClickCategory(CategoryTree& tree, CategoryTree::Item item,
                                           bool onCheckBox);
 
 }  // namespace carrovan

@@ -5,8 +5,11 @@
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
 #include "package/export_run.h"
+#include "package/import_run.h"
+#include "package/legacy_import.h"
 #include "package/package_inspection.h"
 #include "package/staging_folder.h"
+#include "reset/reset_run.h"
 #include "text/path_text.h"
 #include "wizard/category_tree.h"
 #include "wizard/wizard_frame.h"
@@ -35,19 +38,30 @@ void ShowMessage(const WizardParts& parts, StringId id) {
 // The folder may have been deleted by a run, or by somebody who cleans up.
 bool EnsureStagingFolder(const WizardParts& parts) {
   const std::wstring& folder = parts.context.stagingFolder;
-  if (!folder.empty() && parts.machine.files.IsFolder(RemoveFileSpec(folder))) return true;
+  if (!folder.empty() && parts.machine.files->IsFolder(RemoveFileSpec(folder))) return true;
   return RenewStagingFolder(parts.context, parts.machine);
 }
 
-bool TellUnlessMade(const WizardParts& parts, bool hasStagingFolder) {
-  if (!hasStagingFolder) parts.frame.ShowMessage(L"No folder can be made in the temporary path");
+void ShowRefusal(const WizardParts& parts, RunRefusal refusal) {
+  const bool inOwnStyle =
+      refusal == RunRefusal::kNewerPackage || refusal == RunRefusal::kNeverStarted;
+  if (inOwnStyle) return parts.frame.ShowApplicationMessage(TextOf(refusal));
+  parts.frame.ShowMessage(TextOf(refusal));
+}
+
+void ShowUnextracted(const WizardParts& parts, const std::vector<std::wstring>& paths) {
+  for (const std::wstring& path : paths) parts.frame.ShowMessage(TextOfUnextracted(path));
+}
+
+bool ReportUnlessMade(const WizardParts& parts, bool hasStagingFolder) {
+  if (!hasStagingFolder) ShowRefusal(parts, RunRefusal::kNoStagingFolder);
   return hasStagingFolder;
 }
 
 // Without its folders known, a run would look for them at the root of a drive.
 bool HasVersionFolders(const WizardParts& parts) {
   if (PrepareVersionFolders(parts.context, parts.machine)) return true;
-  ShowMessage(parts, StringId::kFoldersMissing);
+  ShowRefusal(parts, RunRefusal::kFoldersMissing);
   return false;
 }
 
@@ -78,19 +92,44 @@ void TakeVersionToImportInto(const WizardParts& parts) {
   if (year) SelectTargetVersion(parts.state, parts.context, *year);
 }
 
+// Lets the user follow a run in the tree of its page.
+class TreeObserver : public RunObserver {
+ public:
+  explicit TreeObserver(CategoryTree& tree) : tree_(tree) {}
+  void OnCategory(SettingCategory category) override { ShowCategory(tree_, category); }
+
+ private:
+  CategoryTree& tree_;
+};
+
 bool EnterExportCategories(const WizardParts& parts) {
   if (!HasVersionFolders(parts)) return false;
-  BuildCategoryTree(
-      parts.frame.Tree(WizardPage::kExportCategories),
-      [&](const CategoryRecord& record) { return IsOfferedOnExport(record, parts.context); });
+  BuildCategoryTree(parts.frame.Tree(WizardPage::kExportCategories),
+                    OfferedOnExport(parts.context));
   return true;
 }
 
+SaveFileQuestion PackageFileQuestion() {
+  return {.defaultExtension = L".ucex",
+          .filter = L"User Configuration Files (*.ucex)|*.ucex|",
+          .hideReadOnlyBox = true,
+          .askBeforeOverwriting = true};
+}
+
+// False when the user stays on the categories: none is checked or no file was chosen.
 bool Export(const WizardParts& parts) {
-  if (!TellUnlessMade(parts, EnsureStagingFolder(parts))) return false;
-  const ExportRun run{parts.context, parts.machine, parts.registryTool, parts.frame,
-                      parts.frame.Tree(WizardPage::kExportCategories)};
-  return RunExport(run).has_value();
+  if (!ReportUnlessMade(parts, EnsureStagingFolder(parts))) return false;
+  const auto chosen = CheckedCategories(parts.frame.Tree(WizardPage::kExportCategories));
+  if (chosen.empty()) {
+    ShowMessage(parts, StringId::kSelectExportedSettings);
+    return false;
+  }
+  const auto archivePath = parts.frame.ChooseSaveFile(PackageFileQuestion());
+  if (!archivePath || archivePath->empty()) return false;
+  RunObserver observer;
+  RunExport({parts.context, parts.machine, parts.registryTool, observer}, chosen, *archivePath);
+  parts.frame.SetFinishText(ExportFinishText(*archivePath));
+  return true;
 }
 
 void GoForwardInExport(const WizardParts& parts) {
@@ -104,36 +143,115 @@ void GoForwardInExport(const WizardParts& parts) {
   ShowPagesAt(parts, place);
 }
 
-// False when the user stays on the path page or the program ends. What an earlier package left
-// behind must not be imported along with this one.
-bool EnterImportCategories(const WizardParts& parts) {
-  if (!TellUnlessMade(parts, RenewStagingFolder(parts.context, parts.machine))) return false;
-  const auto entry =
-      parts.importSteps.EnterCategories(parts.frame.Tree(WizardPage::kImportCategories));
-  if (entry == ImportSteps::Entry::kEnded) parts.frame.EndProgram();
-  return entry == ImportSteps::Entry::kReady;
+ImportRun ImportOf(const WizardParts& parts, WizardImport& import, RunObserver& observer) {
+  return {parts.context, parts.state.package, parts.machine, parts.registryTool,
+          parts.dom,     parts.log,           observer,      import.report};
 }
 
-void ImportLegacyPackage(const WizardParts& parts) {
-  parts.importSteps.ApplyLegacy();
+// False when the user stays on the path page or the program ends. What an earlier package left
+// behind must not be imported along with this one.
+bool EnterImportCategories(const WizardParts& parts, WizardImport& import) {
+  if (!ReportUnlessMade(parts, RenewStagingFolder(parts.context, parts.machine))) return false;
+  RunObserver observer;
+  const ImportRun run = ImportOf(parts, import, observer);
+  OpenPackage(run);
+  ShowUnextracted(parts, import.report.unextracted);
+  if (const auto refusal = CheckTarget(run)) {
+    ShowRefusal(parts, *refusal);
+    return false;
+  }
+  if (NeedsMending(run)) ShowMessage(parts, StringId::kKeepPathFiles);
+  const ImportPreparation preparation = RunImportPreparation(run);
+  import.offered = preparation.offered;
+  BuildCategoryTree(parts.frame.Tree(WizardPage::kImportCategories), preparation.offered);
+  if (!preparation.refusal) return true;
+  ShowRefusal(parts, *preparation.refusal);
+  parts.frame.EndProgram();
+  return false;
+}
+
+void Import(const WizardParts& parts, WizardImport& import) {
+  CategoryTree& tree = parts.frame.Tree(WizardPage::kImportCategories);
+  TreeObserver observer(tree);
+  const std::size_t shown = import.report.unextracted.size();
+  ApplyPackage(ImportOf(parts, import, observer), import.offered, CheckedCategories(tree));
+  const auto& unextracted = import.report.unextracted;
+  ShowUnextracted(parts,
+                  {unextracted.begin() + static_cast<std::ptrdiff_t>(shown), unextracted.end()});
+  parts.frame.SetFinishText(ImportFinishText(parts.context));
+}
+
+// The year of the version that a legacy package is for; nothing, after the user was told why, for
+// one that is refused.
+std::optional<std::wstring> TakeLegacyPackage(const WizardParts& parts, WizardImport& import,
+                                              const std::wstring& path) {
+  RunObserver observer;
+  const LegacyOpening opening = OpenLegacyPackage(ImportOf(parts, import, observer), path);
+  ShowUnextracted(parts, opening.unextracted);
+  if (!opening.refusal) return opening.targetText;
+  ShowRefusal(parts, *opening.refusal);
+  return std::nullopt;
+}
+
+void ImportLegacyPackage(const WizardParts& parts, WizardImport& import) {
+  const PackageState& package = parts.state.package;
+  // Another run may have emptied the staging folder since the package was chosen.
+  const bool isUnpacked = parts.machine.files->Exists(package.legacyXmlPath) ||
+                          TakeLegacyPackage(parts, import, std::wstring(package.path));
+  if (isUnpacked) {
+    RunObserver observer;
+    ImportLegacyCustomization(ImportOf(parts, import, observer));
+    parts.frame.SetFinishText(ImportFinishText(parts.context));
+  }
   ShowPagesAt(parts, kBeyondFinishPlace);
 }
 
-void GoForwardInImport(const WizardParts& parts) {
+OpenFileQuestion PackageQuestion() {
+  return {.defaultExtension = L".ucex",
+          .filter = L"User Configuration Files (*.ucx; *.ucex)|*.ucx;*.ucex||"};
+}
+
+void TakeShownVersion(const WizardParts& parts, const PathPageView& page) {
+  if (const auto year = page.SelectedVersion()) {
+    SelectTargetVersion(parts.state, parts.context, *year);
+  }
+}
+
+// Nothing for a package that is refused.
+std::optional<std::vector<std::wstring>> VersionsFor(const WizardParts& parts, WizardImport& import,
+                                                     const std::wstring& path) {
+  if (!IsLegacyPackageName(path)) return ListInstalledYears(parts.context);
+  const auto year = TakeLegacyPackage(parts, import, path);
+  return year ? std::optional(std::vector{*year}) : std::nullopt;
+}
+
+void ChoosePackage(const WizardParts& parts, WizardImport& import, PathPageView& page) {
+  const auto path = page.ChooseOpenFile(PackageQuestion());
+  if (!path) return TakeShownVersion(parts, page);
+  if (path->empty()) return;
+  const auto versions = VersionsFor(parts, import, *path);
+  if (!versions) return;
+  parts.state.package.path = *path;
+  page.ShowPackagePath(*path);
+  page.ListVersions(*versions);
+  TakeShownVersion(parts, page);
+}
+
+void GoForwardInImport(const WizardParts& parts, WizardImport& import) {
   const int place = parts.state.pageIndex + 1;
   if (place > kBeyondFinishPlace) return;
   if (place == kPathPlace) {
-    if (!TellUnlessMade(parts, EnsureStagingFolder(parts))) return;
+    if (!ReportUnlessMade(parts, EnsureStagingFolder(parts))) return;
     TakeVersionToImportInto(parts);
   }
   if (place == kCategoriesPlace) {
     if (parts.state.package.path.empty()) return ShowMessage(parts, StringId::kSelectFile);
-    if (IsLegacyPackageName(parts.state.package.path)) return ImportLegacyPackage(parts);
-    if (!EnterImportCategories(parts)) return;
+    if (IsLegacyPackageName(parts.state.package.path)) {
+      return ImportLegacyPackage(parts, import);
+    }
+    if (!EnterImportCategories(parts, import)) return;
   }
-  if (place == kFinishPlace) {
-    parts.importSteps.Apply(parts.frame.Tree(WizardPage::kImportCategories));
-  }
+  if (place == kFinishPlace) Import(parts, import);
   ShowPagesAt(parts, place);
 }
 
@@ -141,22 +259,32 @@ bool EnterResetCategories(const WizardParts& parts) {
   if (!HasVersionFolders(parts)) return false;
   // The last steps of a reset are those of an import; they must find no package to apply.
   RenewStagingFolder(parts.context, parts.machine);
-  BuildCategoryTree(
-      parts.frame.Tree(WizardPage::kResetCategories),
-      [&](const CategoryRecord& record) { return IsOfferedOnReset(record, parts.context); });
+  BuildCategoryTree(parts.frame.Tree(WizardPage::kResetCategories), OfferedOnReset(parts.context));
   return true;
+}
+
+void Reset(const WizardParts& parts) {
+  CategoryTree& tree = parts.frame.Tree(WizardPage::kResetCategories);
+  TreeObserver observer(tree);
+  const RunReport report =
+      RunReset({parts.context, parts.state.package, parts.machine, parts.registryTool, observer},
+               CheckedCategories(tree));
+  ShowUnextracted(parts, report.unextracted);
+  parts.frame.SetFinishText(ResetFinishText(parts.context));
 }
 
 bool ConfirmAndReset(const WizardParts& parts) {
   if (!parts.frame.AskYesNo(std::wstring(Text(StringId::kConfirmReset)))) return false;
-  parts.resetSteps.Apply(parts.frame.Tree(WizardPage::kResetCategories));
+  Reset(parts);
   return true;
 }
 
 void GoForwardInReset(const WizardParts& parts) {
   int& shown = parts.state.pageIndex;
   if (shown == kStartPlace) SelectRunningVersion(parts.context);
-  if (!PassesLiveKeyCheck(parts.frame, parts.machine.registry, parts.context)) return;
+  if (!HasBeenRun(parts.context, *parts.machine.registry)) {
+    return ShowRefusal(parts, RunRefusal::kNeverStarted);
+  }
   if (shown == kStartPlace) {
     parts.frame.ShowApplicationMessage(std::wstring(Text(StringId::kResetWarning)));
   }
@@ -169,23 +297,23 @@ void GoForwardInReset(const WizardParts& parts) {
   ShowPages(parts);
 }
 
-void GoForwardIn(MigrationMode mode, const WizardParts& parts) {
+void GoForwardIn(MigrationMode mode, const WizardParts& parts, WizardImport& import) {
   switch (mode) {
     case MigrationMode::kNone:
       return;
     case MigrationMode::kExport:
       return GoForwardInExport(parts);
     case MigrationMode::kImport:
-      return GoForwardInImport(parts);
+      return GoForwardInImport(parts, import);
     case MigrationMode::kReset:
       return GoForwardInReset(parts);
   }
 }
 
-void GoForward(const WizardParts& parts) {
+void GoForward(const WizardParts& parts, WizardImport& import) {
   const MigrationMode mode = parts.state.mode;
   if (mode == MigrationMode::kNone) return ShowMessage(parts, StringId::kPleaseSelect);
-  GoForwardIn(mode, parts);
+  GoForwardIn(mode, parts, import);
 }
 
 void GoBack(const WizardParts& parts) {
@@ -204,11 +332,11 @@ void ReturnToStart(const WizardParts& parts) {
   ShowPagesAt(parts, kStartPlace);
 }
 
-void FinishOrReturn(const WizardParts& parts) {
+void FinishOrReturn(const WizardParts& parts, WizardImport& import) {
   const MigrationMode mode = parts.context.mode;
   if (mode == MigrationMode::kNone) return;
   if (parts.state.pageIndex == LastPageIndex(mode)) return ReturnToStart(parts);
-  GoForwardIn(mode, parts);
+  GoForwardIn(mode, parts, import);
 }
 
 void BackUpEverything(const WizardParts& parts) {
@@ -223,23 +351,42 @@ bool WizardFlow::Open() {
   SweepRunFolders(parts_.machine);
   // Without a folder the wizard opens all the same; the step that needs one tries again.
   RenewStagingFolder(context, parts_.machine);
-  if (!LoadProductContext(context, parts_.machine, parts_.frame)) return false;
-  EnumerateInstalledVersions(context, parts_.machine.registry);
+  if (!LoadProductContext(context, parts_.machine)) {
+    ShowRefusal(parts_, RunRefusal::kUnknownProduct);
+    parts_.frame.CloseWizard();
+    return false;
+  }
+  EnumerateInstalledVersions(context, *parts_.machine.registry);
   InitializePackageState(parts_.state.package, context, parts_.machine);
   return true;
 }
 
 void WizardFlow::Start() { ShowPagesAt(parts_, kStartPlace); }
 
-void WizardFlow::Next() { RunAlone(GoForward); }
-void WizardFlow::Back() { RunAlone(GoBack); }
-void WizardFlow::Finish() { RunAlone(FinishOrReturn); }
-void WizardFlow::OneClickBackup() { RunAlone(BackUpEverything); }
+void WizardFlow::Next() {
+  RunAlone([this] { GoForward(parts_, import_); });
+}
 
-void WizardFlow::RunAlone(void (*step)(const WizardParts&)) {
+void WizardFlow::Back() {
+  RunAlone([this] { GoBack(parts_); });
+}
+
+void WizardFlow::Finish() {
+  RunAlone([this] { FinishOrReturn(parts_, import_); });
+}
+
+void WizardFlow::OneClickBackup() {
+  RunAlone([this] { BackUpEverything(parts_); });
+}
+
+void WizardFlow::SelectFile(PathPageView& page) {
+  RunAlone([&] { ChoosePackage(parts_, import_, page); });
+}
+
+void WizardFlow::RunAlone(const std::function<void()>& step) {
   if (inStep_) return;
   const RaisedFlag raised(inStep_);
-  step(parts_);
+  step();
 }
 
 }  // namespace carrovan

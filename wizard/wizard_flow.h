@@ -1,7 +1,13 @@
 #pragma once
 
+#include <functional>
+
 #include "environment/wizard_state.h"
-#include "package/registry_tool.h"
+#include "package/paced_registry_tool.h"
+#include "package/run_report.h"
+#include "platform/console.h"
+#include "platform/machine.h"
+#include "platform/xml_dom.h"
 #include "wizard/wizard_frame.h"
 
 namespace carrovan {
@@ -18,45 +24,21 @@ class RaisedFlag {
   bool& flag_;
 };
 
-// The import's work behind the wizard's steps.
-class ImportSteps {
- public:
-  virtual ~ImportSteps() = default;
-
-  // From the path page to the categories: opens and checks the package, mends what it holds and
-  // fills the tree.
-  enum class Entry {
-    kReady,
-    kRefused,  // the user was told why and stays on the path page
-    kEnded,    // the user was told why; the program has to end
-  };
-  virtual Entry EnterCategories(EditableCategoryTree& tree) = 0;
-
-  // Applies the package by the user's choice and sets the finish text.
-  virtual void Apply(EditableCategoryTree& tree) = 0;
-
-  // The import of a legacy package, which has no categories; sets the finish text.
-  virtual void ApplyLegacy() = 0;
-};
-
-// The reset's work behind the wizard's steps.
-class ResetSteps {
- public:
-  virtual ~ResetSteps() = default;
-
-  // Resets the checked categories and sets the finish text.
-  virtual void Apply(EditableCategoryTree& tree) = 0;
-};
-
 // What the wizard works with; everything outlives the flow.
 struct WizardParts {
   ProductContext& context;
   WizardState& state;
   Machine machine;
-  RegistryTool& registryTool;
+  PacedRegistryTool& registryTool;
+  XmlDom& dom;
+  LineLog& log;  // of merges and rewrites
   WizardFrame& frame;
-  ImportSteps& importSteps;
-  ResetSteps& resetSteps;
+};
+
+// The import that the user is about to make.
+struct WizardImport {
+  RunReport report;
+  CategorySet offered;  // on the page of its categories
 };
 
 // What each button of the wizard does. Every message, check and page change happens before a
@@ -64,7 +46,7 @@ struct WizardParts {
 // possible, does nothing.
 class WizardFlow {
  public:
-  explicit WizardFlow(WizardParts parts) : parts_(parts) {}
+  explicit WizardFlow(const WizardParts& parts) : parts_(parts) {}
 
   // Fills the context when the window opens: staging folder, product, installed versions. False
   // when the product is not one that this program knows; the frame has then been asked to close.
@@ -80,10 +62,17 @@ class WizardFlow {
   // Exports every category that the version offers and stays on the reset page.
   void OneClickBackup();
 
+  // The button of the path page: asks for a package and takes it as the one to import. A legacy
+  // package is unpacked at once, since its document names the version that it is for. Whoever
+  // cancels, or chooses a package that is refused, goes on with what was chosen before: its path,
+  // what was unpacked of it, and the versions on the page.
+  void SelectFile(PathPageView& page);
+
  private:
-  void RunAlone(void (*step)(const WizardParts&));
+  void RunAlone(const std::function<void()>& step);
 
   WizardParts parts_;
+  WizardImport import_;
   bool inStep_ = false;
 };
 

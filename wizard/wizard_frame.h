@@ -6,9 +6,42 @@
 
 #include "environment/product_context.h"
 #include "wizard/category_tree.h"
-#include "wizard/wizard_view.h"
 
 namespace carrovan {
+
+// What a save-file question shows.
+struct SaveFileQuestion {
+  std::wstring defaultExtension;  // with its dot
+  std::wstring filter;            // description, bar, pattern, closing bar
+  bool hideReadOnlyBox = true;
+  bool askBeforeOverwriting = true;
+};
+
+// What an open-file question shows.
+struct OpenFileQuestion {
+  std::wstring defaultExtension;  // with its dot
+  std::wstring filter;            // description, bar, patterns, closing bars
+  bool hideReadOnlyBox = true;
+  bool askBeforeOverwriting = true;  // without a meaning for opening; the system accepts it
+};
+
+// The page that asks for a package and for the version to import it into.
+class PathPageView {
+ public:
+  virtual ~PathPageView() = default;
+
+  // The chosen path, or nothing when the user cancelled.
+  virtual std::optional<std::wstring> ChooseOpenFile(const OpenFileQuestion& question) = 0;
+
+  // Puts the path into the read-only field.
+  virtual void ShowPackagePath(const std::wstring& path) = 0;
+
+  // Replaces the entries of the version list and selects the last one.
+  virtual void ListVersions(const std::vector<std::wstring>& versions) = 0;
+
+  // The text of the selected entry; nothing when none is selected.
+  virtual std::optional<std::wstring> SelectedVersion() const = 0;
+};
 
 enum class WizardPage {
   kStart,
@@ -35,8 +68,25 @@ struct WizardButtons {
 };
 
 // The wizard's window as its flow sees it: a stack of pages above a row of buttons.
-class WizardFrame : public WizardView {
+class WizardFrame {
  public:
+  virtual ~WizardFrame() = default;
+
+  // A plain message with an OK button; returns when it was answered.
+  virtual void ShowMessage(const std::wstring& text) = 0;
+
+  // The same in the application's own style: with its name as caption and a warning icon.
+  virtual void ShowApplicationMessage(const std::wstring& text) = 0;
+
+  // The chosen path, or nothing when the user cancelled.
+  virtual std::optional<std::wstring> ChooseSaveFile(const SaveFileQuestion& question) = 0;
+
+  // Text of the finish page.
+  virtual void SetFinishText(const std::wstring& text) = 0;
+
+  // Asks the wizard to close once the current step has returned.
+  virtual void CloseWizard() = 0;
+
   // Shows one page, hides the others and gives it the keyboard focus.
   virtual void ShowPage(WizardPage page) = 0;
 
@@ -49,7 +99,7 @@ class WizardFrame : public WizardView {
   virtual std::optional<std::wstring> SelectedVersion(WizardPage page) const = 0;
 
   // The tree of one of the three category pages; it lives as long as the frame.
-  virtual EditableCategoryTree& Tree(WizardPage categoryPage) = 0;
+  virtual CategoryTree& Tree(WizardPage categoryPage) = 0;
 
   // Closes the window and ends the process with exit status 0. A frame without a window of its own
   // returns, so the caller must do nothing more.

@@ -111,12 +111,6 @@ bool HostFileSystem::IsReadOnly(const std::wstring& path) const {
   return host && !LeadsToFolder(*host) && !OwnerMayWrite(*host);
 }
 
-std::vector<FolderEntry> HostFileSystem::ListFolder(const std::wstring& folder) const {
-  std::vector<FolderEntry> entries;
-  static_cast<void>(ReadFolder(folder, entries));
-  return entries;
-}
-
 SystemCode HostFileSystem::ReadFolder(const std::wstring& folder,
                                       std::vector<FolderEntry>& entries) const {
   const auto host = paths_.ToHost(folder);

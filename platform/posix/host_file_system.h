@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "platform/file_system.h"
-#include "platform/sandbox/path_mapper.h"
+#include "platform/posix/path_mapper.h"
 #include "support/files/os_file.h"
 
 namespace carrovan {
@@ -40,7 +40,6 @@ class HostFileSystem : public FileSystem {
   bool IsFolder(const std::wstring& path) const override;
   bool IsLink(const std::wstring& path) const override;
   bool IsReadOnly(const std::wstring& path) const override;
-  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override;
   SystemCode ReadFolder(const std::wstring& folder,
                         std::vector<FolderEntry>& entries) const override;
   SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override;

@@ -8,6 +8,7 @@
 #include <new>
 #include <string_view>
 
+#include "platform/posix/iconv_encoder.h"
 #include "platform/posix/libxml2_reading.h"
 #include "platform/posix/libxml2_writing.h"
 #include "platform/xml_dom.h"

@@ -1,15 +1,8 @@
 #pragma once
 
 #include <libxml/tree.h>
-#include <memory>
-#include <string>
-
-#include "text/xml_text.h"
 
 namespace carrovan {
-
-// Encodes as the C library does, under the names that it and libxml2 know. Null for another name.
-std::unique_ptr<DocumentEncoder> OpenIconvEncoder(const std::string& encoding);
 
 // Appends a deep copy of a node, which may belong to another document, as the last child of a
 // parent. Works node by node, so that depth costs no stack. Namespaces that the new place does not

@@ -7,7 +7,7 @@
 #include "platform/archive_library.h"
 #include "platform/machine.h"
 #include "platform/posix/host_file_system.h"
-#include "platform/sandbox/path_mapper.h"
+#include "platform/posix/path_mapper.h"
 
 namespace carrovan {
 

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/posix/path_mapper.h"
 #include "platform/profile_file.h"
-#include "platform/sandbox/path_mapper.h"
 #include "platform/system_facts.h"
 
 namespace carrovan {

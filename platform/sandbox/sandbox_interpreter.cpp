@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/command_interpreter.h"
 #include "platform/posix/host_file_system.h"
+#include "platform/registry_tool.h"
 #include "registry_text/registry_file_parser.h"
 #include "registry_text/registry_file_writer.h"
 #include "registry_text/registry_key.h"
@@ -42,17 +42,18 @@ std::wstring TidyKeyPath(std::wstring_view path) {
 
 }  // namespace
 
-std::unique_ptr<RunningCommand> SandboxInterpreter::Start(const std::wstring& parameters) {
+std::unique_ptr<RunningTool> SandboxInterpreter::Start(const std::wstring& parameters) {
   std::wstring_view line = parameters;
   bool succeeded = false;
   if (Take(line, L"/C reg export \"")) {
     const auto key = TakeUntil(line, L"\" \"");
     const auto file = TakeUntil(line, L"\" /y");
     succeeded = key && file && line.empty() && Export(*key, *file);
-  } else if (const auto imported = ImportedFile(parameters)) {
-    succeeded = Import(*imported);
+  } else if (Take(line, L"/C reg import \"")) {
+    const auto file = TakeUntil(line, L"\"");
+    succeeded = file && !file->empty() && line.empty() && Import(*file);
   }
-  return std::make_unique<EndedCommand>(succeeded);
+  return std::make_unique<EndedTool>(succeeded);
 }
 
 bool SandboxInterpreter::Export(std::wstring_view key, const std::wstring& file) const {
@@ -61,7 +62,8 @@ bool SandboxInterpreter::Export(std::wstring_view key, const std::wstring& file)
   if (!target || !paths_.MayBeMade(file) || !hive) return false;
   const RegistryKey* found = registry_.Find(*hive, key);
   if (found == nullptr) return false;
-  const std::wstring text = WriteRegFile(*hive, TidyKeyPath(key), *found, RegFileForm::kExport);
+  const std::wstring text =
+      WriteRegistryFile(*hive, TidyKeyPath(key), *found, RegistryFileForm::kExport);
   return ReplaceHostFile(*target, EncodeText({text, true})) == FileStatus::kDone;
 }
 
@@ -69,7 +71,7 @@ bool SandboxInterpreter::Import(const std::wstring& file) {
   const auto source = paths_.ToHost(file);
   std::vector<std::uint8_t> content;
   if (!source || ReadHostFile(*source, content) != FileStatus::kDone) return false;
-  const auto parsed = ParseRegFile(DecodeText(content).text);
+  const auto parsed = ParseRegistryFile(DecodeText(content).text);
   return parsed && registry_.Merge(*parsed);
 }
 

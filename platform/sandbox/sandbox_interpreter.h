@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
-#include "platform/command_interpreter.h"
-#include "platform/sandbox/path_mapper.h"
+#include "platform/posix/path_mapper.h"
+#include "platform/registry_tool.h"
 #include "platform/sandbox/sandbox_registry.h"
 
 namespace carrovan {
@@ -19,7 +19,7 @@ class SandboxInterpreter : public CommandInterpreter {
       : registry_(registry), paths_(paths) {}
 
   // Never null.
-  std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override;
+  std::unique_ptr<RunningTool> Start(const std::wstring& parameters) override;
 
  private:
   bool Export(std::wstring_view key, const std::wstring& file) const;

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/file_operations.h"
 #include "platform/posix/host_access.h"
 #include "platform/posix/host_file_system.h"
 #include "platform/sandbox/mapped_files.h"
@@ -28,18 +29,6 @@ std::optional<std::wstring> ProblemOfUserName(const std::wstring& name) {
   const bool oneName = name.find_first_of(L"\\/<>\"|?*") == std::wstring::npos;
   if (oneName && !RefusalOfStoredName(name)) return std::nullopt;
   return L"names a user who cannot have a folder: " + name;
-}
-
-// Drive, folders, and so on down to the last one.
-SystemCode MakeFolders(FileSystem& files, std::wstring_view folder) {
-  for (std::size_t end = 0; end != std::wstring_view::npos;) {
-    end = folder.find(L'\\', end + 1);
-    const std::wstring part(folder.substr(0, end));
-    if (files.IsFolder(part)) continue;
-    const SystemCode code = files.CreateFolder(part);
-    if (code != kSystemOk) return code;
-  }
-  return kSystemOk;
 }
 
 // One line, with what it is about in front.
@@ -79,14 +68,14 @@ MachineOrReason SandboxMachine::Open(const std::wstring& rootFolder) {
   if (auto problem = machine->registry_.Load()) return refuse(L"registry", *problem);
   const auto temp = machine->folders_.TempPath();
   if (!temp) return refuse(L"product.ini", L"names a user whose temporary path is too long");
-  const SystemCode code = MakeFolders(machine->files_, *temp);
+  const SystemCode code = MakeFolderPath(machine->files_, WithoutTrailingBackslashes(*temp));
   if (code != kSystemOk) return refuse(*temp, DescribeSystemCode(code));
   return {std::move(machine), {}};
 }
 
 Machine SandboxMachine::Ports() {
-  return {files_,       registry_, folders_,  guids_, profiles_, product_,  archives_,
-          interpreter_, clock_,    registry_, user_,  codePage_, processes_};
+  return {&files_,    &registry_,     &folders_, &guids_, &profiles_, &product_,
+          &archives_, &registryTool_, &clock_,   &user_,  &codePage_, &processes_};
 }
 
 FilesOrReason OpenSandboxFiles(const std::wstring& rootFolder) {

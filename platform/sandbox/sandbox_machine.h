@@ -7,8 +7,8 @@
 #include "platform/machine.h"
 #include "platform/posix/host_facts.h"
 #include "platform/posix/host_file_system.h"
+#include "platform/posix/path_mapper.h"
 #include "platform/sandbox/mapped_files.h"
-#include "platform/sandbox/path_mapper.h"
 #include "platform/sandbox/sandbox_facts.h"
 #include "platform/sandbox/sandbox_interpreter.h"
 #include "platform/sandbox/sandbox_registry.h"
@@ -45,16 +45,14 @@ class SandboxMachine : public OwnedMachine {
   SandboxProfileFile profiles_;
   ZipArchiveLibrary archives_;
   SandboxInterpreter interpreter_;
+  InterpretedRegistryTool registryTool_{interpreter_};
   SleepingClock clock_;
   SandboxUser user_;
   Utf8CodePage codePage_;
   NoProcesses processes_;
 };
 
-struct FilesOrReason {
-  std::unique_ptr<HostFiles> files;  // null when there are none
-  std::wstring reason;               // then: one line that says why
-};
+using FilesOrReason = OrReason<HostFiles>;
 
 // Only the files of a sandbox, for what needs no product: its product.ini may be missing.
 FilesOrReason OpenSandboxFiles(const std::wstring& rootFolder);

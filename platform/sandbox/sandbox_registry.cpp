@@ -18,10 +18,10 @@ std::size_t IndexOf(RegistryHive hive) { return static_cast<std::size_t>(hive); 
 constexpr RegistryHive kHives[] = {RegistryHive::kCurrentUser, RegistryHive::kLocalMachine};
 
 // What keeps a text from being the whole content of one hive.
-std::optional<std::wstring> ProblemOf(const std::optional<RegFile>& file, RegistryHive hive) {
+std::optional<std::wstring> ProblemOf(const std::optional<RegistryFile>& file, RegistryHive hive) {
   if (!file) return L"not a registry file";
   if (!file->problems.empty()) {
-    const RegFileProblem& first = file->problems.front();
+    const RegistryFileProblem& first = file->problems.front();
     return L"line " + std::to_wstring(first.line) + L": " + first.text;
   }
   for (const RegistryHive other : kHives) {
@@ -69,18 +69,19 @@ bool SandboxRegistry::Change(RegistryHive hive, const std::function<void(Registr
   RegistryKey root;
   if (LoadHive(hive, root)) return false;
   change(root);
-  const std::wstring text = WriteRegFile(hive, L"", root, RegFileForm::kLossless);
+  const std::wstring text = WriteRegistryFile(hive, L"", root, RegistryFileForm::kLossless);
   if (MakeFolders(folder_) != FileStatus::kDone) return false;
   if (ReplaceHostFile(FileOf(hive), EncodeText({text, true})) != FileStatus::kDone) return false;
   hives_[IndexOf(hive)] = std::move(root);
   return true;
 }
 
-bool SandboxRegistry::Merge(const RegFile& file) {
+bool SandboxRegistry::Merge(const RegistryFile& file) {
   bool merged = true;
   for (const RegistryHive hive : kHives) {
     if (!Concerns(file, hive)) continue;
-    merged = Change(hive, [&](RegistryKey& root) { ApplyRegFile(file, hive, root); }) && merged;
+    merged =
+        Change(hive, [&](RegistryKey& root) { ApplyRegistryFile(file, hive, root); }) && merged;
   }
   return merged;
 }
@@ -148,9 +149,9 @@ std::optional<std::wstring> SandboxRegistry::LoadHive(RegistryHive hive, Registr
   if (status == FileStatus::kMissing) return std::nullopt;
   const std::wstring name = RootName(hive) + L".reg: ";
   if (status != FileStatus::kDone) return name + L"the file cannot be read";
-  const auto file = ParseRegFile(DecodeText(content).text);
+  const auto file = ParseRegistryFile(DecodeText(content).text);
   if (auto problem = ProblemOf(file, hive)) return name + *problem;
-  ApplyRegFile(*file, hive, root);
+  ApplyRegistryFile(*file, hive, root);
   return std::nullopt;
 }
 

@@ -15,7 +15,7 @@ namespace carrovan {
 
 // The registry of a machine in a folder: one registry file per hive, "HKEY_CURRENT_USER.reg" and
 // "HKEY_LOCAL_MACHINE.reg". A missing file is an empty hive.
-class SandboxRegistry : public RegistryReader, public RegistryEditor {
+class SandboxRegistry : public RegistryEditor {
  public:
   explicit SandboxRegistry(std::filesystem::path folder) : folder_(std::move(folder)) {}
 
@@ -49,7 +49,7 @@ class SandboxRegistry : public RegistryReader, public RegistryEditor {
   [[nodiscard]] bool Change(RegistryHive hive, const std::function<void(RegistryKey&)>& change);
 
   // Does what a registry file says. False when a hive that it concerns could not be changed.
-  [[nodiscard]] bool Merge(const RegFile& file);
+  [[nodiscard]] bool Merge(const RegistryFile& file);
 
  private:
   std::filesystem::path FileOf(RegistryHive hive) const;

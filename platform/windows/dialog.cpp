@@ -3,7 +3,6 @@
 #include <bit>
 #include <exception>
 
-#include "pages/questions.h"
 #include "text/text.h"
 
 namespace carrovan {
@@ -29,6 +28,18 @@ int DotsPerInch(HWND window) {
 }
 
 int ScaledPixels(HWND window, int pixels) { return MulDiv(pixels, DotsPerInch(window), 96); }
+
+void ShowPlainMessageBox(HWND owner, const std::wstring& text) {
+  MessageBoxW(owner, text.c_str(), L"", MB_OK);
+}
+
+void ShowApplicationMessageBox(HWND owner, const std::wstring& text) {
+  MessageBoxW(owner, text.c_str(), L"Carrovan", MB_OK | MB_ICONWARNING);
+}
+
+bool AskInMessageBox(HWND owner, const std::wstring& question) {
+  return MessageBoxW(owner, question.c_str(), L"Carrovan", MB_YESNO | MB_ICONQUESTION) == IDYES;
+}
 
 bool Dialog::RunModal(const ResourceModule& resources, int templateNumber, HWND owner) {
   return DialogBoxParamW(resources.DialogOwner(templateNumber), MAKEINTRESOURCEW(templateNumber),

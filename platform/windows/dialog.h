@@ -15,6 +15,17 @@ int DotsPerInch(HWND window);
 // Pixels at 96 dots per inch in pixels of the window.
 int ScaledPixels(HWND window, int pixels);
 
+// Each returns when the box was answered. `owner` may be null.
+
+// No caption, no icon, OK.
+void ShowPlainMessageBox(HWND owner, const std::wstring& text);
+
+// The program's name as caption, a warning icon, OK.
+void ShowApplicationMessageBox(HWND owner, const std::wstring& text);
+
+// A question icon, Yes and No; true for Yes.
+bool AskInMessageBox(HWND owner, const std::wstring& question);
+
 // A dialog made from a template: a window of its own that runs until it is ended, or a page inside
 // another dialog. A derived class answers the messages it cares for; what it leaves goes to the
 // system. The object must outlive its window.

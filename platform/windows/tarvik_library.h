@@ -6,6 +6,8 @@
 
 #include "support/tarvik_api.h"
 
+#include "platform/machine.h"
+
 namespace carrovan {
 
 // Where the maker's library may lie.
@@ -60,10 +62,7 @@ class TarvikLibrary {
   virtual const TarvikFunctions& Functions() const = 0;
 };
 
-struct TarvikOrReason {
-  std::unique_ptr<TarvikLibrary> library;  // null when it cannot be used
-  std::wstring reason;                     // then: one line that says why and what to do
-};
+using TarvikOrReason = OrReason<TarvikLibrary>;
 
 // Loads the library at a full path. What it needs itself is looked for in its own folder and the
 // system's, never in the current folder.

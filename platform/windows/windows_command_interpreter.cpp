@@ -9,7 +9,7 @@
 namespace carrovan {
 namespace {
 
-class RunningProcess : public RunningCommand {
+class RunningProcess : public RunningTool {
  public:
   explicit RunningProcess(KernelObject process) : process_(std::move(process)) {}
 
@@ -34,7 +34,7 @@ std::wstring SystemFolder() {
 
 }  // namespace
 
-std::unique_ptr<RunningCommand> WindowsCommandInterpreter::Start(const std::wstring& parameters) {
+std::unique_ptr<RunningTool> WindowsCommandInterpreter::Start(const std::wstring& parameters) {
   // The interpreter looks for a tool in the folder that it works in first of all, and the shell
   // looks there for the interpreter: what lies in the folder of the moment must not run for either.
   const std::wstring folder = SystemFolder();

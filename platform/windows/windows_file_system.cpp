@@ -148,12 +148,6 @@ bool WindowsFileSystem::IsReadOnly(const std::wstring& path) const {
          (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
-std::vector<FolderEntry> WindowsFileSystem::ListFolder(const std::wstring& folder) const {
-  std::vector<FolderEntry> entries;
-  static_cast<void>(ReadFolder(folder, entries));
-  return entries;
-}
-
 SystemCode WindowsFileSystem::ReadFolder(const std::wstring& folder,
                                          std::vector<FolderEntry>& entries) const {
   if (folder.empty()) return kPathNotFound;

@@ -24,7 +24,6 @@ class WindowsFileSystem : public FileSystem {
   bool IsFolder(const std::wstring& path) const override;
   bool IsLink(const std::wstring& path) const override;
   bool IsReadOnly(const std::wstring& path) const override;
-  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override;
   [[nodiscard]] SystemCode ReadFolder(const std::wstring& folder,
                                       std::vector<FolderEntry>& entries) const override;
   [[nodiscard]] SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override;

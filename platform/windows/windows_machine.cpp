@@ -18,8 +18,8 @@ class WindowsMachine : public OwnedMachine {
         archives_(tarvik_->Functions()) {}
 
   Machine Ports() override {
-    return {files_,       registry_, folders_,        guids_, profiles_, product_,  archives_,
-            interpreter_, clock_,    registryEditor_, user_,  codePage_, processes_};
+    return {&files_,    &registry_,     &folders_, &guids_, &profiles_, &product_,
+            &archives_, &registryTool_, &clock_,   &user_,  &codePage_, &processes_};
   }
 
  private:
@@ -32,8 +32,8 @@ class WindowsMachine : public OwnedMachine {
   TarvikProduct product_;
   TarvikArchiveLibrary archives_;
   WindowsCommandInterpreter interpreter_;
+  InterpretedRegistryTool registryTool_{interpreter_};
   WindowsClock clock_;
-  WindowsRegistryEditor registryEditor_;
   WindowsUserIdentity user_;
   WindowsCodePage codePage_;
   WindowsProcessList processes_;
@@ -43,8 +43,8 @@ class WindowsMachine : public OwnedMachine {
 
 MachineOrReason OpenNativeMachine() {
   TarvikOrReason tarvik = LoadTarvik(TarvikPath());
-  if (!tarvik.library) return {nullptr, tarvik.reason};
-  return {std::make_unique<WindowsMachine>(std::move(tarvik.library)), L""};
+  if (!tarvik.object) return {nullptr, tarvik.reason};
+  return {std::make_unique<WindowsMachine>(std::move(tarvik.object)), L""};
 }
 
 }  // namespace carrovan

@@ -66,13 +66,6 @@ SystemCode DeleteRegistryTree(RegistryHive hive, const std::wstring& keyPath) {
   return CodeOf(RegDeleteTreeW(RootKey(hive), keyPath.c_str()));
 }
 
-namespace {
-
-// The system's limit, with the terminating zero.
-constexpr std::size_t kLongestValueName = 16384;
-
-}  // namespace
-
 bool WindowsRegistry::CanOpenKey(RegistryHive hive, const std::wstring& keyPath) const {
   return static_cast<bool>(OpenRegistryKey(hive, keyPath, KEY_READ));
 }
@@ -97,7 +90,7 @@ std::optional<std::vector<RegistryValue>> WindowsRegistry::Values(
   const RegistryKeyHandle key = OpenRegistryKey(hive, keyPath, KEY_QUERY_VALUE);
   if (!key) return std::nullopt;
   std::vector<RegistryValue> values;
-  std::vector<wchar_t> name(kLongestValueName);
+  std::vector<wchar_t> name(kLongestValueName + 1);
   for (DWORD index = 0;; ++index) {
     auto length = static_cast<DWORD>(name.size());
     const LSTATUS status =
@@ -109,8 +102,6 @@ std::optional<std::vector<RegistryValue>> WindowsRegistry::Values(
 }
 
 namespace {
-
-SystemCode CodeOf(LSTATUS status) { return static_cast<SystemCode>(status); }
 
 SystemCode Open(RegistryHive hive, const std::wstring& keyPath, REGSAM access,
                 RegistryKeyHandle& key) {
@@ -124,14 +115,14 @@ SystemCode SetValue(const RegistryKeyHandle& key, const RegistryValue& value) {
 
 }  // namespace
 
-SystemCode WindowsRegistryEditor::TryOpen(RegistryHive hive, const std::wstring& keyPath) const {
+SystemCode WindowsRegistry::TryOpen(RegistryHive hive, const std::wstring& keyPath) const {
   RegistryKeyHandle key;
   return Open(hive, keyPath, KEY_READ | KEY_WRITE, key);
 }
 
-std::optional<std::uint32_t> WindowsRegistryEditor::ValueType(RegistryHive hive,
-                                                              const std::wstring& keyPath,
-                                                              const std::wstring& name) const {
+std::optional<std::uint32_t> WindowsRegistry::ValueType(RegistryHive hive,
+                                                        const std::wstring& keyPath,
+                                                        const std::wstring& name) const {
   const RegistryKeyHandle key = OpenRegistryKey(hive, keyPath, KEY_QUERY_VALUE);
   DWORD type = 0;
   if (!key || RegQueryValueExW(key.Get(), name.c_str(), nullptr, &type, nullptr, nullptr) !=
@@ -141,8 +132,8 @@ std::optional<std::uint32_t> WindowsRegistryEditor::ValueType(RegistryHive hive,
   return type;
 }
 
-SystemCode WindowsRegistryEditor::SetValues(RegistryHive hive, const std::wstring& keyPath,
-                                            const std::vector<RegistryValue>& values) {
+SystemCode WindowsRegistry::SetValues(RegistryHive hive, const std::wstring& keyPath,
+                                      const std::vector<RegistryValue>& values) {
   RegistryKeyHandle key;
   SystemCode first = Open(hive, keyPath, KEY_SET_VALUE, key);
   if (first != kSystemOk) return first;
@@ -153,12 +144,12 @@ SystemCode WindowsRegistryEditor::SetValues(RegistryHive hive, const std::wstrin
   return first;
 }
 
-SystemCode WindowsRegistryEditor::CreateKey(RegistryHive hive, const std::wstring& keyPath) {
+SystemCode WindowsRegistry::CreateKey(RegistryHive hive, const std::wstring& keyPath) {
   return CreateRegistryKey(hive, keyPath);
 }
 
-SystemCode WindowsRegistryEditor::DeleteValue(RegistryHive hive, const std::wstring& keyPath,
-                                              const std::wstring& name) {
+SystemCode WindowsRegistry::DeleteValue(RegistryHive hive, const std::wstring& keyPath,
+                                        const std::wstring& name) {
   RegistryKeyHandle key;
   if (const SystemCode code = Open(hive, keyPath, KEY_SET_VALUE, key); code != kSystemOk) {
     return code;
@@ -166,13 +157,12 @@ SystemCode WindowsRegistryEditor::DeleteValue(RegistryHive hive, const std::wstr
   return CodeOf(RegDeleteValueW(key.Get(), name.c_str()));
 }
 
-SystemCode WindowsRegistryEditor::DeleteTree(RegistryHive hive, const std::wstring& keyPath) {
+SystemCode WindowsRegistry::DeleteTree(RegistryHive hive, const std::wstring& keyPath) {
   return DeleteRegistryTree(hive, keyPath);
 }
 
-SystemCode WindowsRegistryEditor::CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
-                                           RegistryHive targetHive,
-                                           const std::wstring& targetPath) {
+SystemCode WindowsRegistry::CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
+                                     RegistryHive targetHive, const std::wstring& targetPath) {
   RegistryKeyHandle source;
   if (const SystemCode code = Open(sourceHive, sourcePath, KEY_READ, source); code != kSystemOk) {
     return code;

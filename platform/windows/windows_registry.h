@@ -34,30 +34,24 @@ std::optional<RegistryValue> QueryRegistryValue(RegistryHive hive, const std::ws
 [[nodiscard]] SystemCode DeleteRegistryTree(RegistryHive hive, const std::wstring& keyPath);
 
 // The registry of this Windows machine.
-class WindowsRegistry : public RegistryReader {
+class WindowsRegistry : public RegistryEditor {
  public:
   bool CanOpenKey(RegistryHive hive, const std::wstring& keyPath) const override;
   std::optional<std::vector<std::wstring>> SubkeyNames(RegistryHive hive,
                                                        const std::wstring& keyPath) const override;
   std::optional<std::vector<RegistryValue>> Values(RegistryHive hive,
                                                    const std::wstring& keyPath) const override;
-};
-
-// The registry of this Windows machine.
-class WindowsRegistryEditor : public RegistryEditor {
- public:
-  [[nodiscard]] SystemCode TryOpen(RegistryHive hive, const std::wstring& keyPath) const override;
+  SystemCode TryOpen(RegistryHive hive, const std::wstring& keyPath) const override;
   std::optional<std::uint32_t> ValueType(RegistryHive hive, const std::wstring& keyPath,
                                          const std::wstring& name) const override;
-  [[nodiscard]] SystemCode SetValues(RegistryHive hive, const std::wstring& keyPath,
-                                     const std::vector<RegistryValue>& values) override;
-  [[nodiscard]] SystemCode CreateKey(RegistryHive hive, const std::wstring& keyPath) override;
-  [[nodiscard]] SystemCode DeleteValue(RegistryHive hive, const std::wstring& keyPath,
-                                       const std::wstring& name) override;
-  [[nodiscard]] SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) override;
-  [[nodiscard]] SystemCode CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
-                                    RegistryHive targetHive,
-                                    const std::wstring& targetPath) override;
+  SystemCode SetValues(RegistryHive hive, const std::wstring& keyPath,
+                       const std::vector<RegistryValue>& values) override;
+  SystemCode CreateKey(RegistryHive hive, const std::wstring& keyPath) override;
+  SystemCode DeleteValue(RegistryHive hive, const std::wstring& keyPath,
+                         const std::wstring& name) override;
+  SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) override;
+  SystemCode CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
+                      RegistryHive targetHive, const std::wstring& targetPath) override;
 };
 
 }  // namespace carrovan

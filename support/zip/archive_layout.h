@@ -9,9 +9,26 @@
 
 #include "platform/archive_library.h"
 #include "support/files/os_file.h"
-#include "support/zip/zip_source.h"
 
 namespace carrovan {
+
+// Content up to this size, packed and unpacked, is compressed and expanded in one call, which takes
+// half the time of a stream or less. Whoever does it holds two buffers of it, so it also sets how
+// much memory an archive needs.
+inline constexpr std::size_t kBufferBytes = std::size_t{24} << 20;
+
+// A file's content on its way into an archive: packed, and lying in the spool; or as it is, and
+// still where it came from.
+struct StoredEntry {
+  std::filesystem::path source;  // of content that is not in the spool, else empty
+  std::string nameUtf8;          // with backslashes
+  std::int64_t modifiedSeconds = 0;
+  std::uint64_t sizeBytes = 0;
+  std::uint64_t packedSizeBytes = 0;
+  std::uint64_t spoolOffset = 0;
+  std::uint32_t checksum = 0;  // CRC-32
+  bool isDeflated = false;     // or as it was
+};
 
 // Where the records of a zip archive lie in its file, and whether they say the same. libzip goes by
 // the directory alone, other programs by what stands in front of an item's content.

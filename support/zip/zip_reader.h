@@ -1,6 +1,5 @@
 #pragma once
 
-#include <zip.h>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -13,6 +12,8 @@
 #include "platform/archive_library.h"
 
 struct libdeflate_decompressor;
+struct zip;
+struct zip_stat;
 
 namespace carrovan {
 
@@ -23,22 +24,22 @@ class ItemUnpacker {
   // Takes content piece by piece; what it returns, if not kDone, ends the item.
   using Sink = std::function<ArchiveResult(std::span<const std::uint8_t>)>;
 
-  explicit ItemUnpacker(zip_t* zip);
+  explicit ItemUnpacker(zip* zip);
   ~ItemUnpacker();
   ItemUnpacker(const ItemUnpacker&) = delete;
   ItemUnpacker& operator=(const ItemUnpacker&) = delete;
 
   // An empty item is no piece at all. Only the result says whether what the sink was given is the
   // item's content.
-  [[nodiscard]] ArchiveResult Unpack(zip_uint64_t index, const Sink& sink);
+  [[nodiscard]] ArchiveResult Unpack(std::uint64_t index, const Sink& sink);
 
  private:
   using Buffer = std::unique_ptr<std::uint8_t[]>;
 
-  ArchiveResult UnpackWhole(const zip_stat_t& item, const Sink& sink);
-  ArchiveResult UnpackStream(const zip_stat_t& item, const Sink& sink);
+  ArchiveResult UnpackWhole(const struct zip_stat& item, const Sink& sink);
+  ArchiveResult UnpackStream(const struct zip_stat& item, const Sink& sink);
 
-  zip_t* zip_;
+  zip* zip_;
   Buffer packed_;
   Buffer content_;
   std::unique_ptr<libdeflate_decompressor, void (*)(libdeflate_decompressor*)> decompressor_;

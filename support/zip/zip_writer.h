@@ -8,7 +8,7 @@
 
 #include "platform/archive_library.h"
 #include "support/files/os_file.h"
-#include "support/zip/zip_source.h"
+#include "support/zip/archive_layout.h"
 
 struct libdeflate_compressor;
 

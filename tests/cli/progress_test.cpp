@@ -11,7 +11,7 @@ namespace {
 class Progress : public testing::Test {
  protected:
   ArchiveResult WriteArchive() {
-    ProgressArchives archives(machine_->Ports().archives, console_);
+    ProgressArchives archives(*machine_->Ports().archives, console_);
     machine_->PutFile(machine_->ScratchFolder() + L"a.txt", "a");
     const auto writer =
         archives.Create(machine_->ScratchFolder() + L"x.ucex", ArchivePurpose::kKeep);
@@ -35,7 +35,7 @@ TEST_F(Progress, CountsOnATerminalAndClearsTheLine) {
 TEST_F(Progress, IsSilentAnywhereElse) {
   EXPECT_EQ(WriteArchive(), ArchiveResult::kDone);
   EXPECT_EQ(console_.err, L"");
-  EXPECT_TRUE(machine_->Ports().files.Exists(machine_->ScratchFolder() + L"x.ucex"));
+  EXPECT_TRUE(machine_->Ports().files->Exists(machine_->ScratchFolder() + L"x.ucex"));
 }
 
 }  // namespace

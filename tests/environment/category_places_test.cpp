@@ -23,7 +23,7 @@ class CategoryPlacesTest : public testing::Test {
 
   CategoryPlaces Places() {
     const Machine machine = machine_->Ports();
-    const Machine ports = WithFolders(machine, folders_);
+    const Machine ports = With<&Machine::folders>(machine, folders_);
     EXPECT_TRUE(PrepareVersionFolders(context_, ports));
     return CategoryPlaces(context_, ports);
   }

@@ -27,7 +27,7 @@ class InstalledVersions : public testing::Test {
   }
 
   std::vector<std::wstring> Enumerate() {
-    EnumerateInstalledVersions(context_, machine_->Ports().registry);
+    EnumerateInstalledVersions(context_, *machine_->Ports().registry);
     std::vector<std::wstring> names;
     for (const auto& version : context_.installedVersions) names.push_back(version.internalVersion);
     return names;
@@ -78,9 +78,9 @@ TEST_F(InstalledVersions, EnumeratingAgainStartsAfresh) {
 }
 
 TEST_F(InstalledVersions, VersionHasBeenRunOnceItsUserKeyIsThere) {
-  EXPECT_FALSE(HasBeenRun(context_, machine_->Ports().registry));
+  EXPECT_FALSE(HasBeenRun(context_, *machine_->Ports().registry));
   machine_->PutKey(RegistryHive::kCurrentUser, LiveKey(context_));
-  EXPECT_TRUE(HasBeenRun(context_, machine_->Ports().registry));
+  EXPECT_TRUE(HasBeenRun(context_, *machine_->Ports().registry));
 }
 
 }  // namespace

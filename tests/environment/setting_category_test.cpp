@@ -206,7 +206,7 @@ TEST(CategoryOffer, ImportOffersWhatThePackageMarksWithOne) {
                    "[selected]\r\nOPTIONS=1\r\nRegister=0\r\nCatalog Library=1\r\n"
                    "Shortcut key=11\r\n");
   const auto offered = [&](SettingCategory category) {
-    return IsOfferedOnImport(Record(category), machine->Ports().profiles, path);
+    return IsOfferedOnImport(Record(category), *machine->Ports().profiles, path);
   };
   EXPECT_TRUE(offered(SettingCategory::Options));
   EXPECT_TRUE(offered(SettingCategory::CatalogLibrary));
@@ -220,8 +220,8 @@ TEST(CategoryOffer, ImportOffersNothingWithoutASelectedSection) {
   const std::wstring path = machine->ScratchFolder() + L"config.ini";
   machine->PutFile(path, "[Base]\r\nOptions=1\r\n");
   for (const CategoryRecord& record : CategoryTable()) {
-    EXPECT_FALSE(IsOfferedOnImport(record, machine->Ports().profiles, path));
-    EXPECT_FALSE(IsOfferedOnImport(record, machine->Ports().profiles, path + L".missing"));
+    EXPECT_FALSE(IsOfferedOnImport(record, *machine->Ports().profiles, path));
+    EXPECT_FALSE(IsOfferedOnImport(record, *machine->Ports().profiles, path + L".missing"));
   }
 }
 

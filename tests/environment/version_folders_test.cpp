@@ -25,7 +25,7 @@ class VersionFolders : public testing::Test {
 
   Machine Ports() {
     const Machine ports = machine_->Ports();
-    return WithFolders(ports, folders_);
+    return With<&Machine::folders>(ports, folders_);
   }
 
   std::wstring Drafting(const std::wstring& name) const {

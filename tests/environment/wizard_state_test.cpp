@@ -43,11 +43,11 @@ TEST(WizardStateTest, ApplicationDataRootIsTheParentOfTheUsersLocalFolder) {
   FixedFolders folders;
   folders.local = L"C:\\Users\\Local hero\\AppData\\Local";
   PackageState package;
-  InitializePackageState(package, {}, WithFolders(machine->Ports(), folders));
+  InitializePackageState(package, {}, With<&Machine::folders>(machine->Ports(), folders));
   EXPECT_EQ(package.applicationDataRoot, L"C:\\Users\\Local hero\\AppData\\");
 
   folders.local.reset();
-  InitializePackageState(package, {}, WithFolders(machine->Ports(), folders));
+  InitializePackageState(package, {}, With<&Machine::folders>(machine->Ports(), folders));
   EXPECT_EQ(package.applicationDataRoot, L"");
 }
 

@@ -359,12 +359,12 @@ class LinkedFolderMerge : public FolderMerge {
   }
   void MergeThem() {
     const Machine ports = machine->Ports();
-    const auto dom = OpenXmlDom(ports.files);
-    EXPECT_TRUE(MergeAndSyncFolders(At(L"old"), At(L"new"), {ports.files, *dom, bench.log}));
+    const auto dom = OpenXmlDom(*ports.files);
+    EXPECT_TRUE(MergeAndSyncFolders(At(L"old"), At(L"new"), {*ports.files, *dom, bench.log}));
   }
   std::vector<std::wstring> SharedNames() const {
     std::vector<std::wstring> names;
-    for (const FolderEntry& entry : machine->Ports().files.ListFolder(At(L"shared"))) {
+    for (const FolderEntry& entry : ListFolder(*machine->Ports().files, At(L"shared"))) {
       names.push_back(entry.name);
     }
     return names;
@@ -389,7 +389,7 @@ TEST_F(LinkedFolderMerge, PutsItsOwnFoldersInThePlaceOfLinks) {
   }
   MergeThem();
   EXPECT_EQ(SharedNames(), std::vector<std::wstring>{L"b.xml"});
-  EXPECT_FALSE(machine->Ports().files.IsLink(At(L"old_backup")));
+  EXPECT_FALSE(machine->Ports().files->IsLink(At(L"old_backup")));
   EXPECT_EQ(machine->FileBytes(At(L"old_backup\\a.xml")), "<r>a</r>");
   machine->DeletePath(At(L"old_backup"));
   ASSERT_TRUE(MakeLink(*machine, At(L"old_backup"), At(L"nowhere")));

@@ -23,7 +23,7 @@ class ArchiveFilesTest : public testing::Test {
  protected:
   Names Listed(const std::wstring& folder) const {
     Names names;
-    for (const FolderEntry& entry : files_.ListFolder(folder)) {
+    for (const FolderEntry& entry : ListFolder(files_, folder)) {
       names.push_back(entry.name + (entry.isFolder ? L"\\" : L""));
     }
     return names;

@@ -26,8 +26,8 @@ TEST_F(DraftingImportTest, MenusAreCarriedOverWhenTheReleaseIsSpelledOtherwise) 
     }
   };
   const std::wstring menu = OwnDraft(L"Local", L"26.0\\a.UIK");
-  NotedCopies files(ports_.files);
-  const Machine machine = WithFiles(ports_, files);
+  NotedCopies files(*ports_.files);
+  const Machine machine = With<&Machine::files>(ports_, files);
   context_.stagingLocalFolder = context_.stagingFolder + Draft(L"Local", L"26.0");
   state_.package.draftingFolder = OwnDraft(L"Local", L"26.0");
   machine_->PutFile(context_.stagingLocalFolder + L"\\a.UIK", "package");
@@ -38,7 +38,7 @@ TEST_F(DraftingImportTest, MenusAreCarriedOverWhenTheReleaseIsSpelledOtherwise) 
     files.targets.clear();
     state_.package.releaseVersion = release;
     ReplaceDraftingFolders(
-        {context_, state_.package, machine, *tool_, *dom_, log_, view_, report_});
+        {context_, state_.package, machine, *tool_, *dom_, log_, observer_, report_});
     EXPECT_EQ(files.targets, copied) << ToUtf8(release);
     EXPECT_EQ(Content(menu), "no file");
   }
@@ -73,7 +73,7 @@ TEST_F(DraftingImportTest, UntickedRemovesBothHalvesOfThePackage) {
 class CopyProductFolderTreeTest : public ImportFixture {
  protected:
   void Copy(bool recursive, bool same) {
-    CopyProductFolderTree(ports_.files, From(L""), To(L"") + L"\\", recursive, same);
+    CopyProductFolderTree(*ports_.files, From(L""), To(L"") + L"\\", recursive, same);
   }
   std::wstring From(const std::wstring& below) const {
     return machine_->ScratchFolder() + L"from\\" + below;
@@ -100,7 +100,7 @@ TEST_F(CopyProductFolderTreeTest, MenuAndShortcutFilesGoOverNamesakes) {
 TEST_F(CopyProductFolderTreeTest, PipesStay) {
   machine_->PutFile(From(L"pipe.UIK"), "");
   machine_->PutFile(To(L"pipe.UIK"), "old");
-  SpecialFiles files(ports_.files, L"pipe.UIK");
+  SpecialFiles files(*ports_.files, L"pipe.UIK");
   CopyProductFolderTree(files, From(L""), To(L""), false, false);
   EXPECT_EQ(Content(To(L"pipe.UIK")), "old");
 }

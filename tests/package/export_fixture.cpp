@@ -11,13 +11,13 @@ ExportFixture::ExportFixture() {
       RemoveFileSpec(RemoveFileSpec(machine_->product.startupFolder)) + L"\\AppData\\";
   machine_->MakeFolder(install + L"en-us");
   machine_->MakeFolder(install + L"zh-cn");
-  EXPECT_TRUE(LoadProductContext(context_, Ports(), view_));
+  EXPECT_TRUE(LoadProductContext(context_, Ports()));
   EXPECT_TRUE(RenewStagingFolder(context_, Ports()));
   EXPECT_TRUE(PrepareVersionFolders(context_, Ports()));
-  checklist_ = CategoryChecklist::ForExport(context_);
-  checklist_.SetChecked(SettingCategory::Options, false);
-  checklist_.SetChecked(SettingCategory::Register, false);
-  view_.answer = PackagePath();
+  chosen_ = OfferedOnExport(context_);
+  chosen_.erase(SettingCategory::Options);
+  chosen_.erase(SettingCategory::Register);
+  packagePath_ = PackagePath();
   FillMachine();
 }
 
@@ -38,7 +38,7 @@ void ExportFixture::FillMachine() {
   }
   machine_->PutFile(Local(L"Customization\\keys.xml"), "<keys/>");
   machine_->PutFile(Draft(L"26.0\\draft.ini"), "local draft");
-  const std::wstring user = RemoveFileSpec(*Ports().folders.LocalAppData());
+  const std::wstring user = RemoveFileSpec(*Ports().folders->LocalAppData());
   machine_->PutFile(
       user + L"\\Roaming" + Draft(L"26.0\\draft.uik").substr((user + L"\\Local").size()),
       "roaming draft");
@@ -61,26 +61,20 @@ std::wstring ExportFixture::Draft(const std::wstring& below) const {
 }
 
 void ExportFixture::CheckOnly(std::initializer_list<SettingCategory> categories) {
-  checklist_.SetAllChecked(false);
-  for (const SettingCategory category : categories) {
-    EXPECT_TRUE(checklist_.SetChecked(category, true));
-  }
+  chosen_ = categories;
 }
 
-std::optional<ExportReport> ExportFixture::Export(RegistryToolPace pace) {
-  const Machine machine = Ports();
-  RegistryTool tool(machine.interpreter, machine.clock, pace);
-  return RunExport({context_, machine, tool, view_, checklist_});
-}
+ExportReport ExportFixture::Export(RegistryToolPace pace) { return ExportOn(Ports(), pace); }
 
-std::optional<ExportReport> ExportFixture::ExportOn(const Machine& machine) {
-  RegistryTool tool(machine.interpreter, machine.clock, RegistryToolPace::kWaitForEnd);
-  return RunExport({context_, machine, tool, view_, checklist_});
+ExportReport ExportFixture::ExportOn(const Machine& machine, RegistryToolPace pace) {
+  PacedRegistryTool tool(*machine.registryTool, *machine.clock, pace);
+  RunObserver observer;
+  return RunExport({context_, machine, tool, observer}, chosen_, packagePath_);
 }
 
 std::vector<std::wstring> ExportFixture::EntryNames() {
   std::vector<std::wstring> names;
-  const auto archive = Ports().archives.Open(PackagePath());
+  const auto archive = Ports().archives->Open(PackagePath());
   if (!archive) return names;
   for (std::size_t i = 0; const auto item = archive->Item(i); ++i) names.push_back(item->name);
   return names;
@@ -88,7 +82,7 @@ std::vector<std::wstring> ExportFixture::EntryNames() {
 
 std::map<std::wstring, std::string> ExportFixture::Entries() {
   std::map<std::wstring, std::string> entries;
-  const auto archive = Ports().archives.Open(PackagePath());
+  const auto archive = Ports().archives->Open(PackagePath());
   if (!archive) return entries;
   const std::wstring file = machine_->ScratchFolder() + L"extracted";
   for (std::size_t i = 0; const auto item = archive->Item(i); ++i) {

@@ -5,7 +5,6 @@
 #include <map>
 
 #include "package/export_run.h"
-#include "wizard/category_checklist.h"
 #include "tests/support/fakes.h"
 #include "tests/support/test_machine.h"
 
@@ -25,8 +24,10 @@ class ExportFixture : public testing::Test {
 
   Machine Ports() { return machine_->Ports(); }
   void CheckOnly(std::initializer_list<SettingCategory> categories);
-  std::optional<ExportReport> Export(RegistryToolPace pace = RegistryToolPace::kWaitForEnd);
-  std::optional<ExportReport> ExportOn(const Machine& machine);
+  // Into the package at `packagePath_`, which is PackagePath() until a test says otherwise.
+  ExportReport Export(RegistryToolPace pace = RegistryToolPace::kWaitForEnd);
+  ExportReport ExportOn(const Machine& machine,
+                        RegistryToolPace pace = RegistryToolPace::kWaitForEnd);
 
   std::wstring PackagePath() const { return machine_->ScratchFolder() + L"x.ucex"; }
   std::vector<std::wstring> EntryNames();
@@ -34,8 +35,8 @@ class ExportFixture : public testing::Test {
 
   std::unique_ptr<TestMachine> machine_ = NewTestMachine();
   ProductContext context_;
-  RecordingView view_;
-  CategoryChecklist checklist_;
+  std::wstring packagePath_;
+  CategorySet chosen_;
 
  private:
   void FillMachine();

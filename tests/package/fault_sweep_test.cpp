@@ -9,14 +9,14 @@
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
 #include "package/export_run.h"
-#include "package/import_preparation.h"
-#include "package/import_steps.h"
-#include "package/package_selection.h"
+#include "package/import_run.h"
+#include "package/legacy_import.h"
 #include "package/staging_folder.h"
 #include "reset/reset_run.h"
 #include "tests/package/swept_machine.h"
-#include "wizard/category_checklist.h"
+#include "tests/support/category_checklist.h"
 #include "tests/support/faulty_machine.h"
+#include "tests/support/import_face.h"
 #include "text/path_text.h"
 #include "text/text.h"
 
@@ -35,18 +35,6 @@ class SilentLog : public LineLog {
   void WriteLine(std::wstring_view) override {}
 };
 
-class PathPage : public PathPageView {
- public:
-  explicit PathPage(std::wstring path) : path_(std::move(path)) {}
-  std::optional<std::wstring> ChooseOpenFile(const OpenFileQuestion&) override { return path_; }
-  void ShowPackagePath(const std::wstring&) override {}
-  void ListVersions(const std::vector<std::wstring>&) override {}
-  std::optional<std::wstring> SelectedVersion() const override { return L"2026"; }
-
- private:
-  std::wstring path_;
-};
-
 // One run from the opening of the program to its end, on a machine that may fail.
 class SweptRun {
  public:
@@ -54,26 +42,30 @@ class SweptRun {
 
   void Import() {
     if (!Begin()) return;
-    Select(kPackage);
-    PackageImport steps(Run());
+    state_.package.path = kPackage;
+    SelectTargetVersion(state_, context_, L"2026");
+    ImportFace face(Run(), view_);
     CategoryChecklist tree;
-    if (steps.EnterCategories(tree) != ImportSteps::Entry::kReady) return;
-    steps.Apply(tree);
+    if (face.EnterCategories(tree) != ImportFace::Entry::kReady) return;
+    face.Apply(tree);
     End();
   }
 
   void ImportLegacy(const std::wstring& package) {
     if (!Begin()) return;
-    Select(package);
-    if (!state_.package.path.empty()) PackageImport(Run()).ApplyLegacy();
+    if (TakeLegacyPackage(Run(), view_, state_, package)) ImportFace(Run(), view_).ApplyLegacy();
     End();
   }
 
   void Reset() {
     if (!Begin()) return;
     if (!PrepareVersionFolders(context_, ports_)) return view_.ShowMessage(L"no folders");
-    CategoryChecklist tree = CategoryChecklist::ForReset(context_);
-    report_ = RunReset({context_, state_.package, ports_, tool_, view_}, tree);
+    report_ =
+        RunReset({context_, state_.package, ports_, tool_, observer_}, OfferedOnReset(context_));
+    for (const std::wstring& path : report_.unextracted) {
+      view_.ShowMessage(TextOfUnextracted(path));
+    }
+    view_.finishText = ResetFinishText(context_);
     End();
   }
 
@@ -97,7 +89,7 @@ class SweptRun {
 
   const SweptMachine& OnMachine() const { return machine_; }
   const PackageState& Package() const { return state_.package; }
-  const ImportReport& Report() const { return report_; }
+  const RunReport& Report() const { return report_; }
   const RecordingView& View() const { return view_; }
   // Nothing of a run that was no export, or that was refused.
   const std::optional<ExportReport>& Exported() const { return export_; }
@@ -106,9 +98,8 @@ class SweptRun {
   void Export() {
     if (!Begin()) return;
     if (!PrepareVersionFolders(context_, ports_)) return view_.ShowMessage(L"no folders");
-    const CategoryChecklist tree = CategoryChecklist::ForExport(context_);
-    view_.answer = kBackup;
-    export_ = RunExport({context_, ports_, tool_, view_, tree});
+    export_ = RunExport({context_, ports_, tool_, observer_}, OfferedOnExport(context_), kBackup);
+    view_.finishText = ExportFinishText(kBackup);
     End();
   }
 
@@ -119,21 +110,16 @@ class SweptRun {
   }
 
   bool Begin() {
-    if (!LoadProductContext(context_, ports_, view_)) return false;
-    EnumerateInstalledVersions(context_, ports_.registry);
+    if (!LoadProductContext(context_, ports_)) return false;
+    EnumerateInstalledVersions(context_, *ports_.registry);
     InitializePackageState(state_.package, context_, ports_);
     if (RenewStagingFolder(context_, ports_)) return true;
     view_.ShowMessage(L"no staging folder");
     return false;
   }
 
-  void Select(const std::wstring& package) {
-    PathPage page(package);
-    SelectPackage({Run(), state_, page});
-  }
-
   ImportRun Run() {
-    return {context_, state_.package, ports_, tool_, faulty_.Dom(), log_, view_, report_};
+    return {context_, state_.package, ports_, tool_, faulty_.Dom(), log_, observer_, report_};
   }
 
   void End() { DeleteStagingFolder(context_, ports_); }
@@ -141,12 +127,13 @@ class SweptRun {
   SweptMachine machine_;
   FaultyMachine faulty_;
   const Machine ports_ = faulty_.Ports();
-  RegistryTool tool_{ports_.interpreter, ports_.clock, RegistryToolPace::kWaitForEnd};
+  PacedRegistryTool tool_{*ports_.registryTool, *ports_.clock, RegistryToolPace::kWaitForEnd};
   RecordingView view_;
+  RunObserver observer_;
   SilentLog log_;
   ProductContext context_;
   WizardState state_;
-  ImportReport report_;
+  RunReport report_;
   std::optional<ExportReport> export_;
   std::size_t advices_ = 0;
 };

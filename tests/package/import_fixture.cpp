@@ -14,10 +14,10 @@ ImportFixture::ImportFixture() {
       RemoveFileSpec(RemoveFileSpec(machine_->product.startupFolder)) + L"\\AppData\\";
   machine_->MakeFolder(install + L"en-us");
   machine_->MakeFolder(install + L"zh-cn");
-  tool_ = std::make_unique<RegistryTool>(ports_.interpreter, ports_.clock, pace_);
-  dom_ = OpenXmlDom(ports_.files);
-  EXPECT_TRUE(LoadProductContext(context_, ports_, view_));
-  EnumerateInstalledVersions(context_, ports_.registry);
+  tool_ = std::make_unique<PacedRegistryTool>(*ports_.registryTool, *ports_.clock, pace_);
+  dom_ = OpenXmlDom(*ports_.files);
+  EXPECT_TRUE(LoadProductContext(context_, ports_));
+  EnumerateInstalledVersions(context_, *ports_.registry);
   InitializePackageState(state_.package, context_, ports_);
   EXPECT_TRUE(RenewStagingFolder(context_, ports_));
   EXPECT_TRUE(PrepareVersionFolders(context_, ports_));
@@ -43,7 +43,7 @@ void ImportFixture::Describe(const std::vector<std::string>& labels, const std::
 }
 
 void ImportFixture::MakePackage() {
-  const auto writer = ports_.archives.Create(PackagePath(), ArchivePurpose::kKeep);
+  const auto writer = ports_.archives->Create(PackagePath(), ArchivePurpose::kKeep);
   ASSERT_TRUE(writer);
   const std::wstring source = machine_->ScratchFolder() + L"source";
   for (const auto& [name, bytes] : entries_) {
@@ -54,28 +54,30 @@ void ImportFixture::MakePackage() {
 }
 
 ImportRun ImportFixture::Run() {
-  return {context_, state_.package, ports_, *tool_, *dom_, log_, view_, report_};
+  return {context_, state_.package, ports_, *tool_, *dom_, log_, observer_, report_};
 }
 
-ImportSteps::Entry ImportFixture::Enter(const std::wstring& targetYear) {
+ImportFace::Entry ImportFixture::Enter(const std::wstring& targetYear) {
   MakePackage();
   state_.package.path = PackagePath();
   SelectTargetVersion(state_, context_, targetYear);
-  return PackageImport(Run()).EnterCategories(tree_);
+  return ImportFace(Run(), view_).EnterCategories(tree_);
 }
 
 void ImportFixture::Import(const std::vector<SettingCategory>& ticked,
                            const std::wstring& targetYear) {
-  ASSERT_EQ(Enter(targetYear), ImportSteps::Entry::kReady);
+  ASSERT_EQ(Enter(targetYear), ImportFace::Entry::kReady);
   tree_.SetAllChecked(false);
   for (const SettingCategory category : ticked) EXPECT_TRUE(tree_.SetChecked(category, true));
-  PackageImport(Run()).Apply(tree_);
+  ImportFace(Run(), view_).Apply(tree_);
 }
 
 std::vector<int> ImportFixture::Offered() const {
   std::vector<int> offered;
-  VisitLeaves(tree_, tree_.Root(),
-              [&](CategoryTree::Item leaf) { offered.push_back(tree_.ItemData(leaf)); });
+  for (auto item = tree_.FirstChild(tree_.Root()); item != CategoryTree::kNoItem;
+       item = tree_.NextSibling(item)) {
+    offered.push_back(tree_.ItemData(item));
+  }
   return offered;
 }
 

@@ -4,8 +4,9 @@
 
 #include <map>
 
-#include "package/import_steps.h"
+#include "package/import_run.h"
 #include "tests/support/fakes.h"
+#include "tests/support/import_face.h"
 #include "tests/support/test_machine.h"
 #include "tests/wizard/recording_frame.h"
 
@@ -33,7 +34,7 @@ class ImportFixture : public testing::Test {
   void MakePackage();
 
   // Makes the package, chooses it for the target and enters the list of categories.
-  ImportSteps::Entry Enter(const std::wstring& targetYear = L"2026");
+  ImportFace::Entry Enter(const std::wstring& targetYear = L"2026");
   // The same, with all but these categories unticked, and applies it.
   void Import(const std::vector<SettingCategory>& ticked, const std::wstring& targetYear = L"2026");
 
@@ -58,12 +59,13 @@ class ImportFixture : public testing::Test {
   ProductContext context_;
   WizardState state_;
   RecordingView view_;
+  RunObserver observer_;
   RecordingLog log_;
   RecordingTree tree_;
   RegistryToolPace pace_ = RegistryToolPace::kWaitForEnd;
-  std::unique_ptr<RegistryTool> tool_;
+  std::unique_ptr<PacedRegistryTool> tool_;
   std::unique_ptr<XmlDom> dom_;
-  ImportReport report_;
+  RunReport report_;
 
  private:
   void FillMachine();

@@ -10,7 +10,7 @@ namespace {
 
 class ImportOutcomeTest : public ImportFixture {
  protected:
-  void AddRegFile(const std::wstring& name) {
+  void AddRegistryFile(const std::wstring& name) {
     entries_[name] = "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\" + ToUtf8(LiveKey(context_)) +
                      "\\General]\r\n\"a \\\"b\\\"\"=\"Q:\\\\none\\\\x\"\r\n\"kept\"=\"text\"\r\n";
   }
@@ -43,7 +43,7 @@ TEST_F(ImportOutcomeTest, TellsWhichShortcutFilesWereMerged) {
 
 TEST_F(ImportOutcomeTest, TellsWhichValuesWereDropped) {
   Describe({"Options", "Register"}, "2025", "28.0");
-  AddRegFile(L"Options\\General.reg");
+  AddRegistryFile(L"Options\\General.reg");
   Import({SettingCategory::Options});
   ASSERT_EQ(report_.dropped.size(), 1u);
   const DroppedValue& dropped = report_.dropped.front();
@@ -55,8 +55,8 @@ TEST_F(ImportOutcomeTest, TellsWhichValuesWereDropped) {
 
 TEST_F(ImportOutcomeTest, ValuesOfACategoryThatIsLeftOutAreNotDropped) {
   Describe({"Options", "Register"}, "2025", "28.0");
-  AddRegFile(L"Options\\General.reg");
-  AddRegFile(L"Register\\x.reg");
+  AddRegistryFile(L"Options\\General.reg");
+  AddRegistryFile(L"Register\\x.reg");
   Import({SettingCategory::Register});
   ASSERT_EQ(report_.dropped.size(), 1u);
   EXPECT_EQ(report_.dropped.front().file, L"Register\\x.reg");

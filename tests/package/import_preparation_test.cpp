@@ -1,4 +1,4 @@
-#include "package/import_preparation.h"
+#include "package/import_run.h"
 
 #include "environment/installed_versions.h"
 #include "tests/package/import_fixture.h"
@@ -9,7 +9,7 @@ namespace {
 
 using enum SettingCategory;
 using Lines = std::vector<std::wstring>;
-using Entry = ImportSteps::Entry;
+using Entry = ImportFace::Entry;
 
 constexpr wchar_t kAdvice[] =
     L"It is recommended that users retain the absolute path-related files from the old version "
@@ -39,7 +39,7 @@ TEST_F(ImportPreparationTest, DescriptionFillsThePackageState) {
 TEST_F(ImportPreparationTest, MissingOrEmptyConfigValueReadsAsTheLiteralText) {
   const std::wstring ini = machine_->ScratchFolder() + L"config.ini";
   machine_->PutFile(ini, "[Base]\r\nCOMPANY=\r\nPRODUCT=VANTRIC\r\n");
-  const ProfileReader& profiles = ports_.profiles;
+  const ProfileReader& profiles = *ports_.profiles;
   EXPECT_EQ(ReadConfigValue(L"COMPANY", L"BASE", ini, profiles), L"Please check the file.");
   EXPECT_EQ(ReadConfigValue(L"RELEASE VERSION", L"BASE", ini, profiles), L"Please check the file.");
   EXPECT_EQ(ReadConfigValue(L"PRODUCT", L"BASE", ini, profiles), L"VANTRIC");
@@ -107,7 +107,7 @@ TEST_F(ImportPreparationTest, TargetIsLookedForUnderThePackagesOwnNames) {
 TEST_F(ImportPreparationTest, FileThatIsNoArchiveEndsInTheRefusalOfAnEmptyDescription) {
   machine_->PutFile(PackagePath(), "not a zip archive");
   state_.package.path = PackagePath();
-  EXPECT_EQ(PackageImport(Run()).EnterCategories(tree_), Entry::kRefused);
+  EXPECT_EQ(ImportFace(Run(), view_).EnterCategories(tree_), Entry::kRefused);
   EXPECT_EQ(view_.messages, (Lines{kRunOnce}));
   EXPECT_EQ(state_.package.company, L"Please check the file.");
 }
@@ -157,12 +157,12 @@ TEST_F(ImportPreparationTest, OtherReleaseIntoAMissingFolderEndsTheProgram) {
 TEST_F(ImportPreparationTest, FoldersThatTheSystemCannotTellEndTheProgram) {
   FixedFolders folders;
   folders.roaming.reset();
-  const Machine machine = WithFolders(ports_, folders);
+  const Machine machine = With<&Machine::folders>(ports_, folders);
   Describe({"Interface layout"});
   MakePackage();
   state_.package.path = PackagePath();
-  const ImportRun run{context_, state_.package, machine, *tool_, *dom_, log_, view_, report_};
-  EXPECT_EQ(PackageImport(run).EnterCategories(tree_), Entry::kEnded);
+  const ImportRun run{context_, state_.package, machine, *tool_, *dom_, log_, observer_, report_};
+  EXPECT_EQ(ImportFace(run, view_).EnterCategories(tree_), Entry::kEnded);
   EXPECT_EQ(view_.messages, (Lines{kMissingFolders}));
 }
 

@@ -4,8 +4,8 @@
 
 #include "environment/version_folders.h"
 #include "package/category_import.h"
-#include "package/overlay.h"
 #include "package/package_opening.h"
+#include "package/put_in_place.h"
 #include "package/staging_folder.h"
 #include "tests/package/import_run_fixture.h"
 #include "text/path_text.h"
@@ -75,22 +75,22 @@ TEST_F(ImportRunTest, AllThirteenUntickedChangeNothingOfTheirs) {
 // The root is no category, and what is above the leaves never acts.
 TEST_F(ImportRunTest, CheckedRootAboveUncheckedLeavesTakesNothingIn) {
   DescribeEverything();
-  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  ASSERT_EQ(Enter(), ImportFace::Entry::kReady);
   tree_.SetAllChecked(false);
-  static_cast<EditableCategoryTree&>(tree_).SetChecked(tree_.Root(), true);
-  PackageImport(Run()).Apply(tree_);
+  static_cast<CategoryTree&>(tree_).SetChecked(tree_.Root(), true);
+  ImportFace(Run(), view_).Apply(tree_);
   ExpectOnlyNobodysFiles();
 }
 
 TEST_F(ImportRunTest, CheckedItemsOfOtherDataTakeNothingIn) {
   DescribeEverything();
-  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  ASSERT_EQ(Enter(), ImportFace::Entry::kReady);
   tree_.SetAllChecked(false);
   for (const int data : {0, 1, 15, -1, 1000}) {
     const auto item = tree_.Append(tree_.Root(), L"of no category", data);
-    static_cast<EditableCategoryTree&>(tree_).SetChecked(item, true);
+    static_cast<CategoryTree&>(tree_).SetChecked(item, true);
   }
-  PackageImport(Run()).Apply(tree_);
+  ImportFace(Run(), view_).Apply(tree_);
   ExpectOnlyNobodysFiles();
 }
 
@@ -164,10 +164,10 @@ TEST_F(ShortcutImportTest, PipeIsNoDocument) {
   entries_[PackageLocal(L"Customization\\keys.xml")] = Shortcut("11");
   machine_->PutFile(context_.defaultCustomizationFolder + L"\\keys.xml", Shortcut("22"));
   Describe({"Shortcut key"});
-  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
-  SpecialFiles files(ports_.files, L"pipe.xml");
-  const Machine machine = WithFiles(ports_, files);
-  PackageImport({context_, state_.package, machine, *tool_, *dom_, log_, view_, report_})
+  ASSERT_EQ(Enter(), ImportFace::Entry::kReady);
+  SpecialFiles files(*ports_.files, L"pipe.xml");
+  const Machine machine = With<&Machine::files>(ports_, files);
+  ImportFace({context_, state_.package, machine, *tool_, *dom_, log_, observer_, report_}, view_)
       .Apply(tree_);
   EXPECT_NE(Content(Local(L"Customization\\keys.xml")).find("22"), std::string::npos);
 }
@@ -217,11 +217,11 @@ TEST_F(ImportRunTest, MergeThatBreaksOffLeavesThatLanguageAloneAndGoesOn) {
     machine_->PutFile(Roaming(language + L"Customization\\UI.xml"), "<r/>");
   }
   Describe({"Interface layout"});
-  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
-  FailingFiles files(ports_.files);
-  Machine failing = WithFiles(ports_, files);
-  ImportRun run{context_, state_.package, failing, *tool_, *dom_, log_, view_, report_};
-  PackageImport(run).Apply(tree_);
+  ASSERT_EQ(Enter(), ImportFace::Entry::kReady);
+  FailingFiles files(*ports_.files);
+  Machine failing = With<&Machine::files>(ports_, files);
+  ImportRun run{context_, state_.package, failing, *tool_, *dom_, log_, observer_, report_};
+  ImportFace(run, view_).Apply(tree_);
   EXPECT_EQ(Content(Roaming(L"en-us\\Customization\\UI.xml")), "<r/>");
   EXPECT_NE(Content(Roaming(L"zh-cn\\Customization\\UI.xml")).find("<Own"), std::string::npos);
   ASSERT_EQ(report_.problems.size(), 1u);
@@ -230,14 +230,15 @@ TEST_F(ImportRunTest, MergeThatBreaksOffLeavesThatLanguageAloneAndGoesOn) {
 
 TEST_F(ImportRunTest, RegistryFilesOfOptionsThenRegisterAreImported) {
   RecordingInterpreter interpreter;
-  RegistryTool tool(interpreter, machine_->clock, RegistryToolPace::kFixedPause);
+  PacedRegistryTool tool(interpreter.tool, machine_->clock, RegistryToolPace::kFixedPause);
   entries_[L"Options\\General.reg"] = "a";
   entries_[L"Options\\deep\\x.reg"] = "in a subfolder";
   entries_[L"Register\\VANTRIC2026.reg"] = "b";
   Describe({"Options", "Register"});
-  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  ASSERT_EQ(Enter(), ImportFace::Entry::kReady);
   const std::wstring staging = context_.stagingFolder;
-  PackageImport({context_, state_.package, ports_, tool, *dom_, log_, view_, report_}).Apply(tree_);
+  ImportFace({context_, state_.package, ports_, tool, *dom_, log_, observer_, report_}, view_)
+      .Apply(tree_);
   EXPECT_EQ(interpreter.started,
             (Lines{L"/C reg import \"" + staging + L"Options\\General.reg\"",
                    L"/C reg import \"" + staging + L"Register\\VANTRIC2026.reg\""}));
@@ -249,23 +250,24 @@ TEST_F(ImportRunTest, PipesAreNoRegistryFiles) {
   const std::wstring folder = machine_->ScratchFolder() + L"registry files";
   machine_->PutFile(folder + L"\\pipe.reg", "");
   machine_->PutFile(folder + L"\\a.reg", "a");
-  const SpecialFiles files(ports_.files, L"pipe.reg");
+  const SpecialFiles files(*ports_.files, L"pipe.reg");
   RecordingInterpreter interpreter;
-  RegistryTool tool(interpreter, machine_->clock, RegistryToolPace::kWaitForEnd);
+  PacedRegistryTool tool(interpreter.tool, machine_->clock, RegistryToolPace::kWaitForEnd);
   ImportRegistryFolder(folder, files, tool, report_);
   EXPECT_EQ(interpreter.started, (Lines{L"/C reg import \"" + folder + L"\\a.reg\""}));
 }
 
 TEST_F(ImportRunTest, RegistryFileWhoseNameTheInterpreterWouldChangeIsNotHandedToIt) {
   RecordingInterpreter interpreter;
-  RegistryTool tool(interpreter, machine_->clock, RegistryToolPace::kFixedPause);
+  PacedRegistryTool tool(interpreter.tool, machine_->clock, RegistryToolPace::kFixedPause);
   entries_[L"Options\\%TEMP%.reg"] = "a";
   entries_[L"Options\\50% & ^more!.reg"] = "b";
   entries_[L"Options\\a & ^b! (c).reg"] = "c";
   Describe({"Options"});
-  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  ASSERT_EQ(Enter(), ImportFace::Entry::kReady);
   const std::wstring folder = context_.stagingFolder + L"Options\\";
-  PackageImport({context_, state_.package, ports_, tool, *dom_, log_, view_, report_}).Apply(tree_);
+  ImportFace({context_, state_.package, ports_, tool, *dom_, log_, observer_, report_}, view_)
+      .Apply(tree_);
   EXPECT_EQ(interpreter.started, (Lines{L"/C reg import \"" + folder + L"a & ^b! (c).reg\""}));
   const std::wstring why = L": its name holds a percent sign or a quote";
   EXPECT_EQ(report_.problems,
@@ -275,38 +277,41 @@ TEST_F(ImportRunTest, RegistryFileWhoseNameTheInterpreterWouldChangeIsNotHandedT
 
 TEST_F(ImportRunTest, RegistryFileThatTheToolRefusesIsAProblem) {
   RecordingInterpreter interpreter;
-  RegistryTool tool(interpreter, machine_->clock, RegistryToolPace::kWaitForEnd);
+  PacedRegistryTool tool(interpreter.tool, machine_->clock, RegistryToolPace::kWaitForEnd);
   entries_[L"Options\\General.reg"] = "a";
   Describe({"Options"});
-  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  ASSERT_EQ(Enter(), ImportFace::Entry::kReady);
   const std::wstring file = context_.stagingFolder + L"Options\\General.reg";
   interpreter.succeeds = false;
-  PackageImport({context_, state_.package, ports_, tool, *dom_, log_, view_, report_}).Apply(tree_);
+  ImportFace({context_, state_.package, ports_, tool, *dom_, log_, observer_, report_}, view_)
+      .Apply(tree_);
   EXPECT_EQ(report_.problems, (Lines{L"Not imported into the registry: " + file}));
   EXPECT_FALSE(view_.finishText.empty());
 }
 
 TEST_F(ImportRunTest, RegistryToolThatCannotStartIsAProblem) {
   RecordingInterpreter interpreter;
-  RegistryTool tool(interpreter, machine_->clock, RegistryToolPace::kFixedPause);
+  PacedRegistryTool tool(interpreter.tool, machine_->clock, RegistryToolPace::kFixedPause);
   entries_[L"Register\\VANTRIC2026.reg"] = "b";
   Describe({"Register"});
-  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  ASSERT_EQ(Enter(), ImportFace::Entry::kReady);
   interpreter.canStart = false;
-  PackageImport({context_, state_.package, ports_, tool, *dom_, log_, view_, report_}).Apply(tree_);
+  ImportFace({context_, state_.package, ports_, tool, *dom_, log_, observer_, report_}, view_)
+      .Apply(tree_);
   EXPECT_EQ(report_.problems.size(), 1u);
   EXPECT_TRUE(view_.messages.empty());
 }
 
 TEST_F(ImportRunTest, UntickedRegistryCategoriesAreNotImported) {
   RecordingInterpreter interpreter;
-  RegistryTool tool(interpreter, machine_->clock, RegistryToolPace::kWaitForEnd);
+  PacedRegistryTool tool(interpreter.tool, machine_->clock, RegistryToolPace::kWaitForEnd);
   entries_[L"Options\\General.reg"] = "a";
   entries_[L"Register\\VANTRIC2026.reg"] = "b";
   Describe({"Options", "Register"});
-  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  ASSERT_EQ(Enter(), ImportFace::Entry::kReady);
   tree_.SetAllChecked(false);
-  PackageImport({context_, state_.package, ports_, tool, *dom_, log_, view_, report_}).Apply(tree_);
+  ImportFace({context_, state_.package, ports_, tool, *dom_, log_, observer_, report_}, view_)
+      .Apply(tree_);
   EXPECT_TRUE(interpreter.started.empty());
   EXPECT_TRUE(machine_->clock.pauses.empty());
 }
@@ -319,8 +324,8 @@ TEST_F(ImportRunTest, WalkVisitsEveryLeafAndEndsOnTheLast) {
 
 TEST_F(ImportRunTest, OtherItemDataDoesNothing) {
   for (const int data : {0, 1, 15, -1}) {
-    ApplyCategory(Run(), data, true);
-    ApplyCategory(Run(), data, false);
+    ApplyCategory(Run(), static_cast<SettingCategory>(data), true);
+    ApplyCategory(Run(), static_cast<SettingCategory>(data), false);
   }
   EXPECT_TRUE(report_.IsComplete());
 }
@@ -328,7 +333,7 @@ TEST_F(ImportRunTest, OtherItemDataDoesNothing) {
 TEST_F(ImportRunTest, StagingFolderIsGoneAndTheFinishTextNamesTheTarget) {
   Describe({"Options"});
   Import({});
-  EXPECT_FALSE(ports_.files.Exists(context_.stagingFolder));
+  EXPECT_FALSE(ports_.files->Exists(context_.stagingFolder));
   EXPECT_EQ(view_.finishText, L"Your settings have been successfully imported to  " +
                                   context_.productName + L" 2026.");
   EXPECT_TRUE(view_.messages.empty());
@@ -340,16 +345,16 @@ TEST_F(ImportRunTest, WhatCannotBePutInPlaceIsToldAndKept) {
   machine_->PutFile(Local(L"en-us\\Elsewhere\\x.dat"), "old");
   machine_->MakeReadOnly(Local(L"en-us\\Elsewhere\\x.dat"));
   Describe({"Options"});
-  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  ASSERT_EQ(Enter(), ImportFace::Entry::kReady);
   const std::wstring staging = context_.stagingFolder;
-  PackageImport(Run()).Apply(tree_);
+  ImportFace(Run(), view_).Apply(tree_);
   const std::wstring refused = Local(L"en-us\\Elsewhere\\x.dat");
   EXPECT_EQ(view_.messages, (Lines{L"Failed to extract file: " + refused}));
   EXPECT_EQ(Content(refused), "old");
   EXPECT_EQ(Content(Local(L"en-us\\Elsewhere\\y.dat")), "new");
   EXPECT_EQ(Content(staging + PackageLocal(L"en-us\\Elsewhere\\x.dat")), "new");
   EXPECT_NE(context_.stagingFolder, staging);
-  EXPECT_EQ(report_.unextracted, 1u);
+  EXPECT_EQ(report_.unextracted.size(), 1u);
   machine_->DeletePath(staging.substr(0, staging.size() - 1));
 }
 
@@ -358,16 +363,16 @@ TEST_F(ImportRunTest, WhatCannotBePutInPlaceIsToldAndKept) {
 TEST_F(ImportRunTest, WhatLiesAtTheOverlaysNamesIsNotLaidOver) {
   entries_[PackageLocal(L"en-us\\Elsewhere\\x.dat")] = "new";
   Describe({"Options"});
-  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  ASSERT_EQ(Enter(), ImportFace::Entry::kReady);
   const std::wstring root = state_.package.applicationDataRoot;
-  const std::wstring archive = context_.stagingFolder + kOverlayArchive;
+  const std::wstring archive = context_.stagingFolder + kChangedFilesArchive;
   machine_->PutFile(machine_->ScratchFolder() + L"gotcha", "gotcha");
-  auto writer = ports_.archives.Create(archive, ArchivePurpose::kKeep);
+  auto writer = ports_.archives->Create(archive, ArchivePurpose::kKeep);
   ASSERT_EQ(writer->Add(L"Roaming\\Startup\\a.bat", machine_->ScratchFolder() + L"gotcha"),
             ArchiveResult::kDone);
   ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
   machine_->PutFile(archive + L".part\\x", "in the way of a new one");
-  PackageImport(Run()).Apply(tree_);
+  ImportFace(Run(), view_).Apply(tree_);
   EXPECT_EQ(Content(root + L"Roaming\\Startup\\a.bat"), "no file");
   EXPECT_EQ(Content(Local(L"en-us\\Elsewhere\\x.dat")), "new");
   EXPECT_TRUE(report_.IsComplete());
@@ -376,34 +381,34 @@ TEST_F(ImportRunTest, WhatLiesAtTheOverlaysNamesIsNotLaidOver) {
 TEST_F(ImportRunTest, ArchiveThatWasNotJustWrittenIsNotUnpacked) {
   entries_[PackageLocal(L"en-us\\Elsewhere\\x.dat")] = "new";
   Describe({"Options"});
-  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  ASSERT_EQ(Enter(), ImportFace::Entry::kReady);
   const std::wstring staging = context_.stagingFolder;
   const std::wstring root = state_.package.applicationDataRoot;
   machine_->PutFile(machine_->ScratchFolder() + L"gotcha", "gotcha");
-  auto writer = ports_.archives.Create(staging + kOverlayArchive, ArchivePurpose::kKeep);
+  auto writer = ports_.archives->Create(staging + kChangedFilesArchive, ArchivePurpose::kKeep);
   ASSERT_EQ(writer->Add(L"Roaming\\Startup\\a.bat", machine_->ScratchFolder() + L"gotcha"),
             ArchiveResult::kDone);
   ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
-  KeepingFiles files(ports_.files, staging + kOverlayArchive);
-  const Machine machine = WithFiles(ports_, files);
-  PackageImport({context_, state_.package, machine, *tool_, *dom_, log_, view_, report_})
+  KeepingFiles files(*ports_.files, staging + kChangedFilesArchive);
+  const Machine machine = With<&Machine::files>(ports_, files);
+  ImportFace({context_, state_.package, machine, *tool_, *dom_, log_, observer_, report_}, view_)
       .Apply(tree_);
   EXPECT_EQ(Content(root + L"Roaming\\Startup\\a.bat"), "no file");
   EXPECT_FALSE(report_.IsComplete());
   EXPECT_EQ(Content(staging + PackageLocal(L"en-us\\Elsewhere\\x.dat")), "new");
-  EXPECT_FALSE(ports_.files.Exists(staging + kRunFolderMark)) << "no other run may remove it";
+  EXPECT_FALSE(ports_.files->Exists(staging + kRunFolderMark)) << "no other run may remove it";
   machine_->DeletePath(staging.substr(0, staging.size() - 1));
 }
 
 TEST_F(ImportRunTest, OverlayThatCannotBeWrittenIsKept) {
   entries_[PackageLocal(L"en-us\\Elsewhere\\x.dat")] = "new";
   Describe({"Options"});
-  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  ASSERT_EQ(Enter(), ImportFace::Entry::kReady);
   const std::wstring staging = context_.stagingFolder;
-  FailingArchives archives(ports_.archives, ArchiveResult::kDone, 1000);
+  FailingArchives archives(*ports_.archives, ArchiveResult::kDone, 1000);
   archives.closeResult = ArchiveResult::kDiskFull;
-  const Machine machine = WithArchives(ports_, archives);
-  PackageImport({context_, state_.package, machine, *tool_, *dom_, log_, view_, report_})
+  const Machine machine = With<&Machine::archives>(ports_, archives);
+  ImportFace({context_, state_.package, machine, *tool_, *dom_, log_, observer_, report_}, view_)
       .Apply(tree_);
   EXPECT_EQ(Content(Local(L"en-us\\Elsewhere\\x.dat")), "no file");
   EXPECT_EQ(Content(staging + PackageLocal(L"en-us\\Elsewhere\\x.dat")), "new");
@@ -412,23 +417,24 @@ TEST_F(ImportRunTest, OverlayThatCannotBeWrittenIsKept) {
 
 TEST_F(ImportRunTest, StagingFolderMayBeSweptUntilThePackageIsApplied) {
   Describe({"Options"});
-  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  ASSERT_EQ(Enter(), ImportFace::Entry::kReady);
   const std::wstring mark = context_.stagingFolder + kRunFolderMark;
-  EXPECT_TRUE(ports_.files.Exists(mark));
+  EXPECT_TRUE(ports_.files->Exists(mark));
   class Looking : public RecordingInterpreter {
    public:
     std::function<void()> look;
-    std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override {
+    std::unique_ptr<RunningTool> Start(const std::wstring& parameters) override {
       look();
       return RecordingInterpreter::Start(parameters);
     }
   } interpreter;
   bool marked = true;
-  interpreter.look = [&] { marked = ports_.files.Exists(mark); };
+  interpreter.look = [&] { marked = ports_.files->Exists(mark); };
   machine_->PutFile(context_.stagingFolder + L"Options\\General.reg", "REGEDIT4\r\n");
-  RegistryTool tool(interpreter, machine_->clock, RegistryToolPace::kWaitForEnd);
+  PacedRegistryTool tool(interpreter.tool, machine_->clock, RegistryToolPace::kWaitForEnd);
   tree_.SetChecked(tree_.Root(), true);
-  PackageImport({context_, state_.package, ports_, tool, *dom_, log_, view_, report_}).Apply(tree_);
+  ImportFace({context_, state_.package, ports_, tool, *dom_, log_, observer_, report_}, view_)
+      .Apply(tree_);
   EXPECT_FALSE(interpreter.started.empty());
   EXPECT_FALSE(marked);
 }
@@ -444,10 +450,10 @@ TEST_F(ImportRunTest, FileNamedAsAHalfOfTheProfileIsNotLaidOver) {
 TEST_F(ImportRunTest, WithoutAnApplicationDataFolderNothingIsLaidOver) {
   entries_[PackageLocal(L"en-us\\Elsewhere\\x.dat")] = "new";
   Describe({"Options"});
-  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  ASSERT_EQ(Enter(), ImportFace::Entry::kReady);
   const std::wstring staging = context_.stagingFolder;
   state_.package.applicationDataRoot.clear();
-  PackageImport(Run()).Apply(tree_);
+  ImportFace(Run(), view_).Apply(tree_);
   EXPECT_EQ(Content(staging + PackageLocal(L"en-us\\Elsewhere\\x.dat")), "new");
   EXPECT_EQ(report_.problems.size(), 2u);
   machine_->DeletePath(staging.substr(0, staging.size() - 1));
@@ -456,13 +462,13 @@ TEST_F(ImportRunTest, WithoutAnApplicationDataFolderNothingIsLaidOver) {
 TEST_F(ImportRunTest, KeptStagingFolderIsNobodysToDeleteEvenWithoutAFreshOne) {
   entries_[PackageLocal(L"en-us\\Elsewhere\\x.dat")] = "new";
   Describe({"Options"});
-  ASSERT_EQ(Enter(), ImportSteps::Entry::kReady);
+  ASSERT_EQ(Enter(), ImportFace::Entry::kReady);
   const std::wstring staging = context_.stagingFolder;
   state_.package.applicationDataRoot.clear();
   FixedGuids guids;
   guids.guid.reset();
-  const Machine machine = WithGuids(ports_, guids);
-  PackageImport({context_, state_.package, machine, *tool_, *dom_, log_, view_, report_})
+  const Machine machine = With<&Machine::guids>(ports_, guids);
+  ImportFace({context_, state_.package, machine, *tool_, *dom_, log_, observer_, report_}, view_)
       .Apply(tree_);
   DeleteStagingFolder(context_, ports_);
   EXPECT_EQ(Content(staging + PackageLocal(L"en-us\\Elsewhere\\x.dat")), "new");

@@ -17,7 +17,7 @@ class PackageDescription : public testing::Test {
     context_.packageDescriptionPath = machine_->ScratchFolder() + L"config.ini";
   }
 
-  std::string Write(const std::vector<SettingCategory>& categories) {
+  std::string Write(const CategorySet& categories) {
     WritePackageDescription(context_, machine_->Ports(), categories);
     return machine_->FileBytes(context_.packageDescriptionPath).value_or("no file");
   }
@@ -41,7 +41,7 @@ TEST_F(PackageDescription, MarksCheckedCategoriesThenTellsTheSource) {
 TEST_F(PackageDescription, ReaderFindsTheBaseSectionInCapitals) {
   Write({SettingCategory::Options});
   EXPECT_EQ(
-      machine_->Ports().profiles.ReadValue(L"BASE", L"product", context_.packageDescriptionPath),
+      machine_->Ports().profiles->ReadValue(L"BASE", L"product", context_.packageDescriptionPath),
       L"VANTRIC");
 }
 
@@ -56,12 +56,11 @@ TEST_F(PackageDescription, ValueThatIsNotACategoryGetsNoKey) {
 }
 
 TEST_F(PackageDescription, ReadsBackOnlyWhenItIsWhole) {
-  const std::vector<SettingCategory> checked = {SettingCategory::Options,
-                                                SettingCategory::ShortcutKey};
+  const CategorySet checked = {SettingCategory::Options, SettingCategory::ShortcutKey};
   const std::string whole = Write(checked);
   const auto isWritten = [&](const std::string& bytes) {
     machine_->PutFile(context_.packageDescriptionPath, bytes);
-    return IsDescriptionWritten(context_, machine_->Ports().profiles, checked);
+    return IsDescriptionWritten(context_, *machine_->Ports().profiles, checked);
   };
   EXPECT_TRUE(isWritten(whole));
   for (std::size_t length = 0; length < whole.size() - 2; ++length) {
@@ -70,8 +69,8 @@ TEST_F(PackageDescription, ReadsBackOnlyWhenItIsWhole) {
 }
 
 TEST_F(PackageDescription, OfAnotherChoiceOrSourceIsNotTheOneThatWasWritten) {
-  const ProfileReader& profiles = machine_->Ports().profiles;
-  const std::vector<SettingCategory> checked = {SettingCategory::Options};
+  const ProfileReader& profiles = *machine_->Ports().profiles;
+  const CategorySet checked = {SettingCategory::Options};
   Write({SettingCategory::Options, SettingCategory::ShortcutKey});
   EXPECT_FALSE(IsDescriptionWritten(context_, profiles, checked));
   Write(checked);
@@ -89,8 +88,8 @@ TEST_F(PackageDescription, OfAnotherChoiceOrSourceIsNotTheOneThatWasWritten) {
 TEST_F(PackageDescription, TakesThePlaceOfAFolder) {
   machine_->PutFile(context_.packageDescriptionPath + L"\\x", "of an unpacked package");
   Write({SettingCategory::Options});
-  EXPECT_TRUE(IsDescriptionWritten(context_, machine_->Ports().profiles,
-                                   std::vector{SettingCategory::Options}));
+  EXPECT_TRUE(
+      IsDescriptionWritten(context_, *machine_->Ports().profiles, {SettingCategory::Options}));
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ class ExtractArchiveTest : public testing::Test {
   // equal length and patched afterwards, in the local and the central header.
   void MakeArchive(const std::vector<std::string>& names) {
     const Machine ports = machine_->Ports();
-    auto writer = ports.archives.Create(Archive(), ArchivePurpose::kKeep);
+    auto writer = ports.archives->Create(Archive(), ArchivePurpose::kKeep);
     ASSERT_TRUE(writer);
     for (std::size_t i = 0; i < names.size(); ++i) {
       const std::wstring source = machine_->ScratchFolder() + L"source";
@@ -47,14 +47,14 @@ class ExtractArchiveTest : public testing::Test {
 
   ExtractReport Extract() {
     const Machine ports = machine_->Ports();
-    return ExtractArchive(ports.archives, ports.files, view_, Archive(), Destination());
+    return ExtractArchive(*ports.archives, *ports.files, observer_, Archive(), Destination());
   }
 
   std::wstring Archive() const { return machine_->ScratchFolder() + L"x.ucex"; }
   std::wstring Destination() const { return machine_->ScratchFolder() + L"in\\"; }
 
   std::unique_ptr<TestMachine> machine_ = NewTestMachine();
-  RecordingView view_;
+  RunObserver observer_;
 };
 
 TEST_F(ExtractArchiveTest, ItemsLandBelowTheFolder) {
@@ -65,13 +65,13 @@ TEST_F(ExtractArchiveTest, ItemsLandBelowTheFolder) {
   EXPECT_EQ(machine_->FileBytes(Destination() + L"config.ini"), "content of config.ini");
   EXPECT_EQ(machine_->FileBytes(Destination() + L"Local\\a\\b\\x.xml"),
             "content of Local\\a\\b\\x.xml");
-  EXPECT_TRUE(view_.messages.empty());
+  EXPECT_TRUE(report.failed.empty());
 }
 
 TEST_F(ExtractArchiveTest, ForwardSlashesAreSeparators) {
   MakeArchive({"Local/a/x.xml"});
   EXPECT_EQ(Extract().extracted, 1u);
-  EXPECT_TRUE(machine_->Ports().files.Exists(Destination() + L"Local\\a\\x.xml"));
+  EXPECT_TRUE(machine_->Ports().files->Exists(Destination() + L"Local\\a\\x.xml"));
 }
 
 TEST_F(ExtractArchiveTest, NamesThatLeadOutAreToldAndTheOthersExtracted) {
@@ -91,13 +91,13 @@ TEST_F(ExtractArchiveTest, NamesThatLeadOutAreToldAndTheOthersExtracted) {
   MakeArchive(names);
   const auto report = Extract();
   EXPECT_EQ(report.extracted, 1u);
-  EXPECT_EQ(report.failed, kHostile.size());
-  ASSERT_EQ(view_.messages.size(), kHostile.size());
-  EXPECT_EQ(view_.messages[0], L"Failed to extract file: " + Destination() + L"..\\evil.txt");
-  const auto inside = machine_->Ports().files.ListFolder(machine_->ScratchFolder() + L"in");
+  ASSERT_EQ(report.failed.size(), kHostile.size());
+  EXPECT_EQ(TextOfUnextracted(report.failed[0]),
+            L"Failed to extract file: " + Destination() + L"..\\evil.txt");
+  const auto inside = ListFolder(*machine_->Ports().files, machine_->ScratchFolder() + L"in");
   ASSERT_EQ(inside.size(), 1u) << "a refused item makes no folder either";
   EXPECT_EQ(inside[0].name, L"good.txt");
-  EXPECT_FALSE(machine_->Ports().files.Exists(machine_->ScratchFolder() + L"evil.txt"));
+  EXPECT_FALSE(machine_->Ports().files->Exists(machine_->ScratchFolder() + L"evil.txt"));
 }
 
 TEST_F(ExtractArchiveTest, SecondExtractionOverwritesInPlaceAndKeepsOthers) {
@@ -114,18 +114,16 @@ TEST_F(ExtractArchiveTest, FileThatCannotBeReplacedIsToldAndStays) {
   machine_->PutFile(Destination() + L"locked.txt", "mine");
   machine_->MakeReadOnly(Destination() + L"locked.txt");
   const auto report = Extract();
-  EXPECT_EQ(report.failed, 1u);
-  EXPECT_EQ(view_.messages, Names{L"Failed to extract file: " + Destination() + L"locked.txt"});
+  EXPECT_EQ(report.failed, Names{Destination() + L"locked.txt"});
   EXPECT_EQ(machine_->FileBytes(Destination() + L"locked.txt"), "mine");
-  EXPECT_TRUE(machine_->Ports().files.Exists(Destination() + L"x.txt"));
+  EXPECT_TRUE(machine_->Ports().files->Exists(Destination() + L"x.txt"));
 }
 
 TEST_F(ExtractArchiveTest, PlaceholdersInNamesAreJustText) {
   MakeArchive({"%s%n%d.txt"});
   EXPECT_EQ(Extract().extracted, 1u);
   MakeArchive({"..\\%s%n%d"});
-  Extract();
-  EXPECT_EQ(view_.messages, Names{L"Failed to extract file: " + Destination() + L"..\\%s%n%d"});
+  EXPECT_EQ(Extract().failed, Names{Destination() + L"..\\%s%n%d"});
 }
 
 TEST_F(ExtractArchiveTest, WhatIsNotAnArchiveIsSilent) {
@@ -134,8 +132,7 @@ TEST_F(ExtractArchiveTest, WhatIsNotAnArchiveIsSilent) {
     machine_->PutFile(Archive(), bytes);
     EXPECT_FALSE(Extract().opened);
   }
-  EXPECT_TRUE(view_.messages.empty());
-  EXPECT_FALSE(machine_->Ports().files.Exists(Destination()));
+  EXPECT_FALSE(machine_->Ports().files->Exists(Destination()));
 }
 
 TEST_F(ExtractArchiveTest, ArchiveCutAnywhereNeverGivesWrongContent) {
@@ -163,12 +160,11 @@ TEST_F(ExtractArchiveTest, ItemsOfAPackageDoNotLieWhereARunKeepsItsOwn) {
                                               "~CARROVAN.LOCK\\x"};
   for (const std::string& name : kReserved) {
     MakeArchive({name, "Local\\Version_Changed_Files.zip"});
-    view_.messages.clear();
-    const ExtractReport report = UnpackPackage(machine_->Ports(), view_, Archive(), Destination());
-    EXPECT_EQ(report.failed, 1U) << name;
+    const ExtractReport report =
+        UnpackPackage(machine_->Ports(), observer_, Archive(), Destination());
     EXPECT_EQ(report.extracted, 1U) << name;
-    EXPECT_EQ(view_.messages.size(), 1U) << name;
-    EXPECT_EQ(machine_->Ports().files.ListFolder(Destination()).size(), 1U) << name;
+    EXPECT_EQ(report.failed.size(), 1U) << name;
+    EXPECT_EQ(ListFolder(*machine_->Ports().files, Destination()).size(), 1U) << name;
     EXPECT_EQ(Extract().extracted, 2U) << "elsewhere the name is as good as any: " << name;
     machine_->DeletePath(machine_->ScratchFolder() + L"in");
   }

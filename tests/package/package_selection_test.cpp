@@ -1,7 +1,7 @@
-#include "package/package_selection.h"
-
 #include "package/legacy_import.h"
+
 #include "tests/package/import_fixture.h"
+#include "wizard/wizard_flow.h"
 
 namespace carrovan {
 namespace {
@@ -35,7 +35,10 @@ class PackageSelectionTest : public ImportFixture {
     page_.answer = path;
     Select();
   }
-  void Select() { SelectPackage({Run(), state_, page_}); }
+  void Select() { SelectOn(ports_); }
+  void SelectOn(const Machine& machine) {
+    WizardFlow({context_, state_, machine, *tool_, *dom_, log_, frame_}).SelectFile(page_);
+  }
 
   // A legacy package of these files, under a name of its own.
   std::wstring MakeLegacyPackage(const std::map<std::wstring, std::string>& files) {
@@ -56,6 +59,7 @@ class PackageSelectionTest : public ImportFixture {
   }
 
   RecordingPathPage page_;
+  RecordingFrame frame_;
 };
 
 TEST_F(PackageSelectionTest, OpenFileQuestionIsThatOfBothKinds) {
@@ -93,14 +97,14 @@ TEST_F(PackageSelectionTest, PackageIsShownWithTheInstalledVersions) {
 
 TEST_F(PackageSelectionTest, OnlyUcxIsLegacyInWhateverCase) {
   for (const wchar_t* name : {L"PACKAGE.UCX", L"package.Ucx", L"package.ucx"}) {
-    view_.messages.clear();
+    frame_.messages.clear();
     Select(L"C:\\missing\\" + std::wstring(name));
-    EXPECT_EQ(view_.messages, (Lines{L"File corruption"})) << name;
+    EXPECT_EQ(frame_.messages, (Lines{L"File corruption"})) << name;
   }
   for (const wchar_t* name : {L"package.zip", L"package.ucex", L"ucx", L"package.ucx.zip"}) {
-    view_.messages.clear();
+    frame_.messages.clear();
     Select(L"C:\\missing\\" + std::wstring(name));
-    EXPECT_TRUE(view_.messages.empty()) << name;
+    EXPECT_TRUE(frame_.messages.empty()) << name;
     EXPECT_EQ(state_.package.path, L"C:\\missing\\" + std::wstring(name));
   }
 }
@@ -108,7 +112,7 @@ TEST_F(PackageSelectionTest, OnlyUcxIsLegacyInWhateverCase) {
 TEST_F(PackageSelectionTest, LegacyDocumentThatNamesItsVersionOffersThatOne) {
   Select(MakeLegacyPackage(
       {{L"UI.xml", "<r><Surface_Finish><ImgDir0001 value=\"2025\"/></Surface_Finish></r>"}}));
-  EXPECT_TRUE(view_.messages.empty());
+  EXPECT_TRUE(frame_.messages.empty());
   EXPECT_EQ(page_.versions, (Lines{L"2025"}));
   EXPECT_EQ(state_.package.legacyXmlPath, context_.stagingFolder + L"UI.xml");
   EXPECT_EQ(context_.selectedVersion, L"2025");
@@ -137,23 +141,23 @@ TEST_F(PackageSelectionTest, LegacyPackageWithoutExactlyOneDocumentIsCorrupted) 
   page_.selected = L"2025";
   state_.package.path = L"C:\\before.ucex";
   for (const auto& files : kPackages) {
-    view_.messages.clear();
+    frame_.messages.clear();
     Select(MakeLegacyPackage(files));
-    EXPECT_EQ(view_.messages, (Lines{L"File corruption"}));
+    EXPECT_EQ(frame_.messages, (Lines{L"File corruption"}));
     ExpectNothingTaken(L"before", {L"2025"}, L"C:\\before.ucex");
   }
 }
 
 TEST_F(PackageSelectionTest, FolderThatIsNamedLikeADocumentIsNone) {
   Select(MakeLegacyPackage({{L"folder.xml\\a.txt", "text"}, {L"b.xml", "<b/>"}}));
-  EXPECT_TRUE(view_.messages.empty());
+  EXPECT_TRUE(frame_.messages.empty());
   EXPECT_EQ(state_.package.legacyXmlPath, context_.stagingFolder + L"b.xml");
 }
 
 TEST_F(PackageSelectionTest, PipeOrDeviceThatIsNamedLikeADocumentIsNone) {
   const std::wstring folder = machine_->ScratchFolder() + L"documents\\";
   machine_->PutFile(folder + L"pipe.xml", "");
-  const SpecialFiles files(ports_.files, L"pipe.xml");
+  const SpecialFiles files(*ports_.files, L"pipe.xml");
   EXPECT_EQ(FindSingleXml(files, folder), L"");
   machine_->PutFile(folder + L"a.xml", "<a/>");
   EXPECT_EQ(FindSingleXml(files, folder), folder + L"a.xml");
@@ -164,18 +168,15 @@ TEST_F(PackageSelectionTest, RefusedPackageLeavesNothingBehindAndTheChosenOneAsI
   machine_->PutFile(context_.stagingFolder + L"unpacked.txt", "unpacked");
   const std::wstring staging = context_.stagingFolder;
   const std::wstring description = context_.packageDescriptionPath;
-  report_.problems = {L"of the chosen one"};
   page_.answer = MakeLegacyPackage({{L"a.txt", "text"}});
   FixedGuids guids;
-  const Machine machine = WithGuids(ports_, guids);
-  SelectPackage(
-      {{context_, state_.package, machine, *tool_, *dom_, log_, view_, report_}, state_, page_});
-  EXPECT_EQ(view_.messages, (Lines{L"File corruption"}));
+  const Machine machine = With<&Machine::guids>(ports_, guids);
+  SelectOn(machine);
+  EXPECT_EQ(frame_.messages, (Lines{L"File corruption"}));
   EXPECT_EQ(context_.stagingFolder, staging);
   EXPECT_EQ(context_.packageDescriptionPath, description);
   EXPECT_EQ(Content(staging + L"unpacked.txt"), "unpacked");
-  EXPECT_FALSE(ports_.files.Exists(*ports_.folders.TempPath() + guids.guid->substr(1, 36)));
-  EXPECT_EQ(report_.problems, (Lines{L"of the chosen one"}));
+  EXPECT_FALSE(ports_.files->Exists(*ports_.folders->TempPath() + guids.guid->substr(1, 36)));
   ExpectNothingTaken(PackagePath(), {L"2026"}, PackagePath());
 }
 
@@ -183,22 +184,30 @@ TEST_F(PackageSelectionTest, NewPackageTakesThePlaceOfTheUnpackedOne) {
   const std::wstring staging = context_.stagingFolder;
   machine_->PutFile(staging + L"unpacked.txt", "unpacked");
   Select(MakeLegacyPackage({{L"a.xml", "<a/>"}}));
-  EXPECT_FALSE(ports_.files.Exists(staging));
+  EXPECT_FALSE(ports_.files->Exists(staging));
   EXPECT_EQ(context_.packageDescriptionPath, context_.stagingFolder + L"config.ini");
 }
 
 TEST_F(PackageSelectionTest, EachSelectionStartsAfresh) {
   Select(MakeLegacyPackage({{L"a.xml", "<a/>"}}));
   Select(MakeLegacyPackage({{L"b.xml", "<b/>"}}));
-  EXPECT_TRUE(view_.messages.empty());
+  EXPECT_TRUE(frame_.messages.empty());
   EXPECT_EQ(state_.package.legacyXmlPath, context_.stagingFolder + L"b.xml");
 }
 
 class LegacyImportTest : public PackageSelectionTest {
  protected:
   void ImportDocument(const std::wstring& name, const std::string& document) {
-    Select(MakeLegacyPackage({{name, document}}));
-    PackageImport(Run()).ApplyLegacy();
+    ASSERT_TRUE(TakeLegacyPackage(Run(), view_, state_, MakeLegacyPackage({{name, document}})));
+    ImportFace(Run(), view_).ApplyLegacy();
+  }
+
+  // The wizard's next step from the path page.
+  void GoOn() {
+    ChooseMode(state_, context_, MigrationMode::kImport);
+    state_.pageIndex = 1;
+    WizardFlow({context_, state_, ports_, *tool_, *dom_, log_, frame_}).Next();
+    EXPECT_FALSE(frame_.finishText.empty());
   }
 
   void MakeLanguageFolders() {
@@ -229,9 +238,8 @@ TEST_F(LegacyImportTest, CancelledClickGoesOnWithThePackageThatWasChosen) {
   Select();
   Select(L"");
   ExpectNothingTaken(path, {L"2026"}, path);
-  PackageImport(Run()).ApplyLegacy();
+  GoOn();
   EXPECT_EQ(Placed(L"-Scene.xml"), "<s/>");
-  EXPECT_TRUE(report_.IsComplete());
 }
 
 TEST_F(LegacyImportTest, RefusedPackageGoesOnWithThePackageThatWasChosen) {
@@ -239,12 +247,11 @@ TEST_F(LegacyImportTest, RefusedPackageGoesOnWithThePackageThatWasChosen) {
   Select(MakeLegacyPackage({{L"Scene_UI.xml", "<s/>"}}));
   const std::wstring path = state_.package.path;
   Select(L"C:\\missing\\another.ucx");
-  EXPECT_EQ(view_.messages, (Lines{L"File corruption"}));
+  EXPECT_EQ(frame_.messages, (Lines{L"File corruption"}));
   ExpectNothingTaken(path, {L"2026"}, path);
   machine_->DeletePath(path);
-  PackageImport(Run()).ApplyLegacy();
+  GoOn();
   EXPECT_EQ(Placed(L"-Scene.xml"), "<s/>");
-  EXPECT_TRUE(report_.IsComplete());
 }
 
 TEST_F(LegacyImportTest, DocumentOfSeveralNamesIsTheFirstOfThem) {
@@ -297,25 +304,26 @@ TEST_F(LegacyImportTest, FolderThatNeedsMoreThanOneLevelIsPassedOver) {
 }
 
 TEST_F(LegacyImportTest, FoldersThatTheSystemCannotTellAreAProblem) {
-  Select(MakeLegacyPackage({{L"Scene_UI.xml", "<s/>"}}));
+  ASSERT_TRUE(
+      TakeLegacyPackage(Run(), view_, state_, MakeLegacyPackage({{L"Scene_UI.xml", "<s/>"}})));
   FixedFolders folders;
   folders.roaming.reset();
   context_.roamingRoot.clear();
-  const Machine machine = WithFolders(ports_, folders);
-  PackageImport({context_, state_.package, machine, *tool_, *dom_, log_, view_, report_})
+  const Machine machine = With<&Machine::folders>(ports_, folders);
+  ImportFace({context_, state_.package, machine, *tool_, *dom_, log_, observer_, report_}, view_)
       .ApplyLegacy();
   EXPECT_EQ(report_.problems.size(), 1u);
-  EXPECT_FALSE(ports_.files.Exists(L"\\en-us"));
+  EXPECT_FALSE(ports_.files->Exists(L"\\en-us"));
 }
 
 TEST_F(LegacyImportTest, PackageThatCannotBeUnpackedAnywhereIsNotChosen) {
   const std::wstring package = MakeLegacyPackage({{L"Scene_UI.xml", "<s/>"}});
   FixedGuids guids;
   guids.guid.reset();
-  const Machine machine = WithGuids(ports_, guids);
-  const ImportRun run{context_, state_.package, machine, *tool_, *dom_, log_, view_, report_};
-  EXPECT_FALSE(OpenLegacyPackage(run, package));
-  EXPECT_EQ(view_.messages, (Lines{L"No folder can be made in the temporary path"}));
+  const Machine machine = With<&Machine::guids>(ports_, guids);
+  const ImportRun run{context_, state_.package, machine, *tool_, *dom_, log_, observer_, report_};
+  EXPECT_EQ(OpenLegacyPackage(run, package).refusal, RunRefusal::kNoStagingFolder);
+  EXPECT_EQ(TextOf(RunRefusal::kNoStagingFolder), L"No folder can be made in the temporary path");
 }
 
 TEST_F(LegacyImportTest, OptionDocumentGoesIntoTheTargetsRegistry) {
@@ -332,7 +340,7 @@ TEST_F(LegacyImportTest, OptionsNameTheCurrentUsersFolders) {
   PutOption(L"Folder");
   ImportDocument(L"VANTRIC_Option_Config.xml",
                  "<r><General><Folder value=\"C:\\Users\\somebody\\Parts\"/></General></r>");
-  const std::wstring user = ports_.user.UserName().value();
+  const std::wstring user = ports_.user->UserName().value();
   EXPECT_EQ(Option(L"Folder"), MakeStringValue(L"Folder", L"C:\\Users\\" + user + L"\\Parts"));
 }
 
@@ -372,6 +380,13 @@ TEST_F(LegacyImportTest, DocumentNamesAreMatchedWithRegardToCase) {
   EXPECT_EQ(Content(Roaming(L"en-us\\Customization\\" + context_.productName + L"-Scene.xml")),
             "no file");
   EXPECT_EQ(report_.problems.size(), 1u);
+}
+
+TEST_F(LegacyImportTest, RefusedPackageLeavesTheReportOfTheChosenOne) {
+  report_.problems = {L"of the chosen one"};
+  EXPECT_FALSE(TakeLegacyPackage(Run(), view_, state_, MakeLegacyPackage({{L"a.txt", "text"}})));
+  EXPECT_EQ(view_.messages, (Lines{L"File corruption"}));
+  EXPECT_EQ(report_.problems, (Lines{L"of the chosen one"}));
 }
 
 }  // namespace

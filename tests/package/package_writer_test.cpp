@@ -84,7 +84,8 @@ class WritePackageTest : public testing::Test {
   }
 
   PackageReport Write(const Names& sources) {
-    return WritePackage(context_, machine_->Ports(), sources, Archive(), ArchivePurpose::kKeep);
+    return WritePackage(context_, machine_->Ports(), sources, Archive(), ArchivePurpose::kKeep,
+                        observer_);
   }
 
   std::wstring Archive() const { return machine_->ScratchFolder() + L"x.ucex"; }
@@ -96,12 +97,13 @@ class WritePackageTest : public testing::Test {
 
   Names EntryNames() {
     Names names;
-    const auto archive = machine_->Ports().archives.Open(Archive());
+    const auto archive = machine_->Ports().archives->Open(Archive());
     if (!archive) return {L"no archive"};
     for (std::size_t i = 0; const auto item = archive->Item(i); ++i) names.push_back(item->name);
     return names;
   }
 
+  RunObserver observer_;
   std::unique_ptr<TestMachine> machine_ = NewTestMachine();
   ProductContext context_;
 };
@@ -125,11 +127,11 @@ TEST_F(WritePackageTest, FolderFilesFollowTheFileSystemsOrderDepthFirst) {
   }
   machine_->MakeFolder(folder + L"\\empty");
   Names expected;
-  const FileReader& files = machine_->Ports().files;
-  for (const FolderEntry& entry : files.ListFolder(folder)) {
+  const FileReader& files = *machine_->Ports().files;
+  for (const FolderEntry& entry : ListFolder(files, folder)) {
     const std::wstring path = folder + L"\\" + entry.name;
     if (!entry.isFolder) expected.push_back(FromFirstLocal(path));
-    for (const FolderEntry& inner : files.ListFolder(path)) {
+    for (const FolderEntry& inner : ListFolder(files, path)) {
       expected.push_back(FromFirstLocal(path + L"\\" + inner.name));
     }
   }
@@ -187,19 +189,19 @@ TEST_F(WritePackageTest, LinkToAFolderIsFollowedOnceAndALinkBelowItIsReported) {
   machine_->PutFile(folder + L"\\link\\a.xml", "x");
   machine_->PutFile(folder + L"\\link\\link\\b.xml", "x");
   const Machine p = machine_->Ports();
-  LinkingFiles files(p.files);
-  const Machine linking = WithFiles(p, files);
+  LinkingFiles files(*p.files);
+  const Machine linking = With<&Machine::files>(p, files);
   const auto report =
-      WritePackage(context_, linking, Names{folder}, Archive(), ArchivePurpose::kKeep);
+      WritePackage(context_, linking, Names{folder}, Archive(), ArchivePurpose::kKeep, observer_);
   EXPECT_EQ(EntryNames(), Names{FromFirstLocal(folder + L"\\link\\a.xml")});
   ASSERT_EQ(report.skipped.size(), 1u);
   EXPECT_EQ(report.skipped[0].path, folder + L"\\link\\link");
 }
 
 TEST_F(WritePackageTest, ArchiveThatCannotBeCreatedIsReportedAndNothingMore) {
-  const auto report =
-      WritePackage(context_, machine_->Ports(), Names{L"C:\\x"},
-                   machine_->ScratchFolder() + L"missing\\x.ucex", ArchivePurpose::kKeep);
+  const auto report = WritePackage(context_, machine_->Ports(), Names{L"C:\\x"},
+                                   machine_->ScratchFolder() + L"missing\\x.ucex",
+                                   ArchivePurpose::kKeep, observer_);
   EXPECT_EQ(report.outcome, ArchiveResult::kTargetNotWritable);
   EXPECT_TRUE(report.storedPerSource.empty());
 }

@@ -80,7 +80,7 @@ TEST(RegistryFileCheck, ZerosBehindTheTextAreNoEnd) {
 TEST(RegistryFileCheck, ReadsFilesOnTheDisk) {
   const auto machine = NewTestMachine();
   const std::wstring path = machine->ScratchFolder() + L"a.reg";
-  FileSystem& files = machine->Ports().files;
+  FileSystem& files = *machine->Ports().files;
   EXPECT_TRUE(WhatRegistryFileLacks(files, path));
   machine->PutFile(path, Utf16(kWhole));
   EXPECT_EQ(WhatRegistryFileLacks(files, path), std::nullopt);

@@ -63,11 +63,6 @@ class LinkedFiles : public ForwardingFiles {
   LinkedFiles(FileSystem& files, std::wstring link)
       : ForwardingFiles(files), link_(std::move(link)) {}
   bool IsLink(const std::wstring& path) const override { return path == link_; }
-  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override {
-    auto entries = ForwardingFiles::ListFolder(folder);
-    for (FolderEntry& entry : entries) entry.isLink = IsLink(folder + entry.name);
-    return entries;
-  }
 
  private:
   std::wstring link_;
@@ -78,7 +73,7 @@ TEST_F(SweepTest, LinksAreNotFollowed) {
     machine_.files.Put(kMark, "");
     machine_.files.Put(kFolder + L"\\x.txt", "of another folder");
     LinkedFiles files(machine_.files, link);
-    SweepRunFolders(WithFiles(machine_.Ports(), files));
+    SweepRunFolders(With<&Machine::files>(machine_.Ports(), files));
     EXPECT_TRUE(machine_.files.Has(kFolder + L"\\x.txt")) << ToUtf8(link);
   }
 }
@@ -107,7 +102,7 @@ class RunFolderTest : public testing::Test {
 
   Machine Ports() {
     const Machine ports = machine_->Ports();
-    return WithGuids(WithFolders(ports, folders_), guids_);
+    return With<&Machine::guids>(With<&Machine::folders>(ports, folders_), guids_);
   }
   void Sweep() { SweepRunFolders(Ports()); }
 
@@ -123,7 +118,7 @@ TEST_F(RunFolderTest, StagingFolderInUseIsNotSwept) {
   Sweep();
   EXPECT_EQ(machine_->FileBytes(context_.stagingFolder + L"config.ini"), "x");
   DeleteStagingFolder(context_, Ports());
-  EXPECT_TRUE(Ports().files.ListFolder(machine_->ScratchFolder()).empty());
+  EXPECT_TRUE(ListFolder(*Ports().files, machine_->ScratchFolder()).empty());
 }
 
 TEST_F(RunFolderTest, AbandonedStagingFolderIsSwept) {
@@ -131,13 +126,14 @@ TEST_F(RunFolderTest, AbandonedStagingFolderIsSwept) {
   machine_->PutFile(folder + L"\\" + kRunFolderMark, "");
   machine_->PutFile(folder + L"\\Local\\x.txt", "x");
   Sweep();
-  EXPECT_FALSE(Ports().files.Exists(folder));
+  EXPECT_FALSE(Ports().files->Exists(folder));
 }
 
 TEST_F(RunFolderTest, FolderThatHoldsTheOnlyCopyIsKept) {
   ASSERT_TRUE(CreateStagingFolder(context_, Ports()));
   machine_->PutFile(context_.stagingFolder + L"Local\\x.txt", "only copy");
-  KeepRunFolder(Ports().files, context_.stagingFolder.substr(0, context_.stagingFolder.size() - 1));
+  KeepRunFolder(*Ports().files,
+                context_.stagingFolder.substr(0, context_.stagingFolder.size() - 1));
   Sweep();
   EXPECT_EQ(machine_->FileBytes(context_.stagingFolder + L"Local\\x.txt"), "only copy");
 }
@@ -145,24 +141,23 @@ TEST_F(RunFolderTest, FolderThatHoldsTheOnlyCopyIsKept) {
 TEST_F(RunFolderTest, StagingFolderThatWasThereIsNotMarked) {
   machine_->PutFile(machine_->ScratchFolder() + guids_.guid->substr(1, 36) + L"\\x.txt", "x");
   ASSERT_TRUE(CreateStagingFolder(context_, Ports()));
-  EXPECT_FALSE(Ports().files.Exists(context_.stagingFolder + kRunFolderMark));
+  EXPECT_FALSE(Ports().files->Exists(context_.stagingFolder + kRunFolderMark));
 }
 
 TEST_F(RunFolderTest, SpoolOfAPreviewIsMarkedWhileItLives) {
-  std::wstring reason;
-  auto overlay = OverlayMachine::Open(Ports(), reason);
+  auto overlay = OverlayMachine::Open(Ports()).object;
   ASSERT_TRUE(overlay);
   const std::wstring mark =
       machine_->ScratchFolder() + guids_.guid->substr(1, 36) + L"\\" + kRunFolderMark;
-  EXPECT_TRUE(Ports().files.Exists(mark));
+  EXPECT_TRUE(Ports().files->Exists(mark));
   Sweep();
-  EXPECT_TRUE(Ports().files.Exists(mark));
+  EXPECT_TRUE(Ports().files->Exists(mark));
   overlay.reset();
-  EXPECT_TRUE(Ports().files.ListFolder(machine_->ScratchFolder()).empty());
+  EXPECT_TRUE(ListFolder(*Ports().files, machine_->ScratchFolder()).empty());
 }
 
 TEST_F(RunFolderTest, ClearingAPathTakesFilesAndFolders) {
-  FileSystem& files = Ports().files;
+  FileSystem& files = *Ports().files;
   const std::wstring path = machine_->ScratchFolder() + L"x";
   EXPECT_TRUE(ClearPath(files, path));
   machine_->PutFile(path, "x");

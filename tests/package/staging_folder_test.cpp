@@ -14,7 +14,7 @@ class StagingFolderTest : public testing::Test {
 
   Machine Ports() {
     const Machine ports = machine_->Ports();
-    return WithGuids(WithFolders(ports, folders_), guids_);
+    return With<&Machine::guids>(With<&Machine::folders>(ports, folders_), guids_);
   }
 
   std::wstring Expected() const {
@@ -30,7 +30,7 @@ class StagingFolderTest : public testing::Test {
 TEST_F(StagingFolderTest, IsNamedByAGuidWithoutBraces) {
   ASSERT_TRUE(CreateStagingFolder(context_, Ports()));
   EXPECT_EQ(context_.stagingFolder, Expected());
-  EXPECT_TRUE(Ports().files.IsFolder(Expected()));
+  EXPECT_TRUE(Ports().files->IsFolder(Expected()));
 }
 
 TEST_F(StagingFolderTest, ExistingFolderOfTheSameNameIsReused) {
@@ -56,13 +56,13 @@ TEST_F(StagingFolderTest, DeletingTakesTheContentAlong) {
   ASSERT_TRUE(CreateStagingFolder(context_, Ports()));
   machine_->PutFile(context_.stagingFolder + L"Local\\深\\x.txt", "x");
   DeleteStagingFolder(context_, Ports());
-  EXPECT_FALSE(Ports().files.Exists(Expected()));
-  EXPECT_TRUE(Ports().files.IsFolder(machine_->ScratchFolder()));
+  EXPECT_FALSE(Ports().files->Exists(Expected()));
+  EXPECT_TRUE(Ports().files->IsFolder(machine_->ScratchFolder()));
 }
 
 TEST_F(StagingFolderTest, DeletingWithoutAFolderTouchesNothing) {
   DeleteStagingFolder(context_, Ports());
-  EXPECT_TRUE(Ports().files.IsFolder(machine_->ScratchFolder()));
+  EXPECT_TRUE(Ports().files->IsFolder(machine_->ScratchFolder()));
 }
 
 TEST_F(StagingFolderTest, RenewingReplacesTheFolderAndTheDescriptionsPath) {
@@ -71,7 +71,7 @@ TEST_F(StagingFolderTest, RenewingReplacesTheFolderAndTheDescriptionsPath) {
   machine_->PutFile(old + L"General.reg", "old");
   guids_.guid = L"{FFEEDDCC-4455-6677-8899-AABBCCDDEEFF}";
   ASSERT_TRUE(RenewStagingFolder(context_, Ports()));
-  EXPECT_FALSE(Ports().files.Exists(old));
+  EXPECT_FALSE(Ports().files->Exists(old));
   EXPECT_EQ(context_.packageDescriptionPath,
             machine_->ScratchFolder() + L"FFEEDDCC-4455-6677-8899-AABBCCDDEEFF\\config.ini");
 }

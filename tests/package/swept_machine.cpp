@@ -34,7 +34,7 @@ std::string With(const char* pattern, const std::string& text) {
   return filled.replace(filled.find("%s"), 2, text);
 }
 
-std::string RegFileOf(const std::wstring& key, const std::wstring& values) {
+std::string RegistryFileOf(const std::wstring& key, const std::wstring& values) {
   const auto bytes =
       EncodeText({L"Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\" + key +
                       L"]\r\n" + values,
@@ -129,9 +129,9 @@ class Content : public MemoryMachine {
       entries[folder + L"menu.UIK"] = "packaged";
       entries[folder + L"packaged.ini"] = "packaged";
     }
-    entries[L"Options\\General.reg"] = RegFileOf(
+    entries[L"Options\\General.reg"] = RegistryFileOf(
         kOlderKey + L"\\General", L"\"folder\"=\"C:\\\\Users\\\\old\\\\x\"\r\n\"n\"=\"1\"\r\n");
-    entries[L"Register\\VANTRIC2025.reg"] = RegFileOf(kOlderKey, L"\"packaged\"=\"1\"\r\n");
+    entries[L"Register\\VANTRIC2025.reg"] = RegistryFileOf(kOlderKey, L"\"packaged\"=\"1\"\r\n");
     Write(kPackage, entries);
     Write(kScenePackage, {{L"Scene_UI.xml", "<s>VANTRIC24.0</s>"}});
     Write(kOptionsPackage,
@@ -161,7 +161,7 @@ SweptMachine::SweptMachine() {
 
 std::map<std::wstring, std::string> SweptMachine::AllFiles(const std::wstring& folder) const {
   std::map<std::wstring, std::string> found;
-  for (const FolderEntry& entry : files.ListFolder(folder)) {
+  for (const FolderEntry& entry : ListFolder(files, folder)) {
     const std::wstring path = folder + L"\\" + entry.name;
     if (!entry.isFolder) found[path] = files.Bytes(path);
     if (entry.isFolder) found.merge(AllFiles(path));

@@ -13,7 +13,7 @@ namespace {
 class ArchiveLibraryContract : public ContractTest {
  protected:
   std::wstring At(const std::wstring& name) const { return machine_->ScratchFolder() + name; }
-  ArchiveLibrary& Archives() { return machine_->Ports().archives; }
+  ArchiveLibrary& Archives() { return *machine_->Ports().archives; }
 
   std::unique_ptr<ArchiveReader> Stored(const std::vector<RawItem>& items) {
     machine_->PutFile(archive_, RawZip(items));
@@ -22,7 +22,7 @@ class ArchiveLibraryContract : public ContractTest {
 
   std::vector<std::wstring> Names(const std::wstring& folder) {
     std::vector<std::wstring> names;
-    for (const FolderEntry& entry : machine_->Ports().files.ListFolder(folder)) {
+    for (const FolderEntry& entry : ListFolder(*machine_->Ports().files, folder)) {
       names.push_back(entry.name);
     }
     return names;
@@ -175,7 +175,7 @@ TEST_P(ArchiveLibraryContract, CreatesNothingWhereNothingCanBe) {
   EXPECT_EQ(Archives().Create(At(L"none\\archive.ucex"), ArchivePurpose::kKeep), nullptr);
   EXPECT_EQ(Archives().Create(At(L"folder"), ArchivePurpose::kKeep), nullptr);
   EXPECT_EQ(Archives().Create(L"", ArchivePurpose::kKeep), nullptr);
-  EXPECT_FALSE(machine_->Ports().files.Exists(At(L"none")));
+  EXPECT_FALSE(machine_->Ports().files->Exists(At(L"none")));
 }
 
 TEST_P(ArchiveLibraryContract, LeavesAReadOnlyArchiveAlone) {
@@ -213,7 +213,7 @@ TEST_P(ArchiveLibraryContract, RefusesItemsThatWouldLeaveTheDestination) {
   for (std::size_t i = 0; i < names.size(); ++i) {
     EXPECT_EQ(reader->Extract(i, At(L"out\\sub\\evil")), ArchiveResult::kNameRefused) << names[i];
   }
-  EXPECT_FALSE(machine_->Ports().files.Exists(At(L"out")));
+  EXPECT_FALSE(machine_->Ports().files->Exists(At(L"out")));
 }
 
 TEST_P(ArchiveLibraryContract, ReplacesAFileOnlyByCompleteData) {
@@ -264,7 +264,7 @@ TEST_P(ArchiveLibraryContract, MakesAFolderOfAnItemThatIsOne) {
   const auto reader = Stored({{.name = "sub/", .data = ""}});
   ASSERT_NE(reader, nullptr);
   EXPECT_EQ(reader->Extract(0, At(L"out\\sub\\")), ArchiveResult::kDone);
-  EXPECT_TRUE(machine_->Ports().files.IsFolder(At(L"out\\sub")));
+  EXPECT_TRUE(machine_->Ports().files->IsFolder(At(L"out\\sub")));
 }
 
 TEST_P(ArchiveLibraryContract, TakesPathsLongerThanTheFixedBuffers) {

@@ -12,7 +12,7 @@ namespace {
 class FileContentContract : public ContractTest {
  protected:
   std::wstring At(const std::wstring& name) const { return machine_->ScratchFolder() + name; }
-  FileSystem& Files() { return machine_->Ports().files; }
+  FileSystem& Files() { return *machine_->Ports().files; }
   void Put(const std::wstring& name, const std::string& bytes) {
     machine_->PutFile(At(name), bytes);
   }
@@ -24,7 +24,7 @@ class FileContentContract : public ContractTest {
 
   std::vector<std::wstring> Listed(const std::wstring& folder) {
     std::vector<std::wstring> names;
-    for (const FolderEntry& entry : Files().ListFolder(At(folder))) names.push_back(entry.name);
+    for (const FolderEntry& entry : ListFolder(Files(), At(folder))) names.push_back(entry.name);
     return names;
   }
 

@@ -14,25 +14,25 @@ namespace {
 TEST(KnownFoldersContract, NamesFoldersThatAreThere) {
   const auto machine = NewTestMachine();
   const Machine ports = machine->Ports();
-  const auto local = ports.folders.LocalAppData();
-  const auto roaming = ports.folders.RoamingAppData();
-  const auto temp = ports.folders.TempPath();
+  const auto local = ports.folders->LocalAppData();
+  const auto roaming = ports.folders->RoamingAppData();
+  const auto temp = ports.folders->TempPath();
   ASSERT_TRUE(local && roaming && temp);
   EXPECT_FALSE(EndsInSeparator(*local));
   EXPECT_FALSE(EndsInSeparator(*roaming));
   EXPECT_TRUE(temp->ends_with(L'\\'));
   EXPECT_LE(ToUtf16(*temp).size(), kFixedPathBuffer);
   EXPECT_NE(*local, *roaming);
-  EXPECT_TRUE(ports.files.IsFolder(*local));
-  EXPECT_TRUE(ports.files.IsFolder(*temp));
+  EXPECT_TRUE(ports.files->IsFolder(*local));
+  EXPECT_TRUE(ports.files->IsFolder(*temp));
 }
 
 // Both lie side by side in the folder that an import unpacks into.
 TEST(KnownFoldersContract, KeepsLocalAndRoamingTogether) {
   const auto machine = NewTestMachine();
   const Machine ports = machine->Ports();
-  const std::wstring local = ports.folders.LocalAppData().value();
-  const std::wstring roaming = ports.folders.RoamingAppData().value();
+  const std::wstring local = ports.folders->LocalAppData().value();
+  const std::wstring roaming = ports.folders->RoamingAppData().value();
   EXPECT_EQ(FileNameOf(local), L"Local");
   EXPECT_EQ(FileNameOf(roaming), L"Roaming");
   EXPECT_EQ(RemoveFileSpec(local), RemoveFileSpec(roaming));
@@ -53,7 +53,7 @@ bool IsGuid(const std::wstring& text) {
 TEST(GuidSourceContract, MakesGuidsInRegistryForm) {
   const auto machine = NewTestMachine();
   for (int i = 0; i < 50; ++i) {
-    const std::wstring guid = machine->Ports().guids.NewGuid().value();
+    const std::wstring guid = machine->Ports().guids->NewGuid().value();
     EXPECT_TRUE(IsGuid(guid)) << ToUtf8(guid);
   }
 }
@@ -61,7 +61,7 @@ TEST(GuidSourceContract, MakesGuidsInRegistryForm) {
 TEST(GuidSourceContract, NeverMakesTheSameTwice) {
   const auto machine = NewTestMachine();
   std::set<std::wstring> guids;
-  for (int i = 0; i < 500; ++i) guids.insert(machine->Ports().guids.NewGuid().value());
+  for (int i = 0; i < 500; ++i) guids.insert(machine->Ports().guids->NewGuid().value());
   EXPECT_EQ(guids.size(), 500u);
 }
 

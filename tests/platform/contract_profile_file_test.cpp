@@ -12,10 +12,10 @@ namespace {
 class ProfileFileContract : public ContractTest {
  protected:
   void Write(const std::wstring& section, const std::wstring& key, const std::wstring& value) {
-    EXPECT_TRUE(machine_->Ports().profiles.WriteValue(section, key, value, file_));
+    EXPECT_TRUE(machine_->Ports().profiles->WriteValue(section, key, value, file_));
   }
   std::wstring Read(const std::wstring& section, const std::wstring& key) {
-    return machine_->Ports().profiles.ReadValue(section, key, file_);
+    return machine_->Ports().profiles->ReadValue(section, key, file_);
   }
   std::optional<std::string> Bytes() const { return machine_->FileBytes(file_); }
   void Put(const std::string& bytes) { machine_->PutFile(file_, bytes); }
@@ -101,8 +101,8 @@ TEST_P(ProfileFileContract, KeepsAUtf16FileAsIs) {
 
 TEST_P(ProfileFileContract, FailsInAMissingFolder) {
   const std::wstring file = machine_->ScratchFolder() + L"none\\config.ini";
-  EXPECT_FALSE(machine_->Ports().profiles.WriteValue(L"S", L"k", L"v", file));
-  EXPECT_FALSE(machine_->Ports().files.Exists(machine_->ScratchFolder() + L"none"));
+  EXPECT_FALSE(machine_->Ports().profiles->WriteValue(L"S", L"k", L"v", file));
+  EXPECT_FALSE(machine_->Ports().files->Exists(machine_->ScratchFolder() + L"none"));
 }
 
 CARROVAN_CONTRACT(ProfileFileContract);

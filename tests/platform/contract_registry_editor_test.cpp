@@ -16,9 +16,9 @@ class RegistryEditorContract : public ContractTest {
   std::wstring Key(const std::wstring& rest = {}) const {
     return L"SOFTWARE\\Vantric\\" + machine_->product.productName + rest;
   }
-  RegistryEditor& Editor() { return machine_->Ports().registryEditor; }
+  RegistryEditor& Editor() { return *machine_->Ports().registry; }
   bool IsThere(RegistryHive hive, const std::wstring& key) const {
-    return machine_->Ports().registry.CanOpenKey(hive, key);
+    return machine_->Ports().registry->CanOpenKey(hive, key);
   }
 };
 

@@ -16,7 +16,7 @@ class RegistryContract : public ContractTest {
   std::wstring Key(const std::wstring& rest = {}) const {
     return L"SOFTWARE\\Vantric\\" + machine_->product.productName + rest;
   }
-  const RegistryReader& Registry() { return machine_->Ports().registry; }
+  const RegistryReader& Registry() { return *machine_->Ports().registry; }
 };
 
 TEST_P(RegistryContract, OpensKeysThatAreThere) {

@@ -12,13 +12,13 @@ namespace {
 TEST(UserIdentityContract, TellsTheNameAndAProfileThatIsThere) {
   const auto machine = NewTestMachine();
   const Machine ports = machine->Ports();
-  const auto name = ports.user.UserName();
-  const auto profile = ports.user.ProfileFolder();
+  const auto name = ports.user->UserName();
+  const auto profile = ports.user->ProfileFolder();
   ASSERT_TRUE(name && profile);
   EXPECT_FALSE(name->empty());
   EXPECT_EQ(name->find(L'\0'), std::wstring::npos);
-  EXPECT_TRUE(ports.files.IsFolder(*profile));
-  EXPECT_TRUE(ports.folders.LocalAppData().value().starts_with(*profile));
+  EXPECT_TRUE(ports.files->IsFolder(*profile));
+  EXPECT_TRUE(ports.folders->LocalAppData().value().starts_with(*profile));
 }
 
 TEST(UserIdentityContract, HostTellsAName) {
@@ -38,7 +38,7 @@ TEST(SandboxUser, TellsNothingThatDoesNotFitTheSystemsBuffers) {
 
 TEST(CodePageContract, GivesEveryByteBack) {
   const auto machine = NewTestMachine();
-  const CodePage& codePage = machine->Ports().codePage;
+  const CodePage& codePage = *machine->Ports().codePage;
   std::string bytes;
   for (int i = 0; i < 256; ++i) bytes.push_back(static_cast<char>(i));
   for (const std::string& each :
@@ -52,14 +52,14 @@ TEST(CodePageContract, GivesEveryByteBack) {
 TEST(CodePageContract, BytesOfAsciiAreThatCharacter) {
   const auto machine = NewTestMachine();
   for (int i = 0; i < 128; ++i) {
-    EXPECT_EQ(machine->Ports().codePage.Decode(std::string(1, static_cast<char>(i))),
+    EXPECT_EQ(machine->Ports().codePage->Decode(std::string(1, static_cast<char>(i))),
               std::u16string(1, static_cast<char16_t>(i)));
   }
 }
 
 TEST(CodePageContract, EncodesTextBetweenBytesThatAreNone) {
   const auto machine = NewTestMachine();
-  const CodePage& codePage = machine->Ports().codePage;
+  const CodePage& codePage = *machine->Ports().codePage;
   EXPECT_EQ(codePage.Encode(u"a\xDCFF"
                             u"b\xDC80"),
             "a\xFF"

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/forwarding_files.h"
+#include "platform/forwarding_ports.h"
 #include "tests/support/memory_files.h"
 
 namespace carrovan {

@@ -11,7 +11,7 @@ namespace {
 
 class FolderWipe : public testing::Test {
  protected:
-  FileSystem& Files() { return machine_->Ports().files; }
+  FileSystem& Files() { return *machine_->Ports().files; }
   std::wstring Folder() const { return machine_->ScratchFolder() + L"wiped"; }
   std::wstring Shared() const { return machine_->ScratchFolder() + L"shared"; }
 

@@ -41,7 +41,7 @@ TEST_F(HostFileSystemTest, RefusesNewNamesThatWindowsRefuses) {
   EXPECT_EQ(files_.CreateEmptyFile(std::wstring(L"C:\\a\0b", 6)), kInvalidName);
   EXPECT_EQ(files_.RemoveFile(L""), kInvalidName);
   EXPECT_EQ(files_.RemoveFolder(L""), kInvalidName);
-  EXPECT_TRUE(files_.ListFolder(L"C:\\").empty());
+  EXPECT_TRUE(ListFolder(files_, L"C:\\").empty());
 }
 
 TEST_F(HostFileSystemTest, ListsAsContentFilesOnlyRegularOnes) {
@@ -52,11 +52,11 @@ TEST_F(HostFileSystemTest, ListsAsContentFilesOnlyRegularOnes) {
   fs::create_symlink(Host("pipe.xml"), Host("to pipe.xml"));
   fs::create_symlink("/dev/zero", Host("to device.xml"));
   std::vector<std::wstring> content;
-  for (const FolderEntry& entry : files_.ListFolder(L"C:\\")) {
+  for (const FolderEntry& entry : ListFolder(files_, L"C:\\")) {
     if (IsContentFile(entry)) content.push_back(entry.name);
   }
   EXPECT_EQ(content, (std::vector<std::wstring>{L"file.xml", L"to file.xml"}));
-  EXPECT_EQ(files_.ListFolder(L"C:\\").size(), 6u);
+  EXPECT_EQ(ListFolder(files_, L"C:\\").size(), 6u);
 }
 
 TEST_F(HostFileSystemTest, ReportsAFileWhereAFolderIsNeeded) {
@@ -65,7 +65,7 @@ TEST_F(HostFileSystemTest, ReportsAFileWhereAFolderIsNeeded) {
   EXPECT_EQ(files_.CreateEmptyFile(L"C:\\file\\sub"), kPathNotFound);
   EXPECT_EQ(files_.RemoveFile(L"C:\\file\\sub"), kPathNotFound);
   EXPECT_EQ(files_.RemoveFolder(L"C:\\file"), kNotAFolder);
-  EXPECT_TRUE(files_.ListFolder(L"C:\\file").empty());
+  EXPECT_TRUE(ListFolder(files_, L"C:\\file").empty());
 }
 
 TEST_F(HostFileSystemTest, GivesRoomThatWasNotUsedBack) {
@@ -98,7 +98,7 @@ TEST_F(HostFileSystemTest, ReplacementOnAFullDiskLeavesTheFileAlone) {
   waitpid(child, &status, 0);
   EXPECT_EQ(status, 0);
   EXPECT_EQ(fs::file_size(Host("file")), std::string("content").size());
-  EXPECT_EQ(Names(files_.ListFolder(L"C:\\")), std::vector<std::wstring>{L"file"});
+  EXPECT_EQ(Names(ListFolder(files_, L"C:\\")), std::vector<std::wstring>{L"file"});
 }
 
 TEST_F(HostFileSystemTest, ReportsANameThatIsTooLongForTheHost) {
@@ -110,14 +110,14 @@ TEST_F(HostFileSystemTest, PrefersTheExactSpelling) {
   Put("Name.txt");
   Put("name.txt");
   ASSERT_EQ(files_.RemoveFile(L"C:\\name.txt"), kSystemOk);
-  EXPECT_EQ(Names(files_.ListFolder(L"C:\\")), std::vector<std::wstring>{L"Name.txt"});
+  EXPECT_EQ(Names(ListFolder(files_, L"C:\\")), std::vector<std::wstring>{L"Name.txt"});
 }
 
 TEST_F(HostFileSystemTest, TellsTheFirstOfSeveralSpellingsEachTime) {
   Put("NAME.txt");
   Put("name.txt");
   ASSERT_EQ(files_.RemoveFile(L"C:\\Name.TXT"), kSystemOk);
-  EXPECT_EQ(Names(files_.ListFolder(L"C:\\")), std::vector<std::wstring>{L"name.txt"});
+  EXPECT_EQ(Names(ListFolder(files_, L"C:\\")), std::vector<std::wstring>{L"name.txt"});
 }
 
 TEST_F(HostFileSystemTest, ListsALinkAsOneAndRemovesOnlyIt) {
@@ -126,7 +126,7 @@ TEST_F(HostFileSystemTest, ListsALinkAsOneAndRemovesOnlyIt) {
   fs::create_directory_symlink(Host("target"), Host("to folder"));
   fs::create_symlink(Host("file.txt"), Host("to file"));
   fs::create_symlink(Host("nowhere"), Host("to nothing"));
-  for (const FolderEntry& entry : files_.ListFolder(L"C:\\")) {
+  for (const FolderEntry& entry : ListFolder(files_, L"C:\\")) {
     EXPECT_EQ(entry.isLink, entry.name.starts_with(L"to "));
     EXPECT_EQ(entry.isFolder, entry.name == L"target" || entry.name == L"to folder");
     EXPECT_EQ(files_.IsLink(L"C:\\" + entry.name), entry.isLink);
@@ -138,7 +138,8 @@ TEST_F(HostFileSystemTest, ListsALinkAsOneAndRemovesOnlyIt) {
   EXPECT_EQ(files_.RemoveFolder(L"C:\\to folder"), kSystemOk);
   EXPECT_EQ(files_.RemoveFile(L"C:\\to file"), kSystemOk);
   EXPECT_EQ(files_.RemoveFile(L"C:\\to nothing"), kSystemOk);
-  EXPECT_EQ(Names(files_.ListFolder(L"C:\\")), (std::vector<std::wstring>{L"file.txt", L"target"}));
+  EXPECT_EQ(Names(ListFolder(files_, L"C:\\")),
+            (std::vector<std::wstring>{L"file.txt", L"target"}));
   EXPECT_TRUE(files_.Exists(L"C:\\target\\inside.txt"));
 }
 
@@ -157,9 +158,9 @@ TEST_F(HostFileSystemTest, ComesToAnEndInALoopOfLinks) {
   fs::create_symlink(Host("pong"), Host("ping"));
   EXPECT_FALSE(files_.Exists(L"C:\\ping"));
   EXPECT_FALSE(files_.IsFolder(L"C:\\ping"));
-  EXPECT_TRUE(files_.ListFolder(L"C:\\ping").empty());
+  EXPECT_TRUE(ListFolder(files_, L"C:\\ping").empty());
   EXPECT_EQ(files_.CreateEmptyFile(L"C:\\ping\\x"), kPathNotFound);
-  const auto entries = files_.ListFolder(L"C:\\a");
+  const auto entries = ListFolder(files_, L"C:\\a");
   ASSERT_EQ(entries.size(), 1u);
   EXPECT_TRUE(entries[0].isFolder && entries[0].isLink);
   EXPECT_EQ(files_.RemoveFolder(L"C:\\a\\self"), kSystemOk);
@@ -176,7 +177,7 @@ TEST_F(HostFileSystemTest, LeavesAClosedFolderAsItIs) {
   EXPECT_EQ(files_.CreateEmptyFile(L"C:\\closed\\new"), kAccessDenied);
   EXPECT_EQ(files_.RemoveFile(L"C:\\closed\\file.txt"), kAccessDenied);
   EXPECT_EQ(files_.RemoveFolder(L"C:\\closed\\sub"), kAccessDenied);
-  EXPECT_EQ(Names(files_.ListFolder(L"C:\\closed")),
+  EXPECT_EQ(Names(ListFolder(files_, L"C:\\closed")),
             (std::vector<std::wstring>{L"file.txt", L"sub"}));
 }
 
@@ -190,7 +191,7 @@ TEST_F(HostFileSystemTest, DoesNotEmptyAReadOnlyFile) {
 TEST_F(HostFileSystemTest, ListsNothingOfAFolderThatNobodyMayRead) {
   Put("closed/file.txt");
   folder_.TakePermission(Host("closed"), fs::perms::owner_read);
-  EXPECT_TRUE(files_.ListFolder(L"C:\\closed").empty());
+  EXPECT_TRUE(ListFolder(files_, L"C:\\closed").empty());
 }
 
 TEST_F(HostFileSystemTest, HeldFileIsNobodyElsesUntilItsHolderIsGone) {

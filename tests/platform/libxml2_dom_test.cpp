@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "platform/posix/libxml2_writing.h"
+#include "platform/posix/iconv_encoder.h"
 #include "platform/xml_dom.h"
 #include "tests/support/generated_xml.h"
 #include "tests/support/memory_files.h"

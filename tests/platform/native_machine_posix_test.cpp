@@ -16,7 +16,7 @@ namespace {
 
 TEST(NativeMachine, IsNoneWhereThereIsNoWindows) {
   const MachineOrReason opened = OpenNativeMachine();
-  EXPECT_EQ(opened.machine, nullptr);
+  EXPECT_EQ(opened.object, nullptr);
   EXPECT_EQ(opened.reason, L"this needs Windows, or --root with a sandbox folder");
 }
 
@@ -36,7 +36,7 @@ TEST(HostFiles, KeepNamesThatAreNotUtf8) {
   const std::string name = "bad\xFFname\\with backslash";
   PutHostFile(folder.Path() / name, "x");
   const auto files = OpenHostFiles();
-  const auto entries = files->Files().ListFolder(folder.Text());
+  const auto entries = ListFolder(files->Files(), folder.Text());
   ASSERT_EQ(entries.size(), 1u);
   EXPECT_TRUE(files->Files().Exists(folder.Text() + entries[0].name));
   EXPECT_EQ(files->Files().RemoveFile(folder.Text() + entries[0].name), kSystemOk);
@@ -47,7 +47,7 @@ TEST(HostFiles, StoreAFileWhoseNameIsNotUtf8) {
   const TemporaryFolder folder;
   PutHostFile(folder.Path() / "\xFF.txt", "x");
   const auto files = OpenHostFiles();
-  const std::wstring name = files->Files().ListFolder(folder.Text()).at(0).name;
+  const std::wstring name = ListFolder(files->Files(), folder.Text()).at(0).name;
   const auto writer = files->Archives().Create(folder.Text() + L"a.zip", ArchivePurpose::kKeep);
   ASSERT_NE(writer, nullptr);
   EXPECT_EQ(writer->Add(name, folder.Text() + name), ArchiveResult::kDone);

@@ -1,4 +1,4 @@
-#include "platform/sandbox/path_mapper.h"
+#include "platform/posix/path_mapper.h"
 
 #include <gtest/gtest.h>
 

@@ -25,46 +25,46 @@ class GuardedRegistry : public MemoryRegistry {
   }
 };
 
-RegKeyChange Setting(const std::wstring& path) {
+RegistryKeyChange Setting(const std::wstring& path) {
   return {.hive = kUser, .keyPath = path, .values = {{.value = MakeDwordValue(L"n", 1)}}};
 }
 
-RegKeyChange Removal(const std::wstring& path) {
+RegistryKeyChange Removal(const std::wstring& path) {
   return {.hive = kUser, .keyPath = path, .remove = true, .values = {}};
 }
 
-class RegFileApply : public testing::Test {
+class RegistryFileApply : public testing::Test {
  protected:
-  SystemCode Apply(std::vector<RegKeyChange> changes) {
-    RegFile file;
+  SystemCode Apply(std::vector<RegistryKeyChange> changes) {
+    RegistryFile file;
     file.keys = std::move(changes);
-    return ApplyRegFile(file, registry_);
+    return ApplyRegistryFile(file, registry_);
   }
 
   GuardedRegistry registry_;
 };
 
-TEST_F(RegFileApply, ReportsTheFirstFailureAndGoesOn) {
+TEST_F(RegistryFileApply, ReportsTheFirstFailureAndGoesOn) {
   EXPECT_EQ(Apply({Setting(L"Denied"), Setting(L"Full"), Setting(L"Good")}), kAccessDenied);
   EXPECT_EQ(registry_.Values(kUser, L"Good"), (std::vector{MakeDwordValue(L"n", 1)}));
   EXPECT_EQ(Apply({Setting(L"Good"), Setting(L"Full"), Setting(L"Denied")}), kSystemDiskFull);
   EXPECT_EQ(Apply({Removal(L"Held")}), kGeneralFailure);
 }
 
-TEST_F(RegFileApply, NothingIsSetInAKeyThatCannotBeMade) {
+TEST_F(RegistryFileApply, NothingIsSetInAKeyThatCannotBeMade) {
   EXPECT_EQ(Apply({Setting(L"Denied")}), kAccessDenied);
   EXPECT_FALSE(registry_.CanOpenKey(kUser, L"Denied"));
 }
 
-TEST_F(RegFileApply, WhatIsGoneNeedsNoRemoval) {
-  RegKeyChange change = Setting(L"Good");
+TEST_F(RegistryFileApply, WhatIsGoneNeedsNoRemoval) {
+  RegistryKeyChange change = Setting(L"Good");
   change.values.insert(change.values.begin(),
                        {.value = MakeDwordValue(L"gone", 1), .remove = true});
   EXPECT_EQ(Apply({Removal(L"Nowhere"), change}), kSystemOk);
   EXPECT_EQ(registry_.Values(kUser, L"Good"), (std::vector{MakeDwordValue(L"n", 1)}));
 }
 
-TEST_F(RegFileApply, AWholeHiveStays) {
+TEST_F(RegistryFileApply, AWholeHiveStays) {
   EXPECT_EQ(Apply({Setting(L"Good"), Removal(L"")}), kSystemOk);
   EXPECT_TRUE(registry_.CanOpenKey(kUser, L"Good"));
 }

@@ -16,7 +16,7 @@ class SandboxMachineTest : public testing::Test {
 
   std::wstring ReasonAgainst() const {
     const MachineOrReason opened = SandboxMachine::Open(folder_.Text());
-    EXPECT_EQ(opened.machine, nullptr);
+    EXPECT_EQ(opened.object, nullptr);
     return opened.reason;
   }
 
@@ -29,31 +29,31 @@ TEST_F(SandboxMachineTest, KnowsTheProductAndTheUser) {
       "HumanReadableVersion=2026\r\nStartupFolder=C:\\Program Files\\P\\Bin\r\n"
       "UserName=\xE6\x9D\x8E Li\r\n");
   const MachineOrReason opened = SandboxMachine::Open(folder_.Text());
-  ASSERT_NE(opened.machine, nullptr) << ToUtf8(opened.reason);
+  ASSERT_NE(opened.object, nullptr) << ToUtf8(opened.reason);
   EXPECT_EQ(opened.reason, L"");
-  const Machine machine = opened.machine->Ports();
-  EXPECT_EQ(machine.product.CompanyShortName(), L"ORMA");
-  EXPECT_EQ(machine.product.ProductName(), L"ORMA CAD");
-  EXPECT_EQ(machine.product.ProductVersion(), L"28.0");
-  EXPECT_EQ(machine.product.HumanReadableVersion(), L"2026");
-  EXPECT_EQ(machine.product.StartupFolder(), L"C:\\Program Files\\P\\Bin");
-  EXPECT_EQ(machine.folders.LocalAppData(), L"C:\\Users\\\x674E Li\\AppData\\Local");
-  EXPECT_EQ(machine.folders.RoamingAppData(), L"C:\\Users\\\x674E Li\\AppData\\Roaming");
-  EXPECT_EQ(machine.folders.TempPath(), L"C:\\Users\\\x674E Li\\AppData\\Local\\Temp\\");
-  EXPECT_TRUE(machine.files.IsFolder(L"C:\\Users\\\x674E Li\\AppData\\Local\\Temp"));
+  const Machine machine = opened.object->Ports();
+  EXPECT_EQ(machine.product->CompanyShortName(), L"ORMA");
+  EXPECT_EQ(machine.product->ProductName(), L"ORMA CAD");
+  EXPECT_EQ(machine.product->ProductVersion(), L"28.0");
+  EXPECT_EQ(machine.product->HumanReadableVersion(), L"2026");
+  EXPECT_EQ(machine.product->StartupFolder(), L"C:\\Program Files\\P\\Bin");
+  EXPECT_EQ(machine.folders->LocalAppData(), L"C:\\Users\\\x674E Li\\AppData\\Local");
+  EXPECT_EQ(machine.folders->RoamingAppData(), L"C:\\Users\\\x674E Li\\AppData\\Roaming");
+  EXPECT_EQ(machine.folders->TempPath(), L"C:\\Users\\\x674E Li\\AppData\\Local\\Temp\\");
+  EXPECT_TRUE(machine.files->IsFolder(L"C:\\Users\\\x674E Li\\AppData\\Local\\Temp"));
 }
 
 TEST_F(SandboxMachineTest, LeavesAFactThatIsNotGivenEmpty) {
   PutIni("[Product]\nUserName=u\n");
   const MachineOrReason opened = SandboxMachine::Open(folder_.Text());
-  ASSERT_NE(opened.machine, nullptr);
-  EXPECT_EQ(opened.machine->Ports().product.ProductName(), L"");
+  ASSERT_NE(opened.object, nullptr);
+  EXPECT_EQ(opened.object->Ports().product->ProductName(), L"");
 }
 
 TEST_F(SandboxMachineTest, UsesTheFoldersThatAreThere) {
   PutIni("[Product]\nUserName=u\n");
   fs::create_directories(folder_.Path() / "C" / "USERS" / "U" / "appdata");
-  ASSERT_NE(SandboxMachine::Open(folder_.Text()).machine, nullptr);
+  ASSERT_NE(SandboxMachine::Open(folder_.Text()).object, nullptr);
   EXPECT_TRUE(fs::is_directory(folder_.Path() / "C" / "USERS" / "U" / "appdata" / "Local"));
 }
 
@@ -97,20 +97,20 @@ TEST_F(SandboxMachineTest, SaysWhenTheTemporaryFolderCannotBeMade) {
 TEST_F(SandboxMachineTest, MakesThePausesItIsAskedFor) {
   PutIni("[Product]\nUserName=u\n");
   const MachineOrReason opened = SandboxMachine::Open(folder_.Text());
-  ASSERT_NE(opened.machine, nullptr);
+  ASSERT_NE(opened.object, nullptr);
   const auto start = std::chrono::steady_clock::now();
-  opened.machine->Ports().clock.Pause(std::chrono::milliseconds(20));
+  opened.object->Ports().clock->Pause(std::chrono::milliseconds(20));
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(20));
 }
 
 TEST_F(SandboxMachineTest, LendsItsFilesWithoutAProduct) {
   PutHostFile(folder_.Path() / "C" / "a.txt", "x");
   const FilesOrReason opened = OpenSandboxFiles(folder_.Text());
-  ASSERT_NE(opened.files, nullptr);
-  EXPECT_TRUE(opened.files->Files().Exists(L"c:\\A.TXT"));
-  EXPECT_EQ(opened.files->Archives().Open(L"C:\\a.txt"), nullptr);
-  EXPECT_EQ(opened.files->Examine(L"C:\\a.txt"), nullptr);
-  EXPECT_EQ(opened.files->Archives().Create(L"C:\\a?b.zip", ArchivePurpose::kKeep), nullptr);
+  ASSERT_NE(opened.object, nullptr);
+  EXPECT_TRUE(opened.object->Files().Exists(L"c:\\A.TXT"));
+  EXPECT_EQ(opened.object->Archives().Open(L"C:\\a.txt"), nullptr);
+  EXPECT_EQ(opened.object->Examine(L"C:\\a.txt"), nullptr);
+  EXPECT_EQ(opened.object->Archives().Create(L"C:\\a?b.zip", ArchivePurpose::kKeep), nullptr);
   EXPECT_EQ(OpenSandboxFiles(folder_.Text() + L"none").reason,
             L"there is no sandbox folder " + folder_.Text() + L"none");
 }

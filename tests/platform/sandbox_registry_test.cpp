@@ -88,7 +88,7 @@ TEST_F(SandboxRegistryTest, MergesAFileIntoBothHives) {
           "[HKEY_CURRENT_USER\\K]\r\n\"keep\"=\"1\"\r\n\"gone\"=\"1\"\r\n\"new\"=\"1\"\r\n"
           "[HKEY_CURRENT_USER\\Gone\\Sub]\r\n");
   ASSERT_EQ(registry_.Load(), std::nullopt);
-  const auto file = ParseRegFile(
+  const auto file = ParseRegistryFile(
       L"Windows Registry Editor Version 5.00\r\n[HKEY_CURRENT_USER\\k]\r\n\"NEW\"=\"2\"\r\n"
       L"\"gone\"=-\r\n[-HKEY_CURRENT_USER\\Gone]\r\n[HKEY_LOCAL_MACHINE\\M]\r\n");
   ASSERT_TRUE(file);

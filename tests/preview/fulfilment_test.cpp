@@ -22,19 +22,18 @@ class FulfilmentTest : public testing::Test {
     machine_.files.Put(L"C:\\d\\stays.txt", "same");
     machine_.registry.Root(kUser).Make(kKey).SetValue(MakeStringValue(L"a", L"old"));
     machine_.registry.Root(kUser).Make(kKey + L"\\Goes");
-    std::wstring reason;
-    const auto overlay = OverlayMachine::Open(machine_.Ports(), reason);
+    const auto overlay = OverlayMachine::Open(machine_.Ports()).object;
     Change(overlay->Ports());
     foreseen_ = overlay->Changes();
   }
 
   static void Change(const Machine& ports) {
-    EXPECT_EQ(ports.files.WriteBytes(L"C:\\d\\changes.txt", "new"), kSystemOk);
-    EXPECT_EQ(ports.files.RemoveFile(L"C:\\d\\goes.txt"), kSystemOk);
-    EXPECT_EQ(ports.files.WriteBytes(L"C:\\d\\stays.txt", "same"), kSystemOk);
-    EXPECT_EQ(ports.registryEditor.DeleteTree(kUser, kKey + L"\\Goes"), kSystemOk);
-    EXPECT_EQ(ports.registryEditor.CreateKey(kUser, kKey + L"\\Comes"), kSystemOk);
-    EXPECT_EQ(ports.registryEditor.SetValues(
+    EXPECT_EQ(ports.files->WriteBytes(L"C:\\d\\changes.txt", "new"), kSystemOk);
+    EXPECT_EQ(ports.files->RemoveFile(L"C:\\d\\goes.txt"), kSystemOk);
+    EXPECT_EQ(ports.files->WriteBytes(L"C:\\d\\stays.txt", "same"), kSystemOk);
+    EXPECT_EQ(ports.registry->DeleteTree(kUser, kKey + L"\\Goes"), kSystemOk);
+    EXPECT_EQ(ports.registry->CreateKey(kUser, kKey + L"\\Comes"), kSystemOk);
+    EXPECT_EQ(ports.registry->SetValues(
                   kUser, kKey, {MakeStringValue(L"A", L"new"), MakeStringValue(L"", L"default")}),
               kSystemOk);
   }

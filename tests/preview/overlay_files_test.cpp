@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/forwarding_files.h"
+#include "platform/forwarding_ports.h"
 #include "preview/overlay_machine.h"
 #include "tests/support/machine_snapshot.h"
 #include "text/text.h"
@@ -22,11 +22,10 @@ class OverlayFilesTest : public testing::Test {
   }
 
   void Open() {
-    std::wstring reason;
-    overlay_ = OverlayMachine::Open(machine_.Ports(), reason);
-    ASSERT_TRUE(overlay_) << ToUtf8(reason);
+    overlay_ = OverlayMachine::Open(machine_.Ports()).object;
+    ASSERT_TRUE(overlay_);
   }
-  FileSystem& Files() { return overlay_->Ports().files; }
+  FileSystem& Files() { return *overlay_->Ports().files; }
   std::string Content(const std::wstring& path) {
     std::string bytes = "none";
     static_cast<void>(Files().ReadBytes(path, bytes));
@@ -65,7 +64,7 @@ TEST_F(OverlayFilesTest, NeverShowsItsSpool) {
   Open();
   EXPECT_EQ(Files().WriteBytes(L"C:\\d\\a.txt", "new"), kSystemOk);
   EXPECT_EQ(machine_.files.Names(L"C:\\Users\\u\\AppData\\Local\\Temp").size(), 1u);
-  EXPECT_TRUE(Files().ListFolder(L"C:\\Users\\u\\AppData\\Local\\Temp").empty());
+  EXPECT_TRUE(ListFolder(Files(), L"C:\\Users\\u\\AppData\\Local\\Temp").empty());
   EXPECT_EQ(Changes().size(), 1u);
 }
 
@@ -73,13 +72,13 @@ TEST_F(OverlayFilesTest, SaysWhyThereIsNoSpool) {
   machine_.files.fault = [](const std::string& operation, const std::wstring&) {
     return operation == "create folder" ? kSystemDiskFull : kSystemOk;
   };
-  std::wstring reason;
-  EXPECT_FALSE(OverlayMachine::Open(machine_.Ports(), reason));
-  EXPECT_TRUE(Contains(reason, DescribeSystemCode(kSystemDiskFull))) << ToUtf8(reason);
+  auto opened = OverlayMachine::Open(machine_.Ports());
+  EXPECT_FALSE(opened.object);
+  EXPECT_TRUE(Contains(opened.reason, DescribeSystemCode(kSystemDiskFull)));
   machine_.folders.temp = std::nullopt;
-  reason.clear();
-  EXPECT_FALSE(OverlayMachine::Open(machine_.Ports(), reason));
-  EXPECT_FALSE(reason.empty());
+  opened = OverlayMachine::Open(machine_.Ports());
+  EXPECT_FALSE(opened.object);
+  EXPECT_FALSE(opened.reason.empty());
 }
 
 TEST_F(OverlayFilesTest, TellsWhyTheSpoolCannotBeWritten) {
@@ -128,9 +127,9 @@ TEST_F(OverlayFilesTest, AFolderThatWasMadeAgainShowsNothingOfBefore) {
   EXPECT_EQ(Files().RemoveFile(L"C:\\d\\sub\\b.txt"), kSystemOk);
   EXPECT_EQ(Files().RemoveFolder(L"C:\\d\\sub"), kSystemOk);
   EXPECT_EQ(Files().CreateFolder(L"C:\\d\\SUB"), kSystemOk);
-  EXPECT_TRUE(Files().ListFolder(L"C:\\d\\sub").empty());
+  EXPECT_TRUE(ListFolder(Files(), L"C:\\d\\sub").empty());
   EXPECT_FALSE(Files().Exists(L"C:\\d\\sub\\b.txt"));
-  EXPECT_EQ(Files().ListFolder(L"C:\\d").back().name, L"SUB");
+  EXPECT_EQ(ListFolder(Files(), L"C:\\d").back().name, L"SUB");
 }
 
 TEST_F(OverlayFilesTest, AFileInPlaceOfAFolderIsARemovalAndAnAddition) {
@@ -177,25 +176,19 @@ class OverlayFilesWithALink : public testing::Test {
       for (FolderEntry& entry : entries) entry.isLink = entry.name == L"link";
       return code;
     }
-    std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override {
-      std::vector<FolderEntry> entries;
-      static_cast<void>(ReadFolder(folder, entries));
-      return entries;
-    }
   };
 
   OverlayFilesWithALink() {
     machine_.files.PutFolder(L"C:\\Users\\u\\AppData\\Local\\Temp");
     machine_.files.Put(L"C:\\d\\link\\behind.txt", "somebody's");
-    std::wstring reason;
-    overlay_ = OverlayMachine::Open(ports_, reason);
+    overlay_ = OverlayMachine::Open(ports_).object;
   }
-  FileSystem& Files() { return overlay_->Ports().files; }
+  FileSystem& Files() { return *overlay_->Ports().files; }
 
   MemoryMachine machine_;
   Links links_{machine_.files};
   const Machine own_ = machine_.Ports();
-  const Machine ports_ = WithFiles(own_, links_);
+  const Machine ports_ = With<&Machine::files>(own_, links_);
   std::unique_ptr<OverlayMachine> overlay_;
 };
 
@@ -209,7 +202,7 @@ TEST_F(OverlayFilesWithALink, WhatLiesBehindARemovedLinkIsNoChange) {
 TEST_F(OverlayFilesWithALink, LinkBehindWhichWasWrittenIsStillOne) {
   EXPECT_EQ(Files().WriteBytes(L"C:\\d\\link\\new.txt", "x"), kSystemOk);
   EXPECT_TRUE(Files().IsLink(L"C:\\d\\link"));
-  const std::vector<FolderEntry> entries = Files().ListFolder(L"C:\\d");
+  const std::vector<FolderEntry> entries = ListFolder(Files(), L"C:\\d");
   ASSERT_EQ(entries.size(), 1u);
   EXPECT_TRUE(entries[0].isLink);
 }

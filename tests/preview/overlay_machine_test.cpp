@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/command_interpreter.h"
+#include "platform/registry_tool.h"
 #include "tests/support/machine_snapshot.h"
 #include "text/text.h"
 
@@ -19,15 +19,14 @@ class OverlayMachineTest : public testing::Test {
     machine_.registry.Root(kUser).Make(L"A\\B").SetValue(MakeDwordValue(L"n", 1));
     machine_.registry.Root(kUser).Make(L"A").SetValue(MakeStringValue(L"s", L"x"));
     before_ = TakeSnapshot(machine_);
-    std::wstring reason;
-    overlay_ = OverlayMachine::Open(machine_.Ports(), reason);
+    overlay_ = OverlayMachine::Open(machine_.Ports()).object;
   }
 
   Machine Ports() { return overlay_->Ports(); }
   std::vector<std::string> Changes() { return LinesOf(overlay_->Changes()); }
   bool Import(const std::string& text) {
-    EXPECT_EQ(Ports().files.WriteBytes(L"C:\\x.reg", text), kSystemOk);
-    return Ports().interpreter.Start(RegImportCommand(L"C:\\x.reg"))->WaitForEnd();
+    EXPECT_EQ(Ports().files->WriteBytes(L"C:\\x.reg", text), kSystemOk);
+    return Ports().registryTool->ImportFile(L"C:\\x.reg")->WaitForEnd();
   }
 
   MemoryMachine machine_;
@@ -36,11 +35,11 @@ class OverlayMachineTest : public testing::Test {
 };
 
 TEST_F(OverlayMachineTest, ValuesAreChangedInTheOverlayOnly) {
-  RegistryEditor& editor = Ports().registryEditor;
+  RegistryEditor& editor = *Ports().registry;
   EXPECT_EQ(editor.SetValues(kUser, L"a", {MakeStringValue(L"S", L"y"), MakeDwordValue(L"d", 2)}),
             kSystemOk);
   EXPECT_EQ(editor.DeleteValue(kUser, L"A\\b", L"N"), kSystemOk);
-  const auto values = Ports().registry.Values(kUser, L"A");
+  const auto values = Ports().registry->Values(kUser, L"A");
   ASSERT_TRUE(values);
   EXPECT_EQ(values->at(0), MakeStringValue(L"s", L"y"));
   EXPECT_EQ(values->at(1), MakeDwordValue(L"d", 2));
@@ -50,13 +49,13 @@ TEST_F(OverlayMachineTest, ValuesAreChangedInTheOverlayOnly) {
 }
 
 TEST_F(OverlayMachineTest, AKeyThatWasMadeAgainShowsNothingOfBefore) {
-  RegistryEditor& editor = Ports().registryEditor;
+  RegistryEditor& editor = *Ports().registry;
   EXPECT_EQ(editor.DeleteTree(kUser, L"A"), kSystemOk);
-  EXPECT_FALSE(Ports().registry.CanOpenKey(kUser, L"A\\B"));
+  EXPECT_FALSE(Ports().registry->CanOpenKey(kUser, L"A\\B"));
   EXPECT_EQ(editor.DeleteTree(kUser, L"A"), kFileNotFound);
   EXPECT_EQ(editor.CreateKey(kUser, L"a\\C"), kSystemOk);
-  EXPECT_EQ(Ports().registry.SubkeyNames(kUser, L"A"), std::vector<std::wstring>{L"C"});
-  EXPECT_TRUE(Ports().registry.Values(kUser, L"A")->empty());
+  EXPECT_EQ(Ports().registry->SubkeyNames(kUser, L"A"), std::vector<std::wstring>{L"C"});
+  EXPECT_TRUE(Ports().registry->Values(kUser, L"A")->empty());
   const MachineChanges changes = overlay_->Changes();
   ASSERT_EQ(changes.keys.size(), 2u);
   EXPECT_EQ(changes.keys[0].path, L"A\\B");
@@ -66,7 +65,7 @@ TEST_F(OverlayMachineTest, AKeyThatWasMadeAgainShowsNothingOfBefore) {
 }
 
 TEST_F(OverlayMachineTest, WhatIsSetBackIsNoChange) {
-  RegistryEditor& editor = Ports().registryEditor;
+  RegistryEditor& editor = *Ports().registry;
   EXPECT_EQ(editor.CopyTree(kUser, L"A", kUser, L"A\\Copy"), kSystemOk);
   EXPECT_EQ(Changes().size(), 4u);
   EXPECT_EQ(editor.DeleteTree(kUser, L"A\\Copy"), kSystemOk);
@@ -79,32 +78,33 @@ TEST_F(OverlayMachineTest, TheRegistryToolImportsAFileOfTheOverlay) {
   EXPECT_TRUE(
       Import("REGEDIT4\r\n\r\n[-HKEY_CURRENT_USER\\A\\B]\r\n\r\n[HKEY_CURRENT_USER\\A]\r\n"
              "\"s\"=-\r\n\"d\"=dword:00000007\r\n\"none\"=-\r\n"));
-  EXPECT_FALSE(Ports().registry.CanOpenKey(kUser, L"A\\B"));
-  EXPECT_EQ(Ports().registry.Values(kUser, L"A"), std::vector{MakeDwordValue(L"d", 7)});
+  EXPECT_FALSE(Ports().registry->CanOpenKey(kUser, L"A\\B"));
+  EXPECT_EQ(Ports().registry->Values(kUser, L"A"), std::vector{MakeDwordValue(L"d", 7)});
   EXPECT_FALSE(Import("no registry file"));
-  EXPECT_FALSE(Ports().interpreter.Start(L"/C del C:\\x.reg")->WaitForEnd());
-  EXPECT_FALSE(Ports().interpreter.Start(RegImportCommand(L"C:\\none.reg"))->WaitForEnd());
+  EXPECT_FALSE(
+      Ports().registryTool->ExportKey(L"HKEY_CURRENT_USER\\A", L"C:\\y.reg")->WaitForEnd());
+  EXPECT_FALSE(Ports().registryTool->ImportFile(L"C:\\none.reg")->WaitForEnd());
 }
 
 TEST_F(OverlayMachineTest, ArchivesAreWrittenAndReadInTheOverlay) {
-  EXPECT_EQ(Ports().files.WriteBytes(L"C:\\source", "content"), kSystemOk);
-  const auto writer = Ports().archives.Create(L"C:\\a.zip", ArchivePurpose::kUnpackAtOnce);
+  EXPECT_EQ(Ports().files->WriteBytes(L"C:\\source", "content"), kSystemOk);
+  const auto writer = Ports().archives->Create(L"C:\\a.zip", ArchivePurpose::kUnpackAtOnce);
   ASSERT_TRUE(writer);
   EXPECT_EQ(writer->Add(L"sub\\x", L"C:\\source"), ArchiveResult::kDone);
   EXPECT_NE(writer->Add(L"y", L"C:\\none"), ArchiveResult::kDone);
-  EXPECT_FALSE(Ports().files.Exists(L"C:\\a.zip"));
+  EXPECT_FALSE(Ports().files->Exists(L"C:\\a.zip"));
   EXPECT_EQ(writer->Close(), ArchiveResult::kDone);
-  const auto reader = Ports().archives.Open(L"C:\\a.zip");
+  const auto reader = Ports().archives->Open(L"C:\\a.zip");
   ASSERT_TRUE(reader);
   EXPECT_EQ(reader->Extract(0, L"C:\\made\\deep\\x"), ArchiveResult::kDone);
   std::string bytes;
-  EXPECT_EQ(Ports().files.ReadBytes(L"C:\\made\\deep\\x", bytes), kSystemOk);
+  EXPECT_EQ(Ports().files->ReadBytes(L"C:\\made\\deep\\x", bytes), kSystemOk);
   EXPECT_EQ(bytes, "content");
   EXPECT_EQ(reader->Extract(1, L"C:\\y"), ArchiveResult::kNoSuchItem);
   EXPECT_EQ(reader->Extract(0, L"C:\\made"), ArchiveResult::kTargetNotWritable);
   EXPECT_FALSE(machine_.files.Exists(L"C:\\a.zip"));
-  EXPECT_FALSE(Ports().archives.Create(L"C:\\made", ArchivePurpose::kKeep));
-  EXPECT_FALSE(Ports().archives.Open(L"C:\\none.zip"));
+  EXPECT_FALSE(Ports().archives->Create(L"C:\\made", ArchivePurpose::kKeep));
+  EXPECT_FALSE(Ports().archives->Open(L"C:\\none.zip"));
 }
 
 }  // namespace

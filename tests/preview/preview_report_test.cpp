@@ -28,7 +28,7 @@ class PreviewReportTest : public testing::Test {
 
   PreviewReport Report() {
     const Machine own = machine_->Ports();
-    const Machine machine = WithFolders(own, folders_);
+    const Machine machine = With<&Machine::folders>(own, folders_);
     EXPECT_TRUE(PrepareVersionFolders(context_, machine));
     return MakePreviewReport(changes_, run_, CategoryPlaces(context_, machine));
   }
@@ -55,7 +55,7 @@ class PreviewReportTest : public testing::Test {
   FixedFolders folders_;
   ProductContext context_;
   MachineChanges changes_;
-  ImportReport run_;
+  RunReport run_;
   RecordingConsole console_;
 };
 

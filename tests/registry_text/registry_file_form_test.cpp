@@ -14,7 +14,7 @@ constexpr char kHeader[] = "Windows Registry Editor Version 5.00\r\n";
 constexpr char kKey[] = "[HKEY_CURRENT_USER\\SOFTWARE\\Vantric]\r\n";
 
 std::optional<std::wstring> Scan(std::string_view bytes, std::size_t partBytes = 1 << 20) {
-  RegFormScan scan;
+  RegistryFormScan scan;
   for (; !bytes.empty(); bytes.remove_prefix(std::min(partBytes, bytes.size()))) {
     scan.Take(bytes.substr(0, partBytes));
   }
@@ -26,7 +26,7 @@ std::optional<std::wstring> ScanLine(const std::string& line) {
   return ScanText(kHeader + std::string("\r\n") + kKey + line);
 }
 
-TEST(RegFormScan, UnderstandsWhatTheToolWrites) {
+TEST(RegistryFormScan, UnderstandsWhatTheToolWrites) {
   RegistryKey key;
   std::vector<std::uint8_t> bytes(300, 0xAB);
   for (const std::uint32_t type : {0U, 2U, 3U, 4U, 7U, 11U, 0x80000001U}) {
@@ -38,27 +38,27 @@ TEST(RegFormScan, UnderstandsWhatTheToolWrites) {
   key.SetValue(MakeStringValue(std::wstring(kLongestValueName, L'n'), std::wstring(100000, L'x')));
   key.SetValue(MakeDwordValue(L"d", 0xFFFFFFFF));
   key.Make(L"Sub key\\-" + std::wstring(kLongestKeyName - 1, L'k'));
-  const std::wstring text =
-      WriteRegFile(RegistryHive::kCurrentUser, L"SOFTWARE\\Vantric", key, RegFileForm::kExport);
+  const std::wstring text = WriteRegistryFile(RegistryHive::kCurrentUser, L"SOFTWARE\\Vantric", key,
+                                              RegistryFileForm::kExport);
   const std::string file = RegistryBytes(ToUtf8(text));
   EXPECT_EQ(Scan(file), std::nullopt);
   EXPECT_EQ(Scan(file, 1), std::nullopt);
-  EXPECT_TRUE(ParseRegFile(text)->problems.empty());
+  EXPECT_TRUE(ParseRegistryFile(text)->problems.empty());
 }
 
-TEST(RegFormScan, UnderstandsEachFormOfALine) {
+TEST(RegistryFormScan, UnderstandsEachFormOfALine) {
   for (const char* line :
        {"", "\r\n", "@=\"\"\r\n", "\"a\"=\"\\\\ \\\" \\r\\n\"\r\n", "\"a\"=dword:0123aBcD\r\n",
         "\"a\"=hex:\r\n", "\"a\"=hex:01\r\n", "\"a\"=hex(b):01,fF\r\n",
         "\"a\"=hex(80000001):01,\\\r\n  02,\\\r\n03\r\n", "\"a\"=hex:\\\r\n  01\r\n",
         "[HKEY_LOCAL_MACHINE]\r\n", "\r\n[hkey_current_user\\a b\\{c}]\r\n\"x;\"=\"[;\"\r\n"}) {
     EXPECT_EQ(ScanLine(line), std::nullopt) << line;
-    const auto file = ParseRegFile(FromUtf8(kHeader + std::string("\r\n") + kKey + line));
+    const auto file = ParseRegistryFile(FromUtf8(kHeader + std::string("\r\n") + kKey + line));
     EXPECT_TRUE(file->problems.empty()) << line;
   }
 }
 
-TEST(RegFormScan, UnderstandsNoOtherLine) {
+TEST(RegistryFormScan, UnderstandsNoOtherLine) {
   for (const char* line : {" ",
                            "\t\r\n",
                            ";comment\r\n",
@@ -129,7 +129,7 @@ TEST(RegFormScan, UnderstandsNoOtherLine) {
   EXPECT_TRUE(ScanLine(deep + "]\r\n"));
 }
 
-TEST(RegFormScan, UnderstandsNoOtherHeaderOrEncoding) {
+TEST(RegistryFormScan, UnderstandsNoOtherHeaderOrEncoding) {
   EXPECT_EQ(ScanText(kHeader), std::nullopt);
   const std::string text = kHeader + std::string("\r\n") + kKey;
   for (const std::string& bytes :
@@ -144,7 +144,7 @@ TEST(RegFormScan, UnderstandsNoOtherHeaderOrEncoding) {
   }
 }
 
-TEST(RegFormScan, FindsAFileThatWasCutShort) {
+TEST(RegistryFormScan, FindsAFileThatWasCutShort) {
   const std::string file =
       RegistryFileBytes(kKey + std::string("\"a\"=\"b\"\r\n\"c\"=hex:01,\\\r\n  02\r\n"));
   std::size_t whole = 0;
@@ -160,7 +160,7 @@ TEST(RegFormScan, FindsAFileThatWasCutShort) {
   EXPECT_EQ(whole, 5u);
 }
 
-TEST(RegFormScan, NamesTheFirstLineAndWhatIsWrongWithIt) {
+TEST(RegistryFormScan, NamesTheFirstLineAndWhatIsWrongWithIt) {
   EXPECT_EQ(ScanLine("\r\n\"a\"=\"x\\c\"\r\n\"b\"\r\n"),
             L"line 5 is not understood: an unknown escape");
   EXPECT_EQ(Scan("\xEF\xBB\xBFx"),

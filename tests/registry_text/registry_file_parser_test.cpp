@@ -13,24 +13,24 @@ using Bytes = std::vector<std::uint8_t>;
 const std::wstring kHeader = L"Windows Registry Editor Version 5.00\r\n\r\n";
 const std::wstring kKey = L"[HKEY_CURRENT_USER\\Software\\K]\r\n";
 
-RegFile Parsed(const std::wstring& body) {
-  const auto file = ParseRegFile(kHeader + kKey + body);
-  return file.value_or(RegFile());
+RegistryFile Parsed(const std::wstring& body) {
+  const auto file = ParseRegistryFile(kHeader + kKey + body);
+  return file.value_or(RegistryFile());
 }
 
 // The one value of a body without problems.
-std::optional<RegValueChange> OnlyValue(const std::wstring& body) {
-  const RegFile file = Parsed(body);
+std::optional<RegistryValueChange> OnlyValue(const std::wstring& body) {
+  const RegistryFile file = Parsed(body);
   if (!file.problems.empty() || file.keys.size() != 1 || file.keys[0].values.size() != 1) {
     return std::nullopt;
   }
   return file.keys[0].values[0];
 }
 
-TEST(RegFileParser, TakesOnlyTheTwoHeaders) {
+TEST(RegistryFileParser, TakesOnlyTheTwoHeaders) {
   for (const wchar_t* header : {L"Windows Registry Editor Version 5.00\r\n", L"REGEDIT4\n",
                                 L"REGEDIT4", L" \tREGEDIT4\r\n"}) {
-    EXPECT_TRUE(ParseRegFile(header)) << ToUtf8(header);
+    EXPECT_TRUE(ParseRegistryFile(header)) << ToUtf8(header);
   }
   for (const wchar_t* header :
        {L"", L"\r\n", L"REGEDIT", L"REGEDIT5\r\n", L"Windows Registry Editor Version 5.0\r\n",
@@ -38,11 +38,11 @@ TEST(RegFileParser, TakesOnlyTheTwoHeaders) {
         L"Windows Registry Editor Version 5.00 x\r\n",
         L"\r\nWindows Registry Editor Version 5.00\r\n", L"[HKEY_CURRENT_USER\\K]\r\n",
         L"<xml/>"}) {
-    EXPECT_FALSE(ParseRegFile(header)) << ToUtf8(header);
+    EXPECT_FALSE(ParseRegistryFile(header)) << ToUtf8(header);
   }
 }
 
-TEST(RegFileParser, ReadsEveryKindOfValue) {
+TEST(RegistryFileParser, ReadsEveryKindOfValue) {
   const struct {
     const wchar_t* body;
     RegistryValue value;
@@ -81,7 +81,7 @@ TEST(RegFileParser, ReadsEveryKindOfValue) {
   }
 }
 
-TEST(RegFileParser, TakesBlanksCommentsAndAnyLineEnd) {
+TEST(RegistryFileParser, TakesBlanksCommentsAndAnyLineEnd) {
   for (const wchar_t* body : {
            L"\"a\"=\"text\"",
            L"\"a\"=\"text\"\n",
@@ -95,7 +95,7 @@ TEST(RegFileParser, TakesBlanksCommentsAndAnyLineEnd) {
   }
 }
 
-TEST(RegFileParser, GoesOnBehindABackslash) {
+TEST(RegistryFileParser, GoesOnBehindABackslash) {
   for (const wchar_t* body : {
            L"\"a\"=hex:01,\\\r\n  02,\\\r\n  03\r\n",
            L"\"a\"=hex:01,\\\n02,03\n",
@@ -110,8 +110,9 @@ TEST(RegFileParser, GoesOnBehindABackslash) {
   }
 }
 
-TEST(RegFileParser, ReadsRemovals) {
-  const RegFile file = Parsed(L"\"a\"=-\r\n@=- ; x\r\n[-HKEY_LOCAL_MACHINE\\Software\\Gone]\r\n");
+TEST(RegistryFileParser, ReadsRemovals) {
+  const RegistryFile file =
+      Parsed(L"\"a\"=-\r\n@=- ; x\r\n[-HKEY_LOCAL_MACHINE\\Software\\Gone]\r\n");
   EXPECT_TRUE(file.problems.empty());
   ASSERT_EQ(file.keys.size(), 2u);
   ASSERT_EQ(file.keys[0].values.size(), 2u);
@@ -124,7 +125,7 @@ TEST(RegFileParser, ReadsRemovals) {
   EXPECT_EQ(file.keys[1].keyPath, L"Software\\Gone");
 }
 
-TEST(RegFileParser, ReadsKeyPaths) {
+TEST(RegistryFileParser, ReadsKeyPaths) {
   const struct {
     const wchar_t* line;
     RegistryHive hive;
@@ -143,7 +144,7 @@ TEST(RegFileParser, ReadsKeyPaths) {
       {L"[HKEY_CURRENT_USER\\\x4E2D]", RegistryHive::kCurrentUser, L"\x4E2D"},
   };
   for (const auto& row : kRows) {
-    const auto file = ParseRegFile(kHeader + row.line);
+    const auto file = ParseRegistryFile(kHeader + row.line);
     ASSERT_TRUE(file && file->problems.empty() && file->keys.size() == 1) << ToUtf8(row.line);
     EXPECT_EQ(file->keys[0].hive, row.hive);
     EXPECT_EQ(file->keys[0].keyPath, row.keyPath);
@@ -159,7 +160,7 @@ struct BadLine {
 // Leaves the line out and reads the one behind it.
 void ExpectOneProblem(const BadLine& row, const std::wstring& behind) {
   SCOPED_TRACE(ToUtf8(row.line));
-  const RegFile file = Parsed(row.line + std::wstring(L"\r\n") + behind);
+  const RegistryFile file = Parsed(row.line + std::wstring(L"\r\n") + behind);
   ASSERT_EQ(file.problems.size(), 1u);
   EXPECT_EQ(file.problems[0].line, 4u);
   EXPECT_EQ(file.problems[0].text, row.problem);
@@ -168,14 +169,14 @@ void ExpectOneProblem(const BadLine& row, const std::wstring& behind) {
   EXPECT_EQ(file.keys.back().values[0].value, MakeStringValue(L"z", L"ok"));
 }
 
-TEST(RegFileParser, RejectsUnterminatedString) {
+TEST(RegistryFileParser, RejectsUnterminatedString) {
   const wchar_t* problem = L"a string that does not end or holds an unknown escape";
   for (const wchar_t* line : {L"\"a\"=\"abc", L"\"a\"=\"", L"\"a\"=\"abc\\", L"\"a\"=\"abc\\\""}) {
     ExpectOneProblem({line, problem}, L"\"z\"=\"ok\"\r\n");
   }
 }
 
-TEST(RegFileParser, RejectsValuesThatSayNothing) {
+TEST(RegistryFileParser, RejectsValuesThatSayNothing) {
   constexpr BadLine kRows[] = {
       {L"\"a\"=\"x\\q\"", L"a string that does not end or holds an unknown escape"},
       {L"\"a", L"a value without a quoted name"},
@@ -211,7 +212,7 @@ TEST(RegFileParser, RejectsValuesThatSayNothing) {
   for (const BadLine& row : kRows) ExpectOneProblem(row, L"\"z\"=\"ok\"\r\n");
 }
 
-TEST(RegFileParser, RejectsKeysThatCannotBe) {
+TEST(RegistryFileParser, RejectsKeysThatCannotBe) {
   const std::wstring tooLong = L"[HKEY_CURRENT_USER\\" + std::wstring(256, L'n') + L"]";
   const BadLine kRows[] = {
       {L"[HKEY_CURRENT_USER\\K", L"a key without its closing bracket"},
@@ -226,9 +227,9 @@ TEST(RegFileParser, RejectsKeysThatCannotBe) {
   for (const BadLine& row : kRows) ExpectOneProblem(row, kKey + L"\"z\"=\"ok\"\r\n");
 }
 
-TEST(RegFileParser, RejectsValuesWithoutAKey) {
-  const auto file = ParseRegFile(kHeader + L"\"a\"=\"1\"\r\n[HKEY_NOPE]\r\n\"b\"=\"1\"\r\n" +
-                                 L"[-HKEY_CURRENT_USER\\K]\r\n\"c\"=\"1\"\r\n");
+TEST(RegistryFileParser, RejectsValuesWithoutAKey) {
+  const auto file = ParseRegistryFile(kHeader + L"\"a\"=\"1\"\r\n[HKEY_NOPE]\r\n\"b\"=\"1\"\r\n" +
+                                      L"[-HKEY_CURRENT_USER\\K]\r\n\"c\"=\"1\"\r\n");
   ASSERT_TRUE(file);
   ASSERT_EQ(file->problems.size(), 4u);
   for (const std::size_t i : {0u, 2u, 3u}) {
@@ -239,8 +240,9 @@ TEST(RegFileParser, RejectsValuesWithoutAKey) {
   EXPECT_TRUE(file->keys[0].values.empty());
 }
 
-TEST(RegFileParser, LeavesTheNextKeyAloneWhenBytesGoOnNowhere) {
-  const RegFile file = Parsed(L"\"a\"=hex:01,\\\r\n[HKEY_CURRENT_USER\\Next]\r\n\"z\"=\"ok\"\r\n");
+TEST(RegistryFileParser, LeavesTheNextKeyAloneWhenBytesGoOnNowhere) {
+  const RegistryFile file =
+      Parsed(L"\"a\"=hex:01,\\\r\n[HKEY_CURRENT_USER\\Next]\r\n\"z\"=\"ok\"\r\n");
   EXPECT_EQ(file.problems.size(), 1u);
   ASSERT_EQ(file.keys.size(), 2u);
   EXPECT_TRUE(file.keys[0].values.empty());
@@ -248,37 +250,37 @@ TEST(RegFileParser, LeavesTheNextKeyAloneWhenBytesGoOnNowhere) {
   EXPECT_EQ(file.keys[1].values.size(), 1u);
 }
 
-TEST(RegFileParser, WidensTheTextBytesOfTheForerunner) {
-  const auto file =
-      ParseRegFile(L"REGEDIT4\r\n" + kKey + L"\"a\"=hex(2):25,c3,a4,00\r\n\"b\"=hex:25,00\r\n");
+TEST(RegistryFileParser, WidensTheTextBytesOfTheForerunner) {
+  const auto file = ParseRegistryFile(L"REGEDIT4\r\n" + kKey +
+                                      L"\"a\"=hex(2):25,c3,a4,00\r\n\"b\"=hex:25,00\r\n");
   ASSERT_TRUE(file && file->keys.size() == 1 && file->keys[0].values.size() == 2);
   EXPECT_EQ(file->keys[0].values[0].value, MakeStringValue(L"a", L"%\x00E4", kRegExpandSz));
   EXPECT_EQ(file->keys[0].values[1].value.data, (Bytes{0x25, 0x00}));
 }
 
-TEST(RegFileParser, BoundsTheDepthOfAKey) {
+TEST(RegistryFileParser, BoundsTheDepthOfAKey) {
   const auto keyOf = [](std::size_t levels) {
     std::wstring line = L"[HKEY_CURRENT_USER";
     for (std::size_t i = 0; i < levels; ++i) line += L"\\d";
     return kHeader + line + L"]\r\n\"a\"=\"1\"\r\n";
   };
-  EXPECT_TRUE(ParseRegFile(keyOf(kMostKeyLevels))->problems.empty());
+  EXPECT_TRUE(ParseRegistryFile(keyOf(kMostKeyLevels))->problems.empty());
   for (const std::size_t levels : {kMostKeyLevels + 1, std::size_t{100'000}}) {
-    const auto file = ParseRegFile(keyOf(levels));
+    const auto file = ParseRegistryFile(keyOf(levels));
     ASSERT_EQ(file->problems.size(), 2u);
     EXPECT_EQ(file->problems[0].text, L"a key below too many others");
   }
 }
 
-TEST(RegFileParser, BoundsTheLengthOfAValueName) {
+TEST(RegistryFileParser, BoundsTheLengthOfAValueName) {
   const std::wstring longest(kLongestValueName, L'n');
   EXPECT_TRUE(OnlyValue(L"\"" + longest + L"\"=\"1\""));
-  const RegFile file = Parsed(L"\"" + longest + L"n\"=\"1\"");
+  const RegistryFile file = Parsed(L"\"" + longest + L"n\"=\"1\"");
   ASSERT_EQ(file.problems.size(), 1u);
   EXPECT_EQ(file.problems[0].text, L"a value name is too long");
 }
 
-TEST(RegFileParser, ReadsAVeryLongLine) {
+TEST(RegistryFileParser, ReadsAVeryLongLine) {
   std::wstring bytes = L"00";
   for (int i = 0; i < 300'000; ++i) bytes += L",00";
   const auto change = OnlyValue(L"\"a\"=hex:" + bytes);

@@ -36,17 +36,18 @@ RegistryValue Text(std::wstring name, const std::u16string& units) {
 }
 
 // The one value line of a key, without what stands around it.
-std::wstring ValueLine(const RegistryValue& value, RegFileForm form = RegFileForm::kExport) {
+std::wstring ValueLine(const RegistryValue& value,
+                       RegistryFileForm form = RegistryFileForm::kExport) {
   RegistryKey key;
   key.SetValue(value);
-  const std::wstring text = WriteRegFile(kUser, L"K", key, form);
+  const std::wstring text = WriteRegistryFile(kUser, L"K", key, form);
   const std::wstring front =
       L"Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\K]\r\n";
   EXPECT_TRUE(text.starts_with(front) && text.ends_with(L"\r\n\r\n"));
   return text.substr(front.size(), text.size() - front.size() - 4);
 }
 
-TEST(RegFileWriter, WritesKeysDepthFirst) {
+TEST(RegistryFileWriter, WritesKeysDepthFirst) {
   RegistryKey root;
   root.Make(L"SubB\\Deep").SetValue(MakeDwordValue(L"n", 1));
   root.Make(L"sub_a");
@@ -54,7 +55,7 @@ TEST(RegFileWriter, WritesKeysDepthFirst) {
   root.Make(L"\x4E2D\x6587").SetValue(MakeStringValue(L"", L"d"));
   root.SetValue(MakeStringValue(L"z", L"1"));
   root.SetValue(MakeStringValue(L"a", L"2"));
-  EXPECT_EQ(WriteRegFile(kUser, L"software\\KEY", root, RegFileForm::kExport),
+  EXPECT_EQ(WriteRegistryFile(kUser, L"software\\KEY", root, RegistryFileForm::kExport),
             Lines({
                 L"Windows Registry Editor Version 5.00",
                 L"",
@@ -77,13 +78,14 @@ TEST(RegFileWriter, WritesKeysDepthFirst) {
             }));
 }
 
-TEST(RegFileWriter, WritesAWholeHive) {
-  EXPECT_EQ(WriteRegFile(RegistryHive::kLocalMachine, L"", RegistryKey(), RegFileForm::kLossless),
+TEST(RegistryFileWriter, WritesAWholeHive) {
+  EXPECT_EQ(WriteRegistryFile(RegistryHive::kLocalMachine, L"", RegistryKey(),
+                              RegistryFileForm::kLossless),
             Lines({L"Windows Registry Editor Version 5.00", L"", L"[HKEY_LOCAL_MACHINE]", L""}));
 }
 
 // The lines are those that the system's registry tool wrote for the same values.
-TEST(RegFileWriter, WritesEveryKindOfValueAsTheToolDoes) {
+TEST(RegistryFileWriter, WritesEveryKindOfValueAsTheToolDoes) {
   const struct {
     RegistryValue value;
     std::wstring line;
@@ -128,12 +130,12 @@ TEST(RegFileWriter, WritesEveryKindOfValueAsTheToolDoes) {
 }
 
 // The tool of the tests reads past a short number and cuts a long one.
-TEST(RegFileWriter, WritesANumberOfWrongSizeAsBytes) {
+TEST(RegistryFileWriter, WritesANumberOfWrongSizeAsBytes) {
   EXPECT_EQ(ValueLine({L"a", kRegDword, {1, 2, 3}}), L"\"a\"=hex(4):01,02,03");
   EXPECT_EQ(ValueLine({L"a", kRegDword, {1, 2, 3, 4, 5}}), L"\"a\"=hex(4):01,02,03,04,05");
 }
 
-TEST(RegFileWriter, WrapsBytesAsTheToolDoes) {
+TEST(RegistryFileWriter, WrapsBytesAsTheToolDoes) {
   EXPECT_EQ(ValueLine({L"", kRegBinary, Counting(60)}) + L"\r\n",
             Lines({
                 L"@=hex:00,01,02,03,04,05,06,07,08,09,0a,0b,0c,0d,0e,0f,10,11,12,13,14,15,16,17,\\",
@@ -158,7 +160,7 @@ TEST(RegFileWriter, WrapsBytesAsTheToolDoes) {
 }
 
 // How many of 60 bytes the tool put on the first line, by the length of the value's name.
-TEST(RegFileWriter, WrapsBehindALongNameAsTheToolDoes) {
+TEST(RegistryFileWriter, WrapsBehindALongNameAsTheToolDoes) {
   const struct {
     std::wstring name;
     std::size_t bytesOnFirstLine;
@@ -188,7 +190,7 @@ TEST(RegFileWriter, WrapsBehindALongNameAsTheToolDoes) {
   }
 }
 
-TEST(RegFileWriter, LosesNothingWhenItIsAskedTo) {
+TEST(RegistryFileWriter, LosesNothingWhenItIsAskedTo) {
   RegistryKey key;
   key.SetValue(MakeStringValue(L"plain", L"a\"b\\c\r\nd"));
   key.SetValue(MakeStringValue(L"empty", L""));
@@ -199,18 +201,19 @@ TEST(RegFileWriter, LosesNothingWhenItIsAskedTo) {
   key.SetValue(Text(L"lone", std::u16string(u"\xD83D\0", 2)));
   key.SetValue({L"short number", kRegDword, {1, 2, 3}});
   key.SetValue({L"bytes", kRegBinary, Counting(200)});
-  const auto file = ParseRegFile(WriteRegFile(kUser, L"K", key, RegFileForm::kLossless));
+  const auto file =
+      ParseRegistryFile(WriteRegistryFile(kUser, L"K", key, RegistryFileForm::kLossless));
   ASSERT_TRUE(file && file->problems.empty() && file->keys.size() == 1);
   std::vector<RegistryValue> expected;
   for (const RegistryValue* value : key.AllValues()) expected.push_back(*value);
   std::vector<RegistryValue> found;
-  for (const RegValueChange& change : file->keys[0].values) found.push_back(change.value);
+  for (const RegistryValueChange& change : file->keys[0].values) found.push_back(change.value);
   EXPECT_EQ(found, expected);
 }
 
-TEST(RegFileWriter, WritesAStringInQuotesWhereTheyHoldIt) {
-  EXPECT_EQ(ValueLine(MakeStringValue(L"a", L"x"), RegFileForm::kLossless), L"\"a\"=\"x\"");
-  EXPECT_EQ(ValueLine(Text(L"a", u"x"), RegFileForm::kLossless), L"\"a\"=hex(1):78,00");
+TEST(RegistryFileWriter, WritesAStringInQuotesWhereTheyHoldIt) {
+  EXPECT_EQ(ValueLine(MakeStringValue(L"a", L"x"), RegistryFileForm::kLossless), L"\"a\"=\"x\"");
+  EXPECT_EQ(ValueLine(Text(L"a", u"x"), RegistryFileForm::kLossless), L"\"a\"=hex(1):78,00");
 }
 
 }  // namespace

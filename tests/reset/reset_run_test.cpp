@@ -2,7 +2,6 @@
 
 #include "environment/version_folders.h"
 #include "package/staging_folder.h"
-#include "reset/reset_steps.h"
 #include "tests/package/import_fixture.h"
 #include "tests/support/faulty_machine.h"
 #include "text/text.h"
@@ -27,22 +26,10 @@ class ResetRunTest : public ImportFixture {
   }
 
   void Reset(const std::vector<SettingCategory>& categories) {
-    tree_ = {};
-    BuildCategoryTree(
-        tree_, [&](const CategoryRecord& record) { return IsOfferedOnReset(record, context_); });
-    tree_.SetAllChecked(false);
-    for (const SettingCategory category : categories) {
-      EXPECT_TRUE(tree_.SetChecked(category, true));
-    }
-    ResetByTree();
+    ResetOn(ports_, {categories.begin(), categories.end()});
   }
-  void ResetByTree() {
-    report_ = RunReset({context_, state_.package, ports_, *tool_, view_}, tree_);
-  }
-
-  void CheckFurtherItem(CategoryTree::Item parent, int data) {
-    EditableCategoryTree& tree = tree_;
-    tree.SetChecked(tree.Append(parent, L"further", data), true);
+  void ResetOn(const Machine& machine, const CategorySet& categories) {
+    report_ = RunReset({context_, state_.package, machine, *tool_, observer_}, categories);
   }
 
   bool IsThere(SettingCategory category) const {
@@ -85,24 +72,6 @@ TEST_F(ResetRunTest, UncheckedCategoriesKeepEverything) {
   PutLive(L"\\General", L"own", L"1");
   Reset({});
   EXPECT_TRUE(IsThere(InterfaceLayout));
-  EXPECT_TRUE(Live(L"\\General", L"own"));
-  EXPECT_TRUE(report_.IsComplete());
-}
-
-TEST_F(ResetRunTest, CheckedRootAndItemsOfOtherDataResetNothing) {
-  FillCategories();
-  PutLive(L"\\General", L"own", L"1");
-  CheckFurtherItem(CategoryTree::kNoItem, 1);
-  ResetByTree();
-  for (const int data : {0, 1, 15, -1, 1000}) CheckFurtherItem(tree_.Root(), data);
-  ResetByTree();
-  const auto above = tree_.Append(tree_.Root(), L"above", static_cast<int>(Register));
-  static_cast<EditableCategoryTree&>(tree_).SetChecked(above, true);
-  tree_.Append(above, L"below", static_cast<int>(Options));
-  ResetByTree();
-  for (const CategoryRecord& record : CategoryTable()) {
-    EXPECT_EQ(IsThere(record.category), !CategoryFolders(record, context_).empty());
-  }
   EXPECT_TRUE(Live(L"\\General", L"own"));
   EXPECT_TRUE(report_.IsComplete());
 }
@@ -154,8 +123,7 @@ TEST_F(ResetRunTest, RegisterIsRestoredWhole) {
 TEST_F(ResetRunTest, WithoutADefaultKeyTheLiveKeyStaysDeletedAndNothingIsShown) {
   PutLive(L"\\General", L"own", L"1");
   Reset({Register});
-  EXPECT_FALSE(ports_.registry.CanOpenKey(RegistryHive::kCurrentUser, LiveKey(context_)));
-  EXPECT_TRUE(view_.messages.empty());
+  EXPECT_FALSE(ports_.registry->CanOpenKey(RegistryHive::kCurrentUser, LiveKey(context_)));
   EXPECT_EQ(report_.problems, (Lines{RegistryRoot(context_) + L": no factory default: removed"}));
 }
 
@@ -171,7 +139,7 @@ TEST_F(ResetRunTest, EachOptionKeyWithoutADefaultIsNamedAndThoseThatWereNotThere
   EXPECT_EQ(report_.problems, (Lines{root + L"\\Grid: no factory default: removed",
                                      root + L"\\Export Options: no factory default: removed"}));
   EXPECT_FALSE(
-      ports_.registry.CanOpenKey(RegistryHive::kCurrentUser, LiveKey(context_) + L"\\Grid"));
+      ports_.registry->CanOpenKey(RegistryHive::kCurrentUser, LiveKey(context_) + L"\\Grid"));
 }
 
 TEST_F(ResetRunTest, DefaultsThatCannotBeReadAreNotCalledMissing) {
@@ -192,10 +160,7 @@ TEST_F(ResetRunTest, KeyThatCannotBeDeletedIsNamedAlthoughTheDefaultsWereCopied)
   Fault fault(FaultyPort::kRegistryEditor, 1, false);  // the first key's deletion
   FaultyMachine faulty(ports_, fault);
   const Machine machine = faulty.Ports();
-  CategoryChecklist tree = CategoryChecklist::ForReset(context_);
-  tree.SetAllChecked(false);
-  EXPECT_TRUE(tree.SetChecked(Options, true));
-  report_ = RunReset({context_, state_.package, machine, *tool_, view_}, tree);
+  ResetOn(machine, {Options});
   ASSERT_EQ(report_.problems.size(), 1u);
   EXPECT_TRUE(report_.problems[0].starts_with(L"Not restored from the factory defaults: " +
                                               RegistryRoot(context_) + L"\\General: "));
@@ -205,56 +170,59 @@ TEST_F(ResetRunTest, KeyThatCannotBeDeletedIsNamedAlthoughTheDefaultsWereCopied)
 
 TEST_F(ResetRunTest, KeyRestoreOfAMissingLiveKeyCreatesIt) {
   PutDefault(L"\\Grid", L"factory", L"1");
-  const KeyRestore restore = RestoreKey(DefaultKey(context_) + L"\\Grid",
-                                        LiveKey(context_) + L"\\Grid", ports_.registryEditor);
+  const KeyRestore restore =
+      RestoreKey(DefaultKey(context_) + L"\\Grid", LiveKey(context_) + L"\\Grid", *ports_.registry);
   EXPECT_EQ(restore.deleted, kFileNotFound);
   EXPECT_EQ(restore.copied, kSystemOk);
   EXPECT_TRUE(Live(L"\\Grid", L"factory"));
 }
 
 TEST_F(ResetRunTest, VantricDraftingWipesTheNumberedFolderInRoamingAndTheLocalOne) {
-  const std::wstring roaming = *ports_.folders.RoamingAppData();
+  const std::wstring roaming = *ports_.folders->RoamingAppData();
   machine_->PutFile(roaming + L"\\26.0\\x.dat", "x");
   machine_->PutFile(context_.localFolder + L"\\26.0\\x.dat", "x");
   Reset({Draft2dSettings});
-  EXPECT_FALSE(ports_.files.Exists(roaming + L"\\26.0"));
-  EXPECT_FALSE(ports_.files.Exists(context_.localFolder));
+  EXPECT_FALSE(ports_.files->Exists(roaming + L"\\26.0"));
+  EXPECT_FALSE(ports_.files->Exists(context_.localFolder));
 }
 
 TEST_F(ResetRunTest, OrmaDraftingWipesItsProductFolders) {
   context_.companyShortName = L"ORMA";
   const std::wstring folder =
-      *ports_.folders.RoamingAppData() + L"\\ORMA\\ORMA CAD TVRN-INT 2026 (x64)\\26.0";
+      *ports_.folders->RoamingAppData() + L"\\ORMA\\ORMA CAD TVRN-INT 2026 (x64)\\26.0";
   machine_->PutFile(folder + L"\\x.dat", "x");
   machine_->PutFile(context_.localFolder + L"\\26.0\\x.dat", "x");
   Reset({Draft2dSettings});
-  EXPECT_FALSE(ports_.files.Exists(folder));
-  EXPECT_FALSE(ports_.files.Exists(context_.localFolder));
+  EXPECT_FALSE(ports_.files->Exists(folder));
+  EXPECT_FALSE(ports_.files->Exists(context_.localFolder));
 }
 
 TEST_F(ResetRunTest, DraftingWipesTheLocalFolderAlsoWhereRoamingCannotBeTold) {
   machine_->PutFile(context_.localFolder + L"\\26.0\\x.dat", "x");
   FixedFolders folders;
   folders.roaming.reset();
-  const Machine machine = WithFolders(ports_, folders);
-  CategoryChecklist tree = CategoryChecklist::ForReset(context_);
-  tree.SetAllChecked(false);
-  EXPECT_TRUE(tree.SetChecked(Draft2dSettings, true));
-  RunReset({context_, state_.package, machine, *tool_, view_}, tree);
-  EXPECT_FALSE(ports_.files.Exists(context_.localFolder));
+  const Machine machine = With<&Machine::folders>(ports_, folders);
+  ResetOn(machine, {Draft2dSettings});
+  EXPECT_FALSE(ports_.files->Exists(context_.localFolder));
 }
 
-TEST_F(ResetRunTest, WalkEndsOnTheLastLeaf) {
-  Reset({});
-  EXPECT_EQ(tree_.ItemData(tree_.selected), static_cast<int>(CosmeticThread));
+TEST_F(ResetRunTest, EachOfferedCategoryHasItsTurnInOrder) {
+  class Notes : public RunObserver {
+   public:
+    std::vector<SettingCategory> turns;
+    void OnCategory(SettingCategory category) override { turns.push_back(category); }
+  };
+  Notes notes;
+  RunReset({context_, state_.package, ports_, *tool_, notes}, {});
+  const CategorySet offered = OfferedOnReset(context_);
+  EXPECT_EQ(notes.turns, std::vector(offered.begin(), offered.end()));
 }
 
-TEST_F(ResetRunTest, FailuresAreSilentAndTheFinishTextIsShown) {
+TEST_F(ResetRunTest, FailuresDoNotChangeTheFinishText) {
   FillCategories();
   machine_->MakeReadOnly(Local(L"en-us\\materials\\deep\\own.dat"));
   Reset({CustomMaterials});
-  EXPECT_TRUE(view_.messages.empty());
-  EXPECT_EQ(view_.finishText,
+  EXPECT_EQ(ResetFinishText(context_),
             context_.productName +
                 L" 2026 Relevant settings selected have been reset. \n\nSettings take effect after "
                 L"restarting ");
@@ -274,18 +242,16 @@ TEST_F(ResetRunTest, WithoutAStagingFolderOnlyTheCategoriesAreTouched) {
   };
   DeleteStagingFolder(context_, ports_);
   context_.stagingFolder.clear();
-  AbsolutePathsOnly files(ports_.files);
-  const Machine machine = WithFiles(ports_, files);
+  AbsolutePathsOnly files(*ports_.files);
+  const Machine machine = With<&Machine::files>(ports_, files);
   FillCategories();
-  CategoryChecklist all = CategoryChecklist::ForReset(context_);
-  report_ = RunReset({context_, state_.package, machine, *tool_, view_}, all);
+  ResetOn(machine, OfferedOnReset(context_));
   EXPECT_FALSE(IsThere(CosmeticThread));
-  EXPECT_FALSE(view_.finishText.empty());
 }
 
 TEST_F(ResetRunTest, FixedPauseIsMadeOnce) {
-  RegistryTool tool(ports_.interpreter, ports_.clock, RegistryToolPace::kFixedPause);
-  CategoryReset({context_, state_.package, ports_, tool, view_}).Apply(tree_);
+  PacedRegistryTool tool(*ports_.registryTool, *ports_.clock, RegistryToolPace::kFixedPause);
+  RunReset({context_, state_.package, ports_, tool, observer_}, {});
   EXPECT_EQ(machine_->clock.pauses,
             (std::vector<std::chrono::milliseconds>{std::chrono::milliseconds(1000)}));
 }

@@ -14,7 +14,7 @@ TEST_F(ChangeRecorderTest, NotesAChangeBeforeItIsMade) {
     if (operation == "write" && path == kData + L"a.txt") order.push_back("change");
     return kSystemOk;
   };
-  EXPECT_EQ(run->files.WriteBytes(kData + L"a.txt", "after"), kSystemOk);
+  EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "after"), kSystemOk);
   EXPECT_EQ(order, (std::vector<std::string>{"note", "change", "note"}));
 }
 
@@ -28,13 +28,13 @@ TEST_F(ChangeRecorderTest, NotesAReplacementBeforeItBeginsAndWhenItIsOver) {
     return kSystemOk;
   };
   std::unique_ptr<FileReplacement> file;
-  EXPECT_EQ(run->files.BeginReplacement(kData + L"a.txt", 1, file), kSystemOk);
+  EXPECT_EQ(run->files->BeginReplacement(kData + L"a.txt", 1, file), kSystemOk);
   EXPECT_EQ(file->Append("x"), kSystemOk);
   EXPECT_EQ(file->Complete(), kSystemOk);
   file.reset();
   EXPECT_EQ(order, (Steps{"note", "begin", "write part", "write", "note"}));
   order.clear();
-  EXPECT_EQ(run->files.BeginReplacement(kData + L"a.txt", 1, file), kSystemOk);
+  EXPECT_EQ(run->files->BeginReplacement(kData + L"a.txt", 1, file), kSystemOk);
   file.reset();
   EXPECT_EQ(order, (Steps{"note", "begin", "note"}));
 }
@@ -44,19 +44,18 @@ TEST_F(ChangeRecorderTest, MakesNoChangeThatCannotBeNoted) {
   machine.files.fault = [](const std::string& operation, const std::wstring&) {
     return operation == "append" ? kSystemDiskFull : kSystemOk;
   };
-  EXPECT_EQ(run->files.WriteBytes(kData + L"a.txt", "x"), kSystemDiskFull);
+  EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "x"), kSystemDiskFull);
   std::unique_ptr<FileReplacement> file;
-  EXPECT_EQ(run->files.BeginReplacement(kData + L"a.txt", 1, file), kSystemDiskFull);
+  EXPECT_EQ(run->files->BeginReplacement(kData + L"a.txt", 1, file), kSystemDiskFull);
   EXPECT_EQ(file, nullptr);
-  EXPECT_EQ(run->files.RemoveFile(kData + L"a.txt"), kSystemDiskFull);
-  EXPECT_EQ(run->files.CreateFolder(kData + L"new"), kSystemDiskFull);
-  EXPECT_EQ(run->files.RemoveFolder(kData + L"empty"), kSystemDiskFull);
-  EXPECT_EQ(run->files.MoveTo(kData + L"sub", kData + L"other"), kSystemDiskFull);
-  EXPECT_EQ(run->files.CopyOver(kData + L"a.txt", kData + L"c.txt"), kSystemDiskFull);
-  EXPECT_EQ(run->registryEditor.DeleteTree(kUserHive, kKey), kSystemDiskFull);
-  EXPECT_EQ(run->registryEditor.SetValues(kUserHive, kKey, {MakeDwordValue(L"n", 1)}),
-            kSystemDiskFull);
-  EXPECT_EQ(run->registryEditor.CreateKey(kUserHive, kKey + L"\\New"), kSystemDiskFull);
+  EXPECT_EQ(run->files->RemoveFile(kData + L"a.txt"), kSystemDiskFull);
+  EXPECT_EQ(run->files->CreateFolder(kData + L"new"), kSystemDiskFull);
+  EXPECT_EQ(run->files->RemoveFolder(kData + L"empty"), kSystemDiskFull);
+  EXPECT_EQ(run->files->MoveTo(kData + L"sub", kData + L"other"), kSystemDiskFull);
+  EXPECT_EQ(run->files->CopyOver(kData + L"a.txt", kData + L"c.txt"), kSystemDiskFull);
+  EXPECT_EQ(run->registry->DeleteTree(kUserHive, kKey), kSystemDiskFull);
+  EXPECT_EQ(run->registry->SetValues(kUserHive, kKey, {MakeDwordValue(L"n", 1)}), kSystemDiskFull);
+  EXPECT_EQ(run->registry->CreateKey(kUserHive, kKey + L"\\New"), kSystemDiskFull);
   EXPECT_EQ(State(), before);
 }
 
@@ -64,7 +63,7 @@ TEST_F(ChangeRecorderTest, MakesNoChangeOfWhatCannotBeKept) {
   machine.files.fault = [](const std::string& operation, const std::wstring&) {
     return operation == "copy" ? kSystemDiskFull : kSystemOk;
   };
-  EXPECT_EQ(run->files.RemoveFile(kData + L"a.txt"), kSystemDiskFull);
+  EXPECT_EQ(run->files->RemoveFile(kData + L"a.txt"), kSystemDiskFull);
   EXPECT_EQ(machine.files.Bytes(kData + L"a.txt"), "before");
 }
 
@@ -79,15 +78,15 @@ TEST_F(ChangeRecorderTest, DoesNotStartARegistryToolWhoseKeysCannotBeNoted) {
 
 TEST_F(ChangeRecorderTest, TouchesNoRestorePoint) {
   const std::wstring own = kLocal + L"CARROVAN/restore\\x";
-  EXPECT_EQ(run->files.CreateFolder(own), kAccessDenied);
-  EXPECT_EQ(run->files.WriteBytes(Journal(), "forged"), kAccessDenied);
-  EXPECT_EQ(run->files.RemoveFile(Journal()), kAccessDenied);
-  EXPECT_EQ(run->files.MoveTo(Root(), kData + L"moved"), kAccessDenied);
+  EXPECT_EQ(run->files->CreateFolder(own), kAccessDenied);
+  EXPECT_EQ(run->files->WriteBytes(Journal(), "forged"), kAccessDenied);
+  EXPECT_EQ(run->files->RemoveFile(Journal()), kAccessDenied);
+  EXPECT_EQ(run->files->MoveTo(Root(), kData + L"moved"), kAccessDenied);
 }
 
 TEST_F(ChangeRecorderTest, KeepsOneCopyOfAFileThatChangesOften) {
   for (const char* content : {"1", "2", "3"}) {
-    EXPECT_EQ(run->files.WriteBytes(kData + L"a.txt", content), kSystemOk);
+    EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", content), kSystemOk);
   }
   const std::wstring copies = Root() + L"\\" + recorder->Id() + L"\\" + kCopiesFolder;
   EXPECT_EQ(machine.files.Names(copies).size(), 1u);
@@ -95,24 +94,24 @@ TEST_F(ChangeRecorderTest, KeepsOneCopyOfAFileThatChangesOften) {
 
 TEST_F(ChangeRecorderTest, KeepsNothingOfTheRunsOwnFolder) {
   const std::wstring own = kLocal + L"Temp\\01234567-89AB-CDEF-0123-456789abcdef";
-  EXPECT_EQ(run->files.CreateFolder(own + L"\\"), kSystemOk);
-  EXPECT_EQ(run->files.WriteBytes(own + L"\\a", "x"), kSystemOk);
-  EXPECT_EQ(run->files.CreateFolder(own + L"\\sub"), kSystemOk);
-  EXPECT_EQ(run->files.MoveTo(own + L"\\sub", own + L"\\other"), kSystemOk);
+  EXPECT_EQ(run->files->CreateFolder(own + L"\\"), kSystemOk);
+  EXPECT_EQ(run->files->WriteBytes(own + L"\\a", "x"), kSystemOk);
+  EXPECT_EQ(run->files->CreateFolder(own + L"\\sub"), kSystemOk);
+  EXPECT_EQ(run->files->MoveTo(own + L"\\sub", own + L"\\other"), kSystemOk);
   EXPECT_TRUE(Point().files.empty());
   EXPECT_EQ(Point().scratch, std::vector<std::wstring>{own});
 }
 
 TEST_F(ChangeRecorderTest, TakesAFolderOfSomebodyElseInTheTemporaryPathForHis) {
   machine.files.PutFolder(kLocal + L"Temp\\theirs");
-  EXPECT_EQ(run->files.CreateFolder(kLocal + L"Temp\\theirs"), kAlreadyExists);
-  EXPECT_EQ(run->files.WriteBytes(kLocal + L"Temp\\theirs\\a", "x"), kSystemOk);
+  EXPECT_EQ(run->files->CreateFolder(kLocal + L"Temp\\theirs"), kAlreadyExists);
+  EXPECT_EQ(run->files->WriteBytes(kLocal + L"Temp\\theirs\\a", "x"), kSystemOk);
   EXPECT_EQ(Point().files.size(), 1u);
   EXPECT_TRUE(Point().scratch.empty());
 }
 
 TEST_F(ChangeRecorderTest, LeavesNoRestorePointOfARunThatChangedNothing) {
-  EXPECT_EQ(run->files.CreateFolder(kLocal + L"Temp\\01234567-89AB-CDEF-0123-456789abcdef"),
+  EXPECT_EQ(run->files->CreateFolder(kLocal + L"Temp\\01234567-89AB-CDEF-0123-456789abcdef"),
             kSystemOk);
   EXPECT_FALSE(recorder->End());
   EXPECT_TRUE(RestorePointIds(machine.files, Root()).empty());
@@ -127,16 +126,17 @@ TEST_F(ChangeRecorderTest, GivesTwoRunsOfOneSecondTwoNames) {
 }
 
 TEST_F(ChangeRecorderTest, TellsWhyThereCanBeNoRestorePoint) {
-  std::wstring reason;
   machine.files.fault = [](const std::string& operation, const std::wstring&) {
     return operation == "append" ? kSystemDiskFull : kSystemOk;
   };
-  EXPECT_FALSE(ChangeRecorder::Begin(machine.Ports(), {}, reason));
-  EXPECT_NE(reason.find(L"Restore"), std::wstring::npos);
-  EXPECT_NE(reason.find(L"112"), std::wstring::npos);
+  auto begun = ChangeRecorder::Begin(machine.Ports(), {});
+  EXPECT_FALSE(begun.object);
+  EXPECT_NE(begun.reason.find(L"Restore"), std::wstring::npos);
+  EXPECT_NE(begun.reason.find(L"112"), std::wstring::npos);
   machine.folders.local.reset();
-  EXPECT_FALSE(ChangeRecorder::Begin(machine.Ports(), {}, reason));
-  EXPECT_EQ(reason, L"The user's application-data folder cannot be told");
+  begun = ChangeRecorder::Begin(machine.Ports(), {});
+  EXPECT_FALSE(begun.object);
+  EXPECT_EQ(begun.reason, L"The user's application-data folder cannot be told");
 }
 
 }  // namespace

@@ -31,9 +31,8 @@ class RestoreFixture : public testing::Test {
   RegistryKey& Key(const std::wstring& path) { return machine.registry.Root(kUserHive).Make(path); }
 
   void Begin() {
-    std::wstring reason;
-    recorder = ChangeRecorder::Begin(machine.Ports(), {L"import", L"2026", L"x.ucex"}, reason);
-    ASSERT_TRUE(recorder) << reason.size();
+    recorder = ChangeRecorder::Begin(machine.Ports(), {L"import", L"2026", L"x.ucex"}).object;
+    ASSERT_TRUE(recorder);
     recorded = std::make_unique<RecordedMachine>(machine.Ports(), *recorder);
     run = std::make_unique<Machine>(recorded->Ports());
   }
@@ -60,7 +59,7 @@ class RestoreFixture : public testing::Test {
 
   bool Import(const std::string& regFile) {
     machine.files.Put(kLocal + L"x.reg", regFile);
-    auto command = run->interpreter.Start(L"/C reg import \"" + kLocal + L"x.reg\"");
+    auto command = run->registryTool->ImportFile(kLocal + L"x.reg");
     return command && command->WaitForEnd();
   }
 

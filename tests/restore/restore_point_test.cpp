@@ -8,8 +8,8 @@ namespace {
 using RestorePointTest = RestoreFixture;
 
 TEST_F(RestorePointTest, TellsWhatARunChanged) {
-  EXPECT_EQ(run->files.WriteBytes(kData + L"a.txt", "after"), kSystemOk);
-  EXPECT_EQ(run->registryEditor.DeleteTree(kUserHive, kKey + L"\\Sub"), kSystemOk);
+  EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "after"), kSystemOk);
+  EXPECT_EQ(run->registry->DeleteTree(kUserHive, kKey + L"\\Sub"), kSystemOk);
   EXPECT_EQ(Point().state, PointState::kUnfinished);
   EXPECT_TRUE(recorder->End());
   const RestorePoint point = Point();
@@ -24,7 +24,7 @@ TEST_F(RestorePointTest, TellsWhatARunChanged) {
 }
 
 TEST_F(RestorePointTest, PassesOverDamagedAndUnfinishedLines) {
-  EXPECT_EQ(run->files.WriteBytes(kData + L"a.txt", "after"), kSystemOk);
+  EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "after"), kSystemOk);
   EXPECT_EQ(machine.files.AppendBytes(Journal(), "no record\n{\"record\":\"run ended\"}"),
             kSystemOk);
   EXPECT_EQ(Point().state, PointState::kUnfinished);

@@ -1,7 +1,7 @@
 // What an undo counts, keeps and leaves alone, and what a run with a restore point refuses.
 #include <set>
 
-#include "platform/forwarding_files.h"
+#include "platform/forwarding_ports.h"
 #include "tests/restore/restore_fixture.h"
 
 namespace carrovan {
@@ -13,11 +13,11 @@ TEST_F(UndoExactness, CountsEveryValueThatWasPutBack) {
   RegistryKey& key = Key(kKey);
   key.SetValue(MakeStringValue(L"Second", L"before"));
   key.SetValue(MakeStringValue(L"Third", L"before"));
-  EXPECT_EQ(run->registryEditor.SetValues(
-                kUserHive, kKey,
-                {MakeStringValue(L"Text", L"x"), MakeStringValue(L"Second", L"x"),
-                 MakeStringValue(L"Third", L"x")}),
-            kSystemOk);
+  EXPECT_EQ(
+      run->registry->SetValues(kUserHive, kKey,
+                               {MakeStringValue(L"Text", L"x"), MakeStringValue(L"Second", L"x"),
+                                MakeStringValue(L"Third", L"x")}),
+      kSystemOk);
   recorder->End();
   EXPECT_EQ(Undo().restored, 3u);
 }
@@ -25,7 +25,7 @@ TEST_F(UndoExactness, CountsEveryValueThatWasPutBack) {
 TEST_F(UndoExactness, ValueThatTheUserHasPutBackIsNobodysChange) {
   Key(kKey).SetValue(MakeStringValue(L"Second", L"before"));
   const std::wstring before = State();
-  EXPECT_EQ(run->registryEditor.SetValues(
+  EXPECT_EQ(run->registry->SetValues(
                 kUserHive, kKey,
                 {MakeStringValue(L"Text", L"after"), MakeStringValue(L"Second", L"after")}),
             kSystemOk);
@@ -39,7 +39,7 @@ TEST_F(UndoExactness, ValueThatTheUserHasPutBackIsNobodysChange) {
 
 TEST_F(UndoExactness, WhatWasChangedSinceInACopiedKeyIsKept) {
   const std::wstring copy = L"SOFTWARE\\Vantric\\Copy";
-  EXPECT_EQ(run->registryEditor.CopyTree(kUserHive, kKey, kUserHive, copy), kSystemOk);
+  EXPECT_EQ(run->registry->CopyTree(kUserHive, kKey, kUserHive, copy), kSystemOk);
   recorder->End();
   Key(copy).SetValue(MakeStringValue(L"Text", L"the user's"));
   EXPECT_FALSE(Undo().kept.empty());
@@ -49,8 +49,8 @@ TEST_F(UndoExactness, WhatWasChangedSinceInACopiedKeyIsKept) {
 }
 
 TEST_F(UndoExactness, UndoOfKeysOrOfFilesAloneIsAPartOfOne) {
-  EXPECT_EQ(run->files.WriteBytes(kData + L"a.txt", "after"), kSystemOk);
-  EXPECT_EQ(run->registryEditor.DeleteTree(kUserHive, kKey), kSystemOk);
+  EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "after"), kSystemOk);
+  EXPECT_EQ(run->registry->DeleteTree(kUserHive, kKey), kSystemOk);
   recorder->End();
   UndoChoice choice;
   choice.includesKey = [](const KeyHistory&) { return false; };
@@ -76,19 +76,19 @@ TEST_F(UndoExactness, NoKeyIsMadeWhenTheOneAboveCannotBeNoted) {
   machine.files.fault = [&](const std::string& operation, const std::wstring&) {
     return operation == "append" && ++appends == 1 ? kSystemDiskFull : kSystemOk;
   };
-  EXPECT_EQ(run->registryEditor.CreateKey(kUserHive, kKey + L"\\Made\\Below"), kSystemDiskFull);
+  EXPECT_EQ(run->registry->CreateKey(kUserHive, kKey + L"\\Made\\Below"), kSystemDiskFull);
   EXPECT_EQ(State(), before);
 }
 
 TEST_F(UndoExactness, NoRunTouchesTheRestorePoints) {
-  EXPECT_EQ(run->files.RemoveFolder(Root()), kAccessDenied);
-  EXPECT_EQ(run->files.WriteBytes(Journal(), ""), kAccessDenied);
-  EXPECT_EQ(run->files.MoveTo(Root(), kLocal + L"elsewhere"), kAccessDenied);
+  EXPECT_EQ(run->files->RemoveFolder(Root()), kAccessDenied);
+  EXPECT_EQ(run->files->WriteBytes(Journal(), ""), kAccessDenied);
+  EXPECT_EQ(run->files->MoveTo(Root(), kLocal + L"elsewhere"), kAccessDenied);
 }
 
 TEST_F(UndoExactness, MovedFolderComesBackWithWhatIsInIt) {
   const std::wstring before = State();
-  EXPECT_EQ(run->files.MoveTo(kData + L"sub", kData + L"other"), kSystemOk);
+  EXPECT_EQ(run->files->MoveTo(kData + L"sub", kData + L"other"), kSystemOk);
   EXPECT_EQ(machine.files.Bytes(kData + L"other\\b.txt"), "b");
   recorder->End();
   EXPECT_TRUE(Undo().IsComplete());
@@ -100,7 +100,7 @@ TEST_F(UndoExactness, ArchiveThatCannotBeNotedSaysWhy) {
       {kSystemDiskFull, ArchiveResult::kDiskFull},
       {kAccessDenied, ArchiveResult::kTargetNotWritable}};
   for (const auto& [code, result] : kRows) {
-    const auto writer = run->archives.Create(kData + L"x.zip", ArchivePurpose::kUnpackAtOnce);
+    const auto writer = run->archives->Create(kData + L"x.zip", ArchivePurpose::kUnpackAtOnce);
     ASSERT_TRUE(writer);
     machine.files.fault = [code = code](const std::string& operation, const std::wstring&) {
       return operation == "append" ? code : kSystemOk;
@@ -129,8 +129,7 @@ class UndoOfLinks : public RestoreFixture {
   UndoOfLinks() {
     machine.files.Put(kLink + L"\\behind.txt", "somebody's");
     links_.links.insert(kLink);
-    std::wstring reason;
-    recorder = ChangeRecorder::Begin(ports_, {L"import", L"2026", L"x.ucex"}, reason);
+    recorder = ChangeRecorder::Begin(ports_, {L"import", L"2026", L"x.ucex"}).object;
     recorded = std::make_unique<RecordedMachine>(ports_, *recorder);
     run = std::make_unique<Machine>(recorded->Ports());
   }
@@ -138,11 +137,11 @@ class UndoOfLinks : public RestoreFixture {
   const std::wstring kLink = kData + L"link";
   LinkFiles links_{machine.files};
   const Machine own_ = machine.Ports();
-  const Machine ports_ = WithFiles(own_, links_);
+  const Machine ports_ = With<&Machine::files>(own_, links_);
 };
 
 TEST_F(UndoOfLinks, RemovedLinkComesBackWithoutALookBehindIt) {
-  EXPECT_EQ(run->files.RemoveFolder(kLink), kSystemOk);
+  EXPECT_EQ(run->files->RemoveFolder(kLink), kSystemOk);
   EXPECT_FALSE(links_.Exists(kLink));
   recorder->End();
   const auto point = ReadRestorePoint(links_, Root(), recorder->Id());
@@ -155,8 +154,8 @@ TEST_F(UndoOfLinks, RemovedLinkComesBackWithoutALookBehindIt) {
 }
 
 TEST_F(UndoOfLinks, RemovedLinkComesBackWhereTheRunPutAFile) {
-  EXPECT_EQ(run->files.RemoveFile(kLink), kSystemOk);
-  EXPECT_EQ(run->files.WriteBytes(kLink, "new"), kSystemOk);
+  EXPECT_EQ(run->files->RemoveFile(kLink), kSystemOk);
+  EXPECT_EQ(run->files->WriteBytes(kLink, "new"), kSystemOk);
   recorder->End();
   const auto point = ReadRestorePoint(links_, Root(), recorder->Id());
   ASSERT_TRUE(point);
@@ -169,8 +168,8 @@ TEST_F(UndoOfLinks, LinkAmongTheRestorePointsStays) {
   const std::wstring link = Root() + L"\\link";
   machine.files.PutFolder(link);
   links_.links.insert(link);
-  EXPECT_EQ(run->files.RemoveFolder(link), kAccessDenied);
-  EXPECT_EQ(run->files.RemoveFile(link), kAccessDenied);
+  EXPECT_EQ(run->files->RemoveFolder(link), kAccessDenied);
+  EXPECT_EQ(run->files->RemoveFile(link), kAccessDenied);
   EXPECT_TRUE(links_.IsLink(link));
 }
 

@@ -28,31 +28,30 @@ class UndoLinks : public testing::Test {
     }
   }
   ~UndoLinks() override {
-    if (recorder_) WipeFolder(ports_.files, Root() + L"\\" + recorder_->Id());
+    if (recorder_) WipeFolder(*ports_.files, Root() + L"\\" + recorder_->Id());
   }
 
-  std::wstring Root() const { return *RestoreRoot(ports_.folders); }
+  std::wstring Root() const { return *RestoreRoot(*ports_.folders); }
   std::wstring Shared() const { return machine_->ScratchFolder() + L"shared"; }
   std::wstring Product() const {
-    return *ports_.folders.RoamingAppData() + L"\\Vantric\\" + machine_->product.productName;
+    return *ports_.folders->RoamingAppData() + L"\\Vantric\\" + machine_->product.productName;
   }
   std::wstring Category() const { return Product() + L"\\28.0\\en-us\\Customization"; }
 
   bool Link(const std::wstring& path) { return MakeLink(*machine_, path, Shared()); }
 
   FileSystem& Begin() {
-    std::wstring reason;
-    recorder_ = ChangeRecorder::Begin(ports_, {L"import", L"2026", L""}, reason);
+    recorder_ = ChangeRecorder::Begin(ports_, {L"import", L"2026", L""}).object;
     recorded_ = std::make_unique<RecordedMachine>(ports_, *recorder_);
     run_ = std::make_unique<Machine>(recorded_->Ports());
-    return run_->files;
+    return *run_->files;
   }
 
   UndoReport Undo(bool force = false, bool trusted = false) {
     UndoChoice choice;
     choice.force = force;
     choice.trusted = trusted;
-    return UndoChanges(*ReadRestorePoint(ports_.files, Root(), recorder_->Id()), choice, ports_);
+    return UndoChanges(*ReadRestorePoint(*ports_.files, Root(), recorder_->Id()), choice, ports_);
   }
 
   void ExpectUndone() {
@@ -67,8 +66,8 @@ class UndoLinks : public testing::Test {
     for (const auto& [name, bytes] : shared_) {
       EXPECT_EQ(machine_->FileBytes(Shared() + name), bytes);
     }
-    EXPECT_EQ(ports_.files.ListFolder(Shared()).size(), kSharedFiles / 2 + 1u);
-    EXPECT_EQ(ports_.files.ListFolder(Shared() + L"\\sub").size(), kSharedFiles / 2 + 0u);
+    EXPECT_EQ(ListFolder(*ports_.files, Shared()).size(), kSharedFiles / 2 + 1u);
+    EXPECT_EQ(ListFolder(*ports_.files, Shared() + L"\\sub").size(), kSharedFiles / 2 + 0u);
   }
 
   Contents shared_;
@@ -91,7 +90,7 @@ TEST_F(UndoLinks, CategoryFolderThatIsALinkGoesAloneAndComesBack) {
   EXPECT_EQ(files.WriteBytes(Category() + L"\\new.xml", "the package's"), kSystemOk);
   recorder_->End();
   ExpectUndone();
-  EXPECT_TRUE(ports_.files.IsLink(Category()));
+  EXPECT_TRUE(ports_.files->IsLink(Category()));
   ExpectSharedIsWhole();
 }
 
@@ -108,7 +107,7 @@ TEST_F(UndoLinks, BringsBackALinkBeforeWhatWasChangedBehindIt) {
   EXPECT_EQ(files.WriteBytes(Category() + L"\\0.xml", "the package's"), kSystemOk);
   recorder_->End();
   ExpectUndone();
-  EXPECT_TRUE(ports_.files.IsLink(Category()));
+  EXPECT_TRUE(ports_.files->IsLink(Category()));
   ExpectSharedIsWhole();
 }
 
@@ -121,7 +120,7 @@ TEST_F(UndoLinks, BringsBackALinkInAFolderThatWentWithIt) {
   EXPECT_EQ(files.WriteBytes(Category(), "a file now"), kSystemOk);
   recorder_->End();
   ExpectUndone();
-  EXPECT_TRUE(ports_.files.IsLink(link));
+  EXPECT_TRUE(ports_.files->IsLink(link));
   ExpectSharedIsWhole();
 }
 
@@ -146,7 +145,7 @@ TEST_F(UndoLinks, LeavesALinkAwayWhileItsPlaceHoldsWhatWasAdded) {
   EXPECT_EQ(Undo().kept,
             std::vector<std::wstring>{L"Kept, as it holds what was added since: " + Category()});
   EXPECT_EQ(machine_->FileBytes(Category() + L"\\mine.xml"), "mine");
-  EXPECT_FALSE(ports_.files.Exists(Category() + L"\\0.xml"));
+  EXPECT_FALSE(ports_.files->Exists(Category() + L"\\0.xml"));
   machine_->DeletePath(Category() + L"\\mine.xml");
   ExpectUndone();
   ExpectSharedIsWhole();
@@ -186,7 +185,7 @@ TEST_F(UndoLinks, ReadsNoRestorePointThatIsALink) {
   if (!MakeLink(*machine_, Root() + L"\\" + id, Root() + L"\\" + recorder_->Id())) {
     GTEST_SKIP() << "this system makes no links";
   }
-  EXPECT_FALSE(ReadRestorePoint(ports_.files, Root(), id));
+  EXPECT_FALSE(ReadRestorePoint(*ports_.files, Root(), id));
 }
 
 TEST_F(UndoLinks, FileOverALinkTakesTheLinksPlaceAndLeavesWhatLiesBehind) {
@@ -201,7 +200,7 @@ TEST_F(UndoLinks, FileOverALinkTakesTheLinksPlaceAndLeavesWhatLiesBehind) {
   ExpectSharedIsWhole();
   recorder_->End();
   ExpectUndone();
-  EXPECT_TRUE(ports_.files.IsLink(link));
+  EXPECT_TRUE(ports_.files->IsLink(link));
   ExpectSharedIsWhole();
 }
 

@@ -45,10 +45,9 @@ class UndoProperty : public testing::Test {
     const MachineSnapshot before = Snapshot(machine);
     std::size_t operations = 0;
     {
-      std::wstring reason;
-      const auto recorder = ChangeRecorder::Begin(machine.Ports(), {L"import", L"", L""}, reason);
+      const auto recorder = ChangeRecorder::Begin(machine.Ports(), {L"import", L"", L""}).object;
       if (!recorder) {
-        ADD_FAILURE() << ToUtf8(reason);
+        ADD_FAILURE();
         return 0;
       }
       RecordedMachine recorded(machine.Ports(), *recorder);
@@ -99,7 +98,7 @@ class UndoProperty : public testing::Test {
     }
     for (const auto& [folded, value] : snapshot.values) {
       lines.push_back(
-          ToUtf8(value.key + L" " + value.value.name + L" " + RegValueText(value.value)));
+          ToUtf8(value.key + L" " + value.value.name + L" " + RegistryValueText(value.value)));
     }
     std::sort(lines.begin(), lines.end());
     return lines;

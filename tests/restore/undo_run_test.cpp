@@ -15,24 +15,24 @@ class UndoTest : public RestoreFixture {
 
   void Replace(const std::wstring& path, std::string_view bytes) {
     std::unique_ptr<FileReplacement> file;
-    ASSERT_EQ(run->files.BeginReplacement(path, bytes.size(), file), kSystemOk);
+    ASSERT_EQ(run->files->BeginReplacement(path, bytes.size(), file), kSystemOk);
     EXPECT_EQ(file->Append(bytes), kSystemOk);
     EXPECT_EQ(file->Complete(), kSystemOk);
   }
 
   void ChangeMuch() {
-    EXPECT_EQ(run->files.WriteBytes(kData + L"a.txt", "after"), kSystemOk);
+    EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "after"), kSystemOk);
     Replace(kData + L"d.txt", "in parts");
-    EXPECT_EQ(run->files.RemoveFile(kData + L"sub\\b.txt"), kSystemOk);
-    EXPECT_EQ(run->files.RemoveFolder(kData + L"sub"), kSystemOk);
-    EXPECT_EQ(run->files.WriteBytes(kData + L"sub", "a file now"), kSystemOk);
-    EXPECT_EQ(run->files.RemoveFolder(kData + L"EMPTY"), kSystemOk);
-    EXPECT_EQ(run->files.CreateFolder(kData + L"new"), kSystemOk);
-    EXPECT_EQ(run->files.CopyOver(kData + L"a.txt", kData + L"new\\c.txt"), kSystemOk);
-    EXPECT_EQ(run->files.AppendBytes(kData + L"new\\c.txt", "more"), kSystemOk);
-    EXPECT_EQ(run->registryEditor.DeleteTree(kUserHive, kKey), kSystemOk);
-    EXPECT_EQ(run->registryEditor.CreateKey(kUserHive, kKey + L"\\Made\\Below"), kSystemOk);
-    EXPECT_EQ(run->registryEditor.SetValues(kUserHive, kKey + L"\\Made", {MakeDwordValue(L"n", 1)}),
+    EXPECT_EQ(run->files->RemoveFile(kData + L"sub\\b.txt"), kSystemOk);
+    EXPECT_EQ(run->files->RemoveFolder(kData + L"sub"), kSystemOk);
+    EXPECT_EQ(run->files->WriteBytes(kData + L"sub", "a file now"), kSystemOk);
+    EXPECT_EQ(run->files->RemoveFolder(kData + L"EMPTY"), kSystemOk);
+    EXPECT_EQ(run->files->CreateFolder(kData + L"new"), kSystemOk);
+    EXPECT_EQ(run->files->CopyOver(kData + L"a.txt", kData + L"new\\c.txt"), kSystemOk);
+    EXPECT_EQ(run->files->AppendBytes(kData + L"new\\c.txt", "more"), kSystemOk);
+    EXPECT_EQ(run->registry->DeleteTree(kUserHive, kKey), kSystemOk);
+    EXPECT_EQ(run->registry->CreateKey(kUserHive, kKey + L"\\Made\\Below"), kSystemOk);
+    EXPECT_EQ(run->registry->SetValues(kUserHive, kKey + L"\\Made", {MakeDwordValue(L"n", 1)}),
               kSystemOk);
   }
 };
@@ -99,7 +99,7 @@ TEST_F(UndoTest, RemovesWhatAnInterruptedRegistryImportSet) {
                     "REGEDIT4\n\n[HKEY_CURRENT_USER\\SOFTWARE\\Vantric\\VANTRIC 28.0]\n"
                     "\"Text\"=\"after\"\n\"New\"=dword:1\n");
   // The program was killed while the tool ran.
-  static_cast<void>(run->interpreter.Start(L"/C reg import \"" + kLocal + L"x.reg\""));
+  static_cast<void>(run->registryTool->ImportFile(kLocal + L"x.reg"));
   machine.files.RemoveFile(kLocal + L"x.reg");
   EXPECT_TRUE(Undo().IsComplete());
   EXPECT_EQ(State(), before_);
@@ -109,16 +109,16 @@ TEST_F(UndoTest, UndoesACopiedTreeOfKeys) {
   machine.registry.Root(RegistryHive::kLocalMachine)
       .Make(L"Defaults\\Sub\\New")
       .SetValue(MakeDwordValue(L"d", 1));
-  EXPECT_EQ(run->registryEditor.CopyTree(RegistryHive::kLocalMachine, L"Defaults", kUserHive, kKey),
+  EXPECT_EQ(run->registry->CopyTree(RegistryHive::kLocalMachine, L"Defaults", kUserHive, kKey),
             kSystemOk);
-  EXPECT_EQ(run->registryEditor.DeleteValue(kUserHive, kKey, L"Text"), kSystemOk);
+  EXPECT_EQ(run->registry->DeleteValue(kUserHive, kKey, L"Text"), kSystemOk);
   recorder->End();
   EXPECT_TRUE(Undo().IsComplete());
   EXPECT_EQ(State(), before_);
 }
 
 TEST_F(UndoTest, KeepsAFileThatWasChangedSinceUnlessForced) {
-  EXPECT_EQ(run->files.WriteBytes(kData + L"a.txt", "after"), kSystemOk);
+  EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "after"), kSystemOk);
   recorder->End();
   machine.files.Put(kData + L"a.txt", "the user's work");
   const UndoReport report = Undo();
@@ -131,7 +131,7 @@ TEST_F(UndoTest, KeepsAFileThatWasChangedSinceUnlessForced) {
 }
 
 TEST_F(UndoTest, KeepsAFileThatWasChangedAfterTheUndo) {
-  EXPECT_EQ(run->files.WriteBytes(kData + L"a.txt", "after"), kSystemOk);
+  EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "after"), kSystemOk);
   recorder->End();
   static_cast<void>(Undo());
   machine.files.Put(kData + L"a.txt", "the user's work");
@@ -141,8 +141,8 @@ TEST_F(UndoTest, KeepsAFileThatWasChangedAfterTheUndo) {
 
 TEST_F(UndoTest, KeepsAValueThatWasChangedSinceUnlessForced) {
   EXPECT_EQ(
-      run->registryEditor.SetValues(
-          kUserHive, kKey, {MakeStringValue(L"Text", L"after"), MakeStringValue(L"New", L"x")}),
+      run->registry->SetValues(kUserHive, kKey,
+                               {MakeStringValue(L"Text", L"after"), MakeStringValue(L"New", L"x")}),
       kSystemOk);
   recorder->End();
   Key(kKey).SetValue(MakeStringValue(L"Text", L"user"));
@@ -154,9 +154,9 @@ TEST_F(UndoTest, KeepsAValueThatWasChangedSinceUnlessForced) {
 }
 
 TEST_F(UndoTest, NeverRemovesWhatWasAddedSince) {
-  EXPECT_EQ(run->files.CreateFolder(kData + L"new"), kSystemOk);
-  EXPECT_EQ(run->files.WriteBytes(kData + L"new\\c.txt", "c"), kSystemOk);
-  EXPECT_EQ(run->registryEditor.CreateKey(kUserHive, kKey + L"\\Made"), kSystemOk);
+  EXPECT_EQ(run->files->CreateFolder(kData + L"new"), kSystemOk);
+  EXPECT_EQ(run->files->WriteBytes(kData + L"new\\c.txt", "c"), kSystemOk);
+  EXPECT_EQ(run->registry->CreateKey(kUserHive, kKey + L"\\Made"), kSystemOk);
   recorder->End();
   machine.files.Put(kData + L"new\\mine.txt", "mine");
   Key(kKey + L"\\Made").SetValue(MakeDwordValue(L"mine", 1));
@@ -166,7 +166,7 @@ TEST_F(UndoTest, NeverRemovesWhatWasAddedSince) {
 }
 
 TEST_F(UndoTest, PutsBackWhatTheUserHasRemovedSince) {
-  EXPECT_EQ(run->files.WriteBytes(kData + L"a.txt", "after"), kSystemOk);
+  EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "after"), kSystemOk);
   recorder->End();
   machine.files.RemoveFile(kData + L"a.txt");
   EXPECT_TRUE(Undo().IsComplete());
@@ -174,8 +174,8 @@ TEST_F(UndoTest, PutsBackWhatTheUserHasRemovedSince) {
 }
 
 TEST_F(UndoTest, RemovesTheRunsOwnFolderAndHalfWrittenFiles) {
-  EXPECT_EQ(run->files.CreateFolder(OwnFolder()), kSystemOk);
-  EXPECT_EQ(run->files.WriteBytes(OwnFolder() + L"\\a", "x"), kSystemOk);
+  EXPECT_EQ(run->files->CreateFolder(OwnFolder()), kSystemOk);
+  EXPECT_EQ(run->files->WriteBytes(OwnFolder() + L"\\a", "x"), kSystemOk);
   // Killed between the note and the end of the change.
   EXPECT_EQ(recorder->FileChanges(kData + L"a.txt"), kSystemOk);
   machine.files.Put(kData + L"~carrovan0.part", "half");

@@ -112,13 +112,13 @@ TEST_F(RandomRewrite, RegistryFilesComeOutAsTheRulesSay) {
     bench.files.partBytes = 1 + random() % 97;
     bench.files.Put(kFile, Utf16File(FromUtf16(text)));
     bench.log.lines.clear();
-    ASSERT_EQ(RewriteRegFile(kFile, replacements, bench.Ports()), kSystemOk);
+    ASSERT_EQ(RewriteRegistryFile(kFile, replacements, bench.Ports()), kSystemOk);
     ASSERT_EQ(bench.files.Bytes(kFile), Utf16File(FromUtf16(Literal(text, replacements))))
         << "seed " << seed;
     ASSERT_EQ(bench.log.lines, LiteralReports()) << "seed " << seed;
 
     bench.files.Put(kFile, ToUtf8(FromUtf16(text)));
-    ASSERT_EQ(RewriteRegFile(kFile, replacements, bench.Ports()), kSystemOk);
+    ASSERT_EQ(RewriteRegistryFile(kFile, replacements, bench.Ports()), kSystemOk);
     ASSERT_EQ(bench.files.Bytes(kFile), ToUtf8(FromUtf16(Literal(text, replacements))))
         << "seed " << seed;
   }
@@ -129,10 +129,10 @@ TEST_F(RandomRewrite, OnePassAfterTheOtherGivesTheSame) {
     std::mt19937 random(seed);
     const std::string bytes = Utf16File(FromUtf16(RandomText(random, 60)));
     bench.files.Put(kFile, bytes);
-    ASSERT_EQ(RewriteRegFile(kFile, {{L"27.0", L"28.0"}}, bench.Ports()), kSystemOk);
+    ASSERT_EQ(RewriteRegistryFile(kFile, {{L"27.0", L"28.0"}}, bench.Ports()), kSystemOk);
     const std::string together = bench.files.Bytes(kFile);
     bench.files.Put(kFile, bytes);
-    ASSERT_EQ(ReplaceInRegFile(kFile, {L"27.0", L"28.0"}, bench.Ports()), kSystemOk);
+    ASSERT_EQ(ReplaceInRegistryFile(kFile, {L"27.0", L"28.0"}, bench.Ports()), kSystemOk);
     ASSERT_EQ(ReplaceUserPaths(kFile, bench.Ports()), kSystemOk);
     ASSERT_EQ(RemoveInvalidAbsolutePaths(kFile, bench.Ports()), kSystemOk);
     ASSERT_EQ(bench.files.Bytes(kFile), together) << "seed " << seed;

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/forwarding_ports.h"
 #include "tests/merge/merge_support.h"
+#include "tests/support/memory_machine.h"
 #include "tests/support/test_machine.h"
 #include "text/text.h"
 
@@ -26,8 +28,8 @@ class OptionMigrationTest : public testing::Test {
 
   OptionMigration MigrateFile() {
     const Machine ports = machine->Ports();
-    const auto dom = OpenXmlDom(ports.files);
-    return MigrateOptionConfig(Xml(), L"Vantric", ProductKey(), *dom, ports.registryEditor, log);
+    const auto dom = OpenXmlDom(*ports.files);
+    return MigrateOptionConfig(Xml(), L"Vantric", ProductKey(), *dom, *ports.registry, log);
   }
 
   void Put(const std::wstring& key, const RegistryValue& value) {
@@ -83,7 +85,7 @@ TEST_F(OptionMigrationTest, MakesNoValuesAndNoKeys) {
   EXPECT_TRUE(done.started);
   EXPECT_EQ(done.written, 0u);
   EXPECT_EQ(Value(L"", L"None"), std::nullopt);
-  EXPECT_FALSE(machine->Ports().registry.CanOpenKey(kUser, Key(L"\\Sub")));
+  EXPECT_FALSE(machine->Ports().registry->CanOpenKey(kUser, Key(L"\\Sub")));
 }
 
 TEST_F(OptionMigrationTest, GoesThroughSubkeysAndSkipsMissingOnesWhole) {
@@ -142,18 +144,20 @@ TEST_F(OptionMigrationTest, ReportsARootKeyThatMayNotBeOpened) {
 }
 
 TEST_F(OptionMigrationTest, IsSilentWithoutADom) {
-  const auto dom = OpenXmlDom(machine->Ports().files);
+  const auto dom = OpenXmlDom(*machine->Ports().files);
   FaultyDom faulty(*dom);
   faulty.documentsUntilFailure = 0;
-  EXPECT_FALSE(MigrateOptionConfig(Xml(), L"Vantric", ProductKey(), faulty,
-                                   machine->Ports().registryEditor, log)
-                   .started);
+  EXPECT_FALSE(
+      MigrateOptionConfig(Xml(), L"Vantric", ProductKey(), faulty, *machine->Ports().registry, log)
+          .started);
   EXPECT_TRUE(log.lines.empty());
 }
 
 // A registry in memory that notes what is asked of it and fails on demand.
-class RecordingEditor : public RegistryEditor {
+class RecordingEditor : public ForwardingRegistry {
  public:
+  using ForwardingRegistry::ForwardingRegistry;
+
   std::vector<std::wstring> calls;
   std::wstring failing;
 
@@ -169,15 +173,6 @@ class RecordingEditor : public RegistryEditor {
     for (const RegistryValue& value : values) calls.push_back(keyPath + L" " + value.name);
     return keyPath == failing ? kAccessDenied : kSystemOk;
   }
-  SystemCode CreateKey(RegistryHive, const std::wstring&) override { return kGeneralFailure; }
-  SystemCode DeleteValue(RegistryHive, const std::wstring&, const std::wstring&) override {
-    return kGeneralFailure;
-  }
-  SystemCode DeleteTree(RegistryHive, const std::wstring&) override { return kGeneralFailure; }
-  SystemCode CopyTree(RegistryHive, const std::wstring&, RegistryHive,
-                      const std::wstring&) override {
-    return kGeneralFailure;
-  }
 };
 
 class OptionOrder : public testing::Test {
@@ -188,7 +183,8 @@ class OptionOrder : public testing::Test {
   }
 
   DomBench bench;
-  RecordingEditor editor;
+  MemoryRegistry registry;
+  RecordingEditor editor{registry};
 };
 
 TEST_F(OptionOrder, WritesAllValuesOfALevelBeforeItsSubkeys) {

@@ -207,7 +207,7 @@ TEST_F(PackageTree, DoesNotFollowLinks) {
 TEST_F(PackageTree, WorksOnTheMachinesOwnFiles) {
   const auto machine = NewTestMachine();
   const Machine ports = machine->Ports();
-  const std::wstring user = ports.user.UserName().value();
+  const std::wstring user = ports.user->UserName().value();
   const std::wstring folder = machine->ScratchFolder() + L"p";
   machine->PutFile(folder + L"\\V 26.0\\\x4E2D.xml", "<a>2024</a>");
   machine->PutFile(folder + L"\\V 26.0\\k.reg",
@@ -217,7 +217,7 @@ TEST_F(PackageTree, WorksOnTheMachinesOwnFiles) {
   machine->PutFile(folder + L"\\locked.reg", "2024");
   machine->MakeUnreadable(folder + L"\\locked.reg");
   const auto failures =
-      RewritePackageTree(folder, inputs, {ports.files, ports.user, ports.codePage, bench.log});
+      RewritePackageTree(folder, inputs, {*ports.files, *ports.user, *ports.codePage, bench.log});
   EXPECT_EQ(failures.size(), 2u);
   EXPECT_EQ(machine->FileBytes(folder + L"\\V 28.0\\\x4E2D.xml"), "<a>2026</a>\r\n");
   EXPECT_EQ(machine->FileBytes(folder + L"\\V 28.0\\k.reg"), Utf16File(L""));
@@ -233,7 +233,7 @@ TEST_F(PackageTree, LeavesAFolderThatIsALinkAlone) {
   const std::wstring folder = machine->ScratchFolder() + L"p";
   if (!MakeLink(*machine, folder, shared)) GTEST_SKIP() << "this system makes no links";
   const auto failures = RewritePackageTree(folder + L"\\", inputs,
-                                           {ports.files, ports.user, ports.codePage, bench.log});
+                                           {*ports.files, *ports.user, *ports.codePage, bench.log});
   ASSERT_EQ(failures.size(), 1u);
   EXPECT_EQ(failures[0].code, kNotAFolder);
   EXPECT_EQ(machine->FileBytes(shared + L"\\a.xml"), "2024");

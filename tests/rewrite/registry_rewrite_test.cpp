@@ -24,7 +24,7 @@ class RegistryRewrite : public testing::Test {
   std::string Replaced(const std::wstring& text, const std::wstring& search,
                        const std::wstring& replacement) {
     return After(text, [&](const std::wstring& file, const RewritePorts& ports) {
-      return ReplaceInRegFile(file, {search, replacement}, ports);
+      return ReplaceInRegistryFile(file, {search, replacement}, ports);
     });
   }
 
@@ -58,13 +58,13 @@ TEST_F(RegistryRewrite, FindsATextThatGoesOverALineEnd) {
 
 TEST_F(RegistryRewrite, WritesNothingWhenNothingChanges) {
   bench.files.Put(kFile, Utf16File(L"\"a\"=\"b\"\n"));
-  EXPECT_EQ(RewriteRegFile(kFile, {{L"x", L"y"}}, bench.Ports()), kSystemOk);
+  EXPECT_EQ(RewriteRegistryFile(kFile, {{L"x", L"y"}}, bench.Ports()), kSystemOk);
   EXPECT_TRUE(bench.files.changes.empty());
 }
 
 TEST_F(RegistryRewrite, WritesOnceForAllPasses) {
   bench.files.Put(kFile, Utf16File(L"\"a\"=\"P 27.0\"\r\n\"b\"=\"C:\\\\Users\\\\old\\\\x\"\r\n"));
-  EXPECT_EQ(RewriteRegFile(kFile, {{L"P 27.0", L"P 28.0"}, {L"27", L"28"}}, bench.Ports()),
+  EXPECT_EQ(RewriteRegistryFile(kFile, {{L"P 27.0", L"P 28.0"}, {L"27", L"28"}}, bench.Ports()),
             kSystemOk);
   EXPECT_EQ(bench.files.changes, std::vector<std::wstring>{L"write C:\\d\\a.reg"});
   EXPECT_EQ(bench.files.Bytes(kFile), Utf16File(L"\"a\"=\"P 28.0\"\r\n"));
@@ -76,9 +76,9 @@ TEST_F(RegistryRewrite, WritesOnceForAllPasses) {
 
 TEST_F(RegistryRewrite, LaterPassFindsWhatAnEarlierOneMade) {
   bench.files.Put(kFile, Utf16File(L"ab"));
-  EXPECT_EQ(
-      RewriteRegFile(kFile, {{L"a", L"b"}, {L"bb", L"c"}, {L"c", L"C:/Users/x"}}, bench.Ports()),
-      kSystemOk);
+  EXPECT_EQ(RewriteRegistryFile(kFile, {{L"a", L"b"}, {L"bb", L"c"}, {L"c", L"C:/Users/x"}},
+                                bench.Ports()),
+            kSystemOk);
   EXPECT_EQ(bench.files.Bytes(kFile), Utf16File(L"C:/Users/newuser"));
 }
 
@@ -90,7 +90,7 @@ TEST_F(RegistryRewrite, GivesOddFilesBackByteForByte) {
                     3),
         std::string("\xFF\xFE\x00\xD8", 4), std::string("\0", 1)}) {
     bench.files.Put(kFile, bytes);
-    EXPECT_EQ(RewriteRegFile(kFile, {{L"2025", L"2026"}}, bench.Ports()), kSystemOk);
+    EXPECT_EQ(RewriteRegistryFile(kFile, {{L"2025", L"2026"}}, bench.Ports()), kSystemOk);
     EXPECT_EQ(bench.files.Bytes(kFile), bytes) << testing::PrintToString(bytes);
   }
   EXPECT_TRUE(bench.files.changes.empty());
@@ -98,7 +98,7 @@ TEST_F(RegistryRewrite, GivesOddFilesBackByteForByte) {
 
 TEST_F(RegistryRewrite, KeepsHalfAUnitAtTheEnd) {
   bench.files.Put(kFile, Utf16File(L"2025\r\n\"a\"=\"Q:\\\\x\"") + "z");
-  EXPECT_EQ(RewriteRegFile(kFile, {{L"2025", L"2026"}}, bench.Ports()), kSystemOk);
+  EXPECT_EQ(RewriteRegistryFile(kFile, {{L"2025", L"2026"}}, bench.Ports()), kSystemOk);
   EXPECT_EQ(bench.files.Bytes(kFile), Utf16File(L"2026\r\n") + "z");
 }
 
@@ -106,18 +106,19 @@ TEST_F(RegistryRewrite, KeepsUnpairedSurrogates) {
   std::string bytes = Utf16File(L"2025");
   bytes.append("\x00\xD8\x41\x00", 4);
   bench.files.Put(kFile, bytes);
-  EXPECT_EQ(ReplaceInRegFile(kFile, {L"2025", L"2026"}, bench.Ports()), kSystemOk);
+  EXPECT_EQ(ReplaceInRegistryFile(kFile, {L"2025", L"2026"}, bench.Ports()), kSystemOk);
   EXPECT_EQ(bench.files.Bytes(kFile), Utf16File(L"2026") + std::string("\x00\xD8\x41\x00", 4));
 }
 
 TEST_F(RegistryRewrite, RewritesEightBitTextAndKeepsWhatIsNoText) {
   bench.files.Put(kFile, "\xFF\xE4\xB8 27.0 \xE4\xB8\xAD\x80\r\n");
-  EXPECT_EQ(ReplaceInRegFile(kFile, {L"27.0 \x4E2D", L"28.0 \x6587"}, bench.Ports()), kSystemOk);
+  EXPECT_EQ(ReplaceInRegistryFile(kFile, {L"27.0 \x4E2D", L"28.0 \x6587"}, bench.Ports()),
+            kSystemOk);
   EXPECT_EQ(bench.files.Bytes(kFile), "\xFF\xE4\xB8 28.0 \xE6\x96\x87\x80\r\n");
 }
 
 TEST_F(RegistryRewrite, SaysWhyAFileWasNotRewritten) {
-  EXPECT_EQ(RewriteRegFile(L"C:\\d\\none.reg", {}, bench.Ports()), kFileNotFound);
+  EXPECT_EQ(RewriteRegistryFile(L"C:\\d\\none.reg", {}, bench.Ports()), kFileNotFound);
   const std::string bytes = Utf16File(L"C:/Users/x");
   bench.files.Put(kFile, bytes);
   bench.files.MakeReadOnly(kFile);
@@ -136,7 +137,7 @@ TEST_F(RegistryRewrite, FullDiskLeavesTheFileAndReportsNothing) {
   bench.files.fault = [](const std::string& operation, const std::wstring&) {
     return operation == "write" ? kSystemDiskFull : kSystemOk;
   };
-  EXPECT_EQ(RewriteRegFile(kFile, {}, bench.Ports()), kSystemDiskFull);
+  EXPECT_EQ(RewriteRegistryFile(kFile, {}, bench.Ports()), kSystemDiskFull);
   EXPECT_EQ(bench.files.Bytes(kFile), bytes);
   EXPECT_TRUE(bench.log.lines.empty());
 }
@@ -148,7 +149,7 @@ TEST_F(RegistryRewrite, FailureAtAnyStepLeavesTheFileAndReportsNothing) {
     bench.files.fault = [&](const std::string& operation, const std::wstring&) {
       return operation == step ? kSharingViolation : kSystemOk;
     };
-    EXPECT_EQ(RewriteRegFile(kFile, {{L"2025", L"2026"}}, bench.Ports()), kSharingViolation)
+    EXPECT_EQ(RewriteRegistryFile(kFile, {{L"2025", L"2026"}}, bench.Ports()), kSharingViolation)
         << step;
     EXPECT_EQ(bench.files.Bytes(kFile), bytes) << step;
     EXPECT_TRUE(bench.log.lines.empty()) << step;
@@ -160,7 +161,7 @@ TEST_F(RegistryRewrite, BeginsNoFileWhenNothingChanges) {
   bench.files.fault = [](const std::string& operation, const std::wstring&) {
     return operation == "begin" ? kAccessDenied : kSystemOk;
   };
-  EXPECT_EQ(RewriteRegFile(kFile, {{L"x", L"y"}}, bench.Ports()), kSystemOk);
+  EXPECT_EQ(RewriteRegistryFile(kFile, {{L"x", L"y"}}, bench.Ports()), kSystemOk);
 }
 
 TEST_F(RegistryRewrite, TextLongerThanABlockKeepsItsLines) {
@@ -337,7 +338,7 @@ TEST_F(InvalidPaths, TrimsEveryLineOfALongFileWhenTheLastOneIsDropped) {
   bench.files.partBytes = 100'001;
   bench.files.Put(L"C:\\Users\\newuser\\new", "");
   bench.files.Put(kFile, Utf16File(before + L"\"a\"=\"Q:\\\\x\""));
-  EXPECT_EQ(RewriteRegFile(kFile, {{L"old", L"new"}}, bench.Ports()), kSystemOk);
+  EXPECT_EQ(RewriteRegistryFile(kFile, {{L"old", L"new"}}, bench.Ports()), kSystemOk);
   EXPECT_TRUE(bench.files.Bytes(kFile) == Utf16File(after));
   EXPECT_EQ(bench.files.changes, std::vector<std::wstring>{L"write C:\\d\\a.reg"});
   EXPECT_EQ(bench.log.lines,
@@ -415,9 +416,9 @@ TEST_F(InvalidPaths, AsksOnceThoughTheFileIsReadAgain) {
   std::wstring text;
   for (int i = 0; i < 5000; ++i) text += L"\"a\"=\"C:/there/x.dat\"\r\n";
   bench.files.Put(kFile, Utf16File(L"2025\r\n" + text + L"\"c\"=\"C:\\\\there\\\\none\""));
-  EXPECT_EQ(
-      RewriteRegFile(kFile, {{L"2025", L"2026"}}, {files, bench.user, bench.codePage, bench.log}),
-      kSystemOk);
+  EXPECT_EQ(RewriteRegistryFile(kFile, {{L"2025", L"2026"}},
+                                {files, bench.user, bench.codePage, bench.log}),
+            kSystemOk);
   EXPECT_EQ(bench.files.Bytes(kFile), Utf16File(L"2026\r\n" + text));
   EXPECT_EQ(files.asked, (std::map<std::wstring, int>{
                              {L"C:\\there", 1}, {L"C:/there/x.dat", 1}, {L"C:\\there\\none", 1}}));

@@ -53,27 +53,26 @@ class FrontTestMachine : public TestMachine {
 class OverlayTestMachine : public FrontTestMachine {
  public:
   OverlayTestMachine() {
-    std::wstring reason;
-    overlay_ = OverlayMachine::Open(machine_->Ports(), reason);
-    EXPECT_TRUE(overlay_) << ToUtf8(reason);
+    overlay_ = OverlayMachine::Open(machine_->Ports()).object;
+    EXPECT_TRUE(overlay_);
   }
 
   Machine Ports() override { return overlay_->Ports(); }
   void PutFile(const std::wstring& path, const std::string& bytes) override {
     machine_->PutFile(path, bytes);
-    FileSystem& files = overlay_->Ports().files;
+    FileSystem& files = *overlay_->Ports().files;
     std::string shown;
     if (files.ReadBytes(path, shown) == kSystemOk && shown == bytes) return;
     EXPECT_EQ(files.WriteBytes(path, bytes), kSystemOk) << ToUtf8(path);
   }
   std::optional<std::string> FileBytes(const std::wstring& path) const override {
     std::string bytes;
-    const bool read = overlay_->Ports().files.ReadBytes(path, bytes) == kSystemOk;
+    const bool read = overlay_->Ports().files->ReadBytes(path, bytes) == kSystemOk;
     return read ? std::optional(bytes) : std::nullopt;
   }
   std::optional<RegistryValue> Value(RegistryHive hive, const std::wstring& keyPath,
                                      const std::wstring& name) const override {
-    const auto values = overlay_->Ports().registry.Values(hive, keyPath);
+    const auto values = overlay_->Ports().registry->Values(hive, keyPath);
     if (!values) return std::nullopt;
     for (const RegistryValue& value : *values) {
       if (CompareNames(value.name, name) == 0) return value;
@@ -89,14 +88,13 @@ class OverlayTestMachine : public FrontTestMachine {
 class RecordedTestMachine : public FrontTestMachine {
  public:
   RecordedTestMachine() : ports_(machine_->Ports()) {
-    std::wstring reason;
-    recorder_ = ChangeRecorder::Begin(ports_, {L"import", L"2026", L""}, reason);
-    EXPECT_TRUE(recorder_) << ToUtf8(reason);
+    recorder_ = ChangeRecorder::Begin(ports_, {L"import", L"2026", L""}).object;
+    EXPECT_TRUE(recorder_);
     recorded_.emplace(ports_, *recorder_);
   }
   ~RecordedTestMachine() override {
-    const auto root = RestoreRoot(ports_.folders);
-    if (root) WipeFolder(ports_.files, *root + L"\\" + recorder_->Id());
+    const auto root = RestoreRoot(*ports_.folders);
+    if (root) WipeFolder(*ports_.files, *root + L"\\" + recorder_->Id());
   }
 
   Machine Ports() override { return recorded_->Ports(); }

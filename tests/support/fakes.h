@@ -6,30 +6,19 @@
 #include <string>
 #include <vector>
 
-#include "platform/command_interpreter.h"
-#include "platform/forwarding_files.h"
+#include "platform/forwarding_ports.h"
 #include "platform/machine.h"
-#include "wizard/wizard_frame.h"
+#include "platform/registry_tool.h"
 
 namespace carrovan {
 
-// A face that answers from its fields and notes what it was shown.
-class RecordingView : public WizardView {
+// What a face was to show.
+class RecordingView {
  public:
   std::vector<std::wstring> messages;
-  std::vector<SaveFileQuestion> questions;
-  std::optional<std::wstring> answer;  // to the save-file question
   std::wstring finishText;
-  bool closeAsked = false;
 
-  void ShowMessage(const std::wstring& text) override { messages.push_back(text); }
-  void ShowApplicationMessage(const std::wstring& text) override { messages.push_back(text); }
-  std::optional<std::wstring> ChooseSaveFile(const SaveFileQuestion& question) override {
-    questions.push_back(question);
-    return answer;
-  }
-  void SetFinishText(const std::wstring& text) override { finishText = text; }
-  void CloseWizard() override { closeAsked = true; }
+  void ShowMessage(const std::wstring& text) { messages.push_back(text); }
 };
 
 // Keeps one file, whatever is done to it.
@@ -52,11 +41,6 @@ class SpecialFiles : public ForwardingFiles {
   SpecialFiles(FileSystem& files, std::wstring name)
       : ForwardingFiles(files), name_(std::move(name)) {}
 
-  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override {
-    auto entries = ForwardingFiles::ListFolder(folder);
-    Mark(entries);
-    return entries;
-  }
   SystemCode ReadFolder(const std::wstring& folder,
                         std::vector<FolderEntry>& entries) const override {
     const SystemCode code = ForwardingFiles::ReadFolder(folder, entries);
@@ -93,19 +77,20 @@ class FixedGuids : public GuidSource {
 // Starts nothing and notes what it was asked to start.
 class RecordingInterpreter : public CommandInterpreter {
  public:
+  InterpretedRegistryTool tool{*this};
   std::vector<std::wstring> started;
   int waits = 0;
   bool canStart = true;
   bool succeeds = true;
 
-  std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override {
+  std::unique_ptr<RunningTool> Start(const std::wstring& parameters) override {
     started.push_back(parameters);
     if (!canStart) return nullptr;
     return std::make_unique<Command>(*this);
   }
 
  private:
-  class Command : public RunningCommand {
+  class Command : public RunningTool {
    public:
     explicit Command(RecordingInterpreter& owner) : owner_(owner) {}
     bool WaitForEnd() override {
@@ -118,21 +103,24 @@ class RecordingInterpreter : public CommandInterpreter {
   };
 };
 
-// Ends the first commands at once without carrying them out, and passes on all others.
-class HastyInterpreter : public CommandInterpreter {
+// Ends at once without work when it is first started, and passes on everything later.
+class HastyRegistryTool : public ForwardingRegistryTool {
  public:
-  HastyInterpreter(CommandInterpreter& interpreter, int hasty)
-      : interpreter_(interpreter), hasty_(hasty) {}
+  HastyRegistryTool(RegistryTool& tool, int hasty) : ForwardingRegistryTool(tool), hasty_(hasty) {}
 
   int started = 0;
 
-  std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override {
-    if (started++ < hasty_) return std::make_unique<EndedCommand>(false);
-    return interpreter_.Start(parameters);
+  std::unique_ptr<RunningTool> ExportKey(const std::wstring& key,
+                                         const std::wstring& file) override {
+    if (started++ < hasty_) return std::make_unique<EndedTool>(false);
+    return ForwardingRegistryTool::ExportKey(key, file);
+  }
+  std::unique_ptr<RunningTool> ImportFile(const std::wstring& file) override {
+    if (started++ < hasty_) return std::make_unique<EndedTool>(false);
+    return ForwardingRegistryTool::ImportFile(file);
   }
 
  private:
-  CommandInterpreter& interpreter_;
   int hasty_;
 };
 

@@ -37,9 +37,6 @@ class FaultyFiles : public ForwardingFiles {
   bool IsReadOnly(const std::wstring& path) const override {
     return !Strikes() && ForwardingFiles::IsReadOnly(path);
   }
-  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override {
-    return Strikes() ? std::vector<FolderEntry>() : ForwardingFiles::ListFolder(folder);
-  }
   SystemCode ReadFolder(const std::wstring& folder,
                         std::vector<FolderEntry>& entries) const override {
     return Strikes() ? kAccessDenied : ForwardingFiles::ReadFolder(folder, entries);
@@ -93,67 +90,56 @@ class FaultyFiles : public ForwardingFiles {
   Fault& fault_;
 };
 
-class FaultyRegistryReader : public RegistryReader {
+// Its reading and its editing fail apart from each other.
+class FaultyRegistry : public ForwardingRegistry {
  public:
-  FaultyRegistryReader(RegistryReader& registry, Fault& fault)
-      : registry_(registry), fault_(fault) {}
+  FaultyRegistry(RegistryEditor& registry, Fault& fault)
+      : ForwardingRegistry(registry), fault_(fault) {}
 
   bool CanOpenKey(RegistryHive hive, const std::wstring& keyPath) const override {
-    return !fault_.Strikes(Port::kRegistryReader) && registry_.CanOpenKey(hive, keyPath);
+    return !fault_.Strikes(Port::kRegistryReader) && ForwardingRegistry::CanOpenKey(hive, keyPath);
   }
   std::optional<std::vector<std::wstring>> SubkeyNames(RegistryHive hive,
                                                        const std::wstring& keyPath) const override {
     if (fault_.Strikes(Port::kRegistryReader)) return std::nullopt;
-    return registry_.SubkeyNames(hive, keyPath);
+    return ForwardingRegistry::SubkeyNames(hive, keyPath);
   }
   std::optional<std::vector<RegistryValue>> Values(RegistryHive hive,
                                                    const std::wstring& keyPath) const override {
     if (fault_.Strikes(Port::kRegistryReader)) return std::nullopt;
-    return registry_.Values(hive, keyPath);
+    return ForwardingRegistry::Values(hive, keyPath);
   }
-
- private:
-  RegistryReader& registry_;
-  Fault& fault_;
-};
-
-class FaultyRegistryEditor : public RegistryEditor {
- public:
-  FaultyRegistryEditor(RegistryEditor& registry, Fault& fault)
-      : registry_(registry), fault_(fault) {}
-
   SystemCode TryOpen(RegistryHive hive, const std::wstring& keyPath) const override {
-    return Strikes() ? kAccessDenied : registry_.TryOpen(hive, keyPath);
+    return Strikes() ? kAccessDenied : ForwardingRegistry::TryOpen(hive, keyPath);
   }
   std::optional<std::uint32_t> ValueType(RegistryHive hive, const std::wstring& keyPath,
                                          const std::wstring& name) const override {
     if (Strikes()) return std::nullopt;
-    return registry_.ValueType(hive, keyPath, name);
+    return ForwardingRegistry::ValueType(hive, keyPath, name);
   }
   SystemCode SetValues(RegistryHive hive, const std::wstring& keyPath,
                        const std::vector<RegistryValue>& values) override {
-    return Strikes() ? kAccessDenied : registry_.SetValues(hive, keyPath, values);
+    return Strikes() ? kAccessDenied : ForwardingRegistry::SetValues(hive, keyPath, values);
   }
   SystemCode CreateKey(RegistryHive hive, const std::wstring& keyPath) override {
-    return Strikes() ? kAccessDenied : registry_.CreateKey(hive, keyPath);
+    return Strikes() ? kAccessDenied : ForwardingRegistry::CreateKey(hive, keyPath);
   }
   SystemCode DeleteValue(RegistryHive hive, const std::wstring& keyPath,
                          const std::wstring& name) override {
-    return Strikes() ? kAccessDenied : registry_.DeleteValue(hive, keyPath, name);
+    return Strikes() ? kAccessDenied : ForwardingRegistry::DeleteValue(hive, keyPath, name);
   }
   SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) override {
-    return Strikes() ? kAccessDenied : registry_.DeleteTree(hive, keyPath);
+    return Strikes() ? kAccessDenied : ForwardingRegistry::DeleteTree(hive, keyPath);
   }
   SystemCode CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
                       RegistryHive targetHive, const std::wstring& targetPath) override {
     return Strikes() ? kAccessDenied
-                     : registry_.CopyTree(sourceHive, sourcePath, targetHive, targetPath);
+                     : ForwardingRegistry::CopyTree(sourceHive, sourcePath, targetHive, targetPath);
   }
 
  private:
   bool Strikes() const { return fault_.Strikes(Port::kRegistryEditor); }
 
-  RegistryEditor& registry_;
   Fault& fault_;
 };
 
@@ -260,31 +246,38 @@ class FaultyArchives : public ArchiveLibrary {
   Fault& fault_;
 };
 
-class FaultyCommand : public RunningCommand {
+class FaultyRun : public RunningTool {
  public:
-  FaultyCommand(std::unique_ptr<RunningCommand> command, Fault& fault)
+  FaultyRun(std::unique_ptr<RunningTool> command, Fault& fault)
       : command_(std::move(command)), fault_(fault) {}
   bool WaitForEnd() override {
     return !fault_.Strikes(Port::kInterpreter) && command_->WaitForEnd();
   }
 
  private:
-  std::unique_ptr<RunningCommand> command_;
+  std::unique_ptr<RunningTool> command_;
   Fault& fault_;
 };
 
-class FaultyInterpreter : public CommandInterpreter {
+class FaultyRegistryTool : public RegistryTool {
  public:
-  FaultyInterpreter(CommandInterpreter& interpreter, Fault& fault)
-      : interpreter_(interpreter), fault_(fault) {}
-  std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override {
+  FaultyRegistryTool(RegistryTool& tool, Fault& fault) : tool_(tool), fault_(fault) {}
+  std::unique_ptr<RunningTool> ExportKey(const std::wstring& key,
+                                         const std::wstring& file) override {
     if (fault_.Strikes(Port::kInterpreter)) return nullptr;
-    auto command = interpreter_.Start(parameters);
-    return command ? std::make_unique<FaultyCommand>(std::move(command), fault_) : nullptr;
+    return Faulty(tool_.ExportKey(key, file));
+  }
+  std::unique_ptr<RunningTool> ImportFile(const std::wstring& file) override {
+    if (fault_.Strikes(Port::kInterpreter)) return nullptr;
+    return Faulty(tool_.ImportFile(file));
   }
 
  private:
-  CommandInterpreter& interpreter_;
+  std::unique_ptr<RunningTool> Faulty(std::unique_ptr<RunningTool> running) {
+    return running ? std::make_unique<FaultyRun>(std::move(running), fault_) : nullptr;
+  }
+
+  RegistryTool& tool_;
   Fault& fault_;
 };
 
@@ -357,26 +350,24 @@ class FaultyDom : public XmlDom {
 struct FaultyMachine::Parts {
   Parts(const Machine& machine, Fault& fault)
       : behind(machine),
-        files(machine.files, fault),
-        registry(machine.registry, fault),
-        editor(machine.registryEditor, fault),
-        folders(machine.folders, fault),
-        guids(machine.guids, fault),
-        profiles(machine.profiles, fault),
-        archives(machine.archives, fault),
-        interpreter(machine.interpreter, fault),
-        user(machine.user, fault),
+        files(*machine.files, fault),
+        registry(*machine.registry, fault),
+        folders(*machine.folders, fault),
+        guids(*machine.guids, fault),
+        profiles(*machine.profiles, fault),
+        archives(*machine.archives, fault),
+        registryTool(*machine.registryTool, fault),
+        user(*machine.user, fault),
         dom(files, fault) {}
 
   Machine behind;
   FaultyFiles files;
-  FaultyRegistryReader registry;
-  FaultyRegistryEditor editor;
+  FaultyRegistry registry;
   FaultyFolders folders;
   FaultyGuids guids;
   FaultyProfiles profiles;
   FaultyArchives archives;
-  FaultyInterpreter interpreter;
+  FaultyRegistryTool registryTool;
   FaultyUser user;
   FaultyDom dom;
 };
@@ -387,10 +378,16 @@ FaultyMachine::FaultyMachine(const Machine& machine, Fault& fault)
 FaultyMachine::~FaultyMachine() = default;
 
 Machine FaultyMachine::Ports() {
-  const Machine& behind = parts_->behind;
-  return {parts_->files,  parts_->registry, parts_->folders,     parts_->guids, parts_->profiles,
-          behind.product, parts_->archives, parts_->interpreter, behind.clock,  parts_->editor,
-          parts_->user,   behind.codePage,  behind.processes};
+  Machine ports = parts_->behind;
+  ports.files = &parts_->files;
+  ports.registry = &parts_->registry;
+  ports.folders = &parts_->folders;
+  ports.guids = &parts_->guids;
+  ports.profiles = &parts_->profiles;
+  ports.archives = &parts_->archives;
+  ports.registryTool = &parts_->registryTool;
+  ports.user = &parts_->user;
+  return ports;
 }
 
 XmlDom& FaultyMachine::Dom() { return parts_->dom; }

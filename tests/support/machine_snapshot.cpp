@@ -11,7 +11,7 @@ namespace {
 constexpr RegistryHive kHives[] = {RegistryHive::kCurrentUser, RegistryHive::kLocalMachine};
 
 void TakeFolder(const MemoryFiles& files, const std::wstring& folder, MachineSnapshot& snapshot) {
-  for (const FolderEntry& entry : files.ListFolder(folder)) {
+  for (const FolderEntry& entry : ListFolder(files, folder)) {
     const std::wstring path = folder + L"\\" + entry.name;
     snapshot.files[FoldedName(path)] = {path, entry.isFolder, files.IsReadOnly(path),
                                         entry.isFolder ? "" : files.Bytes(path)};

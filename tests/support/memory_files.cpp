@@ -87,7 +87,7 @@ std::string MemoryFiles::Bytes(const std::wstring& path) const {
 
 std::vector<std::wstring> MemoryFiles::Names(const std::wstring& folder) const {
   std::vector<std::wstring> names;
-  for (const FolderEntry& entry : ListFolder(folder)) names.push_back(entry.name);
+  for (const FolderEntry& entry : EntriesOf(folder)) names.push_back(entry.name);
   std::sort(names.begin(), names.end());
   return names;
 }
@@ -104,7 +104,7 @@ bool MemoryFiles::IsReadOnly(const std::wstring& path) const {
   return entry != nullptr && entry->readOnly;
 }
 
-std::vector<FolderEntry> MemoryFiles::ListFolder(const std::wstring& folder) const {
+std::vector<FolderEntry> MemoryFiles::EntriesOf(const std::wstring& folder) const {
   const std::wstring parent = Folded(folder);
   std::vector<const Entry*> found;
   const std::wstring front = parent.empty() ? parent : parent + L'\\';
@@ -128,7 +128,7 @@ SystemCode MemoryFiles::ReadFolder(const std::wstring& folder,
                                    std::vector<FolderEntry>& entries) const {
   if (const SystemCode code = Fault("list", folder); code != kSystemOk) return code;
   if (!IsFolder(folder)) return Exists(folder) ? kNotAFolder : kPathNotFound;
-  entries = ListFolder(folder);
+  entries = EntriesOf(folder);
   return kSystemOk;
 }
 
@@ -189,7 +189,7 @@ SystemCode MemoryFiles::RemoveFolder(const std::wstring& path) {
   if (const SystemCode code = Fault("remove folder", path); code != kSystemOk) return code;
   if (!Exists(path)) return MissingCode(path);
   if (!IsFolder(path)) return kNotAFolder;
-  if (!ListFolder(path).empty()) return kFolderNotEmpty;
+  if (!EntriesOf(path).empty()) return kFolderNotEmpty;
   entries_.erase(Folded(path));
   return Done("remove folder", path);
 }

@@ -38,7 +38,6 @@ class MemoryFiles : public FileSystem {
   bool IsFolder(const std::wstring& path) const override;
   bool IsLink(const std::wstring&) const override { return false; }
   bool IsReadOnly(const std::wstring& path) const override;
-  std::vector<FolderEntry> ListFolder(const std::wstring& folder) const override;
   SystemCode ReadFolder(const std::wstring& folder,
                         std::vector<FolderEntry>& entries) const override;
   SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override;
@@ -56,6 +55,7 @@ class MemoryFiles : public FileSystem {
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
 
  private:
+  std::vector<FolderEntry> EntriesOf(const std::wstring& folder) const;
   class Replacement;
 
   struct Entry {

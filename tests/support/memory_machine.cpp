@@ -1,7 +1,7 @@
 #include "tests/support/memory_machine.h"
 
-#include "platform/command_interpreter.h"
 #include "platform/registry_file.h"
+#include "platform/registry_tool.h"
 #include "registry_text/registry_file_writer.h"
 #include "text/path_text.h"
 #include "text/profile_text.h"
@@ -103,7 +103,7 @@ class Reader : public ArchiveReader {
 
 std::wstring MemoryRegistry::Text(RegistryHive hive, const std::wstring& keyPath) const {
   const RegistryKey* key = Root(hive).Find(keyPath);
-  return key == nullptr ? L"" : WriteRegFile(hive, keyPath, *key, RegFileForm::kLossless);
+  return key == nullptr ? L"" : WriteRegistryFile(hive, keyPath, *key, RegistryFileForm::kLossless);
 }
 
 bool MemoryRegistry::CanOpenKey(RegistryHive hive, const std::wstring& keyPath) const {
@@ -202,33 +202,20 @@ std::unique_ptr<ArchiveReader> MemoryArchives::Open(const std::wstring& archiveP
   return std::make_unique<Reader>(files_, Unpacked(packed));
 }
 
-std::unique_ptr<RunningCommand> MemoryInterpreter::Start(const std::wstring& parameters) {
-  if (const auto file = ImportedFile(parameters)) {
-    return std::make_unique<EndedCommand>(Import(*file));
-  }
-  // "/C reg export "KEY" "FILE" /y"
-  const std::size_t key = parameters.find(L'"') + 1;
-  const std::size_t keyEnd = parameters.find(L"\" \"", key);
-  const std::size_t end = parameters.rfind(L'"');
-  return std::make_unique<EndedCommand>(keyEnd != std::wstring::npos &&
-                                        Export(parameters.substr(key, keyEnd - key),
-                                               parameters.substr(keyEnd + 3, end - keyEnd - 3)));
-}
-
-bool MemoryInterpreter::Export(const std::wstring& fullPath, const std::wstring& file) {
+bool MemoryRegistryTool::Export(const std::wstring& fullPath, const std::wstring& file) {
   const std::wstring path = fullPath.substr(fullPath.find(L'\\') + 1);
   const RegistryKey* const key = registry_.Root(RegistryHive::kCurrentUser).Find(path);
   if (key == nullptr) return false;
   const auto bytes = EncodeText(
-      {WriteRegFile(RegistryHive::kCurrentUser, path, *key, RegFileForm::kExport), true});
+      {WriteRegistryFile(RegistryHive::kCurrentUser, path, *key, RegistryFileForm::kExport), true});
   return files_.WriteBytes(file, std::string(bytes.begin(), bytes.end())) == kSystemOk;
 }
 
-bool MemoryInterpreter::Import(const std::wstring& file) {
-  const auto parsed = ReadRegFile(files_, file);
+bool MemoryRegistryTool::Import(const std::wstring& file) {
+  const auto parsed = ReadRegistryFile(files_, file);
   if (!parsed) return false;
   for (const RegistryHive hive : {RegistryHive::kCurrentUser, RegistryHive::kLocalMachine}) {
-    ApplyRegFile(*parsed, hive, registry_.Root(hive));
+    ApplyRegistryFile(*parsed, hive, registry_.Root(hive));
   }
   return true;
 }

@@ -17,7 +17,7 @@ namespace carrovan {
 // A whole machine in memory, for tests that run the engine hundreds of times. Its parts keep to the
 // contracts of the ports and are as simple as those allow.
 
-class MemoryRegistry : public RegistryReader, public RegistryEditor {
+class MemoryRegistry : public RegistryEditor {
  public:
   RegistryKey& Root(RegistryHive hive) { return hives_[static_cast<std::size_t>(hive)]; }
   const RegistryKey& Root(RegistryHive hive) const {
@@ -73,11 +73,17 @@ class MemoryArchives : public ArchiveLibrary {
   FileSystem& files_;
 };
 
-class MemoryInterpreter : public CommandInterpreter {
+class MemoryRegistryTool : public RegistryTool {
  public:
-  MemoryInterpreter(FileSystem& files, MemoryRegistry& registry)
+  MemoryRegistryTool(FileSystem& files, MemoryRegistry& registry)
       : files_(files), registry_(registry) {}
-  std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override;
+  std::unique_ptr<RunningTool> ExportKey(const std::wstring& keyPath,
+                                         const std::wstring& filePath) override {
+    return std::make_unique<EndedTool>(Export(keyPath, filePath));
+  }
+  std::unique_ptr<RunningTool> ImportFile(const std::wstring& filePath) override {
+    return std::make_unique<EndedTool>(Import(filePath));
+  }
 
  private:
   bool Import(const std::wstring& file);
@@ -112,15 +118,15 @@ struct MemoryMachine {
   MemoryProfiles profiles{files};
   FixedProduct product;
   MemoryArchives archives{files};
-  MemoryInterpreter interpreter{files, registry};
+  MemoryRegistryTool registryTool{files, registry};
   RecordingClock clock;
   MemoryUser user;
   Utf8CodePage codePage;
   NoProcesses processes;
 
   Machine Ports() {
-    return {files,       registry, folders,  guids, profiles, product,  archives,
-            interpreter, clock,    registry, user,  codePage, processes};
+    return {&files,    &registry,     &folders, &guids, &profiles, &product,
+            &archives, &registryTool, &clock,   &user,  &codePage, &processes};
   }
 };
 

@@ -199,7 +199,7 @@ void RandomMachine::MakePackage() {
                       roaming, &RandomMachine::PutInPackage);
     FillDrafting(half, packageYear_, &RandomMachine::PutInPackage);
   }
-  AddRegFiles();
+  AddRegistryFiles();
   if (Chance(25)) AddOddities();
 }
 
@@ -218,14 +218,14 @@ void RandomMachine::Describe() {
                             "\r\nPRODUCT=VANTRIC\r\n";
 }
 
-void RandomMachine::AddRegFiles() {
+void RandomMachine::AddRegistryFiles() {
   for (const wchar_t* name : {L"Options\\General.reg", L"Options\\Color.reg", L"Options\\x.txt",
                               L"Register\\VANTRIC.reg", L"Options\\sub\\deep.reg"}) {
-    if (Chance(55)) entries_[name] = RegFileText();
+    if (Chance(55)) entries_[name] = RegistryFileText();
   }
 }
 
-std::string RandomMachine::RegFileText() {
+std::string RandomMachine::RegistryFileText() {
   if (Chance(5)) return "no registry file";
   std::wstring text = L"Windows Registry Editor Version 5.00\r\n";
   const std::wstring live =
@@ -234,13 +234,13 @@ std::string RandomMachine::RegFileText() {
     const std::wstring root = Chance(94) ? L"HKEY_CURRENT_USER\\" : L"HKEY_LOCAL_MACHINE\\";
     const std::wstring key = Chance(70) ? live + L"\\" + OneOf(kKeys) : live;
     text += L"\r\n[" + std::wstring(Chance(10) ? L"-" : L"") + root + key + L"]\r\n";
-    for (std::size_t lines = Below(4); lines > 0; --lines) text += RegLine() + L"\r\n";
+    for (std::size_t lines = Below(4); lines > 0; --lines) text += RegistryLine() + L"\r\n";
   }
   const auto bytes = EncodeText({text, Chance(80)});
   return {bytes.begin(), bytes.end()};
 }
 
-std::wstring RandomMachine::RegLine() {
+std::wstring RandomMachine::RegistryLine() {
   constexpr const wchar_t* kData[] = {L"\"text 2025\"",
                                       L"\"C:\\\\Users\\\\old\\\\x\"",
                                       L"\"C:\\\\Users\\\\u\\\\AppData\"",

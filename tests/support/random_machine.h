@@ -45,10 +45,10 @@ class RandomMachine : public MemoryMachine {
   void MakePackage();
   void MakeLegacyPackage();
   void Describe();
-  void AddRegFiles();
+  void AddRegistryFiles();
   void AddOddities();
-  std::string RegFileText();
-  std::wstring RegLine();
+  std::string RegistryFileText();
+  std::wstring RegistryLine();
   void WriteArchive();
 
   void PutInProfile(const std::wstring& path, const std::string& bytes);

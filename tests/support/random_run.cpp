@@ -2,11 +2,12 @@
 
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
-#include "package/import_steps.h"
-#include "package/package_selection.h"
+#include "package/import_run.h"
+#include "package/legacy_import.h"
 #include "package/staging_folder.h"
 #include "reset/reset_run.h"
-#include "wizard/category_checklist.h"
+#include "tests/support/category_checklist.h"
+#include "tests/support/import_face.h"
 
 namespace carrovan {
 namespace {
@@ -16,29 +17,15 @@ class SilentLog : public LineLog {
   void WriteLine(std::wstring_view) override {}
 };
 
-class PathPage : public PathPageView {
- public:
-  explicit PathPage(const RandomMachine& plan) : plan_(plan) {}
-  std::optional<std::wstring> ChooseOpenFile(const OpenFileQuestion&) override {
-    return plan_.PackagePath();
-  }
-  void ShowPackagePath(const std::wstring&) override {}
-  void ListVersions(const std::vector<std::wstring>&) override {}
-  std::optional<std::wstring> SelectedVersion() const override { return plan_.TargetYear(); }
-
- private:
-  const RandomMachine& plan_;
-};
-
 class Play {
  public:
   Play(const RandomMachine& plan, const Machine& ports, RunEnding& ending)
-      : plan_(plan), ports_(ports), ending_(ending), dom_(OpenXmlDom(ports.files)) {}
+      : plan_(plan), ports_(ports), ending_(ending), dom_(OpenXmlDom(*ports.files)) {}
 
   void Run() {
     ProductContext& context = ending_.context;
-    if (!LoadProductContext(context, ports_, ending_.view)) return;
-    EnumerateInstalledVersions(context, ports_.registry);
+    if (!LoadProductContext(context, ports_)) return;
+    EnumerateInstalledVersions(context, *ports_.registry);
     InitializePackageState(state_.package, context, ports_);
     if (!RenewStagingFolder(context, ports_)) return ending_.view.ShowMessage(L"no staging folder");
     if (plan_.Kind() == RandomMachine::Run::kReset) {
@@ -51,24 +38,28 @@ class Play {
 
  private:
   void Import() {
-    ImportRun run{ending_.context, state_.package, ports_,       tool_,
-                  *dom_,           log_,           ending_.view, ending_.report};
-    PathPage page(plan_);
-    SelectPackage({run, state_, page});
-    PackageImport steps(run);
-    if (state_.package.path.empty()) return;
-    if (plan_.Kind() == RandomMachine::Run::kLegacyImport) return steps.ApplyLegacy();
+    const ImportRun run{ending_.context, state_.package, ports_,    tool_,
+                        *dom_,           log_,           observer_, ending_.report};
+    ImportFace face(run, ending_.view);
+    if (plan_.Kind() == RandomMachine::Run::kLegacyImport) {
+      if (TakeLegacyPackage(run, ending_.view, state_, plan_.PackagePath())) face.ApplyLegacy();
+      return;
+    }
+    state_.package.path = plan_.PackagePath();
+    SelectTargetVersion(state_, ending_.context, plan_.TargetYear());
     CategoryChecklist tree;
-    if (steps.EnterCategories(tree) != ImportSteps::Entry::kReady) return;
+    if (face.EnterCategories(tree) != ImportFace::Entry::kReady) return;
     Choose(tree);
-    steps.Apply(tree);
+    face.Apply(tree);
   }
 
   void Reset() {
     if (!PrepareVersionFolders(ending_.context, ports_)) return;
-    CategoryChecklist tree = CategoryChecklist::ForReset(ending_.context);
+    CategoryChecklist tree(OfferedOnReset(ending_.context));
     Choose(tree);
-    ending_.report = RunReset({ending_.context, state_.package, ports_, tool_, ending_.view}, tree);
+    ending_.report = RunReset({ending_.context, state_.package, ports_, tool_, observer_},
+                              CheckedCategories(tree));
+    ending_.view.finishText = ResetFinishText(ending_.context);
   }
 
   void Choose(CategoryChecklist& tree) {
@@ -85,8 +76,9 @@ class Play {
   const Machine& ports_;
   RunEnding& ending_;
   std::unique_ptr<XmlDom> dom_;
-  RegistryTool tool_{ports_.interpreter, ports_.clock, RegistryToolPace::kWaitForEnd};
+  PacedRegistryTool tool_{*ports_.registryTool, *ports_.clock, RegistryToolPace::kWaitForEnd};
   SilentLog log_;
+  RunObserver observer_;
   WizardState state_;
 };
 

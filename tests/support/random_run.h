@@ -1,6 +1,6 @@
 #pragma once
 
-#include "package/import_report.h"
+#include "package/run_report.h"
 #include "tests/support/fakes.h"
 #include "tests/support/random_machine.h"
 
@@ -8,7 +8,7 @@ namespace carrovan {
 
 // How a run ended, as its user was told.
 struct RunEnding {
-  ImportReport report;
+  RunReport report;
   RecordingView view;
   ProductContext context;
 };

@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <stdexcept>
 
+#include "platform/forwarding_ports.h"
 #include "platform/sandbox/sandbox_machine.h"
 #include "registry_text/registry_file_writer.h"
 #include "tests/support/temporary_folder.h"
@@ -15,69 +17,48 @@ namespace fs = std::filesystem;
 constexpr char kProductIni[] = "[Product]\r\nUserName=Test User\r\n";
 
 // Keys that cannot be opened, in front of a registry whose files know no permissions.
-class KeyGuard : public RegistryReader, public RegistryEditor, public CommandInterpreter {
+class KeyGuard : public ForwardingRegistry {
  public:
-  explicit KeyGuard(Machine behind) : behind_(behind) {}
+  using ForwardingRegistry::ForwardingRegistry;
 
   void Deny(RegistryHive hive, const std::wstring& keyPath) { denied_.push_back({hive, keyPath}); }
 
   bool CanOpenKey(RegistryHive hive, const std::wstring& keyPath) const override {
-    return !IsDenied(hive, keyPath) && behind_.registry.CanOpenKey(hive, keyPath);
+    return !IsDenied(hive, keyPath) && ForwardingRegistry::CanOpenKey(hive, keyPath);
   }
 
   std::optional<std::vector<std::wstring>> SubkeyNames(RegistryHive hive,
                                                        const std::wstring& keyPath) const override {
     if (IsDenied(hive, keyPath)) return std::nullopt;
-    return behind_.registry.SubkeyNames(hive, keyPath);
+    return ForwardingRegistry::SubkeyNames(hive, keyPath);
   }
 
   std::optional<std::vector<RegistryValue>> Values(RegistryHive hive,
                                                    const std::wstring& keyPath) const override {
     if (IsDenied(hive, keyPath)) return std::nullopt;
-    return behind_.registry.Values(hive, keyPath);
+    return ForwardingRegistry::Values(hive, keyPath);
   }
 
   SystemCode TryOpen(RegistryHive hive, const std::wstring& keyPath) const override {
-    return IsDenied(hive, keyPath) ? kAccessDenied : behind_.registryEditor.TryOpen(hive, keyPath);
+    return IsDenied(hive, keyPath) ? kAccessDenied : ForwardingRegistry::TryOpen(hive, keyPath);
   }
 
   std::optional<std::uint32_t> ValueType(RegistryHive hive, const std::wstring& keyPath,
                                          const std::wstring& name) const override {
     if (IsDenied(hive, keyPath)) return std::nullopt;
-    return behind_.registryEditor.ValueType(hive, keyPath, name);
-  }
-
-  SystemCode SetValues(RegistryHive hive, const std::wstring& keyPath,
-                       const std::vector<RegistryValue>& values) override {
-    return behind_.registryEditor.SetValues(hive, keyPath, values);
-  }
-
-  SystemCode CreateKey(RegistryHive hive, const std::wstring& keyPath) override {
-    return behind_.registryEditor.CreateKey(hive, keyPath);
-  }
-
-  SystemCode DeleteValue(RegistryHive hive, const std::wstring& keyPath,
-                         const std::wstring& name) override {
-    return behind_.registryEditor.DeleteValue(hive, keyPath, name);
-  }
-
-  SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) override {
-    return behind_.registryEditor.DeleteTree(hive, keyPath);
+    return ForwardingRegistry::ValueType(hive, keyPath, name);
   }
 
   SystemCode CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
                       RegistryHive targetHive, const std::wstring& targetPath) override {
     if (IsDenied(sourceHive, sourcePath)) return kAccessDenied;
-    return behind_.registryEditor.CopyTree(sourceHive, sourcePath, targetHive, targetPath);
+    return ForwardingRegistry::CopyTree(sourceHive, sourcePath, targetHive, targetPath);
   }
 
   // The registry tool cannot export a key that cannot be opened.
-  std::unique_ptr<RunningCommand> Start(const std::wstring& parameters) override {
-    for (const Key& key : denied_) {
-      const std::wstring path = RootName(key.hive) + L"\\" + key.path;
-      if (Contains(parameters, L"export \"" + path + L"\"")) return behind_.interpreter.Start(L"");
-    }
-    return behind_.interpreter.Start(parameters);
+  bool IsDeniedInFull(const std::wstring& keyPath) const {
+    return std::ranges::any_of(
+        denied_, [&](const Key& key) { return RootName(key.hive) + L"\\" + key.path == keyPath; });
   }
 
  private:
@@ -93,23 +74,42 @@ class KeyGuard : public RegistryReader, public RegistryEditor, public CommandInt
     return false;
   }
 
-  Machine behind_;
   std::vector<Key> denied_;
+};
+
+class GuardedRegistryTool : public ForwardingRegistryTool {
+ public:
+  GuardedRegistryTool(RegistryTool& tool, const KeyGuard& guard)
+      : ForwardingRegistryTool(tool), guard_(guard) {}
+
+  std::unique_ptr<RunningTool> ExportKey(const std::wstring& key,
+                                         const std::wstring& file) override {
+    if (guard_.IsDeniedInFull(key)) return std::make_unique<EndedTool>(false);
+    return ForwardingRegistryTool::ExportKey(key, file);
+  }
+
+ private:
+  const KeyGuard& guard_;
 };
 
 class SandboxTestMachine : public TestMachine {
  public:
-  SandboxTestMachine() : machine_(OpenSandbox(folder_)), guard_(machine_->Ports()) {
+  SandboxTestMachine()
+      : machine_(OpenSandbox(folder_)),
+        guard_(*machine_->Ports().registry),
+        tool_(*machine_->Ports().registryTool, guard_) {
     product.productName = L"VANTRIC-T1";
     product.startupFolder = ScratchFolder() + L"Program Files\\Product\\Bin";
     MakeFolder(ScratchFolder());
   }
 
   Machine Ports() override {
-    const Machine real = machine_->Ports();
-    return {real.files, guard_,        real.folders,  real.guids, real.profiles,
-            product,    real.archives, guard_,        clock,      guard_,
-            real.user,  real.codePage, real.processes};
+    Machine ports = machine_->Ports();
+    ports.registry = &guard_;
+    ports.registryTool = &tool_;
+    ports.product = &product;
+    ports.clock = &clock;
+    return ports;
   }
 
   std::wstring ScratchFolder() const override { return L"C:\\Test files\\"; }
@@ -168,8 +168,8 @@ class SandboxTestMachine : public TestMachine {
   static std::unique_ptr<SandboxMachine> OpenSandbox(const TemporaryFolder& folder) {
     PutHostFile(folder.Path() / "product.ini", kProductIni);
     MachineOrReason opened = SandboxMachine::Open(folder.Text());
-    if (!opened.machine) throw std::runtime_error(ToUtf8(opened.reason));
-    return std::unique_ptr<SandboxMachine>(static_cast<SandboxMachine*>(opened.machine.release()));
+    if (!opened.object) throw std::runtime_error(ToUtf8(opened.reason));
+    return std::unique_ptr<SandboxMachine>(static_cast<SandboxMachine*>(opened.object.release()));
   }
 
   fs::path HostPath(const std::wstring& path) const {
@@ -183,6 +183,7 @@ class SandboxTestMachine : public TestMachine {
   TemporaryFolder folder_;
   std::unique_ptr<SandboxMachine> machine_;
   KeyGuard guard_;
+  GuardedRegistryTool tool_;
 };
 
 }  // namespace

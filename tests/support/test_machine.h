@@ -84,4 +84,11 @@ class TestMachine {
 
 std::unique_ptr<TestMachine> NewTestMachine();
 
+// The same machine with one port replaced: With<&Machine::files>(machine, files).
+template <auto kPort, typename Port>
+Machine With(Machine machine, Port& port) {
+  machine.*kPort = &port;
+  return machine;
+}
+
 }  // namespace carrovan

@@ -72,7 +72,7 @@ TEST(TarvikFunctions, MayLackTheOneThatStoresWithoutCompression) {
 
 TEST(TarvikLibrary, SaysWhatToDoWhenTheLibraryIsMissing) {
   const TarvikOrReason tarvik = LoadTarvik(L"C:\\no such folder\\tarvik.dll");
-  EXPECT_EQ(tarvik.library, nullptr);
+  EXPECT_EQ(tarvik.object, nullptr);
   EXPECT_EQ(tarvik.reason,
             L"C:\\no such folder\\tarvik.dll is missing: run Carrovan's setup and name the CAD "
             L"product's program folder, or put this program into that folder and start it there");
@@ -80,7 +80,7 @@ TEST(TarvikLibrary, SaysWhatToDoWhenTheLibraryIsMissing) {
 
 TEST(TarvikLibrary, RefusesAnotherLibraryOfThatName) {
   const TarvikOrReason tarvik = LoadTarvik(L"C:\\windows\\system32\\version.dll");
-  EXPECT_EQ(tarvik.library, nullptr);
+  EXPECT_EQ(tarvik.object, nullptr);
   EXPECT_EQ(tarvik.reason,
             L"C:\\windows\\system32\\version.dll has no function EyeGetProductName: use the "
             L"library of a CAD product that this program supports");
@@ -88,7 +88,7 @@ TEST(TarvikLibrary, RefusesAnotherLibraryOfThatName) {
 
 TEST(TarvikLibrary, RefusesAFileThatIsNoLibrary) {
   const TarvikOrReason tarvik = LoadTarvik(L"C:\\windows\\win.ini");
-  EXPECT_EQ(tarvik.library, nullptr);
+  EXPECT_EQ(tarvik.object, nullptr);
   EXPECT_TRUE(Contains(tarvik.reason, L"win.ini cannot be loaded (error "))
       << ToUtf8(tarvik.reason);
 }

@@ -70,7 +70,7 @@ TEST_F(TarvikPlacesTest, KeyWithoutAFolderIsNoKey) {
 TEST(TarvikPath, IsBesideThisProgram) {
   EXPECT_EQ(TarvikPath(), RemoveFileSpec(ProgramPath()) + L"\\tarvik.dll");
   const TarvikOrReason tarvik = LoadTarvik(TarvikPath());
-  EXPECT_NE(tarvik.library, nullptr) << ToUtf8(tarvik.reason);
+  EXPECT_NE(tarvik.object, nullptr) << ToUtf8(tarvik.reason);
 }
 
 }  // namespace

@@ -40,7 +40,7 @@ void RemoveOne(const std::wstring& path) {
 }  // namespace
 
 void DeleteTree(const std::wstring& path) {
-  for (const FolderEntry& entry : WindowsFileSystem().ListFolder(path)) {
+  for (const FolderEntry& entry : ListFolder(WindowsFileSystem(), path)) {
     const std::wstring child = WithTrailingBackslash(path) + entry.name;
     if (entry.isFolder && !entry.isLink) {
       DeleteTree(child);
@@ -103,7 +103,7 @@ void TestTraces::RemoveNames(const std::function<bool(const std::wstring& name)>
   std::vector<std::wstring> folders = {temp_};
   for (const Folder& folder : folders_) folders.push_back(folder.path + L"\\");
   for (const std::wstring& folder : folders) {
-    for (const FolderEntry& entry : WindowsFileSystem().ListFolder(folder)) {
+    for (const FolderEntry& entry : ListFolder(WindowsFileSystem(), folder)) {
       if (isTrace(entry.name)) DeleteTree(folder + entry.name);
     }
   }

@@ -147,7 +147,7 @@ TEST_F(RegistryWriterTest, HasNothingForAMissingValue) {
 TEST_F(RegistryWriterTest, DeletesAKeyWithItsSubkeys) {
   ASSERT_EQ(CreateRegistryKey(kUser, key_ + L"\\A\\B"), kSystemOk);
   EXPECT_EQ(DeleteRegistryTree(kUser, key_), kSystemOk);
-  EXPECT_FALSE(machine_->Ports().registry.CanOpenKey(kUser, key_));
+  EXPECT_FALSE(machine_->Ports().registry->CanOpenKey(kUser, key_));
   EXPECT_EQ(DeleteRegistryTree(kUser, key_), kFileNotFound);
 }
 

@@ -68,8 +68,8 @@ void WindowsTestMachine::RemoveStagingFolders() {
 }
 
 Machine WindowsTestMachine::Ports() {
-  return {files_,       registry_, folders_,        guids_, profiles_, product,   archives_,
-          interpreter_, clock,     registryEditor_, user_,  codePage_, processes_};
+  return {&files_,    &registry_,     &folders_, &guids_, &profiles_, &product,
+          &archives_, &registryTool_, &clock,    &user_,  &codePage_, &processes_};
 }
 
 void WindowsTestMachine::MakeFolder(const std::wstring& path) {
@@ -152,13 +152,13 @@ bool WindowsTestMachine::MakeKeyUnreadable(RegistryHive hive, const std::wstring
 
 bool MakeLink(TestMachine& machine, const std::wstring& path, const std::wstring& target) {
   machine.MakeFolder(RemoveFileSpec(path));
-  return MakeFolderLink(path, target) && machine.Ports().files.IsLink(path);
+  return MakeFolderLink(path, target) && machine.Ports().files->IsLink(path);
 }
 
 std::unique_ptr<TestMachine> NewTestMachine() {
   TarvikOrReason tarvik = LoadTarvik(TarvikPath());
-  if (!tarvik.library) throw std::runtime_error(ToUtf8(tarvik.reason));
-  return std::make_unique<WindowsTestMachine>(std::move(tarvik.library));
+  if (!tarvik.object) throw std::runtime_error(ToUtf8(tarvik.reason));
+  return std::make_unique<WindowsTestMachine>(std::move(tarvik.object));
 }
 
 }  // namespace carrovan

@@ -72,7 +72,7 @@ class WindowsTestMachine : public TestMachine {
   WindowsProfileFile profiles_;
   TarvikArchiveLibrary archives_;
   WindowsCommandInterpreter interpreter_;
-  WindowsRegistryEditor registryEditor_;
+  InterpretedRegistryTool registryTool_{interpreter_};
   WindowsUserIdentity user_;
   WindowsCodePage codePage_;
   NoProcesses processes_;

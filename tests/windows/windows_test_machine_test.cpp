@@ -22,7 +22,7 @@ TEST(WindowsTestMachine, LeavesNothingBehind) {
   const WindowsFileSystem files;
   const WindowsRegistry registry;
   const WindowsKnownFolders folders;
-  const auto before = files.ListFolder(folders.TempPath().value()).size();
+  const auto before = ListFolder(files, folders.TempPath().value()).size();
   auto machine = NewTestMachine();
   const std::wstring& name = machine->product.productName;
   const std::wstring local = folders.LocalAppData().value() + L"\\Vantric\\" + name;
@@ -41,12 +41,12 @@ TEST(WindowsTestMachine, LeavesNothingBehind) {
   EXPECT_TRUE(machine->MakeKeyUnreadable(kUser, liveKey));
   machine->PutKey(kLocal, defaults);
   const std::wstring staging =
-      folders.TempPath().value() + machine->Ports().guids.NewGuid().value().substr(1, 36);
-  ASSERT_EQ(machine->Ports().files.CreateFolder(staging), kSystemOk);
+      folders.TempPath().value() + machine->Ports().guids->NewGuid().value().substr(1, 36);
+  ASSERT_EQ(machine->Ports().files->CreateFolder(staging), kSystemOk);
   machine.reset();
   EXPECT_FALSE(files.Exists(local));
   EXPECT_FALSE(files.Exists(staging));
-  EXPECT_EQ(files.ListFolder(folders.TempPath().value()).size(), before);
+  EXPECT_EQ(ListFolder(files, folders.TempPath().value()).size(), before);
   EXPECT_EQ(DeleteRegistryTree(kUser, liveKey), kFileNotFound);
   EXPECT_EQ(DeleteRegistryTree(kLocal, defaults), kFileNotFound);
 }

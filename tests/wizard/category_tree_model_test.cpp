@@ -10,11 +10,15 @@ namespace {
 using Item = CategoryTree::Item;
 using enum SettingCategory;
 
-bool OfferAll(const CategoryRecord&) { return true; }
+CategorySet Everything() {
+  CategorySet all;
+  for (const CategoryRecord& record : CategoryTable()) all.insert(record.category);
+  return all;
+}
 
 class CategoryTreeModel : public testing::Test {
  protected:
-  CategoryTreeModel() { BuildCategoryTree(tree_, OfferAll); }
+  CategoryTreeModel() { BuildCategoryTree(tree_, Everything()); }
 
   Item ItemOf(SettingCategory category) const {
     for (Item item = tree_.FirstChild(tree_.Root()); item != CategoryTree::kNoItem;
@@ -33,9 +37,9 @@ class CategoryTreeModel : public testing::Test {
 
   std::vector<int> CheckedLeaves() const {
     std::vector<int> values;
-    VisitLeaves(tree_, tree_.Root(), [&](Item leaf) {
-      if (tree_.IsChecked(leaf)) values.push_back(tree_.ItemData(leaf));
-    });
+    for (const SettingCategory category : CheckedCategories(tree_)) {
+      values.push_back(static_cast<int>(category));
+    }
     return values;
   }
 
@@ -58,7 +62,9 @@ TEST_F(CategoryTreeModel, ListsTheCategoriesInOrderBelowSelectAll) {
 }
 
 TEST_F(CategoryTreeModel, LeavesOutWhatIsNotOffered) {
-  BuildCategoryTree(tree_, [](const CategoryRecord& r) { return r.category != CatalogLibrary; });
+  CategorySet offered = Everything();
+  offered.erase(CatalogLibrary);
+  BuildCategoryTree(tree_, offered);
   EXPECT_EQ(CheckedLeaves(), (std::vector<int>{2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 13, 14}));
 }
 
@@ -72,14 +78,14 @@ TEST_F(CategoryTreeModel, EverythingIsExpandedAndCheckedAtStart) {
 
 TEST_F(CategoryTreeModel, BuildingAgainForgetsTheEarlierChoice) {
   ClickBox(tree_.Root());
-  BuildCategoryTree(tree_, OfferAll);
+  BuildCategoryTree(tree_, Everything());
   EXPECT_EQ(CheckedLeaves().size(), 13u);
   EXPECT_EQ(tree_.texts.size(), 14u);
   EXPECT_TRUE(tree_.IsChecked(tree_.Root()));
 }
 
 TEST_F(CategoryTreeModel, TreeWithoutCategoriesIsTheRootAlone) {
-  BuildCategoryTree(tree_, [](const CategoryRecord&) { return false; });
+  BuildCategoryTree(tree_, {});
   EXPECT_EQ(tree_.FirstChild(tree_.Root()), CategoryTree::kNoItem);
   EXPECT_TRUE(tree_.IsChecked(tree_.Root()));
 }
@@ -170,6 +176,30 @@ TEST_F(CategoryTreeModel, DeeperLevelsFollowDownAndUp) {
   EXPECT_FALSE(tree_.IsChecked(tree_.Root()));
   ClickBox(tree_.Root());
   EXPECT_TRUE(tree_.IsChecked(second));
+}
+
+TEST_F(CategoryTreeModel, OnlyCheckedLeavesOfCategoriesCount) {
+  ClickBox(tree_.Root());
+  CategoryTree& tree = tree_;
+  tree.SetChecked(tree.Root(), true);
+  for (const int data : {0, 1, 15, -1, 1000}) {
+    tree.SetChecked(tree.Append(tree.Root(), L"of no category", data), true);
+  }
+  const Item above = tree.Append(tree.Root(), L"above", static_cast<int>(CustomMaterials));
+  tree.SetChecked(above, true);
+  tree.Append(above, L"below", static_cast<int>(ShortcutKey));
+  EXPECT_EQ(CheckedLeaves(), std::vector<int>());
+
+  tree.Clear();
+  tree.SetChecked(tree.Append(CategoryTree::kNoItem, L"alone", 1), true);
+  EXPECT_EQ(CheckedLeaves(), std::vector<int>());
+}
+
+TEST_F(CategoryTreeModel, TurnOfACategoryExpandsItsParentsAndSelectsItsLeaf) {
+  tree_.expanded.clear();
+  ShowCategory(tree_, CosmeticThread);
+  EXPECT_EQ(tree_.selected, ItemOf(CosmeticThread));
+  EXPECT_TRUE(tree_.expanded.contains(tree_.Root()));
 }
 
 }  // namespace

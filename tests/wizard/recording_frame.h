@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "wizard/category_checklist.h"
+#include "tests/support/category_checklist.h"
 #include "wizard/wizard_frame.h"
 
 namespace carrovan {
@@ -46,6 +46,7 @@ class RecordingFrame : public WizardFrame {
   bool yes = true;
   std::optional<std::wstring> saveAnswer;
   std::wstring finishText;
+  std::vector<std::wstring> finishTexts;  // all, the last one included
   bool closeAsked = false;
   bool ended = false;
   std::map<WizardPage, std::wstring> selectedVersions;  // of pages with such a list
@@ -69,7 +70,7 @@ class RecordingFrame : public WizardFrame {
     if (selected == selectedVersions.end()) return std::nullopt;
     return selected->second;
   }
-  EditableCategoryTree& Tree(WizardPage categoryPage) override { return trees[categoryPage]; }
+  CategoryTree& Tree(WizardPage categoryPage) override { return trees[categoryPage]; }
   void EndProgram() override { ended = true; }
 
   void ShowMessage(const std::wstring& text) override {
@@ -85,7 +86,10 @@ class RecordingFrame : public WizardFrame {
     Ask();
     return saveAnswer;
   }
-  void SetFinishText(const std::wstring& text) override { finishText = text; }
+  void SetFinishText(const std::wstring& text) override {
+    finishText = text;
+    finishTexts.push_back(text);
+  }
   void CloseWizard() override { closeAsked = true; }
 
  private:

@@ -33,7 +33,7 @@ class WizardAndCommandLine : public testing::Test {
     }
     for (const char* version : {"27.0", "28.0"}) PutProfile(version);
     MachineOrReason opened = SandboxMachine::Open(folder_.Text());
-    machine_.reset(static_cast<SandboxMachine*>(opened.machine.release()));
+    machine_.reset(static_cast<SandboxMachine*>(opened.object.release()));
     for (const wchar_t* version : {L"27.0", L"28.0"}) PutKeys(version);
   }
 
@@ -67,14 +67,14 @@ class WizardAndCommandLine : public testing::Test {
 
   // A person's way through the wizard; no labels mean that everything stays ticked.
   void ExportWithWizard(const std::wstring& year, const Labels& labels) {
-    const Machine machine = WithClock(machine_->Ports(), clock_);
+    const Machine machine = With<&Machine::clock>(machine_->Ports(), clock_);
     ProductContext context;
     WizardState state;
-    RegistryTool tool(machine.interpreter, machine.clock, RegistryToolPace::kFixedPause);
-    RecordingImportSteps import;
-    RecordingResetSteps reset;
+    PacedRegistryTool tool(*machine.registryTool, *machine.clock, RegistryToolPace::kFixedPause);
+    SilentLog log;
+    const auto dom = OpenXmlDom(*machine.files);
     frame_.saveAnswer = L"C:\\wizard.ucex";
-    WizardFlow flow({context, state, machine, tool, frame_, import, reset});
+    WizardFlow flow({context, state, machine, tool, *dom, log, frame_});
     ASSERT_TRUE(flow.Open());
     ListInstalledYears(context);
     flow.Start();
@@ -116,12 +116,12 @@ class WizardAndCommandLine : public testing::Test {
 
   Entries EntriesOf(const std::wstring& package) {
     Entries entries;
-    const auto archive = machine_->Ports().archives.Open(package);
+    const auto archive = machine_->Ports().archives->Open(package);
     if (!archive) return entries;
     for (std::size_t i = 0; const auto item = archive->Item(i); ++i) {
       EXPECT_EQ(archive->Extract(i, L"C:\\entry"), ArchiveResult::kDone);
       std::string bytes;
-      EXPECT_EQ(machine_->Ports().files.ReadBytes(L"C:\\entry", bytes), kSystemOk);
+      EXPECT_EQ(machine_->Ports().files->ReadBytes(L"C:\\entry", bytes), kSystemOk);
       entries.emplace_back(item->name, bytes);
     }
     return entries;
@@ -152,11 +152,11 @@ TEST_F(WizardAndCommandLine, WriteTheSamePackageForTheSameChoice) {
 }
 
 TEST_F(WizardAndCommandLine, LeaveNoStagingFolderBehind) {
-  const std::wstring temp = *machine_->Ports().folders.TempPath();
+  const std::wstring temp = *machine_->Ports().folders->TempPath();
   ExportWithWizard(L"2026", {});
-  EXPECT_TRUE(machine_->Ports().files.ListFolder(temp).empty());
+  EXPECT_TRUE(ListFolder(*machine_->Ports().files, temp).empty());
   ExportWithCommandLine(L"2026", {});
-  EXPECT_TRUE(machine_->Ports().files.ListFolder(temp).empty());
+  EXPECT_TRUE(ListFolder(*machine_->Ports().files, temp).empty());
 }
 
 }  // namespace

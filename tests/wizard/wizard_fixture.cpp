@@ -1,5 +1,7 @@
 #include "tests/wizard/wizard_fixture.h"
 
+#include <algorithm>
+
 #include "package/staging_folder.h"
 #include "text/path_text.h"
 
@@ -24,21 +26,51 @@ void WizardFixture::OpenIn(MigrationMode mode) {
   ChooseMode(state_, context_, mode);
 }
 
+void WizardFixture::MakePackage(const std::wstring& path, const std::string& release) {
+  const Machine ports = machine_->Ports();
+  const std::wstring description = machine_->ScratchFolder() + L"config.ini";
+  machine_->PutFile(description, "[Selected]\r\nOptions=1\r\nShortcut key=1\r\n[Base]\r\nCOMPANY=" +
+                                     ToUtf8(machine_->product.companyShortName) +
+                                     "\r\nINTERNAL VERSION=28.0\r\nRELEASE VERSION=" + release +
+                                     "\r\nPRODUCT=" + ToUtf8(machine_->product.productName) +
+                                     "\r\n");
+  const auto writer = ports.archives->Create(path, ArchivePurpose::kKeep);
+  ASSERT_TRUE(writer);
+  ASSERT_EQ(writer->Add(L"config.ini", description), ArchiveResult::kDone);
+  ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
+}
+
+void WizardFixture::MakeLegacyPackage(const std::wstring& path) {
+  const Machine ports = machine_->Ports();
+  const std::wstring document = machine_->ScratchFolder() + L"Scene_UI.xml";
+  machine_->PutFile(document, "<s/>");
+  const auto writer = ports.archives->Create(path, ArchivePurpose::kKeep);
+  ASSERT_TRUE(writer);
+  ASSERT_EQ(writer->Add(L"Scene_UI.xml", document), ArchiveResult::kDone);
+  ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
+}
+
+std::ptrdiff_t WizardFixture::Resets() const {
+  return std::ranges::count_if(frame_.finishTexts, [](const std::wstring& text) {
+    return text.find(L"have been reset") != std::wstring::npos;
+  });
+}
+
 Machine WizardFixture::PortsWith(KnownFolders& folders) {
   const Machine ports = machine_->Ports();
-  return WithFolders(ports, folders);
+  return With<&Machine::folders>(ports, folders);
 }
 
 WizardFlow WizardFixture::FlowOn(const Machine& machine) {
-  return WizardFlow({context_, state_, machine, tool_, frame_, import_, reset_});
+  return WizardFlow({context_, state_, machine, tool_, *dom_, log_, frame_});
 }
 
 bool WizardFixture::HasStagingFolder() const {
-  return machine_->Ports().files.IsFolder(RemoveFileSpec(context_.stagingFolder));
+  return machine_->Ports().files->IsFolder(RemoveFileSpec(context_.stagingFolder));
 }
 
 bool WizardFixture::IsStagingFolderFresh() const {
-  const auto entries = machine_->Ports().files.ListFolder(context_.stagingFolder);
+  const auto entries = ListFolder(*machine_->Ports().files, context_.stagingFolder);
   return entries.size() == 1 && entries[0].name == kRunFolderMark;
 }
 

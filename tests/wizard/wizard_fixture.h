@@ -2,45 +2,46 @@
 
 #include <gtest/gtest.h>
 
+#include "package/package_opening.h"
 #include "tests/support/fakes.h"
 #include "tests/support/test_machine.h"
 #include "tests/wizard/recording_frame.h"
+#include "text/text.h"
 #include "wizard/wizard_flow.h"
 
 namespace carrovan {
 
-// The import's work, noted instead of done.
-class RecordingImportSteps : public ImportSteps {
+// Notes the runs that an import makes by the archives that it opens and writes.
+class RecordingArchives : public ArchiveLibrary {
  public:
-  std::vector<std::string> calls;
-  const EditableCategoryTree* treeOfCall = nullptr;  // that of the last one
-  Entry entry = Entry::kReady;
+  explicit RecordingArchives(ArchiveLibrary& archives) : archives_(archives) {}
+
+  std::vector<std::string> calls;  // "enter", "apply", "legacy"
   std::function<void()> whileWorking;
 
-  Entry EnterCategories(EditableCategoryTree& tree) override {
-    Note("enter", &tree);
-    return entry;
+  std::unique_ptr<ArchiveWriter> Create(const std::wstring& path, ArchivePurpose purpose) override {
+    if (path.ends_with(kChangedFilesArchive)) Note("apply");
+    return archives_.Create(path, purpose);
   }
-  void Apply(EditableCategoryTree& tree) override { Note("apply", &tree); }
-  void ApplyLegacy() override { Note("legacy", nullptr); }
+  std::unique_ptr<ArchiveReader> Open(const std::wstring& path) override {
+    if (!path.ends_with(kChangedFilesArchive)) {
+      Note(EndsWithIgnoringAsciiCase(path, L".ucx") ? "legacy" : "enter");
+    }
+    return archives_.Open(path);
+  }
 
  private:
-  void Note(const char* call, const EditableCategoryTree* tree) {
+  void Note(const char* call) {
     calls.emplace_back(call);
-    treeOfCall = tree;
     if (whileWorking) whileWorking();
   }
+
+  ArchiveLibrary& archives_;
 };
 
-class RecordingResetSteps : public ResetSteps {
+class SilentLog : public LineLog {
  public:
-  int runs = 0;
-  const EditableCategoryTree* treeOfRun = nullptr;
-
-  void Apply(EditableCategoryTree& tree) override {
-    ++runs;
-    treeOfRun = &tree;
-  }
+  void WriteLine(std::wstring_view) override {}
 };
 
 // A wizard on a machine with releases 2025 and 2026, the user having run 2026 only. The registry
@@ -52,6 +53,13 @@ class WizardFixture : public testing::Test {
 
   // The open wizard on its start page with a mode chosen.
   void OpenIn(MigrationMode mode);
+
+  // A package of one category and of this release, and a legacy package, under these names.
+  void MakePackage(const std::wstring& path, const std::string& release = "2026");
+  void MakeLegacyPackage(const std::wstring& path);
+
+  // How often the finish page has shown the text of a reset.
+  std::ptrdiff_t Resets() const;
 
   // The machine with known folders of the test's own.
   Machine PortsWith(KnownFolders& folders);
@@ -65,11 +73,12 @@ class WizardFixture : public testing::Test {
   ProductContext context_;
   WizardState state_;
   RecordingInterpreter interpreter_;
-  RegistryTool tool_{interpreter_, machine_->clock, RegistryToolPace::kFixedPause};
+  PacedRegistryTool tool_{interpreter_.tool, machine_->clock, RegistryToolPace::kFixedPause};
   RecordingFrame frame_;
-  RecordingImportSteps import_;
-  RecordingResetSteps reset_;
-  WizardFlow flow_ = FlowOn(machine_->Ports());
+  RecordingArchives import_{*machine_->Ports().archives};
+  SilentLog log_;
+  std::unique_ptr<XmlDom> dom_ = OpenXmlDom(*machine_->Ports().files);
+  WizardFlow flow_ = FlowOn(With<&Machine::archives>(machine_->Ports(), import_));
 };
 
 }  // namespace carrovan

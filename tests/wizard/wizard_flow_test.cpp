@@ -185,6 +185,25 @@ TEST_F(WizardExportFlow, FinishOnTheCategoriesDoesWhatNextDoes) {
   EXPECT_EQ(frame_.saveQuestions.size(), 1u);
 }
 
+TEST_F(WizardExportFlow, SaveFileQuestionIsThatOfAPackage) {
+  GoToCategories();
+  flow_.Next();
+  ASSERT_EQ(frame_.saveQuestions.size(), 1u);
+  EXPECT_EQ(frame_.saveQuestions[0].defaultExtension, L".ucex");
+  EXPECT_EQ(frame_.saveQuestions[0].filter, L"User Configuration Files (*.ucex)|*.ucex|");
+  EXPECT_TRUE(frame_.saveQuestions[0].hideReadOnlyBox);
+  EXPECT_TRUE(frame_.saveQuestions[0].askBeforeOverwriting);
+}
+
+TEST_F(WizardExportFlow, EmptyAnswerStaysWithoutAMessage) {
+  GoToCategories();
+  frame_.saveAnswer = L"";
+  flow_.Next();
+  EXPECT_EQ(frame_.Page(), kExportCategories);
+  EXPECT_TRUE(frame_.messages.empty());
+  EXPECT_EQ(frame_.finishText, L"");
+}
+
 TEST_F(WizardExportFlow, NothingCheckedStaysOnTheCategories) {
   GoToCategories();
   Tree().SetAllChecked(false);
@@ -270,8 +289,8 @@ class WizardOnABrokenMachine : public WizardFixture {
  protected:
   WizardOnABrokenMachine() {
     const Machine ports = machine_->Ports();
-    folders_.roaming = ports.folders.RoamingAppData();
-    folders_.local = ports.folders.LocalAppData();
+    folders_.roaming = ports.folders->RoamingAppData();
+    folders_.local = ports.folders->LocalAppData();
     folders_.temp = machine_->ScratchFolder();
   }
 
@@ -331,7 +350,7 @@ TEST_F(OpeningWizard, RemovesWhatAKilledWizardLeft) {
   machine_->PutFile(left + L"\\config.ini", "x");
   WizardFlow flow = FlowOn(PortsWith(folders));
   EXPECT_TRUE(flow.Open());
-  EXPECT_FALSE(machine_->Ports().files.Exists(left));
+  EXPECT_FALSE(machine_->Ports().files->Exists(left));
   DeleteStagingFolder(context_, PortsWith(folders));
 }
 

@@ -16,7 +16,16 @@ class WizardImportFlow : public WizardFixture {
  protected:
   void SetUp() override {
     OpenIn(MigrationMode::kImport);
-    state_.package.path = L"C:\\some.ucex";
+    MakePackage(Package());
+    state_.package.path = Package();
+  }
+
+  std::wstring Package() const { return machine_->ScratchFolder() + L"some.ucex"; }
+  std::wstring LegacyPackage() const { return machine_->ScratchFolder() + L"old.UCX"; }
+
+  void ChooseLegacyPackage() {
+    MakeLegacyPackage(LegacyPackage());
+    state_.package.path = LegacyPackage();
   }
 
   void GoToCategories() {
@@ -36,7 +45,8 @@ TEST_F(WizardImportFlow, NextLeadsThroughPathAndCategoriesToTheFinishPage) {
               ButtonsAt(MigrationMode::kImport, place));
   }
   EXPECT_EQ(import_.calls, (Calls{"enter", "apply"}));
-  EXPECT_EQ(import_.treeOfCall, &frame_.trees[kImportCategories]);
+  RecordingTree& tree = frame_.trees[kImportCategories];
+  EXPECT_EQ(tree.ItemData(tree.selected), static_cast<int>(SettingCategory::ShortcutKey));
 }
 
 TEST_F(WizardImportFlow, WithoutAPackageAsksForAFileAndStays) {
@@ -65,20 +75,21 @@ TEST_F(WizardImportFlow, PathPageThatIsShownAgainImportsIntoWhatItShows) {
 }
 
 TEST_F(WizardImportFlow, RefusedPackageStaysOnThePathPage) {
-  import_.entry = ImportSteps::Entry::kRefused;
+  MakePackage(Package(), "2027");
   flow_.Next();
   flow_.Next();
   EXPECT_EQ(state_.pageIndex, 1);
   EXPECT_EQ(frame_.Page(), kPath);
+  EXPECT_EQ(frame_.applicationMessages, (Texts{L"Downgrading is not supported."}));
 
-  import_.entry = ImportSteps::Entry::kReady;
+  MakePackage(Package());
   flow_.Next();
   EXPECT_EQ(frame_.Page(), kImportCategories);
   EXPECT_EQ(import_.calls, (Calls{"enter", "enter"}));
 }
 
 TEST_F(WizardImportFlow, PackageIsUnpackedIntoAFolderWithoutAnEarlierOne) {
-  import_.entry = ImportSteps::Entry::kRefused;
+  MakePackage(Package(), "2027");
   flow_.Next();
   import_.whileWorking = [&] {
     EXPECT_TRUE(HasStagingFolder());
@@ -92,26 +103,31 @@ TEST_F(WizardImportFlow, PackageIsUnpackedIntoAFolderWithoutAnEarlierOne) {
 }
 
 TEST_F(WizardImportFlow, LegacyPackageKeepsWhatThePathPageUnpacked) {
-  state_.package.path = L"C:\\old.UCX";
+  ChooseLegacyPackage();
   flow_.Next();
-  machine_->PutFile(context_.stagingFolder + L"legacy.xml", "legacy");
-  import_.whileWorking = [&] {
-    EXPECT_EQ(machine_->FileBytes(context_.stagingFolder + L"legacy.xml"), "legacy");
-  };
+  state_.package.legacyXmlPath = context_.stagingFolder + L"Scene_UI.xml";
+  machine_->PutFile(state_.package.legacyXmlPath, "<s/>");
   flow_.Next();
-  EXPECT_EQ(import_.calls, (Calls{"legacy"}));
+  EXPECT_EQ(import_.calls, Calls());
+  EXPECT_EQ(frame_.Page(), kFinish);
+  EXPECT_FALSE(frame_.finishText.empty());
 }
 
 TEST_F(WizardImportFlow, EndedProgramShowsNothingMore) {
-  import_.entry = ImportSteps::Entry::kEnded;
   flow_.Next();
-  flow_.Next();
+  FixedFolders folders;
+  folders.roaming.reset();
+  folders.temp = machine_->Ports().folders->TempPath();
+  WizardFlow flow = FlowOn(PortsWith(folders));
+  flow.Next();
+  EXPECT_TRUE(frame_.ended);
+  EXPECT_EQ(frame_.messages, (Texts{TextOf(RunRefusal::kFoldersMissing)}));
   EXPECT_EQ(frame_.pages.size(), 2u);
-  EXPECT_EQ(import_.calls, (Calls{"enter"}));
+  EXPECT_EQ(frame_.finishText, L"");
 }
 
 TEST_F(WizardImportFlow, LegacyPackageGoesStraightToAFinishPageWithCloseAlone) {
-  state_.package.path = L"C:\\old.UCX";
+  ChooseLegacyPackage();
   flow_.Next();
   flow_.Next();
   EXPECT_EQ(import_.calls, (Calls{"legacy"}));
@@ -124,7 +140,7 @@ TEST_F(WizardImportFlow, LegacyPackageGoesStraightToAFinishPageWithCloseAlone) {
 }
 
 TEST_F(WizardImportFlow, NothingLeadsOnFromTheLegacyFinishPage) {
-  state_.package.path = L"C:\\old.UCX";
+  ChooseLegacyPackage();
   flow_.Next();
   flow_.Next();
   flow_.Next();
@@ -136,10 +152,10 @@ TEST_F(WizardImportFlow, NothingLeadsOnFromTheLegacyFinishPage) {
 
 // Whatever was clicked on the path page since that package was chosen.
 TEST_F(WizardImportFlow, ExtensionOfTheChosenPathDecidesTheWay) {
-  const std::pair<std::wstring, std::string> kWays[] = {{L"C:\\old.ucx", "legacy"},
-                                                        {L"C:\\new.ucex", "enter"},
-                                                        {L"C:\\OLD.UCX", "legacy"},
-                                                        {L"C:\\old.ucx.zip", "enter"}};
+  const std::pair<std::wstring, std::string> kWays[] = {{L"C:\\none\\old.ucx", "legacy"},
+                                                        {L"C:\\none\\new.ucex", "enter"},
+                                                        {L"C:\\none\\OLD.UCX", "legacy"},
+                                                        {L"C:\\none\\old.ucx.zip", "enter"}};
   for (const auto& [path, way] : kWays) {
     import_.calls.clear();
     state_.pageIndex = 1;
@@ -179,7 +195,6 @@ TEST_F(WizardImportFlow, FinishOnTheCategoriesDoesWhatNextDoes) {
 
 TEST_F(WizardImportFlow, HomeReturnsToTheStartPageWithAStagingFolder) {
   GoToCategories();
-  import_.whileWorking = [&] { DeleteStagingFolder(context_, machine_->Ports()); };
   flow_.Next();
   EXPECT_FALSE(HasStagingFolder());
   flow_.Finish();

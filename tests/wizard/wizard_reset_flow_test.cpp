@@ -32,8 +32,8 @@ TEST_F(WizardResetFlow, NextWarnsThenAsksThenResets) {
   flow_.Next();
   EXPECT_EQ(frame_.applicationMessages.size(), 1u);
   EXPECT_EQ(frame_.questions, (Texts{kQuestion}));
-  EXPECT_EQ(reset_.runs, 1);
-  EXPECT_EQ(reset_.treeOfRun, &Tree());
+  EXPECT_EQ(Resets(), 1);
+  EXPECT_EQ(Tree().ItemData(Tree().selected), static_cast<int>(SettingCategory::CosmeticThread));
   EXPECT_EQ(frame_.pages, (std::vector{kStart, kResetCategories, kFinish}));
   EXPECT_EQ(frame_.buttons[1], ButtonsAt(MigrationMode::kReset, 1));
   EXPECT_EQ(frame_.buttons[2], ButtonsAt(MigrationMode::kReset, 2));
@@ -81,14 +81,14 @@ TEST_F(WizardResetFlow, VersionThatWasNeverRunIsToldOnEveryNext) {
   flow_.Next();
   EXPECT_EQ(state_.pageIndex, 1);
   EXPECT_TRUE(frame_.questions.empty());
-  EXPECT_EQ(reset_.runs, 0);
+  EXPECT_EQ(Resets(), 0);
 }
 
 TEST_F(WizardResetFlow, AnswerNoResetsNothingAndLeavesTheIndexAheadOfThePage) {
   GoToCategories();
   frame_.yes = false;
   flow_.Next();
-  EXPECT_EQ(reset_.runs, 0);
+  EXPECT_EQ(Resets(), 0);
   EXPECT_EQ(state_.pageIndex, 2);
   EXPECT_EQ(frame_.Page(), kResetCategories);
   EXPECT_EQ(frame_.Buttons(), ButtonsAt(MigrationMode::kReset, 1));
@@ -102,7 +102,7 @@ TEST_F(WizardResetFlow, NextAfterNoShowsTheFinishPageWithoutAReset) {
   EXPECT_EQ(frame_.Page(), kFinish);
   EXPECT_EQ(state_.pageIndex, 2);
   EXPECT_EQ(frame_.questions.size(), 1u);
-  EXPECT_EQ(reset_.runs, 0);
+  EXPECT_EQ(Resets(), 0);
   EXPECT_EQ(frame_.finishText, L"");
 }
 
@@ -117,7 +117,7 @@ TEST_F(WizardResetFlow, BackAfterNoLeadsToTheCategoriesAsTheyWere) {
   EXPECT_FALSE(Tree().IsChecked(Tree().Root()));
   frame_.yes = true;
   flow_.Next();
-  EXPECT_EQ(reset_.runs, 1);
+  EXPECT_EQ(Resets(), 1);
 }
 
 TEST_F(WizardResetFlow, FinishAfterNoReturnsToTheStartPage) {
@@ -126,13 +126,13 @@ TEST_F(WizardResetFlow, FinishAfterNoReturnsToTheStartPage) {
   flow_.Next();
   flow_.Finish();
   EXPECT_EQ(frame_.Page(), kStart);
-  EXPECT_EQ(reset_.runs, 0);
+  EXPECT_EQ(Resets(), 0);
 }
 
 TEST_F(WizardResetFlow, FinishOnTheCategoriesDoesWhatNextDoes) {
   GoToCategories();
   flow_.Finish();
-  EXPECT_EQ(reset_.runs, 1);
+  EXPECT_EQ(Resets(), 1);
   EXPECT_EQ(frame_.Page(), kFinish);
 }
 
@@ -142,7 +142,7 @@ TEST_F(WizardResetFlow, DisplayWritesTheClampedIndexBack) {
   flow_.Next();
   EXPECT_EQ(state_.pageIndex, 2);
   EXPECT_EQ(frame_.Page(), kFinish);
-  EXPECT_EQ(reset_.runs, 1);
+  EXPECT_EQ(Resets(), 1);
 }
 
 TEST_F(WizardResetFlow, HomeReturnsToTheStartPageAndTheWarningComesAgain) {
@@ -151,6 +151,8 @@ TEST_F(WizardResetFlow, HomeReturnsToTheStartPageAndTheWarningComesAgain) {
   flow_.Finish();
   EXPECT_EQ(frame_.Page(), kStart);
   EXPECT_EQ(frame_.Buttons(), ButtonsAt(MigrationMode::kReset, 0));
+  // The user has run the product, as the question has asked for.
+  machine_->PutKey(RegistryHive::kCurrentUser, LiveKeyOf(L"28.0"));
   flow_.Next();
   EXPECT_EQ(frame_.applicationMessages, (Texts{kWarning, kWarning}));
 }
@@ -163,7 +165,7 @@ TEST_F(WizardResetFlow, ButtonsPressedDuringTheQuestionDoNothing) {
   };
   flow_.Next();
   EXPECT_EQ(frame_.questions.size(), 1u);
-  EXPECT_EQ(reset_.runs, 1);
+  EXPECT_EQ(Resets(), 1);
 }
 
 class OneClickBackup : public WizardResetFlow {
@@ -182,7 +184,7 @@ TEST_F(OneClickBackup, ExportsEveryOfferedCategoryAndStays) {
   EXPECT_EQ(state_.pageIndex, 1);
   EXPECT_EQ(frame_.trees[kExportCategories].texts.size(), 14u);
   EXPECT_EQ(interpreter_.started.size(), 27u);
-  const auto archive = machine_->Ports().archives.Open(*frame_.saveAnswer);
+  const auto archive = machine_->Ports().archives->Open(*frame_.saveAnswer);
   ASSERT_NE(archive, nullptr);
   EXPECT_EQ(archive->Item(0)->name, L"config.ini");
   EXPECT_TRUE(archive->Item(1)->name.ends_with(L"\\Customization\\keys.xml"));
@@ -194,13 +196,13 @@ TEST_F(OneClickBackup, MarksEveryCategoryInThePackage) {
   const Machine machine = machine_->Ports();
   const std::wstring description = machine_->ScratchFolder() + L"config.ini";
   {
-    const auto archive = machine.archives.Open(*frame_.saveAnswer);
+    const auto archive = machine.archives->Open(*frame_.saveAnswer);
     ASSERT_NE(archive, nullptr);
     ASSERT_EQ(archive->Extract(0, description), ArchiveResult::kDone);
   }
   for (const CategoryRecord& record : CategoryTable()) {
     EXPECT_EQ(
-        machine.profiles.ReadValue(L"Selected", std::wstring(Text(record.label)), description),
+        machine.profiles->ReadValue(L"Selected", std::wstring(Text(record.label)), description),
         L"1");
   }
 }
@@ -209,7 +211,7 @@ TEST_F(OneClickBackup, RenewsTheStagingFolder) {
   const std::wstring old = context_.stagingFolder;
   flow_.OneClickBackup();
   EXPECT_NE(context_.stagingFolder, old);
-  EXPECT_FALSE(machine_->Ports().files.Exists(old));
+  EXPECT_FALSE(machine_->Ports().files->Exists(old));
   EXPECT_TRUE(HasStagingFolder());
   EXPECT_EQ(context_.packageDescriptionPath, context_.stagingFolder + L"config.ini");
 }
@@ -228,7 +230,7 @@ TEST_F(OneClickBackup, CancelledSaveDialogRenewsTheStagingFolderToo) {
 TEST_F(OneClickBackup, ResetAfterItGoesOn) {
   flow_.OneClickBackup();
   flow_.Next();
-  EXPECT_EQ(reset_.runs, 1);
+  EXPECT_EQ(Resets(), 1);
   EXPECT_EQ(frame_.Page(), kFinish);
 }
 

@@ -1,0 +1,154 @@
+#include "cli/run_output.h"
+
+#include <nlohmann/json.hpp>
+
+#include "cli/json_text.h"
+#include "cli/preview_output.h"
+#include "environment/version_folders.h"
+#include "text/text.h"
+
+namespace carrovan {
+namespace {
+
+// Keeps the lines for a document that is printed in the end.
+class CollectedLog : public LineLog {
+ public:
+  void WriteLine(std::wstring_view line) override { lines.emplace_back(line); }
+
+  std::vector<std::wstring> lines;
+};
+
+// What is printed of one run.
+class RunOutput {
+ public:
+  RunOutput(const Session& session, const RunChoice& choice, const CategoryWords& words,
+            const GuardReport& report)
+      : session_(session), choice_(choice), words_(words), report_(report) {}
+
+  ExitStatus Print(const Machine& machine, const std::vector<std::wstring>& log) const {
+    if (report_.failure == GuardFailure::kNoRestorePoint) {
+      return session_.Fail(L"No restore point can be made: " + report_.reason +
+                           L"; --no-restore-point goes on without one");
+    }
+    if (report_.failure != GuardFailure::kNone) return session_.Fail(report_.reason);
+    const ExitStatus status = Complain();
+    if (!report_.WasCarriedOut()) return status;
+    if (choice_.dryRun) {
+      PrintTrial(machine, status);
+    } else if (choice_.json) {
+      PrintJsonText(session_, Document(status, log));
+    } else {
+      PrintLines();
+    }
+    return status;
+  }
+
+ private:
+  void ComplainOf(const std::vector<std::wstring>& lines) const {
+    for (const std::wstring& line : lines) session_.Complain(line);
+  }
+
+  // Each item that was skipped, failed or differs, or why nothing was done.
+  ExitStatus Complain() const {
+    const RunOutcome& outcome = report_.outcome;
+    for (const std::wstring& path : outcome.report.unextracted) {
+      session_.Complain(TextOfUnextracted(path));
+    }
+    ComplainOf(outcome.notices);
+    ComplainOf(outcome.refusals);
+    if (!outcome.refusals.empty()) return ExitStatus::kFailed;
+    ComplainOf(outcome.report.problems);
+    ComplainOf(report_.differences);
+    const bool whole = outcome.report.IsComplete() && report_.differences.empty();
+    return whole ? ExitStatus::kDone : ExitStatus::kPartly;
+  }
+
+  void PrintTrial(const Machine& machine, ExitStatus status) const {
+    const RunOutcome& outcome = report_.outcome;
+    const PreviewReport preview = MakePreviewReport(report_.changes, outcome.report,
+                                                    CategoryPlaces(outcome.context, machine));
+    if (choice_.json) {
+      PrintPreviewJson(session_, preview, Heading(status));
+    } else {
+      PrintPreview(session_, preview);
+    }
+  }
+
+  const std::wstring& WordFor(SettingCategory category) const {
+    return report_.outcome.chosen.contains(category) ? words_.whenChosen : words_.whenNot;
+  }
+
+  static std::wstring LabelOf(SettingCategory category) {
+    return std::wstring(Text(FindCategory(static_cast<int>(category))->label));
+  }
+
+  void PrintLines() const {
+    for (const SettingCategory category : report_.outcome.offered) {
+      session_.Print(LabelOf(category) + L": " + WordFor(category));
+    }
+    if (!report_.restorePoint.empty()) {
+      session_.Print(L"Restore point: " + report_.restorePoint + L" ('undo' puts everything back)");
+    }
+    if (choice_.verify) {
+      session_.Print(L"Read back: " + std::to_wstring(report_.foreseen) + L" items, " +
+                     std::to_wstring(report_.differences.size()) + L" not as they were to become");
+    }
+    if (const auto count = report_.outcome.report.optionsSet) {
+      session_.Print(L"Options set: " + std::to_wstring(*count));
+    }
+    session_.Print(report_.outcome.finishText);
+  }
+
+  // What the documents of a run and of its preview have in common.
+  nlohmann::json Heading(ExitStatus status) const {
+    return {{"verb", ToUtf8(report_.about.verb)},
+            {"version", ToUtf8(report_.about.version)},
+            {"package", ToUtf8(report_.about.package)},
+            {"dryRun", choice_.dryRun},
+            {"exitStatus", static_cast<int>(status)},
+            {"problems", TextsToJson(report_.outcome.report.problems)}};
+  }
+
+  nlohmann::json Document(ExitStatus status, const std::vector<std::wstring>& log) const {
+    const RunOutcome& outcome = report_.outcome;
+    nlohmann::json categories = nlohmann::json::array();
+    for (const SettingCategory category : outcome.offered) {
+      categories.push_back(
+          {{"label", ToUtf8(LabelOf(category))}, {"outcome", ToUtf8(WordFor(category))}});
+    }
+    nlohmann::json document = Heading(status);
+    document.update({{"finishText", ToUtf8(outcome.finishText)},
+                     {"categories", categories},
+                     {"unextracted", outcome.report.unextracted.size()},
+                     {"dropped", DroppedJson(outcome.report.dropped)},
+                     {"log", TextsToJson(log)},
+                     {"optionsSet", nullptr},
+                     {"verification", nullptr},
+                     {"restorePoint", nullptr}});
+    if (outcome.report.optionsSet) document["optionsSet"] = *outcome.report.optionsSet;
+    if (choice_.verify) {
+      document["verification"] = {{"items", report_.foreseen},
+                                  {"differences", TextsToJson(report_.differences)}};
+    }
+    if (!report_.restorePoint.empty()) document["restorePoint"] = ToUtf8(report_.restorePoint);
+    return document;
+  }
+
+  const Session& session_;
+  const RunChoice& choice_;
+  const CategoryWords& words_;
+  const GuardReport& report_;
+};
+
+}  // namespace
+
+ExitStatus RunAndPrint(const Session& session, const RunChoice& choice, const PointBegun& about,
+                       const CategoryWords& words, const Machine& machine, const Run& run) {
+  ConsoleLog console(session);
+  CollectedLog collected;
+  LineLog& log = choice.json ? static_cast<LineLog&>(collected) : console;
+  const GuardReport report = RunGuarded(machine, choice, about, log, run);
+  return RunOutput(session, choice, words, report).Print(machine, collected.lines);
+}
+
+}  // namespace carrovan

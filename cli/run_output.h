@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+#include "cli/session.h"
+#include "guard/guarded_run.h"
+
+namespace carrovan {
+
+// How an import or a reset is run and what is printed of it.
+struct RunChoice : GuardChoice {
+  bool json = false;
+};
+
+// The words for what was done with a category.
+struct CategoryWords {
+  std::wstring whenChosen;  // "imported"
+  std::wstring whenNot;     // "left out"
+};
+
+// Runs in the chosen way and prints what came of it. `about` is what a restore point says of the
+// run.
+ExitStatus RunAndPrint(const Session& session, const RunChoice& choice, const PointBegun& about,
+                       const CategoryWords& words, const Machine& machine, const Run& run);
+
+}  // namespace carrovan

@@ -1,0 +1,91 @@
+#include "guard/guarded_run.h"
+
+#include "preview/overlay_machine.h"
+#include "restore/recorded_machine.h"
+#include "text/path_text.h"
+
+namespace carrovan {
+namespace {
+
+class NoLog : public LineLog {
+ public:
+  void WriteLine(std::wstring_view) override {}
+};
+
+// A legacy package names its version itself, which is known only when it has run.
+void TakeVersion(GuardReport& report) {
+  if (report.about.version.empty()) report.about.version = report.outcome.context.selectedVersion;
+}
+
+// What the run would change; nothing, with the reason in the report, without a place to try it out.
+std::optional<MachineChanges> TryOut(const Machine& machine, const Run& run, GuardReport& report) {
+  const OrReason<OverlayMachine> opened = OverlayMachine::Open(machine);
+  if (!opened.object) {
+    report.failure = GuardFailure::kNoPlaceForTrial;
+    report.reason = opened.reason;
+    return std::nullopt;
+  }
+  OverlayMachine& overlay = *opened.object;
+  NoLog log;
+  report.outcome = run(overlay.Ports(), log);
+  return overlay.Changes();
+}
+
+// What a run leaves there of its own has another name each time.
+void ForgetTemporaryFiles(const Machine& machine, MachineChanges& changes) {
+  const std::wstring folder = WithTrailingBackslash(machine.folders->TempPath().value_or(L""));
+  for (auto* files : {&changes.files, &changes.rewrittenFiles}) {
+    std::erase_if(*files, [&folder](const FileChange& change) {
+      return CompareNames(change.path.substr(0, folder.size()), folder) == 0;
+    });
+  }
+}
+
+void RunRecorded(const Machine& machine, const Run& run, LineLog& log, GuardReport& report) {
+  const OrReason<ChangeRecorder> begun = ChangeRecorder::Begin(machine, report.about);
+  if (!begun.object) {
+    report.failure = GuardFailure::kNoRestorePoint;
+    report.reason = begun.reason;
+    return;
+  }
+  ChangeRecorder& recorder = *begun.object;
+  RecordedMachine recorded(machine, recorder);
+  report.outcome = run(recorded.Ports(), log);
+  if (report.WasCarriedOut() && report.about.version.empty()) {
+    TakeVersion(report);
+    recorder.Describe(report.about);
+  }
+  if (recorder.End()) report.restorePoint = recorder.Id();
+}
+
+}  // namespace
+
+GuardReport RunGuarded(const Machine& machine, const GuardChoice& choice, const PointBegun& about,
+                       LineLog& log, const Run& run) {
+  GuardReport report;
+  report.about = about;
+  std::optional<MachineChanges> foreseen;
+  if (choice.dryRun || choice.verify) {
+    foreseen = TryOut(machine, run, report);
+    if (!foreseen) return report;
+  }
+  if (choice.dryRun) {
+    report.changes = std::move(*foreseen);
+    TakeVersion(report);
+    return report;
+  }
+  if (choice.noRestorePoint) {
+    report.outcome = run(machine, log);
+    TakeVersion(report);
+  } else {
+    RunRecorded(machine, run, log, report);
+  }
+  if (foreseen && report.WasCarriedOut()) {
+    ForgetTemporaryFiles(machine, *foreseen);
+    report.foreseen = CountForeseen(*foreseen);
+    report.differences = UnfulfilledChanges(*foreseen, machine);
+  }
+  return report;
+}
+
+}  // namespace carrovan

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/file_system.h"
+#include "platform/forwarding_ports.h"
+
+namespace carrovan {
+
+// A registry tool that looks into a file right before it is imported. Two readers may take one
+// archive for two packages, and the rewriting changes registry files: what lies on the disk at that
+// moment is what counts.
+class TrustedRegistryTool : public ForwardingRegistryTool {
+ public:
+  // Files may name keys of this company only (RegistryFileScan).
+  TrustedRegistryTool(RegistryTool& tool, const FileReader& files, std::wstring company)
+      : ForwardingRegistryTool(tool), files_(files), company_(std::move(company)) {}
+
+  // Null, and nothing is started, for a file that names another key, that cannot be read or that is
+  // not understood whole (RegistryFormScan).
+  std::unique_ptr<RunningTool> ImportFile(const std::wstring& filePath) override;
+
+ private:
+  bool MayBeImported(const std::wstring& filePath) const;
+
+  const FileReader& files_;
+  const std::wstring company_;
+};
+
+// A registry tool that imports every file, of a package that the user trusts, and notes those that
+// are not understood whole: the tool may make of them what a preview does not foresee and a restore
+// point does not keep.
+class NotingRegistryTool : public ForwardingRegistryTool {
+ public:
+  NotingRegistryTool(RegistryTool& tool, const FileReader& files)
+      : ForwardingRegistryTool(tool), files_(files) {}
+
+  std::unique_ptr<RunningTool> ImportFile(const std::wstring& filePath) override;
+
+  // One line for each: the file and what is not understood in it.
+  const std::vector<std::wstring>& NotUnderstood() const { return notUnderstood_; }
+
+ private:
+  const FileReader& files_;
+  std::vector<std::wstring> notUnderstood_;
+};
+
+}  // namespace carrovan
