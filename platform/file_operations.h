@@ -34,7 +34,8 @@ FileImage ImageOfBytes(std::string_view bytes);
 // is gone, also when the folder was not there at all.
 bool WipeFolder(FileSystem& files, const std::wstring& folder);
 
-// Makes a folder and those above it that are missing. The path has no trailing backslash.
+// Makes a folder and those above it that are missing, the drive of a sandbox included. The path has
+// no trailing backslash.
 [[nodiscard]] SystemCode MakeFolderPath(FileSystem& files, const std::wstring& folder);
 
 }  // namespace carrovan
