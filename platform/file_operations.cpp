@@ -85,7 +85,7 @@ bool WipeFolder(FileSystem& files, const std::wstring& folder) {
 SystemCode MakeFolderPath(FileSystem& files, const std::wstring& folder) {
   if (files.IsFolder(folder)) return kSystemOk;
   const std::wstring parent = RemoveFileSpec(folder);
-  if (parent == folder) return files.CreateFolder(folder);
+  if (parent == folder) return files.CreateFolder(WithoutTrailingBackslashes(folder));
   if (const SystemCode code = MakeFolderPath(files, parent); code != kSystemOk) return code;
   const SystemCode code = files.CreateFolder(folder);
   return code == kAlreadyExists && files.IsFolder(folder) ? kSystemOk : code;

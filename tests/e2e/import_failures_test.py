@@ -1,7 +1,6 @@
 """What an import and a reset do with bad packages and bad machines: they say so, and nothing outside
 the destinations changes."""
 
-import json
 import os
 import random
 import shutil

@@ -68,7 +68,7 @@ class PreviewProperty : public testing::Test {
     }
     EXPECT_EQ(Plain(preview.report.problems), Plain(real.report.problems));
     EXPECT_EQ(Plain(preview.view.messages), Plain(real.view.messages));
-    EXPECT_EQ(preview.report.unextracted, real.report.unextracted);
+    EXPECT_EQ(Plain(preview.report.unextracted), Plain(real.report.unextracted));
     EXPECT_EQ(preview.view.finishText, real.view.finishText);
     merged_ += real.report.merged.size();
     dropped_ += real.report.dropped.size();
