@@ -15,22 +15,18 @@
 namespace carrovan {
 namespace {
 
-class SilentView : public WizardView {
- public:
-  void ShowMessage(const std::wstring& text) override { std::cerr << ToUtf8(text) << '\n'; }
-  void ShowApplicationMessage(const std::wstring& text) override { ShowMessage(text); }
-  std::optional<std::wstring> ChooseSaveFile(const SaveFileQuestion&) override { return {}; }
-  void SetFinishText(const std::wstring&) override {}
-  void CloseWizard() override {}
-};
-
 bool LayOver(const Machine& machine) {
-  SilentView view;
+  RunObserver observer;
   ProductContext context;
   context.stagingFolder = L"C:\\Staging\\";
   PacedRegistryTool tool(*machine.registryTool, *machine.clock, RegistryToolPace::kWaitForEnd);
   RunReport report;
-  return LayOverProfile({context, L"C:\\Profile\\", machine, tool, view}, report);
+  const bool complete =
+      LayOverProfile({context, L"C:\\Profile\\", machine, tool, observer}, report);
+  for (const std::wstring& path : report.unextracted) {
+    std::cerr << ToUtf8(TextOfUnextracted(path)) << '\n';
+  }
+  return complete;
 }
 
 }  // namespace
