@@ -14,6 +14,7 @@ from sample.registry_text import render
 PROGRAMS = ("carrovan-cli.exe", "carrovan.exe", "tarvik.dll",
             "en-us/MevrinLg.DLL", "zh-cn/MevrinLg.DLL")
 _WINE = Path(__file__).resolve().parents[1] / "wine"
+_ATTEMPTS = 3  # on a busy machine Wine's registry tool sometimes ends at once, without a word
 
 
 def fill_prefix(prefix, user, seed, scale, programs=None):
@@ -49,6 +50,9 @@ def _replace_keys(prefix, hive, registry_file):
 
 def _run_wine(prefix, *command, check=True):
     environment = dict(os.environ, WINEPREFIX=str(Path(prefix).resolve()))
-    done = run_limited([_WINE, *command], env=environment)
-    if check and done.returncode != 0:
+    for _ in range(_ATTEMPTS if check else 1):
+        done = run_limited([_WINE, *command], env=environment)
+        if done.returncode == 0:
+            return
+    if check:
         raise OSError(f"wine {' '.join(command)} failed: {done.stderr.decode(errors='replace')}")
