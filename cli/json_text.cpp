@@ -7,7 +7,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 constexpr char16_t kMark = 0xFDD0;  // a character that texts do not hold

@@ -10,7 +10,6 @@
 #include "text/path_text.h"
 
 namespace carrovan {
-
 namespace {
 
 nlohmann::json EntriesToJson(const PackageInspection& inspection) {

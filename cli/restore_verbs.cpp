@@ -12,7 +12,6 @@
 #include "restore/undo_run.h"
 
 namespace carrovan {
-
 namespace {
 
 // More than anybody has.
@@ -183,7 +182,7 @@ std::optional<CategoryPlaces> PlacesOf(const Session& session, const RestorePoin
     return std::nullopt;
   }
   EnumerateInstalledVersions(context, *machine.registry);
-  // An import goes by the number that the year tells, a reset by the running version's own.
+  // An import goes by the number that belongs to the year, a reset by the running version's own.
   if (point.about.verb == L"reset") {
     SelectShownVersion(context, point.about.version);
   } else {

@@ -15,13 +15,13 @@ class ReasonLog : public LineLog {
 
   void WriteLine(std::wstring_view line) override {
     session_.Complain(line);
-    told_ = true;
+    complained_ = true;
   }
-  bool Told() const { return told_; }
+  bool Complained() const { return complained_; }
 
  private:
   const Session& session_;
-  bool told_ = false;
+  bool complained_ = false;
 };
 
 ExitStatus Rewrite(const Session& session, const RewriteOptions& options,
@@ -80,7 +80,8 @@ ExitStatus RunMigrateOptionsVerb(const Session& session, const MigrateOptions& o
   const OptionMigration migration = MigrateOptionConfig(
       options.xmlPath, options.company, options.productKey, *dom, *ports.registry, log);
   if (!migration.started) {
-    return log.Told() ? ExitStatus::kFailed : session.Fail(L"The XML reader could not be started");
+    return log.Complained() ? ExitStatus::kFailed
+                            : session.Fail(L"The XML reader could not be started");
   }
   for (const std::wstring& key : migration.failedKeys) {
     session.Complain(L"Not every value could be set in HKEY_CURRENT_USER\\" + key);

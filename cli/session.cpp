@@ -5,7 +5,6 @@
 #include "platform/sandbox/sandbox_machine.h"
 
 namespace carrovan {
-
 namespace {
 
 // A script reads one line per finding, whatever line breaks a message holds.

@@ -9,7 +9,7 @@
 
 namespace carrovan {
 
-// What the command line's exit status tells a script.
+// What the command line's exit status means to a script.
 enum class ExitStatus : int {
   kDone = 0,
   kFailed = 1,  // failed or refused; one line on standard error says why

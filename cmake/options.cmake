@@ -14,7 +14,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
 endif()
 
 if(CARROVAN_SANITIZE)
-  target_compile_options(carrovan_options INTERFACE
+  # The checks cost half of their time with the little optimisation that keeps a stack readable.
+  target_compile_options(carrovan_options INTERFACE -O1
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_compile_definitions(carrovan_options INTERFACE _GLIBCXX_ASSERTIONS)
   target_link_options(carrovan_options INTERFACE -fsanitize=address,undefined)

@@ -9,7 +9,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 bool IsBlank(wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r'); }

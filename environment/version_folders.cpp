@@ -7,7 +7,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 constexpr wchar_t kOrmaCompany[] = L"ORMA";

@@ -23,7 +23,7 @@ std::wstring LiveKey(const ProductContext& context);
 
 // Fills `localFolder` for `selectedVersion`, its version subfolder included: the only subfolder
 // found there, otherwise the last two characters of the version and ".0". Left as it was when the
-// system cannot tell the user's Local folder.
+// system does not know the user's Local folder.
 void BuildLocalFolder(ProductContext& context, const Machine& machine);
 
 // Fills `stagingLocalFolder` for a year: the same folder below the staging folder's "Local",
@@ -31,24 +31,24 @@ void BuildLocalFolder(ProductContext& context, const Machine& machine);
 void BuildStagingLocalFolder(ProductContext& context, const std::wstring& year);
 
 // The same path below the user's Roaming folder; nothing for a path that is not below the Local one
-// or when the system cannot tell one of them.
+// or when the system does not know one of them.
 std::optional<std::wstring> RoamingTwin(const std::wstring& localPath, const KnownFolders& folders);
 
 // The Roaming half of the 2D drafting settings that a reset takes away. It is named by the last two
 // digits of the year, and only one brand has a product folder of its own around it. Nothing when
-// the system cannot tell the Roaming folder.
+// the system does not know the Roaming folder.
 std::optional<std::wstring> ResetDraftingTwin(const ProductContext& context,
                                               const KnownFolders& folders);
 
 // Fills the registry root, both key lists, both product folders and `localFolder` (without version
 // subfolder) of the version at hand, as an export needs them. False when the product is not known
-// or the system cannot tell the user's folders.
+// or the system does not know the user's folders.
 bool PrepareVersionFolders(ProductContext& context, const Machine& machine);
 
 // Fills both key lists from `registryRoot`.
 void FillRegistryKeyLists(ProductContext& context);
 
-// Tells whose a file or a registry key is: the reverse of where the categories of a version lie. A
+// States whose a file or a registry key is: the reverse of where the categories of a version lie. A
 // folder and a key belong to a category together with all that is below; of two places of which one
 // lies in the other, the inner one counts. Names compare without regard to case.
 class CategoryPlaces {

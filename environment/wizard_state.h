@@ -47,7 +47,7 @@ void SelectRunningVersion(ProductContext& context);
 
 // The version of a year becomes the one to export: on the version page, which may be shown again
 // when another run has worked on another version since, and on the command line. The running
-// version keeps the part of its number that a year does not tell.
+// version keeps the part of its number that a year does not name.
 void SelectShownVersion(ProductContext& context, const std::wstring& yearForm);
 
 // The user chose the version to import into.

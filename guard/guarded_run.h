@@ -20,7 +20,7 @@ namespace carrovan {
 // What an import or a reset did, or why it was not carried out.
 struct RunOutcome {
   std::vector<std::wstring> refusals;  // one line each; empty when the run was carried out
-  std::vector<std::wstring> notices;   // what the user is told of it besides
+  std::vector<std::wstring> notices;   // what is reported of it besides
   RunReport report;
   std::wstring finishText;
   CategorySet offered;  // none for a legacy package

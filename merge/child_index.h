@@ -21,7 +21,7 @@ struct ChildKey {
 // The child elements of one element of the new document, found by name and by ID. The children are
 // walked once, no further than the searches need; appended ones are met in their turn. Of children
 // with the same name and ID only the first is kept, because no search finds another. Stays right as
-// long as every ID gained by a child is told.
+// long as every ID gained by a child is reported.
 class ChildIndex {
  public:
   using Position = std::uint32_t;  // ascends in document order

@@ -5,7 +5,6 @@
 #include <limits>
 
 namespace carrovan {
-
 namespace {
 
 struct NumberAtStart {

@@ -35,7 +35,7 @@ bool IsValueElementName(std::string_view name);
 
 enum class ContainerKind { kNone, kState, kCategory, kPanel };
 
-// Containers are told apart by a number in an "ID" child; others by their name.
+// Containers are distinguished by a number in an "ID" child; others by their name.
 ContainerKind ContainerKindOf(std::string_view name);
 
 // States and categories, which number the containers in them and note how many there are.

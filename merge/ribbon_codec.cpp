@@ -6,7 +6,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 // The length of a string begins in one byte, and each escape value announces a wider field.

@@ -10,7 +10,6 @@
 #include "merge/ribbon_codec.h"
 
 namespace carrovan {
-
 namespace {
 
 bool IsPanel(const XmlNode& element) {

@@ -14,7 +14,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 constexpr std::string_view kEntryMark = "Accels-";

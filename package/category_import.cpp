@@ -7,7 +7,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 const std::wstring kCustomization = L"\\Customization";
@@ -170,7 +169,7 @@ struct FolderPair {
   std::wstring package;
 };
 
-// Local first, then Roaming when the system can tell where that is.
+// Local first, then Roaming when the system knows where that is.
 std::vector<FolderPair> DraftingFolders(const ImportRun& run) {
   const std::wstring& staging = run.context.stagingFolder;
   std::vector<FolderPair> pairs = {{run.package.draftingFolder, run.context.stagingLocalFolder}};

@@ -13,7 +13,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 void AddCategory(const CategoryRecord& record, const ProductContext& context,

@@ -58,7 +58,7 @@ RegistryFileProblems BuildPackageSources(const ExportRun& run, const ExportSelec
 ExportReport RunExport(const ExportRun& run, const CategorySet& chosen,
                        const std::wstring& archivePath);
 
-// What the user is told when an export has run.
+// What is reported when an export has run.
 std::wstring ExportFinishText(const std::wstring& archivePath);
 
 // The registry file of the staging folder that a key is exported to. The Register key has no option

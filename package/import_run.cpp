@@ -127,7 +127,7 @@ bool NeedsMending(const ImportRun& run) {
 
 ImportPreparation RunImportPreparation(const ImportRun& run) {
   ProductContext& context = run.context;
-  // Another version's folders must not stay in their place when they cannot be told.
+  // Another version's folders must not stay in their place when they are not known.
   context.localFolder.clear();
   BuildLocalFolder(context, run.machine);
   run.package.draftingFolder = context.localFolder;

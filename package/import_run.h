@@ -50,7 +50,7 @@ struct ImportPreparation {
 };
 
 // Finds the target's folders and mends a package of another release. Refused when the target's
-// folders are then missing, or when the system cannot tell the user's folders.
+// folders are then missing, or when the system does not know the user's folders.
 ImportPreparation RunImportPreparation(const ImportRun& run);
 
 // Applies the unpacked package: each offered category is either merged and put in place or, when it
@@ -58,7 +58,7 @@ ImportPreparation RunImportPreparation(const ImportRun& run);
 // the package is laid over the user's profile.
 void ApplyPackage(const ImportRun& run, const CategorySet& offered, const CategorySet& chosen);
 
-// What the user is told when an import has run.
+// What is reported when an import has run.
 std::wstring ImportFinishText(const ProductContext& context);
 
 }  // namespace carrovan

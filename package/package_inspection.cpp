@@ -13,7 +13,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 // Far more than thirteen categories and four values need.

@@ -28,7 +28,7 @@ constexpr std::wstring_view kProfileHalves[] = {L"Local", L"LocalLow", L"Roaming
 // The 2D drafting settings lie below their own maker's name.
 constexpr std::wstring_view kDraftingCompany = L"ORMA";
 
-// The names of a package's items, as the file system will tell them apart.
+// The names of a package's items, as the file system will distinguish them.
 class StoredNames {
  public:
   // Why a name, in which nothing else is wrong, cannot stand beside those that were taken before.
@@ -142,7 +142,7 @@ std::optional<std::wstring> RefusalOfIdentity(const std::wstring& company,
   if (!IsPlainName(company)) return L"the company is not one plain name";
   if (!product.empty() && !IsPlainName(product)) return L"the product is not one plain name";
   if (IsAmong(company, kSystemsOwnKeys)) return L"the company's key belongs to the system";
-  // What is noted there tells from where this program loads its library.
+  // What is noted there says from where this program loads its library.
   if (CompareNames(company, L"Carrovan") == 0) return L"the company's key is Carrovan's own";
   return std::nullopt;
 }

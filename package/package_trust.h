@@ -30,7 +30,7 @@ enum class PackageKind {
 // directly in the folders "Options" and "Register".
 bool IsRegistryFileName(std::wstring_view itemName);
 
-// Why a package is absurd, told from its directory alone; nothing for any other.
+// Why a package is absurd, judged by its directory alone; nothing for any other.
 std::optional<RefusedItem> RefusalOfSize(const ArchiveExaminer& archive);
 
 // True for a text that can be the name of one folder and of one key, and of nothing else: an import
@@ -43,7 +43,7 @@ std::optional<std::wstring> RefusalOfIdentity(const std::wstring& company,
                                               const std::wstring& product);
 
 // Every reason, in the order of the items; none for a package to trust. The registry files may name
-// keys of this company. Of an absurd package only the size is told and no content is read; of
+// keys of this company. Of an absurd package only the size is reported and no content is read; of
 // others the registry files are, which must be understood whole; what no registry tool could take
 // for a registry file is no reason.
 std::vector<RefusedItem> ReasonsForDistrust(ArchiveExaminer& archive, PackageKind kind,

@@ -153,7 +153,7 @@ bool Verification::HasData(const CategoryRecord& record) const {
     case CategoryStorage::kLocalSingle:
       return HasItemBelow(L"Local\\" + below, false, record.subfolder);
     case CategoryStorage::kDraftFolder:
-      return true;  // in a folder of another product, which a machine would have to tell
+      return true;  // in a folder of another product, which only a machine knows
   }
   return true;
 }

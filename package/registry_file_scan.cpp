@@ -8,7 +8,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 // Longer than any key can be; a line of bytes or a piece of a text is rarely as long.

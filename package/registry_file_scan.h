@@ -26,7 +26,7 @@ class RegistryFileUnits {
     }
   }
 
-  // Gives what was too short to tell the encoding. Called once, when all bytes were taken.
+  // Gives what was too short to show the encoding. Called once, when all bytes were taken.
   template <typename TakeUnit>
   void Finish(TakeUnit take) {
     if (!encodingKnown_) LearnEncoding(take);
@@ -59,7 +59,7 @@ class RegistryFileUnits {
     take(unit);
   }
 
-  std::string mark_;  // the first bytes, until they tell the encoding
+  std::string mark_;  // the first bytes, until they show the encoding
   bool encodingKnown_ = false;
   bool isUtf16_ = false;
   std::optional<unsigned char> firstHalf_;
@@ -105,9 +105,9 @@ class RegistryFileScan {
   std::optional<std::wstring> refusal_;
 };
 
-// Tells whether a registry file is whole. A disk that fills up cuts one short, and the registry
-// tool takes what is left of it without a word. A file that ends between two lines cannot be told
-// from one that was meant so.
+// Verifies that a registry file is whole. A disk that fills up cuts one short, and the registry
+// tool takes what is left of it without a word. A file that ends between two lines looks like
+// one that was meant so.
 class RegistryFileCheck {
  public:
   // The file's bytes in their order: UTF-16 behind the mark FF FE, or 8-bit text.

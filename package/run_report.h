@@ -16,12 +16,12 @@ enum class RunRefusal {
   kProductRunning,   // what is changed under its feet would be lost when it ends
   kNeverStarted,     // the user has not started the version once
   kNewerPackage,     // the package is of a newer release than the target
-  kFoldersMissing,   // the version's folders are missing or cannot be told
+  kFoldersMissing,   // the version's folders are missing or not known
   kNoStagingFolder,  // nothing can be made in the temporary path
   kCorruptPackage,   // a legacy package without exactly one document
 };
 
-// What the user is told of it.
+// What is reported of it.
 std::wstring TextOf(RunRefusal refusal);
 
 // A value of a package that does not get into the registry.
@@ -46,7 +46,7 @@ struct RunReport {
   bool IsComplete() const { return problems.empty() && unextracted.empty(); }
 };
 
-// What the user is told of an item that was not unpacked.
+// What is reported of an item that was not unpacked.
 std::wstring TextOfUnextracted(const std::wstring& targetPath);
 
 // Follows a run while it works. This one takes no notice.

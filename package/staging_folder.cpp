@@ -6,7 +6,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 std::wstring MarkOf(const std::wstring& folder) { return folder + L"\\" + kRunFolderMark; }

@@ -4,7 +4,6 @@
 #include "wizard/category_tree.h"
 
 namespace carrovan {
-
 namespace {
 
 constexpr ControlLook kLooks[] = {

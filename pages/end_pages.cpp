@@ -3,7 +3,6 @@
 #include "resources/resource.h"
 
 namespace carrovan {
-
 namespace {
 
 // Keeps a radio button from being chosen by merely getting the focus; older headers lack the name.

@@ -7,7 +7,6 @@
 #include "platform/windows/com_handles.h"
 
 namespace carrovan {
-
 namespace {
 
 struct Wishes {

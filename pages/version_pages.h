@@ -45,7 +45,7 @@ class CSelectVersion : public WizardPageDialog {
 // Which package is imported, and into which version?
 class CSelectPath : public WizardPageDialog, public PathPageView {
  public:
-  // Lets the user choose a package and tells the page what to show of it.
+  // Lets the user choose a package and says what the page shows of it.
   using SelectFile = std::function<void(PathPageView&)>;
 
   CSelectPath(const PageSurroundings& surroundings, WizardState& state, ProductContext& context,

@@ -5,7 +5,6 @@
 #include "resources/resource.h"
 
 namespace carrovan {
-
 namespace {
 
 FontHandle MakeArial(int height, int weight, int dotsPerInch) {

@@ -7,8 +7,8 @@
 
 namespace carrovan {
 
-// Progress told as whole lines. Each line has reached the outside when WriteLine returns; a failure
-// to write is nobody's concern.
+// Progress reported as whole lines. Each line has reached the outside when WriteLine returns; a
+// failure to write is nobody's concern.
 class LineLog {
  public:
   virtual ~LineLog() = default;

@@ -5,7 +5,6 @@
 #include "text/path_text.h"
 
 namespace carrovan {
-
 namespace {
 
 std::uint32_t Continue(std::uint32_t crc, std::string_view bytes) {

@@ -7,7 +7,7 @@
 
 namespace carrovan {
 
-// What lies at a path, told shortly: enough to see later whether it is still the same.
+// What lies at a path, in short: enough to see later whether it is still the same.
 enum class FileKind { kAbsent, kFile, kFolder, kLink };
 
 struct FileImage {

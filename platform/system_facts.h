@@ -27,7 +27,7 @@ class GuidSource {
   virtual std::optional<std::wstring> NewGuid() = 0;
 };
 
-// Where the current user's folders lie. Each answer is nothing when the system cannot tell.
+// Where the current user's folders lie. Each answer is nothing when the system does not know.
 class KnownFolders {
  public:
   virtual ~KnownFolders() = default;
@@ -45,7 +45,7 @@ class ProcessList {
  public:
   virtual ~ProcessList() = default;
 
-  // Names of the executables without their folders; empty when the system does not tell.
+  // Names of the executables without their folders; empty when the system does not say.
   virtual std::vector<std::wstring> ExecutableNames() const = 0;
 };
 
@@ -68,7 +68,7 @@ class ProductIdentity {
   virtual std::wstring ProductVersion() const = 0;        // internal form, for example "28.0"
 };
 
-// Who the current user is. Each answer is nothing when the system cannot tell.
+// Who the current user is. Each answer is nothing when the system does not know.
 class UserIdentity {
  public:
   virtual ~UserIdentity() = default;

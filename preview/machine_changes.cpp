@@ -8,7 +8,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 using Entries = std::map<std::u16string, FolderEntry>;  // by folded name
@@ -95,8 +94,8 @@ class FileComparison {
       changes_.files.push_back({is, Change::kReplaced, false, imageBefore, imageAfter});
       return;
     }
-    if (before != nullptr) Tell(Change::kRemoved, was, *before, imageBefore);
-    if (after != nullptr) Tell(Change::kAdded, is, *after, imageAfter);
+    if (before != nullptr) Report(Change::kRemoved, was, *before, imageBefore);
+    if (after != nullptr) Report(Change::kAdded, is, *after, imageAfter);
   }
 
   static FileImage ImageOf(const FileReader& files, const std::wstring& path,
@@ -109,7 +108,7 @@ class FileComparison {
   }
 
   // With everything below.
-  void Tell(Change change, const std::wstring& path, const FolderEntry& entry,
+  void Report(Change change, const std::wstring& path, const FolderEntry& entry,
             const FileImage& image) {
     const bool added = change == Change::kAdded;
     const FileImage absent;
@@ -119,7 +118,7 @@ class FileComparison {
     const FileReader& files = added ? overlay_ : machine_;
     for (const FolderEntry& below : ListFolder(files, path)) {
       const std::wstring belowPath = JoinNames(path, below.name);
-      Tell(change, belowPath, below, ImageOf(files, belowPath, &below));
+      Report(change, belowPath, below, ImageOf(files, belowPath, &below));
     }
   }
 
@@ -194,9 +193,9 @@ class KeyComparison {
         CompareKey(Below(pathBefore, was->second), Below(pathAfter, is->second),
                    *key.below.at(name));
       } else if (was != before.end()) {
-        Tell(Change::kRemoved, Below(pathBefore, was->second));
+        Report(Change::kRemoved, Below(pathBefore, was->second));
       } else if (is != after.end()) {
-        Tell(Change::kAdded, Below(pathAfter, is->second));
+        Report(Change::kAdded, Below(pathAfter, is->second));
       }
     }
   }
@@ -226,12 +225,12 @@ class KeyComparison {
   }
 
   // With everything below.
-  void Tell(Change change, const std::wstring& path) {
+  void Report(Change change, const std::wstring& path) {
     changes_.keys.push_back({hive_, path, change});
     CompareValues(path, path);
     const RegistryReader& registry = change == Change::kAdded ? overlay_ : machine_;
     for (const auto& [folded, name] : SubkeysOf(registry, hive_, path)) {
-      Tell(change, Below(path, name));
+      Report(change, Below(path, name));
     }
   }
 

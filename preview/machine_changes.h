@@ -14,7 +14,7 @@ namespace carrovan {
 
 // What is otherwise than before on a machine. Only what really differs: a file that was written
 // again with the same bytes is no change, a name in another case is the same name. What lies below
-// an added or removed folder or key is told of one by one. A file in place of a folder, or the
+// an added or removed folder or key is reported one by one. A file in place of a folder, or the
 // reverse, is a removal and an addition.
 
 enum class Change { kAdded, kReplaced, kRemoved };

@@ -8,7 +8,6 @@
 #include "text/path_text.h"
 
 namespace carrovan {
-
 namespace {
 
 class Writer : public ArchiveWriter {

@@ -65,7 +65,7 @@ class OverlayRegistryTool : public RegistryTool {
 };
 
 // A machine on which any run can be tried out: it looks like another one, and what is changed on it
-// stays in it and can be told.
+// stays in it and can be reported.
 class OverlayMachine {
  public:
   // None when there is no place for what is to be written. The parts of the machine outlive it.

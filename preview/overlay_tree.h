@@ -40,7 +40,7 @@ struct OverlayNode {
   std::wstring real;      // a file's content, or the folder that shows through; empty for none
   bool isNew = false;     // made by the run: not read-only and no link, whatever its content's is
   bool isLink = false;    // the machine's own link
-  bool isHidden = false;  // the overlay's own folder, which is never told of
+  bool isHidden = false;  // the overlay's own folder, which is never reported
   Nodes below;
 };
 

@@ -8,7 +8,7 @@
 
 namespace carrovan {
 
-// Tells whether a registry file is written as the system's registry tool writes it, and so means to
+// Verifies that a registry file is written as the system's registry tool writes it, and so means to
 // the tool what ParseRegistryFile reads in it: UTF-16 behind the mark FF FE, the header, keys, and
 // values of them in the forms of an export, each line ended by CR LF. Nothing else passes, whatever
 // a tool may make of it; a file whose lines have lost their leading blanks does.

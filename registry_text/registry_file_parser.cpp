@@ -7,7 +7,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 constexpr std::wstring_view kBlanks = L" \t";

@@ -17,7 +17,7 @@ struct KeyRestore {
 
 // Puts the product's factory defaults in place of the user's settings: deletes the live key with
 // all below it, then copies the default key over it. Without a default key the live key stays
-// deleted and the product starts from its built-in defaults. Nothing is told to the user.
+// deleted and the product starts from its built-in defaults. Nothing is reported to the user.
 [[nodiscard]] KeyRestore RestoreKey(const std::wstring& defaultKey, const std::wstring& liveKey,
                                     RegistryEditor& registry);
 
@@ -36,7 +36,7 @@ struct ResetRun {
 // defaults.
 RunReport RunReset(const ResetRun& run, const CategorySet& chosen);
 
-// What the user is told when a reset has run.
+// What is reported when a reset has run.
 std::wstring ResetFinishText(const ProductContext& context);
 
 // "SOFTWARE\company\New User Settings\product version" under the machine's hive.

@@ -14,7 +14,7 @@
 
 namespace carrovan {
 
-// Tells how a folder or a key spells the names in it, so that what is taken away can come back in
+// States how a folder or a key spells the names in it, so that what is taken away can come back in
 // its own spelling. Keeps the names of the parent that was asked for last.
 class SpelledNames {
  public:
@@ -45,7 +45,7 @@ class ChangeRecorder {
 
   const std::wstring& Id() const { return id_; }
 
-  // Tells more of the run than was known at its beginning.
+  // Notes more of the run than was known at its beginning.
   void Describe(const PointBegun& about);
 
   // True for what lies in a folder of the run's own, which needs no notes.

@@ -7,7 +7,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 using nlohmann::json;

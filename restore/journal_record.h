@@ -71,7 +71,7 @@ struct RunEnded {
   bool operator==(const RunEnded&) const = default;
 };
 
-// An undo put everything back, but for what it was told to leave.
+// An undo put everything back, but for what it was asked to leave.
 struct Undone {
   bool whole = false;  // nothing was left
   bool operator==(const Undone&) const = default;

@@ -7,7 +7,6 @@
 #include "text/path_text.h"
 
 namespace carrovan {
-
 namespace {
 
 ArchiveResult ResultOf(SystemCode code) {

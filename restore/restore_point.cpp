@@ -9,7 +9,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 // A digit stands for any digit.

@@ -18,7 +18,7 @@ namespace carrovan {
 inline constexpr wchar_t kJournalName[] = L"journal.jsonl";
 inline constexpr wchar_t kCopiesFolder[] = L"files";
 
-// "Carrovan\Restore" below the user's Local application data; nothing when that cannot be told.
+// "Carrovan\Restore" below the user's Local application data; nothing when that is not known.
 std::optional<std::wstring> RestoreRoot(const KnownFolders& folders);
 
 // True for a folder directly in the temporary path whose name is a GUID without braces, as a run
@@ -35,7 +35,7 @@ std::wstring RestorePointId(std::chrono::system_clock::time_point time);
 // True for such a name, also with the "-2" of a second run within one second.
 bool IsRestorePointId(const std::wstring& name);
 
-// What a run changed at one path, as its journal tells it.
+// What a run changed at one path, as its journal states it.
 struct FileHistory {
   std::wstring path;
   FileImage before;

@@ -11,7 +11,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 // Puts the files of one restore point back.

@@ -11,7 +11,6 @@
 #endif
 
 namespace carrovan {
-
 namespace {
 
 // Nothing has to move.

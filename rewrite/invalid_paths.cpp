@@ -103,9 +103,9 @@ void AppendOthers(View<Char> lines, const TextForm& form, PathChecker& paths, Dr
     const View<Char> line = TakeTrimmedLine(lines);
     if (LeadsNowhere(QuotedValue(line), form, paths)) {
       ++dropped.count;
-      if (dropped.tell) dropped.tell(dropped.keyLine, form.Decode(BytesOf(line)));
+      if (dropped.report) dropped.report(dropped.keyLine, form.Decode(BytesOf(line)));
     } else {
-      if (dropped.tell && line.starts_with('[')) form.Decode(BytesOf(line), dropped.keyLine);
+      if (dropped.report && line.starts_with('[')) form.Decode(BytesOf(line), dropped.keyLine);
       kept.append(BytesOf(line)).append(BytesOf(View<Char>(kLineEnd, 2)));
     }
   }

@@ -12,7 +12,7 @@
 
 namespace carrovan {
 
-// Tells whether the paths of a registry file exist. Asks for each distinct path once, and for
+// Finds out whether the paths of a registry file exist. Asks for each distinct path once, and for
 // nothing in a folder that is not there.
 class PathChecker {
  public:
@@ -33,17 +33,18 @@ class PathChecker {
   std::unordered_map<std::u16string, bool, Hash, std::equal_to<>> paths_;  // by spelling
   std::unordered_map<std::wstring, bool> folders_;
   // Fronts of paths, with the last separator, whose folder is not there. Most paths that lead to
-  // nothing have one of a few, so that they are told without being made into paths.
+  // nothing have one of a few, so that they are recognised without being made into paths.
   std::unordered_set<std::u16string, Hash, std::equal_to<>> missingFronts_;
 };
 
 // Gets a line that is left out and the key line above it, both trimmed.
-using TellDroppedLine = std::function<void(std::u16string_view keyLine, std::u16string_view line)>;
+using ReportDroppedLine =
+    std::function<void(std::u16string_view keyLine, std::u16string_view line)>;
 
 // What is known of the lines left out while a file comes block by block.
 struct DroppedLines {
-  TellDroppedLine tell;    // may be empty
-  std::u16string keyLine;  // the last one, where somebody is to be told
+  ReportDroppedLine report;  // may be empty
+  std::u16string keyLine;    // the last one, where somebody wants to know
   std::size_t count = 0;
 };
 

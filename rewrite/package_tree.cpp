@@ -9,7 +9,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 bool IsDigit(wchar_t c) { return c >= L'0' && c <= L'9'; }

@@ -10,7 +10,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 constexpr std::size_t kBlockBytes = std::size_t{16} << 10;
@@ -172,15 +171,15 @@ SystemCode Rewrite(const std::wstring& file, const FilePasses& wanted, const Rew
   if (wanted.userPaths) passes.user = RegUserOf(ports.user);
   if (wanted.invalidPaths) passes.paths = &paths;
   std::vector<DroppedLine> dropped;
-  TellDroppedLine tell;
+  ReportDroppedLine report;
   if (ports.dropped != nullptr) {
-    tell = [&](std::u16string_view keyLine, std::u16string_view line) {
+    report = [&](std::u16string_view keyLine, std::u16string_view line) {
       dropped.push_back({file, FromUtf16(keyLine), FromUtf16(line)});
     };
   }
   std::uint64_t fileBytes = 0;
   for (RegistryFileFate expected = RegistryFileFate::kStays;;) {
-    RegistryTextStream text(passes, ports.codePage, expected, tell);
+    RegistryTextStream text(passes, ports.codePage, expected, report);
     const SystemCode code = expected == RegistryFileFate::kStays
                                 ? Look(file, text, ports.files, fileBytes)
                                 : Edit(file, text, ports.files, fileBytes);

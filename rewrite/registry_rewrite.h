@@ -40,14 +40,14 @@ enum class RegistryFileFate {
 // on: a stream that finds more to do than it expects stops, and another one starts again.
 class RegistryTextStream {
  public:
-  // `tell` may be empty. It gets the dropped lines when the file is expected to lose some.
+  // `report` may be empty. It gets the dropped lines when the file is expected to lose some.
   RegistryTextStream(TextPasses passes, const CodePage& codePage, RegistryFileFate expected,
-                     TellDroppedLine tell)
+                     ReportDroppedLine report)
       : passes_(std::move(passes)),
         codePage_(codePage),
         expected_(expected),
         fate_(expected),
-        dropped_{std::move(tell), {}, 0} {}
+        dropped_{std::move(report), {}, 0} {}
 
   // False when more is to be done than expected; nothing else counts then. Finish comes after the
   // last part.
@@ -103,7 +103,7 @@ SystemCode ReplaceInRegistryFile(const std::wstring& file, const Replacement& re
 
 // Puts the current user's name in the place of another user's in paths of four spellings, and the
 // user's profile in the place of %USERPROFILE%; reports the number. Does nothing when the system
-// cannot tell the user's name.
+// does not know the user's name.
 SystemCode ReplaceUserPaths(const std::wstring& file, const RewritePorts& ports);
 
 // Drops the string values that are absolute paths to nothing; reports their number. With none of

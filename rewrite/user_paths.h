@@ -29,11 +29,11 @@ struct RegUser {
   std::u16string profile;  // in place of %USERPROFILE%; empty when that is not set
 };
 
-// Nothing when the system cannot tell the user's name.
+// Nothing when the system does not know the user's name.
 std::optional<RegUser> RegUserOf(const UserIdentity& user);
 
-// Nothing when the system cannot tell the user's name. `anyCharacter` is false for a file in which
-// other characters than ASCII have to be written as references.
+// Nothing when the system does not know the user's name. `anyCharacter` is false for a file in
+// which other characters than ASCII have to be written as references.
 std::optional<UserPathRule> XmlUserOf(const UserIdentity& user, bool anyCharacter);
 
 }  // namespace carrovan

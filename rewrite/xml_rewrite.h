@@ -20,7 +20,7 @@ SystemCode ReplaceInXmlLines(const std::wstring& file, const std::wstring& searc
                              const CodePage& codePage);
 
 // Puts the current user's name in the place of another user's behind "C:\Users\" and "C:/Users/".
-// Does nothing when the system cannot tell the name. Line ends stay.
+// Does nothing when the system does not know the name. Line ends stay.
 SystemCode ReplaceUserPathsInXml(const std::wstring& file, const RewritePorts& ports);
 
 // The text with every occurrence within a line replaced and every line ended by CR LF.

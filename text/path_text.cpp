@@ -6,7 +6,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 // Length of "C:\", "\" or "\\server\share", the part that no removal takes away.

@@ -5,7 +5,6 @@
 #include <string_view>
 
 namespace carrovan {
-
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;

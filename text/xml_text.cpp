@@ -5,7 +5,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 constexpr std::string_view kUtf8 = "UTF-8";

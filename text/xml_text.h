@@ -12,7 +12,7 @@ namespace carrovan {
 
 // Which text of a document is kept, for every DOM the same: text of nothing but white space is
 // layout and goes, unless xml:space="preserve" holds where it stands. Texts without another node
-// between them are one, in however many pieces a DOM delivers them. Is told of a document's nodes
+// between them are one, in however many pieces a DOM delivers them. Is given a document's nodes
 // in their order, by whoever builds or walks the tree.
 template <typename Char>
 class BlankTextFilter {

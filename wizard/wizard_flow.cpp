@@ -15,7 +15,6 @@
 #include "wizard/wizard_frame.h"
 
 namespace carrovan {
-
 namespace {
 
 // Places in the sequences of pages. Export and import have their categories at the same one.
@@ -75,7 +74,7 @@ void ShowPages(const WizardParts& parts) {
 }
 
 void ShowPagesAt(const WizardParts& parts, int place) {
-  // When it cannot be made now, the step that needs it tells the user.
+  // When it cannot be made now, the step that needs it reports that.
   if (place == kStartPlace) EnsureStagingFolder(parts);
   parts.state.pageIndex = place;
   ShowPages(parts);
@@ -181,7 +180,7 @@ void Import(const WizardParts& parts, WizardImport& import) {
   parts.frame.SetFinishText(ImportFinishText(parts.context));
 }
 
-// The year of the version that a legacy package is for; nothing, after the user was told why, for
+// The year of the version that a legacy package is for; nothing, after the user was shown why, for
 // one that is refused.
 std::optional<std::wstring> TakeLegacyPackage(const WizardParts& parts, WizardImport& import,
                                               const std::wstring& path) {

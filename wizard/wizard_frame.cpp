@@ -7,7 +7,6 @@
 #include "environment/string_table.h"
 
 namespace carrovan {
-
 namespace {
 
 using enum WizardPage;

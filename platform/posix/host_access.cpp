@@ -8,7 +8,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 constexpr char32_t kByteBase = 0xDC00;

@@ -10,7 +10,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 std::array<std::uint8_t, 16> RandomBytes() {

@@ -6,7 +6,6 @@
 #include <string_view>
 
 namespace carrovan {
-
 namespace {
 
 // The value of xml:space among an element's attributes, as the parser gives them.

@@ -7,7 +7,7 @@
 
 namespace carrovan {
 
-// Tells where on the host a path of the program lies.
+// States where on the host a path of the program lies.
 class PathMapper {
  public:
   virtual ~PathMapper() = default;

@@ -28,7 +28,7 @@ bool Write(std::FILE* stream, std::wstring_view text) {
 class PosixConsole : public Console {
  public:
   void Out(std::wstring_view text) override { outIsWhole_ = Write(stdout, text) && outIsWhole_; }
-  // Nobody can be told that an error text cannot be written.
+  // Nowhere is left to report that an error text cannot be written.
   void Err(std::wstring_view text) override { static_cast<void>(Write(stderr, text)); }
   bool ErrIsTerminal() const override { return isatty(STDERR_FILENO) != 0; }
   bool IsOutWhole() const override { return outIsWhole_; }

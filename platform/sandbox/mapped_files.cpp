@@ -8,7 +8,6 @@
 #include "support/zip/zip_writer.h"
 
 namespace carrovan {
-
 namespace {
 
 class MappedWriter : public ArchiveWriter {

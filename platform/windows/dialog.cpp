@@ -6,7 +6,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 int DotsPerInchOfScreen() {

@@ -16,7 +16,7 @@ std::wstring ProgramPath() {
 }
 
 SystemCode LoadModule(const std::wstring& path, ModuleHandle& module) {
-  // Of a damaged library the system would tell the user itself, in a message box.
+  // A damaged library the system would report to the user itself, in a message box.
   DWORD oldMode = 0;
   SetThreadErrorMode(SEM_FAILCRITICALERRORS, &oldMode);
   module.Reset(LoadLibraryExW(path.c_str(), nullptr,

@@ -14,7 +14,6 @@
 #include "text/xml_text.h"
 
 namespace carrovan {
-
 namespace {
 
 using NodePointer = ComPointer<IXMLDOMNode>;

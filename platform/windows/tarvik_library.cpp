@@ -8,7 +8,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 constexpr wchar_t kSettingsKey[] = L"SOFTWARE\\Carrovan";

@@ -9,8 +9,8 @@
 
 namespace carrovan {
 
-// The language that the CAD product runs in ("en-us"), as its maker's library tells. Nothing when
-// the library is missing, has no language support or does not give a name.
+// The language that the CAD product runs in ("en-us"), as its maker's library states it. Nothing
+// when the library is missing, has no language support or does not give a name.
 std::optional<std::wstring> CurrentTarvikLanguage();
 
 // The CAD product as its maker's library reports it. The functions must stay loaded.

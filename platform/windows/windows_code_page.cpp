@@ -11,7 +11,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 constexpr char16_t kByteBase = 0xDC00;

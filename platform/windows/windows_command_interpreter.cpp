@@ -24,7 +24,7 @@ class RunningProcess : public RunningTool {
   KernelObject process_;
 };
 
-// Empty when the system does not tell it.
+// Empty when the system does not know it.
 std::wstring SystemFolder() {
   std::wstring folder(MAX_PATH, L'\0');
   const UINT length = GetSystemDirectoryW(folder.data(), MAX_PATH);

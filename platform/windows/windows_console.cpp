@@ -48,7 +48,7 @@ class WindowsConsole : public Console {
   void Out(std::wstring_view text) override {
     outIsWhole_ = Write(GetStdHandle(STD_OUTPUT_HANDLE), text) && outIsWhole_;
   }
-  // Nobody can be told that an error text cannot be written.
+  // Nowhere is left to report that an error text cannot be written.
   void Err(std::wstring_view text) override {
     static_cast<void>(Write(GetStdHandle(STD_ERROR_HANDLE), text));
   }

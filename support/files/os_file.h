@@ -51,8 +51,8 @@ class OsFile {
   [[nodiscard]] FileStatus WriteAt(std::uint64_t offset, std::span<const std::uint8_t> data);
 
   // Sets room aside for a new file that is about to grow to this size, so that it need not be found
-  // piece by piece. A wish: where it cannot be had, writing tells. What is left over when the file
-  // is written stays with it until EndAt.
+  // piece by piece. A wish: where it cannot be had, writing reports. What is left over when the
+  // file is written stays with it until EndAt.
   void SetRoomAside(std::uint64_t sizeBytes);
   [[nodiscard]] FileStatus EndAt(std::uint64_t sizeBytes);
 
@@ -82,7 +82,7 @@ void RemoveFile(const std::filesystem::path& path);
 // The path that a text names.
 std::filesystem::path PathFromText(std::wstring_view text);
 
-// The path from the root on; empty when the system cannot tell.
+// The path from the root on; empty when the system does not know.
 std::filesystem::path AbsolutePath(const std::filesystem::path& path);
 
 }  // namespace carrovan

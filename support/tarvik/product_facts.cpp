@@ -10,7 +10,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 // Generous for a handful of lines; a longer file is not read to its end.

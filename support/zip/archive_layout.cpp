@@ -15,7 +15,6 @@
 #include "support/zip/zip_writer.h"
 
 namespace carrovan {
-
 namespace {
 
 constexpr std::uint32_t kLocalMark = 0x04034B50;
@@ -77,7 +76,7 @@ struct Facts {
   std::uint32_t checksum = 0;
   std::uint64_t packedBytes = 0;
   std::uint64_t sizeBytes = 0;
-  std::uint64_t headerOffset = 0;  // in the archive; only the directory tells
+  std::uint64_t headerOffset = 0;  // in the archive; only the directory says
 };
 
 // Numbers that do not fit into their fields stand in an extra field, in this order.

@@ -16,7 +16,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 using OpenItem = std::unique_ptr<zip_file_t, decltype(&zip_fclose)>;

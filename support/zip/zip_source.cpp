@@ -5,7 +5,6 @@
 #include <span>
 
 namespace carrovan {
-
 namespace {
 
 std::span<std::uint8_t> Bytes(void* data, std::uint64_t length) {

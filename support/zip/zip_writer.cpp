@@ -14,7 +14,6 @@
 #include "text/text.h"
 
 namespace carrovan {
-
 namespace {
 
 // Measured on settings: smaller than zip -6 in less than half its time; higher levels gain next to

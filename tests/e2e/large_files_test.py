@@ -10,7 +10,7 @@ from pathlib import Path
 from machines import RELEASE_CLI, SandboxTest, small_sandbox
 
 MEMORY_LIMIT_BYTES = 100 << 20
-# More than the sizes of a zip archive without its 64-bit extension can tell.
+# More than the sizes of a zip archive without its 64-bit extension can state.
 HUGE_BYTES = (4 << 30) + 12345
 
 

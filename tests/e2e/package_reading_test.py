@@ -102,7 +102,7 @@ class HostilePackageTest(SandboxTest):
         return done, {item["name"]: item["reason"] for item in json.loads(done.stdout)[kind]}
 
     def verify(self):
-        """The findings by name; both faces of the verb tell the same."""
+        """The findings by name; both faces of the verb report the same."""
         done = run_cli("verify", self.package)
         as_json = run_cli("verify", "--json", self.package)
         found = json.loads(as_json.stdout)

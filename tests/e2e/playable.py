@@ -40,9 +40,9 @@ def assert_foreseen(test, foreseen, before, after):
     """Every change was foreseen by the dry run, and everything foreseen has happened."""
     changed = {path.lower() for path in before.files.keys() | after.files.keys()
                if before.files.get(path, "none") != after.files.get(path, "none")}
-    told = {file["path"].split("\\AppData\\")[1].replace("\\", "/").lower()
+    reported = {file["path"].split("\\AppData\\")[1].replace("\\", "/").lower()
             for category in foreseen["categories"] for file in category["files"]}
-    test.assertEqual(told, changed)
+    test.assertEqual(reported, changed)
     values = {f"{value['key']}|{value['name']}".lower()
               for category in foreseen["categories"] for value in category["values"]}
     test.assertEqual(values, changed_values(before.registry, after.registry))

@@ -1,4 +1,4 @@
-"""A dry run tells what a run will change, and changes nothing."""
+"""A dry run reports what a run will change, and changes nothing."""
 
 import json
 

@@ -49,7 +49,7 @@ class LoadedXml {
   std::unique_ptr<XmlDocument> document_;
 };
 
-// A DOM that fails where it is told to.
+// A DOM that fails where it is asked to.
 class FaultyDom : public XmlDom {
  public:
   bool starts = true;

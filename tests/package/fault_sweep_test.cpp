@@ -79,12 +79,12 @@ class SweptRun {
     Export();
   }
 
-  // The run told what it left undone, or left nothing undone.
+  // The run reported what it left undone, or left nothing undone.
   bool HasComplained() const {
     return !report_.IsComplete() || view_.messages.size() > advices_ || !IsExportComplete();
   }
   bool HasFinished() const { return !view_.finishText.empty(); }
-  // Told to the user before a run that succeeds.
+  // Reported to the user before a run that succeeds.
   void ExpectAdvices(std::size_t count) { advices_ = count; }
 
   const SweptMachine& OnMachine() const { return machine_; }
@@ -145,7 +145,7 @@ bool IsBelow(const std::wstring& path, const std::wstring& folder) {
 }
 
 // A package folder that kept its old version's name is laid over that version: when it could not be
-// renamed, which was told, or when the description does not say which version it is.
+// renamed, which was reported, or when the description does not say which version it is.
 bool IsMended(const SweptRun& run) {
   if (run.Package().internalVersion == L"Please check the file.") return false;
   return std::ranges::none_of(run.Report().problems, [](const std::wstring& problem) {
@@ -334,7 +334,8 @@ class ExportSweep : public FaultSweep {
   }
 
  private:
-  // The new package is one that imports take, each item is whole, and what is not in it was told.
+  // The new package is one that imports take, each item is whole, and what is not in it
+  // was reported.
   static void ExpectPackage(const SweptRun& run, FaultyPort port, const Items& whole) {
     const auto items = ItemsOf(run.OnMachine(), kBackup);
     ASSERT_TRUE(items);

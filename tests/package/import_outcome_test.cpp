@@ -1,4 +1,4 @@
-// What an import tells of the files that it merged and the values that it dropped.
+// What an import reports of the files that it merged and the values that it dropped.
 #include <gtest/gtest.h>
 
 #include "environment/version_folders.h"

@@ -24,7 +24,7 @@ class MemoryArchive : public ArchiveExaminer {
     items_.push_back({{std::move(name), content.size(), content.size() / 2}, content, state});
   }
 
-  // An item of which only the directory tells.
+  // An item of which only the directory says.
   void Declare(std::wstring name, std::uint64_t sizeBytes, std::uint64_t packedSizeBytes) {
     sizeBytes_ += packedSizeBytes;
     items_.push_back({{std::move(name), sizeBytes, packedSizeBytes}, {}, ArchiveResult::kDamaged});

@@ -1,4 +1,4 @@
-// A preview tells exactly what the run does, for whatever machine.
+// A preview reports exactly what the run does, for whatever machine.
 //
 // CARROVAN_PREVIEW_CASES gives another number of cases, CARROVAN_PREVIEW_SEED the one seed to play.
 #include <gtest/gtest.h>
@@ -119,7 +119,7 @@ TEST_F(PreviewProperty, ForetellsEveryRunExactly) {
   EXPECT_GT(dropped_, cases / 50);
   std::cout << cases << " cases, " << changing << " changed something: " << changedFiles_
             << " files, " << changedValues_ << " values; " << merged_ << " merged, " << dropped_
-            << " dropped, " << problems_ << " problems told\n";
+            << " dropped, " << problems_ << " problems reported\n";
 }
 
 }  // namespace

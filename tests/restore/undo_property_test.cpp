@@ -83,7 +83,7 @@ class UndoProperty : public testing::Test {
     ExpectSpelledAlike(before, after);
   }
 
-  // Tells names that are the same to the system but not to the eye.
+  // Finds names that are the same to the system but not to the eye.
   static void ExpectSpelledAlike(const MachineSnapshot& before, const MachineSnapshot& after) {
     const std::vector<std::string> now = Spelled(after);
     for (const std::string& line : Spelled(before)) {

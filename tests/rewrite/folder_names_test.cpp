@@ -30,7 +30,7 @@ TEST(VersionComponentOf, GivesTheFirstVersionOfAPath) {
 
 class RenameFolder : public testing::Test {
  protected:
-  // The path after renaming a folder of this name; its file tells that it is the same folder.
+  // The path after renaming a folder of this name; its file shows that it is the same folder.
   std::wstring Renamed(const std::wstring& name, const std::wstring& oldText,
                        const std::wstring& newText) {
     std::wstring path = L"C:\\27.0\\" + name;

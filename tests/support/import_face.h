@@ -27,7 +27,7 @@ class ImportFace {
 };
 
 // Unpacks a legacy package and takes the version that it is for as the target. False, after the
-// view was told, when it is refused.
+// view was shown, when it is refused.
 bool TakeLegacyPackage(const ImportRun& run, RecordingView& view, WizardState& state,
                        const std::wstring& path);
 

@@ -31,16 +31,16 @@ void TakeKey(RegistryHive hive, const std::wstring& path, const RegistryKey& key
   }
 }
 
-// Calls `tell` with each place's content before and after, null for none.
-template <typename Map, typename Tell>
-void Compare(const Map& before, const Map& after, const Tell& tell) {
+// Calls `report` with each place's content before and after, null for none.
+template <typename Map, typename Report>
+void Compare(const Map& before, const Map& after, const Report& report) {
   constexpr const typename Map::mapped_type* kNone = nullptr;
   for (const auto& [place, content] : before) {
     const auto is = after.find(place);
-    tell(place, &content, is == after.end() ? kNone : &is->second);
+    report(place, &content, is == after.end() ? kNone : &is->second);
   }
   for (const auto& [place, content] : after) {
-    if (!before.contains(place)) tell(place, kNone, &content);
+    if (!before.contains(place)) report(place, kNone, &content);
   }
 }
 

@@ -6,7 +6,7 @@
 
 namespace carrovan {
 
-// How a run ended, as its user was told.
+// How a run ended, as it was reported.
 struct RunEnding {
   RunReport report;
   RecordingView view;

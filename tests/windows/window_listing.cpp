@@ -155,7 +155,7 @@ class ForeignTree {
   }
 
   // The box lies left of the label, with the picture between them. Where it begins and ends the
-  // tree tells only by what is hit at a point.
+  // tree says only by what is hit at a point.
   RECT BoxArea(const RECT& label) {
     const LONG middle = (label.top + label.bottom) / 2;
     RECT box{0, label.top, 0, label.bottom};

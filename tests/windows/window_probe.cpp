@@ -1,4 +1,4 @@
-// Tells as JSON what the windows of a program show: window_probe.exe carrovan.exe
+// Reports as JSON what the windows of a program show: window_probe.exe carrovan.exe
 
 #include <iostream>
 #include <nlohmann/json.hpp>

@@ -5,7 +5,7 @@ from 2025, imports it into 2026 without two categories, and resets three categor
     play_tour.py PREFIX FOLDER
 
 The prefix holds the sample product and its programs. The folder gets a picture of every step, the
-packages, and changes.txt, which tells what each step has changed in the registry and in folders."""
+packages, and changes.txt, which shows what each step has changed in the registry and in folders."""
 
 import shutil
 import sys

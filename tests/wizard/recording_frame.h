@@ -34,7 +34,7 @@ class RecordingTree : public CategoryChecklist {
   void Select(Item item) override { selected = item; }
 };
 
-// A wizard window that answers from its fields and notes what it was told.
+// A wizard window that answers from its fields and notes what it was shown.
 class RecordingFrame : public WizardFrame {
  public:
   std::vector<WizardPage> pages;

@@ -1,4 +1,4 @@
-"""The file that tells who the product is: a sandbox's product.ini, the library's tarvik.ini."""
+"""The file that says who the product is: a sandbox's product.ini, the library's tarvik.ini."""
 
 from sample import product
 
