@@ -1,5 +1,10 @@
 #include "app/carrovan_app.h"
 
+#include <windows.h>
+
+#include <commctrl.h>
+#include <shellapi.h>
+
 #include "app/carrovan_dlg.h"
 #include "pages/questions.h"
 #include "platform/machine.h"
@@ -8,6 +13,23 @@
 #include "text/path_text.h"
 
 namespace carrovan {
+namespace {
+
+// The package that the program is to open with: its first argument, made a full path, so that it
+// stays the same wherever a dialog may change the folder to. Empty without one.
+std::wstring PackageArgument() {
+  int count = 0;
+  wchar_t** arguments = CommandLineToArgvW(GetCommandLineW(), &count);
+  const std::wstring argument = arguments != nullptr && count > 1 ? arguments[1] : L"";
+  LocalFree(arguments);
+  if (argument.empty()) return L"";
+  std::wstring path(GetFullPathNameW(argument.c_str(), 0, nullptr, nullptr), L'\0');
+  path.resize(GetFullPathNameW(argument.c_str(), static_cast<DWORD>(path.size()), path.data(),
+                               nullptr));
+  return path;
+}
+
+}  // namespace
 
 ResourceModule LoadLanguageResources(const std::wstring& baseName) {
   const std::wstring language = CurrentTarvikLanguage().value_or(L"zh-cn");
@@ -29,7 +51,8 @@ bool CCarrovanApp::InitInstance() {
     ShowApplicationMessageBox(nullptr, opened.reason);
     return false;
   }
-  CCarrovanDlg(resources, opened.object->Ports()).Run();
+  const std::unique_ptr<HostFiles> packages = OpenHostFiles();
+  CCarrovanDlg(resources, opened.object->Ports(), *packages, PackageArgument()).Run();
   return false;
 }
 

@@ -1,82 +1,53 @@
 #include "app/carrovan_dlg.h"
 
+#include <windows.h>
+
+#include <commctrl.h>
+
 #include <array>
 
+#include "app/about_dlg.h"
 #include "environment/installed_versions.h"
 #include "package/staging_folder.h"
+#include "pages/list_dialog.h"
 #include "pages/questions.h"
 #include "platform/windows/dialog.h"
+#include "platform/windows/module_loading.h"
 #include "platform/windows/resource_module.h"
 #include "resources/resource.h"
+#include "text/path_text.h"
 #include "wizard/wizard_flow.h"
 
 namespace carrovan {
-
-void CAboutDlg::Show(HWND owner) { RunModal(resources_, IDD_ABOUT, owner); }
-
-bool CAboutDlg::OnInitDialog() {
-  icon_ = resources_.Icon(IDI_CARROVAN, ScaledPixels(Window(), 48));
-  SendMessageW(Control(IDC_ABOUT_ICON), STM_SETICON, reinterpret_cast<WPARAM>(icon_.Get()), 0);
-  SetText(IDC_ABOUT_VERSION, L"Carrovan " + ProgramVersion());
-  return true;
-}
-
-bool CAboutDlg::OnCommand(int control, int) {
-  if (control != IDOK && control != IDCANCEL) return false;
-  EndDialog(Window(), IDOK);
-  return true;
-}
-
-namespace {
-
-void DropMessages(HWND window, UINT first, UINT last) {
-  MSG message{};
-  while (PeekMessageW(&message, window, first, last, PM_REMOVE) != FALSE) {
-    if (message.message == WM_QUIT) {
-      // The filter does not hold this one back; it is for the loop outside.
-      PostQuitMessage(static_cast<int>(message.wParam));
-      return;
-    }
-  }
-}
-
-}  // namespace
-
-BusyWindow::BusyWindow(HWND window) : window_(window) {
-  RedrawWindow(window_, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
-  formerCursor_ = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-}
-
-BusyWindow::~BusyWindow() {
-  DropMessages(nullptr, WM_NCMOUSEMOVE, WM_NCXBUTTONDBLCLK);
-  DropMessages(nullptr, WM_KEYFIRST, WM_KEYLAST);
-  DropMessages(nullptr, WM_MOUSEFIRST, WM_MOUSELAST);
-  DropMessages(window_, WM_SYSCOMMAND, WM_SYSCOMMAND);
-  DropMessages(window_, WM_CLOSE, WM_CLOSE);
-  SetCursor(formerCursor_);
-}
-
-void BusyWindow::ShowWaitCursor() { SetCursor(LoadCursorW(nullptr, IDC_WAIT)); }
 
 namespace {
 
 // The system uses the lower four bits of a system command itself.
 constexpr UINT kAboutCommand = 0x0010;
+constexpr UINT kUndoCommand = 0x0020;
 constexpr WPARAM kSystemCommandMask = 0xFFF0;
 
 // The window has come to a screen of another scale; older headers lack the name.
 constexpr UINT kScaleChanged = 0x02E0;
 
+// Sent to the window itself once it stands: opens the package that the program was started with.
+constexpr UINT kOpenRequest = WM_USER + 5;
+
+// As often as an eye can follow; painting takes the run's own time.
+constexpr ULONGLONG kProgressMilliseconds = 50;
+constexpr int kProgressEnd = 1000;
+
 }  // namespace
 
-CCarrovanDlg::CCarrovanDlg(const ResourceModule& resources, const Machine& machine)
+CCarrovanDlg::CCarrovanDlg(const ResourceModule& resources, const Machine& machine,
+                           HostFiles& packages, const std::wstring& package)
     : resources_(resources),
       machine_(machine),
-      registryTool_(*machine.registryTool, *machine.clock, RegistryToolPace::kFixedPause),
-      dom_(OpenXmlDom(*machine.files)),
+      texts_(resources),
+      package_(package),
       console_(OpenConsole()),
       log_(*console_),
-      flow_({context_, state_, machine, registryTool_, *dom_, log_, *this}),
+      flow_({context_, state_, machine, packages, texts_, log_, *this}),
       fonts_(USER_DEFAULT_SCREEN_DPI),
       start_({resources, fonts_}, state_, context_),
       version_({resources, fonts_}, context_),
@@ -94,27 +65,64 @@ void CCarrovanDlg::Run() {
 
 void CCarrovanDlg::ShowMessage(const std::wstring& text) {
   ShowPlainMessageBox(Window(), text);
-  if (busy_) BusyWindow::ShowWaitCursor();
+  ResumeStep();
 }
 
 void CCarrovanDlg::ShowApplicationMessage(const std::wstring& text) {
   ShowApplicationMessageBox(Window(), text);
-  if (busy_) BusyWindow::ShowWaitCursor();
+  ResumeStep();
 }
 
 std::optional<std::wstring> CCarrovanDlg::ChooseSaveFile(const SaveFileQuestion& question) {
   auto path = AskForSaveFile(Window(), question);
-  if (busy_) BusyWindow::ShowWaitCursor();
+  ResumeStep();
   return path;
 }
 
 bool CCarrovanDlg::AskYesNo(const std::wstring& question) {
   const bool yes = AskInMessageBox(Window(), question);
-  if (busy_) BusyWindow::ShowWaitCursor();
+  ResumeStep();
   return yes;
 }
 
 void CCarrovanDlg::SetFinishText(const std::wstring& text) { finish_.ShowOutcome(text); }
+
+bool CCarrovanDlg::AskWithList(const ListQuestion& question) {
+  const bool agreed = CListDialog(resources_, question).Ask(Window());
+  ResumeStep();
+  return agreed;
+}
+
+void CCarrovanDlg::SetFinishDetails(const FinishDetails& details) { finish_.ShowDetails(details); }
+
+void CCarrovanDlg::SetBackupText(const std::wstring& text) { reset_.ShowBackup(text); }
+
+void CCarrovanDlg::ShowProgress(int thousandths, const std::wstring& name) {
+  const ULONGLONG now = GetTickCount64();
+  if (progressShownAt_ != 0 && now - progressShownAt_ < kProgressMilliseconds) return;
+  const HWND bar = Control(IDC_PROGRESS_BAR);
+  if (progressShownAt_ == 0) {
+    SendMessageW(bar, PBM_SETRANGE32, 0, kProgressEnd);
+    for (const int control : {IDC_PROGRESS_NAME, IDC_PROGRESS_BAR}) {
+      ShowWindow(Control(control), SW_SHOWNA);
+    }
+  }
+  progressShownAt_ = now;
+  SetText(IDC_PROGRESS_NAME, name);
+  SendMessageW(bar, PBM_SETPOS, static_cast<WPARAM>(thousandths), 0);
+  for (const int control : {IDC_PROGRESS_NAME, IDC_PROGRESS_BAR}) UpdateWindow(Control(control));
+}
+
+void CCarrovanDlg::HideProgress() {
+  progressShownAt_ = 0;
+  for (const int control : {IDC_PROGRESS_NAME, IDC_PROGRESS_BAR}) {
+    ShowWindow(Control(control), SW_HIDE);
+  }
+}
+
+void CCarrovanDlg::ShowMode(MigrationMode mode) { start_.ShowMode(mode); }
+
+PathPageView& CCarrovanDlg::PathPage() { return path_; }
 
 void CCarrovanDlg::CloseWizard() { closeRequested_ = true; }
 
@@ -153,19 +161,24 @@ void CCarrovanDlg::EndProgram() {
 }
 
 bool CCarrovanDlg::OnInitDialog() {
-  AddAboutToSystemMenu();
+  FillSystemMenu();
   LoadIcons();
   if (IsProductRunning(*machine_.processes)) {
-    ShowMessage(resources_.Text(static_cast<int>(StringId::kCloseProductFirst)));
+    ShowMessage(texts_.Text(StringId::kCloseProductFirst));
     CloseWizard();
   }
-  SetWindowTextW(Window(), resources_.Text(static_cast<int>(StringId::kWizardCaption)).c_str());
+  SetWindowTextW(Window(), texts_.Text(StringId::kWizardCaption).c_str());
   if (flow_.Open()) {
     fonts_ = WizardFonts(DotsPerInch(Window()));
     CreatePages();
     flow_.Start();
   }
-  if (closeRequested_) Close();
+  if (closeRequested_) {
+    Close();
+  } else {
+    DragAcceptFiles(Window(), TRUE);
+    if (!package_.empty()) PostMessageW(Window(), kOpenRequest, 0, 0);
+  }
   // The page that is shown has the focus.
   return false;
 }
@@ -196,6 +209,21 @@ std::optional<LRESULT> CCarrovanDlg::OnMessage(UINT message, WPARAM wParam, LPAR
     case kBackupRequest:
       RunStep([this] { flow_.OneClickBackup(); });
       return 0;
+    case kChangesRequest:
+      RunStep([this] { flow_.ShowChanges(); });
+      return 0;
+    case kUndoRequest:
+      RunStep([this] { flow_.UndoLast(); });
+      return 0;
+    case kOpenRequest:
+      RunStep([this] { flow_.OpenPackageFile(package_); });
+      return 0;
+    case WM_DROPFILES:
+      OpenDroppedFile(std::bit_cast<HDROP>(wParam));
+      return 0;
+    case WM_HELP:
+      OpenHelp();
+      return TRUE;
     case WM_SYSCOMMAND:
       return HandleSystemCommand(wParam) ? std::optional<LRESULT>(0) : std::nullopt;
     case WM_PAINT:
@@ -208,12 +236,15 @@ std::optional<LRESULT> CCarrovanDlg::OnMessage(UINT message, WPARAM wParam, LPAR
   }
 }
 
-void CCarrovanDlg::AddAboutToSystemMenu() const {
-  const std::wstring text = resources_.Text(static_cast<int>(StringId::kAboutMenu));
+void CCarrovanDlg::FillSystemMenu() const {
   const HMENU menu = GetSystemMenu(Window(), FALSE);
-  if (menu == nullptr || text.empty()) return;
-  AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
-  AppendMenuW(menu, MF_STRING, kAboutCommand, text.c_str());
+  if (menu == nullptr) return;
+  const std::pair<UINT, StringId> kItems[] = {{kUndoCommand, StringId::kUndoMenu},
+                                              {kAboutCommand, StringId::kAboutMenu}};
+  for (const auto& [command, text] : kItems) {
+    AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(menu, MF_STRING, command, texts_.Text(text).c_str());
+  }
 }
 
 void CCarrovanDlg::LoadIcons() {
@@ -261,7 +292,9 @@ void CCarrovanDlg::RunStep(const std::function<void()>& step) {
     const RaisedFlag busy(busy_);
     ApplyButtons();
     const BusyWindow waiting(Window());
+    waiting_ = &waiting;
     step();
+    waiting_ = nullptr;
   }
   ApplyButtons();
   if (closeRequested_) return Close();
@@ -272,6 +305,10 @@ void CCarrovanDlg::RunStep(const std::function<void()>& step) {
   }
 }
 
+void CCarrovanDlg::ResumeStep() const {
+  if (waiting_ != nullptr) waiting_->Resume();
+}
+
 void CCarrovanDlg::ApplyButtons() const {
   EnableWindow(Control(IDC_BACK), buttons_.backEnabled && !busy_);
   EnableWindow(Control(IDC_NEXT), buttons_.nextEnabled && !busy_);
@@ -279,13 +316,22 @@ void CCarrovanDlg::ApplyButtons() const {
   EnableWindow(Control(IDC_CANCEL), buttons_.cancelEnabled && !busy_);
   ShowWindow(Control(IDC_BACK), buttons_.backVisible ? SW_SHOW : SW_HIDE);
   ShowWindow(Control(IDC_NEXT), buttons_.nextVisible ? SW_SHOW : SW_HIDE);
-  if (buttons_.finishLabel) SetText(IDC_FINISH, *buttons_.finishLabel);
-  if (buttons_.cancelLabel) SetText(IDC_CANCEL, *buttons_.cancelLabel);
+  if (buttons_.finishLabel) SetText(IDC_FINISH, texts_.Text(*buttons_.finishLabel));
+  if (buttons_.cancelLabel) SetText(IDC_CANCEL, texts_.Text(*buttons_.cancelLabel));
+  if (!busy_) ApplyDefaultButton();
+}
+
+// The Enter key presses Finish, and Next where there is nothing to finish yet.
+void CCarrovanDlg::ApplyDefaultButton() const {
+  const bool next = !buttons_.finishEnabled && buttons_.nextEnabled && buttons_.nextVisible;
+  SendMessageW(Window(), DM_SETDEFID, next ? IDC_NEXT : IDC_FINISH, 0);
 }
 
 // A page with nothing to operate leaves the focus to the buttons.
 void CCarrovanDlg::FocusPage() const {
-  HWND control = GetNextDlgTabItem(shownPage_->Window(), nullptr, FALSE);
+  HWND control = shownPage_ == &path_ && path_.IsEmpty()
+                     ? path_.Control(IDC_PATH_SELECT)
+                     : GetNextDlgTabItem(shownPage_->Window(), nullptr, FALSE);
   for (const int button : {IDC_FINISH, IDC_NEXT, IDC_CANCEL}) {
     if (control != nullptr) break;
     if (IsWindowEnabled(Control(button)) != FALSE) control = Control(button);
@@ -316,9 +362,30 @@ bool CCarrovanDlg::PaintMinimized() const {
 
 bool CCarrovanDlg::HandleSystemCommand(WPARAM command) {
   if ((command & kSystemCommandMask) == SC_CLOSE) return busy_;
+  if ((command & kSystemCommandMask) == kUndoCommand) {
+    RunStep([this] { flow_.UndoLast(); });
+    return true;
+  }
   if ((command & kSystemCommandMask) != kAboutCommand) return false;
   CAboutDlg(resources_).Show(Window());
   return true;
+}
+
+void CCarrovanDlg::OpenDroppedFile(HDROP drop) {
+  constexpr UINT kFirst = 0;
+  std::wstring path(DragQueryFileW(drop, kFirst, nullptr, 0) + 1, L'\0');
+  path.resize(DragQueryFileW(drop, kFirst, path.data(), static_cast<UINT>(path.size())));
+  DragFinish(drop);
+  RunStep([&] { flow_.OpenPackageFile(path); });
+}
+
+void CCarrovanDlg::OpenHelp() {
+  const std::wstring page =
+      WithTrailingBackslash(RemoveFileSpec(ProgramPath())) + L"help\\index.html";
+  if (!machine_.files->Exists(page)) {
+    return ShowMessage(texts_.Text(StringId::kNoHelp));
+  }
+  ShellExecuteW(Window(), L"open", page.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
 }
 
 void CCarrovanDlg::TakeScale(int dotsPerInch) {

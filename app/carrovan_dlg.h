@@ -2,53 +2,22 @@
 
 #include <windows.h>
 
+#include <shellapi.h>
+
 #include <functional>
 #include <memory>
 #include <vector>
 
+#include "app/busy_window.h"
 #include "pages/category_pages.h"
 #include "pages/end_pages.h"
+#include "pages/resource_texts.h"
 #include "pages/version_pages.h"
 #include "platform/windows/dialog.h"
 #include "wizard/wizard_flow.h"
 #include "wizard/wizard_frame.h"
 
 namespace carrovan {
-
-// What this program is, and which version of it.
-class CAboutDlg : public Dialog {
- public:
-  explicit CAboutDlg(const ResourceModule& resources) : resources_(resources) {}
-
-  // Returns when the box was closed.
-  void Show(HWND owner);
-
- protected:
-  bool OnInitDialog() override;
-  bool OnCommand(int control, int notification) override;
-
- private:
-  const ResourceModule& resources_;
-  IconHandle icon_;
-};
-
-// While it exists the user waits: the window has been painted and the wait cursor is shown. What
-// was typed, clicked or asked to close meanwhile is dropped at the end, since it was meant for what
-// the window showed before.
-class BusyWindow {
- public:
-  explicit BusyWindow(HWND window);
-  ~BusyWindow();
-  BusyWindow(const BusyWindow&) = delete;
-  BusyWindow& operator=(const BusyWindow&) = delete;
-
-  // Shows the wait cursor again after a dialog had its own.
-  static void ShowWaitCursor();
-
- private:
-  HWND window_;
-  HCURSOR formerCursor_;
-};
 
 // The log of merges goes to standard output, for those who start the wizard with one.
 class StandardLog : public LineLog {
@@ -65,8 +34,9 @@ class StandardLog : public LineLog {
 // the wizard knows and works with.
 class CCarrovanDlg : public Dialog, public WizardFrame {
  public:
-  // Everything outlives the dialog.
-  CCarrovanDlg(const ResourceModule& resources, const Machine& machine);
+  // Everything outlives the dialog. `package` is one to open the wizard with, or empty.
+  CCarrovanDlg(const ResourceModule& resources, const Machine& machine, HostFiles& packages,
+               const std::wstring& package);
 
   // Returns when the user has closed the wizard.
   void Run();
@@ -74,7 +44,14 @@ class CCarrovanDlg : public Dialog, public WizardFrame {
   void ShowMessage(const std::wstring& text) override;
   void ShowApplicationMessage(const std::wstring& text) override;
   std::optional<std::wstring> ChooseSaveFile(const SaveFileQuestion& question) override;
+  bool AskWithList(const ListQuestion& question) override;
   void SetFinishText(const std::wstring& text) override;
+  void SetFinishDetails(const FinishDetails& details) override;
+  void SetBackupText(const std::wstring& text) override;
+  void ShowProgress(int thousandths, const std::wstring& name) override;
+  void HideProgress() override;
+  void ShowMode(MigrationMode mode) override;
+  PathPageView& PathPage() override;
   void CloseWizard() override;
   void ShowPage(WizardPage page) override;
   void ShowButtons(const WizardButtons& buttons) override;
@@ -89,27 +66,31 @@ class CCarrovanDlg : public Dialog, public WizardFrame {
   std::optional<LRESULT> OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
 
  private:
-  void AddAboutToSystemMenu() const;
+  void FillSystemMenu() const;
   void LoadIcons();
   void CreatePages();
   WizardPageDialog& PageDialog(WizardPage page);
 
   void RunStep(const std::function<void()>& step);
+  void ResumeStep() const;
   void ApplyButtons() const;
+  void ApplyDefaultButton() const;
   void FocusPage() const;
   void RestoreFocus(HWND former) const;
   void Close();
 
   bool PaintMinimized() const;
   bool HandleSystemCommand(WPARAM command);
+  void OpenDroppedFile(HDROP drop);
+  void OpenHelp();
   void TakeScale(int dotsPerInch);
 
   const ResourceModule& resources_;
   const Machine machine_;
   ProductContext context_;
   WizardState state_;
-  PacedRegistryTool registryTool_;
-  std::unique_ptr<XmlDom> dom_;
+  const ResourceTexts texts_;
+  const std::wstring package_;
   std::unique_ptr<Console> console_;
   StandardLog log_;
   WizardFlow flow_;
@@ -127,6 +108,8 @@ class CCarrovanDlg : public Dialog, public WizardFrame {
   WizardPageDialog* shownPage_ = nullptr;
 
   WizardButtons buttons_;
+  const BusyWindow* waiting_ = nullptr;  // while a step runs
+  ULONGLONG progressShownAt_ = 0;        // milliseconds; 0 while there is no progress
   bool busy_ = false;
   bool closeRequested_ = false;
 };

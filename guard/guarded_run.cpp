@@ -2,6 +2,7 @@
 
 #include "preview/overlay_machine.h"
 #include "restore/recorded_machine.h"
+#include "restore/restore_point.h"
 #include "text/path_text.h"
 
 namespace carrovan {
@@ -31,17 +32,26 @@ std::optional<MachineChanges> TryOut(const Machine& machine, const Run& run, Gua
   return overlay.Changes();
 }
 
-// What a run leaves there of its own has another name each time.
-void ForgetTemporaryFiles(const Machine& machine, MachineChanges& changes) {
-  const std::wstring folder = WithTrailingBackslash(machine.folders->TempPath().value_or(L""));
+void ForgetFilesIn(const std::wstring& path, MachineChanges& changes) {
+  const std::wstring folder = TidyPath(path);
   for (auto* files : {&changes.files, &changes.rewrittenFiles}) {
     std::erase_if(*files, [&folder](const FileChange& change) {
-      return CompareNames(change.path.substr(0, folder.size()), folder) == 0;
+      return IsAtOrBelow(change.path, folder);
     });
   }
 }
 
-void RunRecorded(const Machine& machine, const Run& run, LineLog& log, GuardReport& report) {
+// What a run leaves there of its own has another name each time.
+void ForgetTemporaryFiles(const Machine& machine, MachineChanges& changes) {
+  ForgetFilesIn(machine.folders->TempPath().value_or(L""), changes);
+}
+
+SystemCode TakeOwnFolder(const GuardChoice& choice, ChangeRecorder& recorder) {
+  return choice.ownFolder.empty() ? kSystemOk : recorder.TakeScratch(choice.ownFolder);
+}
+
+void RunRecorded(const Machine& machine, const GuardChoice& choice, const Run& run, LineLog& log,
+                 GuardReport& report) {
   const OrReason<ChangeRecorder> begun = ChangeRecorder::Begin(machine, report.about);
   if (!begun.object) {
     report.failure = GuardFailure::kNoRestorePoint;
@@ -49,6 +59,12 @@ void RunRecorded(const Machine& machine, const Run& run, LineLog& log, GuardRepo
     return;
   }
   ChangeRecorder& recorder = *begun.object;
+  if (const SystemCode code = TakeOwnFolder(choice, recorder); code != kSystemOk) {
+    report.failure = GuardFailure::kNoRestorePoint;
+    report.reason = choice.ownFolder + L": " + DescribeSystemCode(code);
+    recorder.End();
+    return;
+  }
   RecordedMachine recorded(machine, recorder);
   report.outcome = run(recorded.Ports(), log);
   if (report.WasCarriedOut() && report.about.version.empty()) {
@@ -70,6 +86,7 @@ GuardReport RunGuarded(const Machine& machine, const GuardChoice& choice, const 
     if (!foreseen) return report;
   }
   if (choice.dryRun) {
+    if (!choice.ownFolder.empty()) ForgetFilesIn(choice.ownFolder, *foreseen);
     report.changes = std::move(*foreseen);
     TakeVersion(report);
     return report;
@@ -78,7 +95,7 @@ GuardReport RunGuarded(const Machine& machine, const GuardChoice& choice, const 
     report.outcome = run(machine, log);
     TakeVersion(report);
   } else {
-    RunRecorded(machine, run, log, report);
+    RunRecorded(machine, choice, run, log, report);
   }
   if (foreseen && report.WasCarriedOut()) {
     ForgetTemporaryFiles(machine, *foreseen);

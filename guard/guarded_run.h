@@ -36,6 +36,10 @@ struct GuardChoice {
   bool dryRun = false;  // only try it out
   bool verify = false;  // read back what was to be changed
   bool noRestorePoint = false;
+
+  // A folder of the run's own, named by a GUID in the temporary path, that was made before the run;
+  // empty for none. What happens in it is nobody's data.
+  std::wstring ownFolder;
 };
 
 // Why the run was not even begun.

@@ -1,5 +1,7 @@
 #include "package/category_import.h"
 
+#include <algorithm>
+
 #include "environment/string_table.h"
 #include "merge/folder_merge.h"
 #include "merge/shortcut_merge.h"
@@ -75,8 +77,72 @@ void MergeShortcuts(const ImportRun& run) {
   NoteMerged(run, folder, merged);
 }
 
-void TakeIn(const ImportRun& run, const CategoryRecord& record) {
+bool HoldsAnything(const FileReader& files, const std::wstring& folder) {
+  for (const FolderEntry& entry : ListFolder(files, folder)) {
+    if (!entry.isFolder || entry.isLink) return true;
+    if (HoldsAnything(files, folder + L"\\" + entry.name)) return true;
+  }
+  return false;
+}
+
+struct FolderPair {
+  std::wstring target;
+  std::wstring package;
+};
+
+// The same path below the other of two folders; nothing when the path is not below the first.
+std::optional<std::wstring> Rebased(const std::wstring& path, const std::wstring& from,
+                                    const std::wstring& to) {
+  if (!path.starts_with(from + L"\\")) return std::nullopt;
+  return to + path.substr(from.size());
+}
+
+// Local first, then Roaming when the system knows where that is.
+std::vector<FolderPair> DraftingFolders(const ImportRun& run) {
+  const std::wstring& staging = run.context.stagingFolder;
+  std::vector<FolderPair> pairs = {{run.package.draftingFolder, run.context.stagingLocalFolder}};
+  const auto local = run.machine.folders->LocalAppData();
+  const auto roaming = run.machine.folders->RoamingAppData();
+  if (!local || !roaming) {
+    run.report.problems.push_back(L"The Roaming half of the 2D drafting settings cannot be told");
+    return pairs;
+  }
+  const auto target = Rebased(run.package.draftingFolder, *local, *roaming);
+  const auto package =
+      Rebased(run.context.stagingLocalFolder, staging + L"Local", staging + L"Roaming");
+  if (target && package) pairs.push_back({*target, *package});
+  return pairs;
+}
+
+// A package may mark a category of which its user had nothing: what the target has goes all the
+// same, and its owner is to know.
+void NoteIfEmptied(const ImportRun& run, SettingCategory category,
+                   const std::vector<FolderPair>& folders) {
+  const auto holds = [&](std::wstring FolderPair::* side) {
+    return std::ranges::any_of(folders, [&](const FolderPair& pair) {
+      return HoldsAnything(*run.machine.files, pair.*side);
+    });
+  };
+  if (!holds(&FolderPair::package) && holds(&FolderPair::target)) {
+    run.report.emptied.insert(category);
+  }
+}
+
+// What the target has below one of its roots goes, in every language; the package's own takes its
+// place.
+void ReplaceInEach(const ImportRun& run, const CategoryRecord& record,
+                   const std::wstring& targetRoot, const std::wstring& packageRoot) {
   const std::wstring subfolder(record.subfolder);
+  std::vector<FolderPair> folders;
+  for (const std::wstring& language : run.context.installLanguages) {
+    const std::wstring below = L"\\" + language + subfolder;
+    folders.push_back({targetRoot + below, packageRoot + below});
+  }
+  NoteIfEmptied(run, record.category, folders);
+  RemoveSubfolderInEach(run, targetRoot, subfolder);
+}
+
+void TakeIn(const ImportRun& run, const CategoryRecord& record) {
   switch (record.category) {
     case SettingCategory::InterfaceLayout:
       return MergeInterfaceLayout(run);
@@ -87,9 +153,9 @@ void TakeIn(const ImportRun& run, const CategoryRecord& record) {
   }
   switch (record.storage) {
     case CategoryStorage::kRoamingLanguage:
-      return RemoveSubfolderInEach(run, run.context.roamingRoot, subfolder);
+      return ReplaceInEach(run, record, run.context.roamingRoot, run.package.roamingFolder);
     case CategoryStorage::kLocalLanguage:
-      return RemoveSubfolderInEach(run, run.context.localRoot, subfolder);
+      return ReplaceInEach(run, record, run.context.localRoot, run.package.localFolder);
     case CategoryStorage::kDraftFolder:
       return ReplaceDraftingFolders(run);
     default:
@@ -157,35 +223,6 @@ void CopyOverNamesake(FileSystem& files, const std::wstring& source,
   static_cast<void>(files.CopyOver(source, target));
 }
 
-// The same path below the other of two folders; nothing when the path is not below the first.
-std::optional<std::wstring> Rebased(const std::wstring& path, const std::wstring& from,
-                                    const std::wstring& to) {
-  if (!path.starts_with(from + L"\\")) return std::nullopt;
-  return to + path.substr(from.size());
-}
-
-struct FolderPair {
-  std::wstring target;
-  std::wstring package;
-};
-
-// Local first, then Roaming when the system knows where that is.
-std::vector<FolderPair> DraftingFolders(const ImportRun& run) {
-  const std::wstring& staging = run.context.stagingFolder;
-  std::vector<FolderPair> pairs = {{run.package.draftingFolder, run.context.stagingLocalFolder}};
-  const auto local = run.machine.folders->LocalAppData();
-  const auto roaming = run.machine.folders->RoamingAppData();
-  if (!local || !roaming) {
-    run.report.problems.push_back(L"The Roaming half of the 2D drafting settings cannot be told");
-    return pairs;
-  }
-  const auto target = Rebased(run.package.draftingFolder, *local, *roaming);
-  const auto package =
-      Rebased(run.context.stagingLocalFolder, staging + L"Local", staging + L"Roaming");
-  if (target && package) pairs.push_back({*target, *package});
-  return pairs;
-}
-
 }  // namespace
 
 void CopyProductFolderTree(FileSystem& files, const std::wstring& source,
@@ -207,7 +244,9 @@ void CopyProductFolderTree(FileSystem& files, const std::wstring& source,
 
 void ReplaceDraftingFolders(const ImportRun& run) {
   const bool sameRelease = run.context.selectedVersion == run.package.releaseVersion;
-  for (const FolderPair& folders : DraftingFolders(run)) {
+  const std::vector<FolderPair> pairs = DraftingFolders(run);
+  NoteIfEmptied(run, SettingCategory::Draft2dSettings, pairs);
+  for (const FolderPair& folders : pairs) {
     CopyProductFolderTree(*run.machine.files, folders.package, folders.target, true, sameRelease);
     WipeOrReport(*run.machine.files, folders.target, run.report);
   }

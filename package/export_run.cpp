@@ -157,8 +157,8 @@ ExportReport RunExport(const ExportRun& run, const CategorySet& chosen,
   return report;
 }
 
-std::wstring ExportFinishText(const std::wstring& archivePath) {
-  return std::wstring(Text(StringId::kExportedTo)) + archivePath;
+std::wstring ExportFinishText(const std::wstring& archivePath, const TextSource& texts) {
+  return texts.Text(StringId::kExportedTo) + archivePath;
 }
 
 namespace {

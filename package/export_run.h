@@ -59,7 +59,8 @@ ExportReport RunExport(const ExportRun& run, const CategorySet& chosen,
                        const std::wstring& archivePath);
 
 // What is reported when an export has run.
-std::wstring ExportFinishText(const std::wstring& archivePath);
+std::wstring ExportFinishText(const std::wstring& archivePath,
+                              const TextSource& texts = EnglishTexts());
 
 // The registry file of the staging folder that a key is exported to. The Register key has no option
 // subkey in its path and is named after the product and its release.

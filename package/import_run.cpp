@@ -158,8 +158,8 @@ void ApplyPackage(const ImportRun& run, const CategorySet& offered, const Catego
       run.report);
 }
 
-std::wstring ImportFinishText(const ProductContext& context) {
-  return std::wstring(Text(StringId::kImportedTo)) + context.productName + L" " +
+std::wstring ImportFinishText(const ProductContext& context, const TextSource& texts) {
+  return texts.Text(StringId::kImportedTo) + context.productName + L" " +
          context.selectedVersion + L".";
 }
 

@@ -59,6 +59,7 @@ ImportPreparation RunImportPreparation(const ImportRun& run);
 void ApplyPackage(const ImportRun& run, const CategorySet& offered, const CategorySet& chosen);
 
 // What is reported when an import has run.
-std::wstring ImportFinishText(const ProductContext& context);
+std::wstring ImportFinishText(const ProductContext& context,
+                              const TextSource& texts = EnglishTexts());
 
 }  // namespace carrovan

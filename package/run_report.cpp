@@ -1,32 +1,39 @@
 #include "package/run_report.h"
 
-#include "environment/string_table.h"
 #include "platform/file_operations.h"
 
 namespace carrovan {
 
-std::wstring TextOf(RunRefusal refusal) {
+namespace {
+
+StringId TextIdOf(RunRefusal refusal) {
   switch (refusal) {
     case RunRefusal::kUnknownProduct:
-      return std::wstring(Text(StringId::kCheckIniFile));
+      return StringId::kCheckIniFile;
     case RunRefusal::kProductRunning:
-      return std::wstring(Text(StringId::kCloseProductFirst));
+      return StringId::kCloseProductFirst;
     case RunRefusal::kNeverStarted:
-      return std::wstring(Text(StringId::kRunProductOnce));
+      return StringId::kRunProductOnce;
     case RunRefusal::kNewerPackage:
-      return std::wstring(Text(StringId::kNoDowngrade));
+      return StringId::kNoDowngrade;
     case RunRefusal::kFoldersMissing:
-      return std::wstring(Text(StringId::kFoldersMissing));
+      return StringId::kFoldersMissing;
     case RunRefusal::kNoStagingFolder:
-      return L"No folder can be made in the temporary path";
+      return StringId::kNoTemporaryFolder;
     case RunRefusal::kCorruptPackage:
-      return L"File corruption";
+      return StringId::kCorruptFile;
   }
-  return {};
+  return StringId();
 }
 
-std::wstring TextOfUnextracted(const std::wstring& targetPath) {
-  return L"Failed to extract file: " + targetPath;
+}  // namespace
+
+std::wstring TextOf(RunRefusal refusal, const TextSource& texts) {
+  return texts.Text(TextIdOf(refusal));
+}
+
+std::wstring TextOfUnextracted(const std::wstring& targetPath, const TextSource& texts) {
+  return texts.Text(StringId::kUnextracted) + targetPath;
 }
 
 void WipeOrReport(FileSystem& files, const std::wstring& folder, RunReport& report) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "environment/setting_category.h"
+#include "environment/string_table.h"
 #include "platform/file_system.h"
 
 namespace carrovan {
@@ -22,7 +23,7 @@ enum class RunRefusal {
 };
 
 // What is reported of it.
-std::wstring TextOf(RunRefusal refusal);
+std::wstring TextOf(RunRefusal refusal, const TextSource& texts = EnglishTexts());
 
 // A value of a package that does not get into the registry.
 struct DroppedValue {
@@ -40,6 +41,9 @@ struct RunReport {
   // Values that an option document of a legacy package has set; nothing for any other package.
   std::optional<std::size_t> optionsSet;
 
+  // Chosen categories of which the user had something and the package holds nothing.
+  CategorySet emptied;
+
   std::vector<std::wstring> merged;   // files of the profile whose new content came of a merge
   std::vector<DroppedValue> dropped;  // in the order of the run
 
@@ -47,7 +51,8 @@ struct RunReport {
 };
 
 // What is reported of an item that was not unpacked.
-std::wstring TextOfUnextracted(const std::wstring& targetPath);
+std::wstring TextOfUnextracted(const std::wstring& targetPath,
+                               const TextSource& texts = EnglishTexts());
 
 // Follows a run while it works. This one takes no notice.
 class RunObserver {

@@ -12,7 +12,9 @@ constexpr ControlLook kLooks[] = {
     {IDC_CATEGORIES_LEAD_IN, PageFont::kText, ControlBackground::kTransparent},
     {IDC_CATEGORIES_DESCRIPTION, PageFont::kText, ControlBackground::kTransparent},
     {IDC_CATEGORIES_TREE, PageFont::kText, ControlBackground::kNone},
-    {IDC_RESET_BACKUP, PageFont::kHeading, ControlBackground::kUsual},  // on the reset page only
+    {IDC_SHOW_CHANGES, PageFont::kText, ControlBackground::kUsual},  // not on the export page
+    {IDC_BACKUP_TEXT, PageFont::kText, ControlBackground::kTransparent},  // on the reset page only
+    {IDC_RESET_BACKUP, PageFont::kHeading, ControlBackground::kUsual},    // the same
 };
 
 constexpr int kImageSize = 16;
@@ -43,30 +45,28 @@ void CategoryPageDialog::FillControls() {
 }
 
 bool CategoryPageDialog::OnNotify(const NMHDR& header) {
-  if (header.idFrom != IDC_CATEGORIES_TREE || header.code != NM_CLICK) return false;
-  HandleClick();
-  return true;
+  if (header.idFrom != IDC_CATEGORIES_TREE) return false;
+  // The second of two quick clicks on a box toggles it like any other.
+  const bool isClick = header.code == NM_CLICK || (header.code == NM_DBLCLK && IsOnCheckBox());
+  if (isClick) HandleClick();
+  return isClick;
 }
 
 void CategoryPageDialog::HandleClick() {
   const TreeView::Hit hit = tree_.HitTest(PointOfCurrentMessage());
   if (hit.item == CategoryTree::kNoItem) return;
   if (const auto description = ClickCategory(tree_, hit.item, hit.onCheckBox)) {
-    ShowDescription(*description);
+    ShowDescription(Resources().Text(static_cast<int>(*description)));
   }
+}
+
+bool CategoryPageDialog::IsOnCheckBox() const {
+  return tree_.HitTest(PointOfCurrentMessage()).onCheckBox;
 }
 
 void CategoryPageDialog::ShowDescription(const std::wstring& text) const {
   SetText(IDC_CATEGORIES_DESCRIPTION, text);
-  // The text has no background of its own: what lies behind it has to wipe out the former one.
-  const HWND description = Control(IDC_CATEGORIES_DESCRIPTION);
-  RECT covered{};
-  GetWindowRect(description, &covered);
-  MapWindowPoints(nullptr, Window(), reinterpret_cast<POINT*>(&covered), 2);
-  InvalidateRect(Window(), &covered, TRUE);
-  UpdateWindow(Window());
-  InvalidateRect(description, nullptr, TRUE);
-  UpdateWindow(description);
+  Repaint(IDC_CATEGORIES_DESCRIPTION);
 }
 
 int CDialogExport1::TemplateNumber() const { return IDD_EXPORT_CATEGORIES; }
@@ -81,6 +81,17 @@ CategoryPageDialog::Texts CDialogImport::PageTexts() const {
   return {StringId::kSelectSettingsToImport, StringId::kWhichToImport, StringId::kImportLeadIn};
 }
 
+void CDialogImport::FillControls() {
+  CategoryPageDialog::FillControls();
+  SetText(IDC_SHOW_CHANGES, StringId::kShowChanges);
+}
+
+bool CDialogImport::OnCommand(int control, int notification) {
+  if (control != IDC_SHOW_CHANGES || notification != BN_CLICKED) return false;
+  SendMessageW(GetParent(Window()), kChangesRequest, 0, 0);
+  return true;
+}
+
 int CDialogReset::TemplateNumber() const { return IDD_RESET_CATEGORIES; }
 
 CategoryPageDialog::Texts CDialogReset::PageTexts() const {
@@ -90,13 +101,21 @@ CategoryPageDialog::Texts CDialogReset::PageTexts() const {
 
 void CDialogReset::FillControls() {
   CategoryPageDialog::FillControls();
+  SetText(IDC_SHOW_CHANGES, StringId::kShowChanges);
   SetText(IDC_RESET_BACKUP, StringId::kOneClickBackup);
 }
 
 bool CDialogReset::OnCommand(int control, int notification) {
-  if (control != IDC_RESET_BACKUP || notification != BN_CLICKED) return false;
-  SendMessageW(GetParent(Window()), kBackupRequest, 0, 0);
+  if (notification != BN_CLICKED) return false;
+  if (control != IDC_RESET_BACKUP && control != IDC_SHOW_CHANGES) return false;
+  const UINT request = control == IDC_RESET_BACKUP ? kBackupRequest : kChangesRequest;
+  SendMessageW(GetParent(Window()), request, 0, 0);
   return true;
+}
+
+void CDialogReset::ShowBackup(const std::wstring& text) const {
+  SetText(IDC_BACKUP_TEXT, text);
+  Repaint(IDC_BACKUP_TEXT);
 }
 
 }  // namespace carrovan

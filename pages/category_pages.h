@@ -27,6 +27,7 @@ class CategoryPageDialog : public WizardPageDialog {
 
  private:
   void HandleClick();
+  bool IsOnCheckBox() const;
   void ShowDescription(const std::wstring& text) const;
 
   TreeView tree_;
@@ -41,6 +42,10 @@ class CDialogExport1 : public CategoryPageDialog {
   Texts PageTexts() const override;
 };
 
+// Sent to the frame, with both parameters 0, when the user wants to see what the ticked categories
+// would change.
+inline constexpr UINT kChangesRequest = WM_USER + 3;
+
 class CDialogImport : public CategoryPageDialog {
  public:
   using CategoryPageDialog::CategoryPageDialog;
@@ -48,6 +53,8 @@ class CDialogImport : public CategoryPageDialog {
  protected:
   int TemplateNumber() const override;
   Texts PageTexts() const override;
+  void FillControls() override;
+  bool OnCommand(int control, int notification) override;
 };
 
 // Sent to the frame, with both parameters 0, when the user wants a backup before the reset.
@@ -56,6 +63,9 @@ inline constexpr UINT kBackupRequest = WM_USER + 2;
 class CDialogReset : public CategoryPageDialog {
  public:
   using CategoryPageDialog::CategoryPageDialog;
+
+  // The line beside the backup button.
+  void ShowBackup(const std::wstring& text) const;
 
  protected:
   int TemplateNumber() const override;

@@ -10,6 +10,7 @@
 #include "environment/product_context.h"
 #include "environment/wizard_state.h"
 #include "pages/wizard_page_dialog.h"
+#include "resources/resource.h"
 #include "wizard/wizard_frame.h"
 
 namespace carrovan {
@@ -54,6 +55,9 @@ class CSelectPath : public WizardPageDialog, public PathPageView {
         state_(state),
         context_(context),
         selectFile_(std::move(selectFile)) {}
+
+  // True as long as no package was chosen.
+  bool IsEmpty() const { return TextOf(IDC_PATH_FILE).empty(); }
 
   std::optional<std::wstring> ChooseOpenFile(const OpenFileQuestion& question) override;
   void ShowPackagePath(const std::wstring& path) override;

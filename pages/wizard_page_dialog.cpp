@@ -74,6 +74,17 @@ void WizardPageDialog::SetText(int control, StringId text) const {
   SetText(control, Resources().Text(static_cast<int>(text)));
 }
 
+void WizardPageDialog::Repaint(int control) const {
+  const HWND text = Control(control);
+  RECT covered{};
+  GetWindowRect(text, &covered);
+  MapWindowPoints(nullptr, Window(), reinterpret_cast<POINT*>(&covered), 2);
+  InvalidateRect(Window(), &covered, TRUE);
+  UpdateWindow(Window());
+  InvalidateRect(text, nullptr, TRUE);
+  UpdateWindow(text);
+}
+
 bool WizardPageDialog::OnInitDialog() {
   banner_ = Resources().Bitmap(IDB_BANNER);
   ApplyFonts();
@@ -83,6 +94,8 @@ bool WizardPageDialog::OnInitDialog() {
 }
 
 HBRUSH WizardPageDialog::OnControlColor(HDC context, HWND control) {
+  // The user's own colours are the only ones that he is sure to tell apart.
+  if (IsHighContrastOn()) return nullptr;
   if (IsUnnamedStatic(control)) return ColorUnnamedStatic(context, UnnamedStaticsLook());
   const auto looks = Looks();
   const auto look = std::ranges::find(looks, GetDlgCtrlID(control),
@@ -108,7 +121,10 @@ void WizardPageDialog::Paint() const {
   RECT client{};
   GetClientRect(Window(), &client);
   const RECT band{0, 0, client.right, client.bottom / 5};
-  FillRect(paint.Get(), &band, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
+  const bool ownColours = !IsHighContrastOn();
+  FillRect(paint.Get(), &band,
+           ownColours ? static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH))
+                      : GetSysColorBrush(COLOR_BTNFACE));
   if (banner_) DrawBanner(paint.Get(), client);
 }
 

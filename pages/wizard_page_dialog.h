@@ -70,6 +70,10 @@ class WizardPageDialog : public Dialog {
   void SetText(int control, StringId text) const;
   using Dialog::SetText;
 
+  // Paints a text that has no background of its own, with what lies behind it, which has to wipe
+  // out the former one.
+  void Repaint(int control) const;
+
   bool OnInitDialog() override;
   HBRUSH OnControlColor(HDC context, HWND control) override;
   std::optional<LRESULT> OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;

@@ -53,6 +53,7 @@ class Sorter {
     for (const CategoryRecord& record : CategoryTable()) {
       const auto found = byRecord_.find(&record);
       if (found == byRecord_.end()) continue;
+      found->second.record = &record;
       found->second.label = Text(record.label);
       report.categories.push_back(std::move(found->second));
     }

@@ -32,6 +32,7 @@ struct PreviewSummary {
 };
 
 struct PreviewedCategory {
+  const CategoryRecord* record = nullptr;  // null for what is no category's
   std::wstring label;
   PreviewSummary summary;
   std::vector<PreviewedFile> files;

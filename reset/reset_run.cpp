@@ -84,9 +84,9 @@ RunReport RunReset(const ResetRun& run, const CategorySet& chosen) {
   return report;
 }
 
-std::wstring ResetFinishText(const ProductContext& context) {
+std::wstring ResetFinishText(const ProductContext& context, const TextSource& texts) {
   return context.productName + L" " + context.humanReadableVersion + L" " +
-         std::wstring(Text(StringId::kHaveBeenReset));
+         texts.Text(StringId::kHaveBeenReset);
 }
 
 }  // namespace carrovan

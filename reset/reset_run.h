@@ -37,7 +37,8 @@ struct ResetRun {
 RunReport RunReset(const ResetRun& run, const CategorySet& chosen);
 
 // What is reported when a reset has run.
-std::wstring ResetFinishText(const ProductContext& context);
+std::wstring ResetFinishText(const ProductContext& context,
+                             const TextSource& texts = EnglishTexts());
 
 // "SOFTWARE\company\New User Settings\product version" under the machine's hive.
 std::wstring DefaultKey(const ProductContext& context);

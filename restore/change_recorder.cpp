@@ -89,6 +89,12 @@ bool ChangeRecorder::IsScratch(const std::wstring& path) const {
 SystemCode ChangeRecorder::FolderMade(const std::wstring& path) {
   const std::wstring tidy = TidyPath(path);
   if (!IsScratchPath(folders_, tidy) || files_.Exists(tidy)) return FileChanges(path);
+  return TakeScratch(path);
+}
+
+SystemCode ChangeRecorder::TakeScratch(const std::wstring& path) {
+  const std::wstring tidy = TidyPath(path);
+  if (!IsScratchPath(folders_, tidy)) return kAccessDenied;
   const SystemCode code = Append(ScratchMade{tidy});
   if (code == kSystemOk) scratch_.push_back(tidy);
   return code;

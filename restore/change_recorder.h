@@ -54,6 +54,10 @@ class ChangeRecorder {
   // The run is about to make this folder. One that is named like a run's own becomes its own.
   [[nodiscard]] SystemCode FolderMade(const std::wstring& path);
 
+  // A folder of the run's own that is there already. One that is not named like such a folder is
+  // not taken.
+  [[nodiscard]] SystemCode TakeScratch(const std::wstring& path);
+
   // Before and after a change of what lies at a path. kAccessDenied for a path among the restore
   // points, which no run may touch. A link is taken out of its place first, so that the change is
   // none of what lies behind it.

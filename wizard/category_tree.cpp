@@ -1,7 +1,5 @@
 #include "wizard/category_tree.h"
 
-#include "environment/string_table.h"
-
 namespace carrovan {
 namespace {
 
@@ -71,9 +69,9 @@ void ShowBelow(CategoryTree& tree, Item item, int itemData) {
 
 }  // namespace
 
-void BuildCategoryTree(CategoryTree& tree, const CategorySet& offered) {
+void BuildCategoryTree(CategoryTree& tree, const CategorySet& offered, const TextSource& texts) {
   tree.Clear();
-  const Item root = tree.Append(CategoryTree::kNoItem, std::wstring(Text(StringId::kSelectAll)),
+  const Item root = tree.Append(CategoryTree::kNoItem, texts.Text(StringId::kSelectAll),
                                 static_cast<int>(SettingCategory::SelectAll));
   for (const SettingCategory category : offered) {
     const int itemData = static_cast<int>(category);
@@ -98,13 +96,13 @@ void SetCheckedWithRelatives(CategoryTree& tree, Item item, bool checked) {
   PropagateUp(tree, item);
 }
 
-std::optional<std::wstring> ClickCategory(CategoryTree& tree, Item item, bool onCheckBox) {
+std::optional<StringId> ClickCategory(CategoryTree& tree, Item item, bool onCheckBox) {
   if (item == CategoryTree::kNoItem) return std::nullopt;
   tree.Select(item);
   const CategoryRecord* record = FindCategory(tree.ItemData(item));
   if (onCheckBox) PrepareToggle(tree, item);
   if (record == nullptr) return std::nullopt;
-  return std::wstring(Text(record->description));
+  return record->description;
 }
 
 }  // namespace carrovan

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "environment/setting_category.h"
+#include "environment/string_table.h"
 
 namespace carrovan {
 
@@ -42,7 +43,8 @@ class CategoryTree {
 // The behaviour that the trees of the export, import and reset pages share.
 
 // Makes the tree anew: the root, below it the offered categories, all expanded and checked.
-void BuildCategoryTree(CategoryTree& tree, const CategorySet& offered);
+void BuildCategoryTree(CategoryTree& tree, const CategorySet& offered,
+                       const TextSource& texts = EnglishTexts());
 
 // The checked leaves that are categories. An item with others below it never counts itself.
 CategorySet CheckedCategories(const CategoryTree& tree);
@@ -57,9 +59,9 @@ void SetCheckedWithRelatives(CategoryTree& tree, CategoryTree::Item item, bool c
 // What a mouse click on an item does, before the control's own handling of the click: the item
 // gets the caret, and a click on its check box gives the state that it is about to take to
 // everything below it and brings everything above it in line. The item itself is left as it was,
-// because the control still toggles it. The answer is the description to show; nothing when the
-// shown one stays.
-std::optional<std::wstring> ClickCategory(CategoryTree& tree, CategoryTree::Item item,
-                                          bool onCheckBox);
+// because the control still toggles it. The answer is the text of the description to show; nothing
+// when the shown one stays.
+std::optional<StringId> ClickCategory(CategoryTree& tree, CategoryTree::Item item,
+                                      bool onCheckBox);
 
 }  // namespace carrovan

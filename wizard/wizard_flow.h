@@ -2,13 +2,8 @@
 
 #include <functional>
 
-#include "environment/wizard_state.h"
-#include "package/paced_registry_tool.h"
-#include "package/run_report.h"
-#include "platform/console.h"
-#include "platform/machine.h"
-#include "platform/xml_dom.h"
-#include "wizard/wizard_frame.h"
+#include "wizard/wizard_import.h"
+#include "wizard/wizard_parts.h"
 
 namespace carrovan {
 
@@ -22,23 +17,6 @@ class RaisedFlag {
 
  private:
   bool& flag_;
-};
-
-// What the wizard works with; everything outlives the flow.
-struct WizardParts {
-  ProductContext& context;
-  WizardState& state;
-  Machine machine;
-  PacedRegistryTool& registryTool;
-  XmlDom& dom;
-  LineLog& log;  // of merges and rewrites
-  WizardFrame& frame;
-};
-
-// The import that the user is about to make.
-struct WizardImport {
-  RunReport report;
-  CategorySet offered;  // on the page of its categories
 };
 
 // What each button of the wizard does. Every message, check and page change happens before a
@@ -62,11 +40,21 @@ class WizardFlow {
   // Exports every category that the version offers and stays on the reset page.
   void OneClickBackup();
 
-  // The button of the path page: asks for a package and takes it as the one to import. A legacy
-  // package is unpacked at once, since its document names the version that it is for. Whoever
+  // The button of the path page: asks for a package and takes it as the one to import. Whoever
   // cancels, or chooses a package that is refused, goes on with what was chosen before: its path,
   // what was unpacked of it, and the versions on the page.
   void SelectFile(PathPageView& page);
+
+  // A package that the program was started with, or that was dropped on the window: the path page
+  // of an import opens with it. What is no package is answered as if no file were chosen.
+  void OpenPackageFile(const std::wstring& path);
+
+  // The button of the import's and the reset's category pages: shows what would change. Nothing
+  // changes.
+  void ShowChanges();
+
+  // Undoes the last import or reset. The finish page then says so of the run that it shows.
+  void UndoLast();
 
  private:
   void RunAlone(const std::function<void()>& step);

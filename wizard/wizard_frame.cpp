@@ -41,8 +41,8 @@ void EnableButtons(WizardButtons& buttons, MigrationMode mode, int pageIndex) {
 void LabelButtons(WizardButtons& buttons, WizardPage page) {
   if (page != kStart && page != kFinish) return;
   buttons.nextVisible = page == kStart;
-  buttons.finishLabel = Text(page == kStart ? StringId::kFinish : StringId::kHome);
-  buttons.cancelLabel = Text(StringId::kClose);
+  buttons.finishLabel = page == kStart ? StringId::kFinish : StringId::kHome;
+  buttons.cancelLabel = StringId::kClose;
 }
 
 }  // namespace
@@ -58,6 +58,7 @@ WizardButtons ButtonsAt(MigrationMode mode, int pageIndex) {
   WizardButtons buttons;
   if (mode == MigrationMode::kNone) {
     buttons.nextEnabled = true;
+    LabelButtons(buttons, kStart);
     return buttons;
   }
   EnableButtons(buttons, mode, pageIndex);

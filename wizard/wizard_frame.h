@@ -1,10 +1,12 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "environment/product_context.h"
+#include "environment/string_table.h"
 #include "wizard/category_tree.h"
 
 namespace carrovan {
@@ -23,6 +25,32 @@ struct OpenFileQuestion {
   std::wstring filter;            // description, bar, patterns, closing bars
   bool hideReadOnlyBox = true;
   bool askBeforeOverwriting = true;  // without a meaning for opening; the system accepts it
+};
+
+// A line of a list that is shown as a tree.
+struct ListedLine {
+  int level = 0;  // 0 for what stands at the top, one more for what lies below
+  std::wstring text;
+
+  bool operator==(const ListedLine&) const = default;
+};
+
+// A window with lines to read and at most one thing to agree to.
+struct ListQuestion {
+  std::wstring text;  // above the lines
+  std::vector<ListedLine> lines;
+  std::optional<StringId> yes;     // label of the button that agrees; nothing to agree to without
+  StringId no = StringId::kClose;  // label of the button that does not; the Enter key presses it
+  std::function<void()> save;      // behind the button that saves the lines; no button without
+};
+
+// What the finish page shows below its text.
+struct FinishDetails {
+  std::vector<std::wstring> lines;  // no list when there are none
+  bool canUndo = false;
+  std::wstring packagePath;  // of an export, whose folder can be opened; else empty
+
+  bool operator==(const FinishDetails&) const = default;
 };
 
 // The page that asks for a package and for the version to import it into.
@@ -61,8 +89,8 @@ struct WizardButtons {
   bool nextVisible = true;
   bool finishEnabled = false;
   bool cancelEnabled = true;
-  std::optional<std::wstring> finishLabel;
-  std::optional<std::wstring> cancelLabel;
+  std::optional<StringId> finishLabel;
+  std::optional<StringId> cancelLabel;
 
   bool operator==(const WizardButtons&) const = default;
 };
@@ -81,8 +109,20 @@ class WizardFrame {
   // The chosen path, or nothing when the user cancelled.
   virtual std::optional<std::wstring> ChooseSaveFile(const SaveFileQuestion& question) = 0;
 
-  // Text of the finish page.
+  // True when the user agrees to what the question offers.
+  virtual bool AskWithList(const ListQuestion& question) = 0;
+
+  // Text of the finish page, and what stands below it.
   virtual void SetFinishText(const std::wstring& text) = 0;
+  virtual void SetFinishDetails(const FinishDetails& details) = 0;
+
+  // The line beside the backup button of the reset page.
+  virtual void SetBackupText(const std::wstring& text) = 0;
+
+  // How far the current step is, in thousandths, and what it works on. Hidden until the first call
+  // and after HideProgress.
+  virtual void ShowProgress(int thousandths, const std::wstring& name) = 0;
+  virtual void HideProgress() = 0;
 
   // Asks the wizard to close once the current step has returned.
   virtual void CloseWizard() = 0;
@@ -97,6 +137,12 @@ class WizardFrame {
 
   // The year selected in the list of the version page or of the path page; nothing when none is.
   virtual std::optional<std::wstring> SelectedVersion(WizardPage page) const = 0;
+
+  // Gives the start page's choice a mode that was not chosen by a click.
+  virtual void ShowMode(MigrationMode mode) = 0;
+
+  // It lives as long as the frame.
+  virtual PathPageView& PathPage() = 0;
 
   // The tree of one of the three category pages; it lives as long as the frame.
   virtual CategoryTree& Tree(WizardPage categoryPage) = 0;

@@ -1,6 +1,7 @@
 #include "platform/windows/dialog.h"
 
 #include <bit>
+#include <cstring>
 #include <exception>
 
 #include "text/text.h"
@@ -27,6 +28,29 @@ int DotsPerInch(HWND window) {
 }
 
 int ScaledPixels(HWND window, int pixels) { return MulDiv(pixels, DotsPerInch(window), 96); }
+
+bool IsHighContrastOn() {
+  HIGHCONTRASTW contrast{};
+  contrast.cbSize = sizeof(contrast);
+  return SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof(contrast), &contrast, 0) != FALSE &&
+         (contrast.dwFlags & HCF_HIGHCONTRASTON) != 0;
+}
+
+bool CopyText(HWND owner, const std::wstring& text) {
+  if (OpenClipboard(owner) == FALSE) return false;
+  EmptyClipboard();
+  const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
+  const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, bytes);
+  if (void* place = memory == nullptr ? nullptr : GlobalLock(memory)) {
+    std::memcpy(place, text.c_str(), bytes);
+    GlobalUnlock(memory);
+  }
+  // From here on the memory is the clipboard's.
+  const bool copied = memory != nullptr && SetClipboardData(CF_UNICODETEXT, memory) != nullptr;
+  CloseClipboard();
+  if (memory != nullptr && !copied) GlobalFree(memory);
+  return copied;
+}
 
 void ShowPlainMessageBox(HWND owner, const std::wstring& text) {
   MessageBoxW(owner, text.c_str(), L"", MB_OK);
@@ -66,6 +90,8 @@ bool Dialog::OnCommand(int, int) { return false; }
 
 bool Dialog::OnNotify(const NMHDR&) { return false; }
 
+bool Dialog::OnListKey(int) { return false; }
+
 HBRUSH Dialog::OnControlColor(HDC, HWND) { return nullptr; }
 
 std::optional<LRESULT> Dialog::OnMessage(UINT, WPARAM, LPARAM) { return std::nullopt; }
@@ -101,6 +127,11 @@ INT_PTR Dialog::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
       if (!OnNotify(*std::bit_cast<const NMHDR*>(lParam))) return FALSE;
       SetWindowLongPtrW(window_, DWLP_MSGRESULT, 0);
       return TRUE;
+    case WM_VKEYTOITEM: {
+      constexpr INT_PTR kHandled = -2;
+      constexpr INT_PTR kLeftToTheList = -1;
+      return OnListKey(LOWORD(wParam)) ? kHandled : kLeftToTheList;
+    }
     case WM_CTLCOLORBTN:
     case WM_CTLCOLOREDIT:
     case WM_CTLCOLORLISTBOX:

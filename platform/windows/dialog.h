@@ -15,6 +15,12 @@ int DotsPerInch(HWND window);
 // Pixels at 96 dots per inch in pixels of the window.
 int ScaledPixels(HWND window, int pixels);
 
+// True while the user has asked the system for its own colours of high contrast.
+bool IsHighContrastOn();
+
+// Puts a text on the clipboard in place of what is there. False when another program holds it.
+bool CopyText(HWND owner, const std::wstring& text);
+
 // Each returns when the box was answered. `owner` may be null.
 
 // No caption, no icon, OK.
@@ -59,6 +65,9 @@ class Dialog {
 
   // True when it was handled; the control gets 0 as the answer.
   virtual bool OnNotify(const NMHDR& header);
+
+  // A key was pressed in a list box that asks for keys. True when it was handled.
+  virtual bool OnListKey(int key);
 
   // The brush behind a control that is about to paint; null for the usual look.
   virtual HBRUSH OnControlColor(HDC context, HWND control);

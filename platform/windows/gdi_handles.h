@@ -54,6 +54,21 @@ class PaintContext {
   HDC context_;
 };
 
+// A window's device context for measuring.
+class DeviceContext {
+ public:
+  explicit DeviceContext(HWND window) : window_(window), context_(GetDC(window)) {}
+  ~DeviceContext() { ReleaseDC(window_, context_); }
+  DeviceContext(const DeviceContext&) = delete;
+  DeviceContext& operator=(const DeviceContext&) = delete;
+
+  HDC Get() const { return context_; }
+
+ private:
+  HWND window_;
+  HDC context_;
+};
+
 // Puts an object into a device context as long as it lives.
 class SelectedObject {
  public:

@@ -14,6 +14,7 @@ import zipfile
 from pathlib import Path
 
 import registry_file
+from help_page import HelpPage
 from machines import MAKE_SAMPLE, PROJECT, digest
 from wine_registry import export_key
 
@@ -34,8 +35,15 @@ HIVES = ("HKEY_CURRENT_USER", "HKEY_LOCAL_MACHINE")
 SETTINGS = r"HKEY_CURRENT_USER\SOFTWARE\Carrovan"
 UNINSTALL = r"HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\Uninstall\Carrovan"
 APP_PATHS = r"SOFTWARE\Microsoft\Windows\CurrentVersion\App Paths\VANTRIC.exe"
-FILES = ["Carrovan.txt", "carrovan-cli.exe", "carrovan.exe", "en-us/MevrinLg.DLL",
-         "zh-cn/MevrinLg.DLL"]
+CLASSES = r"Software\Classes"
+PACKAGE_CLASS = "Carrovan.Package"
+EXTENSIONS = (".ucex", ".ucx")
+PROGRAM_FILES = ["carrovan-cli.exe", "carrovan.exe", "en-us/MevrinLg.DLL", "zh-cn/MevrinLg.DLL"]
+HELP_FILES = ["help/" + name for name in (
+    "administrators.html", "command-line.html", "help.css", "index.html", "package-format.html",
+    "pictures/finish-100.png", "pictures/import-100.png", "pictures/start-100.png",
+    "restore-points.html", "troubleshooting.html")]
+FILES = sorted(["Carrovan.txt", *PROGRAM_FILES, *HELP_FILES])
 UNINSTALLER_COPIES = ("Un.exe", "Un_A.exe", "Un_B.exe", "uninstall.exe")
 DONE, FAILED, RUNNING, NO_LIBRARY = 0, 2, 3, 4
 
@@ -94,7 +102,7 @@ class DistTest(unittest.TestCase):
 
     def test_programs_bear_no_other_time_than_the_zip_and_no_path_of_the_build(self):
         with zipfile.ZipFile(portable_zip()) as archive:
-            for name in FILES[1:]:
+            for name in PROGRAM_FILES:
                 content = archive.read(name)
                 header = int.from_bytes(content[0x3C:0x40], "little")
                 linked = int.from_bytes(content[header + 8:header + 12], "little")
@@ -108,6 +116,60 @@ class DistTest(unittest.TestCase):
                            ("ProductVersion", version()), ("FileVersion", version())):
             self.assertRegex(content, re.escape(key.encode("utf-16-le")) + b"\0{2,6}" +
                              re.escape(value.encode("utf-16-le")), key)
+
+
+class HelpTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        make_dist()
+        with zipfile.ZipFile(portable_zip()) as archive:
+            cls.files = {name: archive.read(name) for name in archive.namelist()
+                         if name.startswith("help/")}
+        cls.pages = {name: HelpPage(content) for name, content in cls.files.items()
+                     if name.endswith(".html")}
+
+    def links_of(self, name):
+        """Where a page leads and what it shows, each as a file and a name in it."""
+        for link in self.pages[name].values_of("href", "src"):
+            file, _, anchor = link.partition("#")
+            yield "help/" + file if file else name, anchor
+
+    def test_every_link_leads_to_a_file_of_the_help_and_a_name_in_it(self):
+        for name in self.pages:
+            for file, anchor in self.links_of(name):
+                with self.subTest(page=name, link=f"{file}#{anchor}"):
+                    self.assertIn(file, self.files)
+                    if anchor:
+                        self.assertIn(anchor, self.pages[file].values_of("id"))
+
+    def test_everything_is_reached_from_the_page_that_opens_first(self):
+        reached, waiting = set(), ["help/index.html"]
+        while waiting:
+            name = waiting.pop()
+            reached.add(name)
+            if name in self.pages:
+                waiting += {file for file, _ in self.links_of(name)} - reached
+        self.assertEqual(reached, set(self.files))
+
+    def test_pages_are_english_in_utf_8_with_a_title_and_without_scripts(self):
+        for name, page in self.pages.items():
+            with self.subTest(page=name):
+                self.assertEqual(page.values_of("lang"), ["en"])
+                self.assertEqual(page.values_of("charset"), ["utf-8"])
+                tags = [tag for tag, _ in page.elements]
+                self.assertEqual((tags.count("title"), tags.count("h1"), tags.count("script")),
+                                 (1, 1, 0))
+                names = page.values_of("id")
+                self.assertEqual(len(names), len(set(names)))
+        self.assertIn("Show changes…".encode(), self.files["help/index.html"])
+
+    def test_every_document_is_a_page_except_that_for_developers(self):
+        documents = {path.stem for path in (PROJECT / "docs").glob("*.md")} - {"architecture"}
+        pages = {Path(name).stem for name in self.pages}
+        self.assertEqual(pages, documents - {"wizard"} | {"index"})
+
+    def test_tables_are_tables(self):
+        self.assertIn(b"<th>Exit code</th>", self.files["help/administrators.html"])
 
 
 class InstalledCase(unittest.TestCase):
@@ -156,7 +218,9 @@ class InstalledCase(unittest.TestCase):
         for folder in (cls.folder, cls.local / "Carrovan", DRIVE / "Carrovan"):
             shutil.rmtree(folder, ignore_errors=True)
         cls.link.unlink(missing_ok=True)
-        keys = (SETTINGS, UNINSTALL, *(rf"{hive}\{APP_PATHS}" for hive in HIVES))
+        keys = (SETTINGS, UNINSTALL, *(rf"{hive}\{APP_PATHS}" for hive in HIVES),
+                *(rf"{hive}\{CLASSES}\{name}" for hive in HIVES
+                  for name in (PACKAGE_CLASS, *EXTENSIONS)))
         (DRIVE / "clean.reg").write_text("Windows Registry Editor Version 5.00\n\n" + "".join(
             f"[-{key}]\n\n" for key in keys), encoding="utf-16", newline="\r\n")
         cls.run_windows("reg", "import", r"C:\clean.reg")
@@ -178,6 +242,10 @@ class InstalledCase(unittest.TestCase):
     def run_cli(self, *arguments):
         return self.run_windows(self.folder / "carrovan-cli.exe", *arguments)
 
+    def folder_name(self):
+        """Of the folder that the setup takes by itself, as Windows programs name it."""
+        return "C:\\" + str(self.folder.relative_to(DRIVE)).replace("/", "\\")
+
     def make_restore_point(self):
         self.restore_point.parent.mkdir(parents=True)
         self.restore_point.write_bytes(b"settings")
@@ -190,6 +258,25 @@ class InstalledCase(unittest.TestCase):
 
     def settings_are_gone(self):
         return self.run_windows("reg", "query", SETTINGS).returncode != 0
+
+    def classes(self, hive=HIVES[0]):
+        """The values of Carrovan's class, of the extensions and of what is below them."""
+        ours = tuple(rf"{hive}\{CLASSES}\{name}".lower() for name in (PACKAGE_CLASS, *EXTENSIONS))
+        start = len(rf"{hive}\{CLASSES}" "\\")
+        return {key[start:]: {name: re.sub(r"\\(.)", r"\1", data[1:-1])
+                              for name, data in values.items()}
+                for key, values in registry(rf"{hive}\Software").items() if key.startswith(ours)}
+
+    def installed_classes(self, folder):
+        return {
+            "carrovan.package": {"": "User Configuration File"},
+            r"carrovan.package\defaulticon": {"": folder + r"\carrovan.exe,0"},
+            r"carrovan.package\shell": {},
+            r"carrovan.package\shell\open": {},
+            r"carrovan.package\shell\open\command": {"": f'"{folder}\\carrovan.exe" "%1"'},
+            **{key: values for extension in EXTENSIONS for key, values in (
+                (extension, {"": PACKAGE_CLASS}),
+                (rf"{extension}\openwithprogids", {PACKAGE_CLASS: ""}))}}
 
 
 class SilentSetupTest(InstalledCase):
@@ -204,7 +291,7 @@ class SilentSetupTest(InstalledCase):
 
     def test_list_of_installed_apps_has_a_complete_entry(self):
         self.install()
-        folder = "C:\\" + str(self.folder.relative_to(DRIVE)).replace("/", "\\")
+        folder = self.folder_name()
         entry = registry(UNINSTALL)[UNINSTALL.lower()]
         size = int(entry.pop("EstimatedSize").removeprefix("dword:"), 16)
         on_disk = sum((self.folder / name).stat().st_size for name in FILES) / 1024
@@ -279,7 +366,7 @@ class SilentSetupTest(InstalledCase):
         self.install(r"/D=C:\Carrovan")
         self.assertFalse(self.folder.exists())
         self.assertEqual(files_of(other), sorted([*FILES, "uninstall.exe"]))
-        self.install("/D=C:\\" + str(self.folder.relative_to(DRIVE)).replace("/", "\\"))
+        self.install("/D=" + self.folder_name())
         self.assertEqual(files_of(self.folder), sorted([*FILES, "uninstall.exe"]))
         self.assertFalse(other.exists())
 
@@ -287,6 +374,54 @@ class SilentSetupTest(InstalledCase):
         (self.folder / "Carrovan.txt").mkdir(parents=True)
         self.assertEqual(self.run_setup(), FAILED)
         self.assertTrue(self.settings_are_gone())
+
+
+class FileTypesTest(InstalledCase):
+    def write(self, key, name, data):
+        value = ("/v", name) if name else ("/ve",)
+        done = self.run_windows("reg", "add", key, *value, "/d", data, "/f")
+        self.assertEqual(done.returncode, 0, done.stderr)
+
+    def test_packages_open_in_the_wizard_that_was_installed_last(self):
+        self.install(r"/D=C:\Carrovan")
+        self.assertEqual(self.classes(), self.installed_classes(r"C:\Carrovan"))
+        self.install("/D=" + self.folder_name())
+        self.assertEqual(self.classes(), self.installed_classes(self.folder_name()))
+        self.uninstall()
+        self.assertEqual(self.classes(), {})
+
+    def test_extensions_of_somebody_else_stay_his(self):
+        self.write(rf"{HIVES[0]}\{CLASSES}\.ucex", "", "Other.File")
+        self.write(rf"{HIVES[1]}\{CLASSES}\.ucx", "", "Other.Document")
+        before = [self.classes(hive) for hive in HIVES]
+        self.install()
+        expected = self.installed_classes(self.folder_name())
+        expected[".ucex"] = {"": "Other.File"}
+        expected[".ucx"] = {}
+        self.assertEqual(self.classes(), expected)
+        self.uninstall()
+        self.assertEqual([self.classes(hive) for hive in HIVES], before)
+
+    def test_uninstaller_leaves_what_others_have_written_since(self):
+        self.install()
+        ucex, ucx = (rf"{HIVES[0]}\{CLASSES}\{extension}" for extension in EXTENSIONS)
+        self.write(ucex, "", "Other.File")
+        self.write(rf"{ucex}\OpenWithProgids", "Other.File", "")
+        self.write(ucx, "Content Type", "application/other")
+        self.uninstall()
+        self.assertEqual(self.classes(), {
+            ".ucex": {"": "Other.File"}, r".ucex\openwithprogids": {"Other.File": ""},
+            ".ucx": {"Content Type": "application/other"}})
+
+    def test_explorer_is_told_of_both(self):
+        # Wine tells which calls of its shell are made.
+        environment = {**self.environment, "WINEDEBUG": "+shell"}
+        for program in ((setup_program(), "/S"),
+                        (self.folder / "uninstall.exe", "/S", "_?=" + self.folder_name())):
+            done = run_limited([PROJECT / "tools/wine", *program], env=environment,
+                               encoding="utf-8")
+            self.assertEqual(done.returncode, DONE)
+            self.assertRegex(done.stderr, r"SHChangeNotify \(0x0?8000000,")
 
 
 class UpgradeTest(InstalledCase):
@@ -335,7 +470,7 @@ class RunningWizardTest(InstalledCase):
 
     def test_uninstaller_that_stays_in_its_folder_tells_by_its_exit_code(self):
         self.install("/PRODUCT=" + BIN_NAME)
-        in_place = "_?=C:\\" + str(self.folder.relative_to(DRIVE)).replace("/", "\\")
+        in_place = "_?=" + self.folder_name()
         uninstaller = self.folder / "uninstall.exe"
         wizard = self.open_wizard(self.folder)
         self.assertEqual(self.run_windows(uninstaller, "/S", in_place).returncode, RUNNING)

@@ -36,8 +36,12 @@ class PackageSelectionTest : public ImportFixture {
     Select();
   }
   void Select() { SelectOn(ports_); }
+  WizardFlow FlowOn(const Machine& machine) {
+    return WizardFlow(
+        {context_, state_, machine, machine_->Packages(), EnglishTexts(), log_, frame_});
+  }
   void SelectOn(const Machine& machine) {
-    WizardFlow({context_, state_, machine, *tool_, *dom_, log_, frame_}).SelectFile(page_);
+    FlowOn(machine).SelectFile(page_);
   }
 
   // A legacy package of these files, under a name of its own.
@@ -206,7 +210,7 @@ class LegacyImportTest : public PackageSelectionTest {
   void GoOn() {
     ChooseMode(state_, context_, MigrationMode::kImport);
     state_.pageIndex = 1;
-    WizardFlow({context_, state_, ports_, *tool_, *dom_, log_, frame_}).Next();
+    FlowOn(ports_).Next();
     EXPECT_FALSE(frame_.finishText.empty());
   }
 

@@ -16,6 +16,7 @@ class FrontTestMachine : public TestMachine {
  public:
   FrontTestMachine() { product = machine_->product; }
 
+  HostFiles& Packages() override { return machine_->Packages(); }
   std::wstring ScratchFolder() const override { return machine_->ScratchFolder(); }
   void MakeFolder(const std::wstring& path) override { machine_->MakeFolder(path); }
   void PutFile(const std::wstring& path, const std::string& bytes) override {

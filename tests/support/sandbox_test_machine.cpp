@@ -112,6 +112,8 @@ class SandboxTestMachine : public TestMachine {
     return ports;
   }
 
+  HostFiles& Packages() override { return *packages_; }
+
   std::wstring ScratchFolder() const override { return L"C:\\Test files\\"; }
 
   void MakeFolder(const std::wstring& path) override { fs::create_directories(HostPath(path)); }
@@ -182,6 +184,7 @@ class SandboxTestMachine : public TestMachine {
 
   TemporaryFolder folder_;
   std::unique_ptr<SandboxMachine> machine_;
+  std::unique_ptr<HostFiles> packages_ = OpenSandboxFiles(folder_.Text()).object;
   KeyGuard guard_;
   GuardedRegistryTool tool_;
 };

@@ -49,6 +49,9 @@ class TestMachine {
   // The machine's own adapters, with `product` and `clock` in place of the real ones.
   virtual Machine Ports() = 0;
 
+  // The machine's files, for looking into archives.
+  virtual HostFiles& Packages() = 0;
+
   FixedProduct product;
   RecordingClock clock;
 

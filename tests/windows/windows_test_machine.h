@@ -37,6 +37,7 @@ class WindowsTestMachine : public TestMachine {
   ~WindowsTestMachine() override;
 
   Machine Ports() override;
+  HostFiles& Packages() override { return *packages_; }
   std::wstring ScratchFolder() const override { return traces_.ScratchFolder(); }
 
   void MakeFolder(const std::wstring& path) override;
@@ -65,6 +66,7 @@ class WindowsTestMachine : public TestMachine {
 
   TestTraces traces_;
   std::unique_ptr<TarvikLibrary> tarvik_;
+  std::unique_ptr<HostFiles> packages_ = OpenHostFiles();
   WindowsFileSystem files_;
   WindowsRegistry registry_;
   WindowsKnownFolders folders_;

@@ -29,7 +29,7 @@ class CategoryTreeModel : public testing::Test {
   }
 
   // A mouse click on a box: what the program does, then the control's own toggle.
-  std::optional<std::wstring> ClickBox(Item item) {
+  std::optional<StringId> ClickBox(Item item) {
     auto description = ClickCategory(tree_, item, true);
     tree_.SetChecked(item, !tree_.IsChecked(item));
     return description;
@@ -125,7 +125,7 @@ TEST_F(CategoryTreeModel, ClickedItemIsLeftForTheControlToToggle) {
 
 TEST_F(CategoryTreeModel, ClickOnALabelChangesOnlyDescriptionAndSelection) {
   const Item item = ItemOf(ShortcutKey);
-  EXPECT_EQ(ClickCategory(tree_, item, false), L"all the shortcut key related settings.");
+  EXPECT_EQ(ClickCategory(tree_, item, false), StringId::kShortcutKeyDescription);
   EXPECT_EQ(tree_.selected, item);
   EXPECT_EQ(CheckedLeaves().size(), 13u);
   EXPECT_TRUE(tree_.IsChecked(tree_.Root()));
@@ -133,8 +133,8 @@ TEST_F(CategoryTreeModel, ClickOnALabelChangesOnlyDescriptionAndSelection) {
 
 TEST_F(CategoryTreeModel, EveryCategoryHasItsDescription) {
   for (const CategoryRecord& record : CategoryTable()) {
-    EXPECT_EQ(ClickCategory(tree_, ItemOf(record.category), false), Text(record.description));
-    EXPECT_EQ(ClickBox(ItemOf(record.category)), Text(record.description));
+    EXPECT_EQ(ClickCategory(tree_, ItemOf(record.category), false), record.description);
+    EXPECT_EQ(ClickBox(ItemOf(record.category)), record.description);
   }
 }
 

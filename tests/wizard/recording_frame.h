@@ -34,6 +34,21 @@ class RecordingTree : public CategoryChecklist {
   void Select(Item item) override { selected = item; }
 };
 
+// A path page that answers with what a test has put into it.
+class RecordingPathPage : public PathPageView {
+ public:
+  std::optional<std::wstring> answer;
+  std::wstring shownPath;
+  std::vector<std::wstring> versions;
+
+  std::optional<std::wstring> ChooseOpenFile(const OpenFileQuestion&) override { return answer; }
+  void ShowPackagePath(const std::wstring& path) override { shownPath = path; }
+  void ListVersions(const std::vector<std::wstring>& years) override { versions = years; }
+  std::optional<std::wstring> SelectedVersion() const override {
+    return versions.empty() ? std::nullopt : std::optional(versions.back());
+  }
+};
+
 // A wizard window that answers from its fields and notes what it was shown.
 class RecordingFrame : public WizardFrame {
  public:
@@ -42,11 +57,19 @@ class RecordingFrame : public WizardFrame {
   std::vector<std::wstring> messages;             // plain ones
   std::vector<std::wstring> applicationMessages;  // those in the application's style
   std::vector<std::wstring> questions;            // with Yes and No
+  std::vector<ListQuestion> listQuestions;
   std::vector<SaveFileQuestion> saveQuestions;
   bool yes = true;
+  bool yesToLists = false;
   std::optional<std::wstring> saveAnswer;
   std::wstring finishText;
   std::vector<std::wstring> finishTexts;  // all, the last one included
+  FinishDetails details;
+  std::wstring backupText;
+  std::vector<std::pair<int, std::wstring>> progress;  // of all steps
+  bool isProgressShown = false;
+  MigrationMode shownMode = MigrationMode::kNone;
+  RecordingPathPage pathPage;
   bool closeAsked = false;
   bool ended = false;
   std::map<WizardPage, std::wstring> selectedVersions;  // of pages with such a list
@@ -86,6 +109,20 @@ class RecordingFrame : public WizardFrame {
     Ask();
     return saveAnswer;
   }
+  bool AskWithList(const ListQuestion& question) override {
+    listQuestions.push_back(question);
+    Ask();
+    return question.yes && yesToLists;
+  }
+  void SetFinishDetails(const FinishDetails& shown) override { details = shown; }
+  void SetBackupText(const std::wstring& text) override { backupText = text; }
+  void ShowProgress(int thousandths, const std::wstring& name) override {
+    progress.emplace_back(thousandths, name);
+    isProgressShown = true;
+  }
+  void HideProgress() override { isProgressShown = false; }
+  void ShowMode(MigrationMode mode) override { shownMode = mode; }
+  PathPageView& PathPage() override { return pathPage; }
   void SetFinishText(const std::wstring& text) override {
     finishText = text;
     finishTexts.push_back(text);

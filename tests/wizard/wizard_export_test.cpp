@@ -70,11 +70,10 @@ class WizardAndCommandLine : public testing::Test {
     const Machine machine = With<&Machine::clock>(machine_->Ports(), clock_);
     ProductContext context;
     WizardState state;
-    PacedRegistryTool tool(*machine.registryTool, *machine.clock, RegistryToolPace::kFixedPause);
     SilentLog log;
-    const auto dom = OpenXmlDom(*machine.files);
+    const auto packages = OpenSandboxFiles(folder_.Text()).object;
     frame_.saveAnswer = L"C:\\wizard.ucex";
-    WizardFlow flow({context, state, machine, tool, *dom, log, frame_});
+    WizardFlow flow({context, state, machine, *packages, EnglishTexts(), log, frame_});
     ASSERT_TRUE(flow.Open());
     ListInstalledYears(context);
     flow.Start();

@@ -57,12 +57,12 @@ std::ptrdiff_t WizardFixture::Resets() const {
 }
 
 Machine WizardFixture::PortsWith(KnownFolders& folders) {
-  const Machine ports = machine_->Ports();
-  return With<&Machine::folders>(ports, folders);
+  return With<&Machine::folders>(Wired(), folders);
 }
 
 WizardFlow WizardFixture::FlowOn(const Machine& machine) {
-  return WizardFlow({context_, state_, machine, tool_, *dom_, log_, frame_});
+  return WizardFlow(
+      {context_, state_, machine, machine_->Packages(), EnglishTexts(), log_, frame_});
 }
 
 bool WizardFixture::HasStagingFolder() const {

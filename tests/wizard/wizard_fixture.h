@@ -65,6 +65,12 @@ class WizardFixture : public testing::Test {
   Machine PortsWith(KnownFolders& folders);
   WizardFlow FlowOn(const Machine& machine);
 
+  // The machine with the archives and the registry tool that the tests watch.
+  Machine Wired() {
+    return With<&Machine::registryTool>(With<&Machine::archives>(machine_->Ports(), import_),
+                                        interpreter_.tool);
+  }
+
   bool HasStagingFolder() const;
   bool IsStagingFolderFresh() const;  // nothing lies in it but its mark
   std::wstring LiveKeyOf(const std::wstring& version) const;
@@ -73,12 +79,10 @@ class WizardFixture : public testing::Test {
   ProductContext context_;
   WizardState state_;
   RecordingInterpreter interpreter_;
-  PacedRegistryTool tool_{interpreter_.tool, machine_->clock, RegistryToolPace::kFixedPause};
   RecordingFrame frame_;
   RecordingArchives import_{*machine_->Ports().archives};
   SilentLog log_;
-  std::unique_ptr<XmlDom> dom_ = OpenXmlDom(*machine_->Ports().files);
-  WizardFlow flow_ = FlowOn(With<&Machine::archives>(machine_->Ports(), import_));
+  WizardFlow flow_ = FlowOn(Wired());
 };
 
 }  // namespace carrovan

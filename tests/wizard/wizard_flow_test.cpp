@@ -34,13 +34,15 @@ TEST_F(OpeningWizard, UnknownCompanyIsToldAndClosesTheWizard) {
   EXPECT_TRUE(frame_.closeAsked);
 }
 
-TEST_F(OpeningWizard, StartPageHasNextAloneAndKeepsTheLabels) {
+TEST_F(OpeningWizard, StartPageHasNextAloneAndReadsClose) {
   ASSERT_TRUE(flow_.Open());
   flow_.Start();
   EXPECT_EQ(frame_.pages, (std::vector{kStart}));
   EXPECT_EQ(state_.pageIndex, 0);
   WizardButtons expected;
   expected.nextEnabled = true;
+  expected.finishLabel = StringId::kFinish;
+  expected.cancelLabel = StringId::kClose;
   EXPECT_EQ(frame_.Buttons(), expected);
 }
 
@@ -158,7 +160,7 @@ TEST_F(WizardExportFlow, BackToTheStartPageShowsItsLabels) {
   flow_.Back();
   EXPECT_EQ(frame_.Page(), kStart);
   EXPECT_EQ(frame_.Buttons(), ButtonsAt(MigrationMode::kExport, 0));
-  EXPECT_EQ(frame_.Buttons().cancelLabel, L"Close");
+  EXPECT_EQ(frame_.Buttons().cancelLabel, StringId::kClose);
 }
 
 TEST_F(WizardExportFlow, BackOnTheStartPageDoesNothing) {

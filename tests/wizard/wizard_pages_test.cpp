@@ -60,11 +60,11 @@ TEST(WizardButtonRules, BackNextAndFinishFollowTheIndex) {
   }
 }
 
-TEST(WizardButtonRules, StartPageOfAModeReadsFinishAndClose) {
-  for (const MigrationMode mode : {kExport, kImport, kReset}) {
+TEST(WizardButtonRules, StartPageReadsFinishAndCloseFromTheOpeningOn) {
+  for (const MigrationMode mode : {kNone, kExport, kImport, kReset}) {
     const WizardButtons buttons = ButtonsAt(mode, 0);
-    EXPECT_EQ(buttons.finishLabel, L"Finish");
-    EXPECT_EQ(buttons.cancelLabel, L"Close");
+    EXPECT_EQ(buttons.finishLabel, StringId::kFinish);
+    EXPECT_EQ(buttons.cancelLabel, StringId::kClose);
     EXPECT_TRUE(buttons.nextVisible);
   }
 }
@@ -74,15 +74,15 @@ TEST(WizardButtonRules, FinishPageReadsHomeAndCloseWithoutNext) {
       {kExport, 3}, {kExport, 4}, {kImport, 3}, {kImport, 4}, {kReset, 2}};
   for (const auto& [mode, place] : kPlaces) {
     const WizardButtons buttons = ButtonsAt(mode, place);
-    EXPECT_EQ(buttons.finishLabel, L"Home");
-    EXPECT_EQ(buttons.cancelLabel, L"Close");
+    EXPECT_EQ(buttons.finishLabel, StringId::kHome);
+    EXPECT_EQ(buttons.cancelLabel, StringId::kClose);
     EXPECT_FALSE(buttons.nextVisible);
   }
 }
 
-TEST(WizardButtonRules, PagesBetweenAndTheFirstDisplayLeaveTheLabels) {
-  const std::pair<MigrationMode, int> kPlaces[] = {{kNone, 0},   {kExport, 1}, {kExport, 2},
-                                                   {kImport, 1}, {kImport, 2}, {kReset, 1}};
+TEST(WizardButtonRules, PagesBetweenLeaveTheLabels) {
+  const std::pair<MigrationMode, int> kPlaces[] = {
+      {kExport, 1}, {kExport, 2}, {kImport, 1}, {kImport, 2}, {kReset, 1}};
   for (const auto& [mode, place] : kPlaces) {
     const WizardButtons buttons = ButtonsAt(mode, place);
     EXPECT_EQ(buttons.finishLabel, std::nullopt);

@@ -1,0 +1,28 @@
+#include "wizard/run_progress.h"
+
+#include "text/path_text.h"
+
+namespace carrovan {
+
+void RunProgress::OnCategory(SettingCategory category) {
+  if (tree_ != nullptr) ShowCategory(*tree_, category);
+  const CategoryRecord* record = FindCategory(static_cast<int>(category));
+  frame_.ShowProgress(Thousandths(), std::wstring(Text(record->label)));
+}
+
+void RunProgress::OnItem(const std::wstring& path) {
+  ++items_;
+  frame_.ShowProgress(Thousandths(), FileNameOf(path));
+}
+
+// Beyond what was expected it still moves, and does not come to the end before the run does.
+int RunProgress::Thousandths() const {
+  constexpr std::size_t kAtExpected = 900;
+  constexpr std::size_t kWhole = 1000;
+  if (items_ <= expected_) {
+    return expected_ == 0 ? 0 : static_cast<int>(kAtExpected * items_ / expected_);
+  }
+  return static_cast<int>(kAtExpected + (kWhole - kAtExpected) * (items_ - expected_) / items_);
+}
+
+}  // namespace carrovan

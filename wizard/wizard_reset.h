@@ -1,0 +1,24 @@
+#pragma once
+
+#include "wizard/wizard_parts.h"
+
+namespace carrovan {
+
+// The steps of a reset.
+
+// Fills the page's tree. False, after the user was shown why, without the version's folders.
+bool EnterResetCategories(const WizardParts& parts);
+
+// Shows what the reset of the ticked categories would change.
+void ShowChangesOfReset(const WizardParts& parts);
+
+enum class ResetAnswer {
+  kDone,
+  kDeclined,  // the user answered No
+  kRefused,   // the product runs, or no restore point can be kept and the user does not go on
+};
+
+// Asks, resets the ticked categories, keeps a restore point and fills the finish page.
+ResetAnswer ConfirmAndReset(const WizardParts& parts);
+
+}  // namespace carrovan
