@@ -9,6 +9,16 @@
   !insertmacro ${DO} "" "Carrovan.txt"
   !insertmacro ${DO} "\en-us" "MevrinLg.DLL"
   !insertmacro ${DO} "\zh-cn" "MevrinLg.DLL"
+  !insertmacro ${DO} "\help" "index.html"
+  !insertmacro ${DO} "\help" "command-line.html"
+  !insertmacro ${DO} "\help" "restore-points.html"
+  !insertmacro ${DO} "\help" "package-format.html"
+  !insertmacro ${DO} "\help" "troubleshooting.html"
+  !insertmacro ${DO} "\help" "administrators.html"
+  !insertmacro ${DO} "\help" "help.css"
+  !insertmacro ${DO} "\help\pictures" "start-100.png"
+  !insertmacro ${DO} "\help\pictures" "import-100.png"
+  !insertmacro ${DO} "\help\pictures" "finish-100.png"
 !macroend
 
 !macro INSTALL_FILE SUBFOLDER NAME
@@ -27,5 +37,7 @@
   Delete "${FOLDER}\uninstall.exe"
   RMDir "${FOLDER}\en-us"
   RMDir "${FOLDER}\zh-cn"
+  RMDir "${FOLDER}\help\pictures"
+  RMDir "${FOLDER}\help"
   !undef REMOVE_FROM
 !macroend
