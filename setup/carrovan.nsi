@@ -9,6 +9,7 @@ AllowSkipFiles off
 
 !include MUI2.nsh
 !include FileFunc.nsh
+!include Integration.nsh
 !include LogicLib.nsh
 !include Sections.nsh
 
@@ -23,6 +24,7 @@ AllowSkipFiles off
 
 Var ProductFolder
 
+!include file_types.nsh
 !include installed_files.nsh
 !include running_program.nsh
 !include product_folder.nsh
@@ -83,6 +85,7 @@ Section "Carrovan" SectionPrograms
     RMDir $0
   ${EndIf}
   Call WriteRegistry
+  !insertmacro REGISTER_FILE_TYPES
 SectionEnd
 
 Function WriteRegistry
@@ -117,6 +120,7 @@ Section "un.Carrovan"
   ReadRegStr $0 HKCU "${SETTINGS_KEY}" "InstallFolder"
   ${If} $0 == $INSTDIR
     Delete "$SMPROGRAMS\Carrovan.lnk"
+    !insertmacro UNREGISTER_FILE_TYPES
     DeleteRegKey HKCU "${UNINSTALL_KEY}"
     DeleteRegValue HKCU "${SETTINGS_KEY}" "InstallFolder"
     DeleteRegValue HKCU "${SETTINGS_KEY}" "ProductFolder"

@@ -413,6 +413,15 @@ class FileTypesTest(InstalledCase):
             ".ucex": {"": "Other.File"}, r".ucex\openwithprogids": {"Other.File": ""},
             ".ucx": {"Content Type": "application/other"}})
 
+    def test_uninstaller_of_another_copy_leaves_those_of_the_installed_one(self):
+        self.install()
+        other = DRIVE / "Carrovan"
+        other.mkdir()
+        shutil.copy2(self.folder / "uninstall.exe", other)
+        done = self.run_windows(other / "uninstall.exe", "/S", r"_?=C:\Carrovan")
+        self.assertEqual(done.returncode, DONE)
+        self.assertEqual(self.classes(), self.installed_classes(self.folder_name()))
+
     def test_explorer_is_told_of_both(self):
         # Wine tells which calls of its shell are made.
         environment = {**self.environment, "WINEDEBUG": "+shell"}
