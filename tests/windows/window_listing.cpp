@@ -6,6 +6,7 @@
 #include <tlhelp32.h>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <optional>
 
@@ -48,26 +49,43 @@ std::wstring TextOf(HWND window) {
   return text;
 }
 
-std::vector<std::wstring> EntriesOf(HWND list) {
+// What a kind of list understands.
+struct ListMessages {
+  UINT count;
+  UINT textLength;
+  UINT text;
+};
+constexpr ListMessages kComboBox{CB_GETCOUNT, CB_GETLBTEXTLEN, CB_GETLBTEXT};
+constexpr ListMessages kListBox{LB_GETCOUNT, LB_GETTEXTLEN, LB_GETTEXT};
+
+std::vector<std::wstring> EntriesOf(HWND list, const ListMessages& messages) {
   std::vector<std::wstring> entries;
-  const LRESULT count = Ask(list, CB_GETCOUNT);
+  const LRESULT count = Ask(list, messages.count);
   for (LRESULT i = 0; i < count; ++i) {
     const auto entry = static_cast<WPARAM>(i);
-    std::wstring text(static_cast<std::size_t>(Ask(list, CB_GETLBTEXTLEN, entry)) + 1, L'\0');
-    Ask(list, CB_GETLBTEXT, entry, reinterpret_cast<LPARAM>(text.data()));
+    std::wstring text(static_cast<std::size_t>(Ask(list, messages.textLength, entry)) + 1, L'\0');
+    Ask(list, messages.text, entry, reinterpret_cast<LPARAM>(text.data()));
     text.pop_back();
     entries.push_back(text);
   }
   return entries;
 }
 
+DWORD ProcessOf(HWND window) {
+  DWORD processId = 0;
+  GetWindowThreadProcessId(window, &processId);
+  return processId;
+}
+
 // Memory of another process, where a control of that process looks for what it is asked.
 class ForeignMemory {
  public:
   ForeignMemory(DWORD processId, std::size_t bytes)
-      : process_(OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_READ | PROCESS_VM_WRITE, FALSE,
-                             processId)),
-        address_(VirtualAllocEx(process_.Get(), nullptr, bytes, MEM_COMMIT, PAGE_READWRITE)) {}
+      : process_(OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_READ | PROCESS_VM_WRITE |
+                                 PROCESS_CREATE_THREAD | PROCESS_QUERY_INFORMATION,
+                             FALSE, processId)),
+        address_(
+            VirtualAllocEx(process_.Get(), nullptr, bytes, MEM_COMMIT, PAGE_EXECUTE_READWRITE)) {}
   ~ForeignMemory() { VirtualFreeEx(process_.Get(), address_, 0, MEM_RELEASE); }
   ForeignMemory(const ForeignMemory&) = delete;
   ForeignMemory& operator=(const ForeignMemory&) = delete;
@@ -80,6 +98,14 @@ class ForeignMemory {
     ReadProcessMemory(process_.Get(), At(offset), content, bytes, nullptr);
   }
   void* At(std::size_t offset) const { return static_cast<char*>(address_) + offset; }
+
+  // Has the process run the code at one place on the data at another. False when that takes long.
+  bool Run(std::size_t code, std::size_t data) const {
+    const KernelObject thread(CreateRemoteThread(process_.Get(), nullptr, 0,
+                                                 std::bit_cast<LPTHREAD_START_ROUTINE>(At(code)),
+                                                 At(data), 0, nullptr));
+    return WaitForSingleObject(thread.Get(), kPatienceMilliseconds) == WAIT_OBJECT_0;
+  }
 
  private:
   KernelObject process_;
@@ -101,12 +127,6 @@ class ForeignTree {
   static constexpr std::size_t kTextOffset = 1024;
   static constexpr std::size_t kTextLength = 512;
   static constexpr std::size_t kBytes = kTextOffset + kTextLength * sizeof(wchar_t);
-
-  static DWORD ProcessOf(HWND window) {
-    DWORD processId = 0;
-    GetWindowThreadProcessId(window, &processId);
-    return processId;
-  }
 
   void Add(LRESULT item, int depth, std::vector<TreeItemFacts>& items) {
     for (; item != 0; item = Ask(tree_, TVM_GETNEXTITEM, TVGN_NEXT, item)) {
@@ -188,6 +208,26 @@ class ForeignTree {
   ForeignMemory memory_;
 };
 
+// What is asked about a system menu, and the answer. A menu tells its texts to its own process
+// only.
+struct MenuQuestion {
+  decltype(&GetSystemMenu) systemMenu;
+  decltype(&GetMenuStringW) menuText;
+  HWND window;
+  wchar_t texts[16][128];
+};
+
+// This code is copied into the other process, so that it calls nothing but what it is given.
+DWORD WINAPI AnswerInOwnProcess(void* data) {
+  auto& question = *static_cast<MenuQuestion*>(data);
+  const HMENU menu = question.systemMenu(question.window, FALSE);
+  UINT item = 0;
+  for (auto& text : question.texts) {
+    question.menuText(menu, item++, text, static_cast<int>(std::size(text)), MF_BYPOSITION);
+  }
+  return 0;
+}
+
 HWND FocusOf(HWND window) {
   GUITHREADINFO thread{};
   thread.cbSize = sizeof(thread);
@@ -206,7 +246,8 @@ WindowFacts FactsOf(HWND window, int depth) {
   facts.focused = FocusOf(window) == window;
   facts.area = AreaOf(window);
   if (facts.className == L"Button") facts.checked = Ask(window, BM_GETCHECK) == BST_CHECKED;
-  if (facts.className == L"ComboBox") facts.entries = EntriesOf(window);
+  if (facts.className == L"ComboBox") facts.entries = EntriesOf(window, kComboBox);
+  if (facts.className == L"ListBox") facts.entries = EntriesOf(window, kListBox);
   if (facts.className == L"SysTreeView32") facts.items = ForeignTree(window).Items();
   return facts;
 }
@@ -240,19 +281,39 @@ BOOL CALLBACK CollectWindow(HWND window, LPARAM windows) {
   return TRUE;
 }
 
-}  // namespace
-
-std::vector<WindowFacts> ListWindows(const std::wstring& executableName) {
+std::vector<HWND> VisibleWindowsOf(const std::wstring& executableName) {
   const std::vector<DWORD> ids = ProcessesOf(executableName);
   std::vector<HWND> windows;
   EnumWindows(&CollectWindow, reinterpret_cast<LPARAM>(&windows));
+  std::erase_if(windows, [&ids](HWND window) {
+    return std::ranges::find(ids, ProcessOf(window)) == ids.end();
+  });
+  return windows;
+}
+
+}  // namespace
+
+std::vector<WindowFacts> ListWindows(const std::wstring& executableName) {
   std::vector<WindowFacts> facts;
-  for (const HWND window : windows) {
-    DWORD processId = 0;
-    GetWindowThreadProcessId(window, &processId);
-    if (std::ranges::find(ids, processId) != ids.end()) AddWithControls(window, 0, facts);
-  }
+  for (const HWND window : VisibleWindowsOf(executableName)) AddWithControls(window, 0, facts);
   return facts;
+}
+
+std::vector<std::wstring> ListSystemMenus(const std::wstring& executableName) {
+  constexpr std::size_t kCodeBytes = 1024;
+  std::vector<std::wstring> texts;
+  for (const HWND window : VisibleWindowsOf(executableName)) {
+    MenuQuestion question{&GetSystemMenu, &GetMenuStringW, window, {}};
+    ForeignMemory memory(ProcessOf(window), kCodeBytes + sizeof(question));
+    memory.Put(0, *std::bit_cast<const std::array<char, kCodeBytes>*>(&AnswerInOwnProcess));
+    memory.Put(kCodeBytes, question);
+    if (!memory.Run(0, kCodeBytes)) continue;
+    memory.Get(kCodeBytes, &question, sizeof(question));
+    for (const wchar_t* text : question.texts) {
+      if (*text != L'\0') texts.emplace_back(text);
+    }
+  }
+  return texts;
 }
 
 }  // namespace carrovan

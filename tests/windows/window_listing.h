@@ -34,12 +34,15 @@ struct WindowFacts {
   bool focused = false;
   bool checked = false;  // of a radio button or check box
   ScreenArea area;
-  std::vector<std::wstring> entries;  // of a drop-down list
+  std::vector<std::wstring> entries;  // of a list, dropped down or not
   std::vector<TreeItemFacts> items;   // of a tree
 };
 
 // The visible windows of every process of this executable ("carrovan.exe"), each followed by its
 // controls. A window that does not answer in time has no text and no items.
 std::vector<WindowFacts> ListWindows(const std::wstring& executableName);
+
+// The items of these windows' system menus, but for separators. The program is made to tell them.
+std::vector<std::wstring> ListSystemMenus(const std::wstring& executableName);
 
 }  // namespace carrovan
