@@ -145,10 +145,12 @@ INT_PTR Dialog::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
 
 bool Dialog::HandleCommand(WPARAM wParam, LPARAM lParam) {
   // The Enter key on a page's button comes to the outermost dialog; numbers of controls are unique
-  // within one dialog only.
+  // within one dialog only. Elsewhere the key presses this dialog's own default button, for which
+  // some systems name the first control of that number, be it a page's.
   const HWND control = std::bit_cast<HWND>(lParam);
   const HWND parent = control != nullptr ? GetParent(control) : window_;
-  if (parent != window_ && IsChild(window_, parent)) {
+  const bool isOfPage = parent != window_ && IsChild(window_, parent) != FALSE;
+  if (isOfPage && (SendMessageW(control, WM_GETDLGCODE, 0, 0) & DLGC_DEFPUSHBUTTON) != 0) {
     SendMessageW(parent, WM_COMMAND, wParam, lParam);
     return true;
   }

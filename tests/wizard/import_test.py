@@ -13,6 +13,7 @@ ROAMING_2026 = "Roaming/Vantric/VANTRIC/28.0"
 RETAIN_PATHS = ("It is recommended that users retain the absolute path-related files from the old "
                 "version settings. \nOtherwise, these configurations may become invalid.")
 NEVER_RUN = "Please run Vantric at least once"
+DISTRUST = "There are reasons not to trust this package. Import it all the same?"
 FOLDERS_MISSING = ("Associated local and roaming folders for this version are missed, please run "
                    "Vantric at least once after installation!")
 
@@ -84,6 +85,7 @@ class ImportMessagesTest(ImportCase):
             "config.ini": description("2026", "Options"), "..\\outside.txt": "not here"})
         self.enter_path_page(package)
         self.wizard.press_button(NEXT)
+        self.assertEqual(self.wizard.answer_list("Yes")[0], DISTRUST)
         self.assertRegex(self.wizard.answer(),
                          r"^Failed to extract file: C:\\.*\\Temp\\[-0-9A-F]+\\\.\.\\outside\.txt$")
         self.assertEqual(self.wizard.tree().checked_labels(), [SELECT_ALL, "Options"])
@@ -223,6 +225,7 @@ class ImportTest(ImportCase):
         before = MachineState(PREFIX)
         self.enter_path_page(package)
         self.wizard.press_button(NEXT)
+        self.wizard.answer_list("Yes")  # nobody's file is a reason against it
         self.assertEqual(len(self.wizard.tree().checked_labels()), 14)
         self.wizard.click_box(SELECT_ALL)
         self.wizard.wait_until(lambda wizard: wizard.tree().checked_labels() == [], "no category")

@@ -12,7 +12,8 @@ from registry_file import parse as parse_registry_file  # noqa: E402
 from wine_registry import export_key  # noqa: E402
 
 PRODUCT_KEY = r"HKEY_CURRENT_USER\SOFTWARE\Vantric"
-FOREIGN_FOLDERS = ("Temp", "Microsoft")  # the system's own, below Local and Roaming
+# Below Local and Roaming: the system's own, and the restore points.
+FOREIGN_FOLDERS = ("Temp", "Microsoft", "Carrovan")
 EXAMPLES = 3  # of the files that have changed in a folder
 
 

@@ -25,6 +25,9 @@ BACKUP = 1028  # on the reset page
 HEADING, VERSIONS = 1013, 1010  # on the start page and on the version page
 PACKAGE, SELECT_FILE, TARGETS, PATH_TITLE = 1011, 1012, 1014, 1024  # on the path page
 FINISH_TITLE, FINISH_MESSAGE = 1023, 1022
+FINISH_LIST, FINISH_UNDO, OPEN_FOLDER = 1040, 1041, 1042
+SHOW_CHANGES, BACKUP_TEXT = 1039, 1038  # on category pages
+LIST_TEXT, LIST_LINES = 1043, 1044  # in the window of a list
 FILE_NAME = 1152  # the field of the system's file dialogs
 
 EXPORT = "Export selected environment settings"
@@ -55,14 +58,14 @@ class Control:
 class Wizard:
     """carrovan.exe in the folder of a sample product, on a screen."""
 
-    def __init__(self, screen, prefix, folder=None, program="carrovan.exe"):
+    def __init__(self, screen, prefix, folder=None, program="carrovan.exe", arguments=()):
         self.screen = screen
         self.prefix = Path(prefix)
         self._environment = {**screen.environment(), "WINEPREFIX": str(self.prefix)}
         self._folder = Path(folder) if folder else self.prefix / STARTUP_FOLDER
         self._name = program
         self.process = subprocess.Popen(
-            [ROOT / "tools" / "wine", program], cwd=self._folder, env=self._environment,
+            [ROOT / "tools" / "wine", program, *arguments], cwd=self._folder, env=self._environment,
             stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
             process_group=0)
 
@@ -182,6 +185,24 @@ class Wizard:
         self.click(next(c for c in box.controls if c.text.replace("&", "") == text))
         return "\n".join(texts)
 
+    def list_window(self):
+        """The window of a list in front of the wizard, as soon as it is there."""
+        return wait_for(lambda: next((w for w in self.windows() if holds(w, LIST_LINES)), None),
+                        what="the window of a list")
+
+    def answer_list(self, text):
+        """Presses a button of the window of a list; gives what stands above the lines, and these."""
+        window = self.list_window()
+        lines = [item["text"] for item in find(window, LIST_LINES, depth=1).items]
+        self.click(next(c for c in window.controls if c.text.replace("&", "") == text))
+        self.wait_until(lambda wizard: not any(holds(w, LIST_LINES) for w in wizard.windows()),
+                        "the window of the list to close")
+        return find(window, LIST_TEXT, depth=1).text, lines
+
+    def finish_lines(self):
+        """The lines below the finish page's text."""
+        return self.page_control(FINISH_LIST).entries
+
     def picture(self, path):
         """Stores a PNG of the wizard's window with its frame."""
         self.screen.move_mouse_away()
@@ -268,7 +289,11 @@ def still_runs(process):
 
 
 def is_frame(window):
-    return any(control.number == CANCEL and control.depth == 1 for control in window.controls)
+    return holds(window, CANCEL)
+
+
+def holds(window, number):
+    return any(control.number == number and control.depth == 1 for control in window.controls)
 
 
 def find(window, number, depth):

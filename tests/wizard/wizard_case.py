@@ -42,9 +42,9 @@ class WizardCase(unittest.TestCase):
         for folder in self.staging_folders():
             shutil.rmtree(folder)
 
-    def open_wizard(self, folder=None):
+    def open_wizard(self, folder=None, arguments=()):
         """A wizard that is closed at the end of the test."""
-        return self.enterContext(Wizard(self.screen, PREFIX, folder))
+        return self.enterContext(Wizard(self.screen, PREFIX, folder, arguments=arguments))
 
     def program_folder(self, name="program"):
         """A copy of the program and what it needs, on drive C:, for a test to spoil."""
