@@ -20,6 +20,7 @@ class RunProgress : public RunObserver {
   void OnItem(const std::wstring& path) override;
 
  private:
+  std::size_t ItemsPerCategory() const;
   int Thousandths() const;
 
   WizardFrame& frame_;

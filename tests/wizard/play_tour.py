@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Plays a tour of the wizard through its real window, on a screen of its own: exports everything
-from 2025, imports it into 2026 without two categories, and resets three categories after a backup.
+from 2025, imports it into 2026 without two categories, resets three categories after a backup, and
+undoes the reset and the import.
 
     play_tour.py PREFIX FOLDER
 
@@ -15,7 +16,7 @@ from pathlib import Path
 from machine_state import MachineState, describe_changes
 from screen import LIMIT_SECONDS, Screen
 from wizard import (BACKUP, CANCEL, EXPORT, FINISH, FINISH_TITLE, HEADING, IMPORT, NEXT, PATH_TITLE,
-                    RESET, SELECT_ALL, TREE, VERSIONS, Wizard, end_wine)
+                    RESET, SELECT_ALL, SHOW_CHANGES, TREE, VERSIONS, Wizard, end_wine)
 
 from limits import run_within  # found by way of wizard
 
@@ -30,7 +31,7 @@ class Tour:
         self._prefix = prefix
         self._folder = folder
         self._pictures = 0
-        self._state = MachineState(prefix)
+        self._state = self._first_state = MachineState(prefix)
         self._report = []
 
     def play(self):
@@ -43,6 +44,10 @@ class Tour:
             with self._wizard.with_registry_tool_awaited():
                 step()
             self._note(title)
+        self._undo("undo-reset")
+        self._undo("undo-import")
+        self._state = self._first_state
+        self._note("Undoing the reset and the import; compared with the machine before the tour")
         self._wizard.press_button(CANCEL)
         self._wizard.process.wait(LIMIT_SECONDS)
 
@@ -64,6 +69,10 @@ class Tour:
         self._answer("import-advice")
         self._click_boxes(*LEFT_OUT)
         self._picture("import-categories", TREE)
+        self._wizard.click(self._wizard.page_control(SHOW_CHANGES))
+        self._wizard.list_window()
+        self._store_picture("import-changes")
+        self._wizard.answer_list("Close")
         self._wizard.press_button(FINISH)
         self._finish("import-finish")
 
@@ -80,6 +89,12 @@ class Tour:
         self._wizard.press_button(NEXT)
         self._answer("reset-question", "Yes")
         self._finish("reset-finish")
+
+    def _undo(self, name):
+        self._wizard.page_control(HEADING)
+        self._wizard.screen.press("alt+space", "u")
+        self._answer(name, "Yes")
+        self._report.append(self._wizard.answer())
 
     def _click_boxes(self, *labels):
         for label in labels:
