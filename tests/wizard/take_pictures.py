@@ -1,30 +1,46 @@
 #!/usr/bin/env python3
-"""Takes a picture of every page of the wizard, for the documentation and for looking at them:
-take_pictures.py PREFIX FOLDER [PERCENT...]. Each picture is named after its page and scale."""
+"""Takes a picture of every page of the wizard, for the documentation and for looking at them. Each
+picture is named after its page and scale."""
 
+import argparse
 import os
-import sys
 import time
 from pathlib import Path
 
 from screen import LIMIT_SECONDS, Screen
-from wizard import (BACK, CANCEL, EXPORT, FINISH, FINISH_TITLE, HEADING, IMPORT, NEXT, PATH_TITLE,
-                    RESET, ROOT, TREE, VERSIONS, Wizard, end_wine, install_programs)
+from texts import CHINESE, ENGLISH
+from wizard import (BACK, CANCEL, FINISH, FINISH_TITLE, HEADING, NEXT, PATH_TITLE, ROOT,
+                    SHOW_CHANGES, STARTUP_FOLDER, TREE, VERSIONS, Wizard, end_wine,
+                    install_programs)
+from wizard_case import change_identity
 
 from limits import run_limited, run_within  # found by way of wizard
 
+TEXTS = {"en-us": ENGLISH, "zh-cn": CHINESE}
+
 
 def main():
+    arguments = parse_arguments()
     run_within(1800, "taking pictures of the wizard")
-    prefix, folder = Path(sys.argv[1]), Path(sys.argv[2])
+    prefix, folder = arguments.prefix.resolve(), arguments.folder
     folder.mkdir(parents=True, exist_ok=True)
     run_limited([ROOT / "tools" / "wine-prefix", prefix], check=True)
     install_programs(prefix)
-    for percent in map(int, sys.argv[3:] or ("100", "150")):
+    change_identity(prefix / STARTUP_FOLDER, "Language=en-us", f"Language={arguments.language}")
+    for percent in arguments.percent:
         set_scale(prefix, percent)
         with Screen(1680, 1280) as screen, Wizard(screen, prefix) as wizard:
-            take(wizard, prefix, folder, percent)
+            take(wizard, prefix, folder, percent, TEXTS[arguments.language])
     set_scale(prefix, 100)
+
+
+def parse_arguments():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("prefix", type=Path, help="Wine prefix, whose sample is made anew")
+    parser.add_argument("folder", type=Path, help="where the pictures go")
+    parser.add_argument("percent", type=int, nargs="*", default=(100, 150), help="scales")
+    parser.add_argument("--language", choices=TEXTS, default="en-us", help="of the product")
+    return parser.parse_args()
 
 
 def set_scale(prefix, percent):
@@ -35,16 +51,25 @@ def set_scale(prefix, percent):
     end_wine(prefix)
 
 
-def take(wizard, prefix, folder, percent):
+def take(wizard, prefix, folder, percent, texts):
+    def store(name):
+        time.sleep(0.5)  # for the last of the painting
+        wizard.picture(folder / f"{name}-{percent}.png")
+
     def picture(page, shown):
         wizard.page_control(shown)
-        time.sleep(0.5)  # for the last of the painting
-        wizard.picture(folder / f"{page}-{percent}.png")
+        store(page)
 
     package = prefix / "drive_c" / "settings-2026.ucex"
     package.unlink(missing_ok=True)
     picture("start", HEADING)
-    wizard.start(EXPORT)
+    wizard.screen.press("alt+space")
+    store("menu")
+    wizard.screen.press("Up", "Return")
+    wizard.box()
+    store("about")
+    wizard.screen.press("Escape")
+    wizard.start(texts[106])
     picture("version", VERSIONS)
     wizard.press_button(NEXT)
     wizard.click_box("Custom Parts Library")
@@ -54,7 +79,7 @@ def take(wizard, prefix, folder, percent):
     picture("finish", FINISH_TITLE)
     wizard.press_button(FINISH)
 
-    wizard.start(IMPORT)
+    wizard.start(texts[107])
     wizard.select_package("C:\\" + package.name)
     picture("path", PATH_TITLE)
     wizard.press_button(NEXT)
@@ -62,9 +87,15 @@ def take(wizard, prefix, folder, percent):
     wizard.press_button(BACK)
     wizard.page_control(PATH_TITLE)
     wizard.press_button(BACK)
-    wizard.start(RESET)
+    wizard.start(texts[108])
+    wizard.box()
+    store("warning")
     wizard.answer()
     picture("reset", TREE)
+    wizard.click(wizard.page_control(SHOW_CHANGES))
+    wizard.list_window()
+    store("changes")
+    wizard.answer_list(texts[176])
     wizard.press_button(CANCEL)
     wizard.process.wait(LIMIT_SECONDS)
 
