@@ -95,7 +95,7 @@ bool WizardPageDialog::OnInitDialog() {
 
 HBRUSH WizardPageDialog::OnControlColor(HDC context, HWND control) {
   // The user's own colours are the only ones that he is sure to tell apart.
-  if (IsHighContrastOn()) return nullptr;
+  if (surroundings_.isHighContrastOn()) return nullptr;
   if (IsUnnamedStatic(control)) return ColorUnnamedStatic(context, UnnamedStaticsLook());
   const auto looks = Looks();
   const auto look = std::ranges::find(looks, GetDlgCtrlID(control),
@@ -121,7 +121,7 @@ void WizardPageDialog::Paint() const {
   RECT client{};
   GetClientRect(Window(), &client);
   const RECT band{0, 0, client.right, client.bottom / 5};
-  const bool ownColours = !IsHighContrastOn();
+  const bool ownColours = !surroundings_.isHighContrastOn();
   FillRect(paint.Get(), &band,
            ownColours ? static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH))
                       : GetSysColorBrush(COLOR_BTNFACE));

@@ -25,10 +25,11 @@ class WizardFonts {
 };
 
 // What every page shares with the frame, which outlives it. The fonts' content changes with the
-// scale of the screen.
+// scale of the screen, the answer about high contrast with the user's wish.
 struct PageSurroundings {
   const ResourceModule& resources;
   const WizardFonts& fonts;
+  bool (*isHighContrastOn)() = &IsHighContrastOn;
 };
 
 enum class ControlBackground {

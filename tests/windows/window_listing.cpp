@@ -11,6 +11,7 @@
 #include <optional>
 
 #include "platform/windows/handles.h"
+#include "tests/windows/accessible_name.h"
 #include "text/text.h"
 
 namespace carrovan {
@@ -239,6 +240,7 @@ WindowFacts FactsOf(HWND window, int depth) {
   WindowFacts facts;
   facts.className = ClassOf(window);
   facts.text = TextOf(window);
+  if (depth > 0) facts.name = AccessibleName(window);
   facts.number = depth == 0 ? 0 : GetDlgCtrlID(window);
   facts.depth = depth;
   facts.enabled = IsWindowEnabled(window) != FALSE;

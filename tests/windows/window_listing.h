@@ -27,7 +27,8 @@ struct TreeItemFacts {
 struct WindowFacts {
   std::wstring className;
   std::wstring text;
-  int number = 0;  // of a control; 0 for a window of its own
+  std::wstring name;  // what a screen reader calls a control
+  int number = 0;     // of a control; 0 for a window of its own
   int depth = 0;   // 0 for a window of its own, 1 for its controls and so on
   bool enabled = false;
   bool visible = false;

@@ -31,6 +31,7 @@ Json ToJson(const WindowFacts& window) {
   for (const TreeItemFacts& item : window.items) items.push_back(ToJson(item));
   return {{"class_name", ToUtf8(window.className)},
           {"text", ToUtf8(window.text)},
+          {"name", ToUtf8(window.name)},
           {"number", window.number},
           {"depth", window.depth},
           {"enabled", window.enabled},

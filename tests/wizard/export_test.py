@@ -1,7 +1,10 @@
 """An export through the real window, with the mouse alone and with the keyboard alone."""
 
-from wizard import CANCEL, EXPORT, FINISH, HEADING, NEXT, SELECT_ALL, VERSIONS
+from screen import wait_for
+from wizard import BACK, CANCEL, EXPORT, FINISH, HEADING, NEXT, SELECT_ALL, VERSIONS
 from wizard_case import WizardCase, package_content, windows_name
+
+from limits import run_limited  # found by way of wizard
 
 
 class ExportTest(WizardCase):
@@ -137,6 +140,26 @@ class ExportTest(WizardCase):
             self.wizard.press_button(NEXT)
         self.assertIn(SELECT_ALL, self.wizard.tree().checked_labels())
         self.assertFalse(self.wizard.button(NEXT).enabled)
+
+    def test_progress_is_painted_during_the_run_and_gone_after_it(self):
+        package = self.package("progress.ucex")
+        self.enter_categories()
+        window, back = self.wizard.window().area, self.wizard.button(BACK).area
+        area = (window[0] + 8, back[1], back[0] - window[0] - 16, back[3])
+        idle = self.colours(area)
+        self.wizard.press_button(FINISH)
+        self.wizard.name_file(windows_name(package))
+        seen = wait_for(lambda: self.colours(area) - idle or package.exists(), what="progress")
+        self.assertIsInstance(seen, set, "the export ended without any progress")
+        self.wizard.finish_text()
+        self.assertEqual(self.colours(area), idle)
+
+    def colours(self, area):
+        """The colours that an area of the screen shows."""
+        left, top, width, height = area
+        done = run_limited(["import", "-window", "root", "-crop", f"{width}x{height}+{left}+{top}",
+                            "-depth", "8", "rgb:-"], env=self.screen.environment(), check=True)
+        return {done.stdout[i:i + 3] for i in range(0, len(done.stdout), 3)}
 
 
 def button_texts(box):
