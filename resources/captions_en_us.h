@@ -16,6 +16,7 @@
 #define CAPTION_PATH_VERSION "Please select the imported version"
 #define CAPTION_ABOUT "About Carrovan"
 #define CAPTION_ABOUT_NAME "Import and Export Settings Wizard"
-#define CAPTION_ABOUT_PURPOSE \
-  "Moves a user's settings of the Vantric CAD product between its versions and between machines, and returns them to their defaults."
+#define CAPTION_ABOUT_PURPOSE                                       \
+  "Moves a user's settings of the Vantric CAD product between its " \
+  "versions and between machines, and returns them to their defaults."
 #define CAPTION_OK "OK"

@@ -1,6 +1,6 @@
 #pragma once
 
-// A language of the tests: every caption is a mark, so that a window shows where its texts are from.
+// A language of the tests. Each caption is a mark, which shows where the text is from.
 
 #define CARROVAN_LANGUAGE LANG_ENGLISH, SUBLANG_ENGLISH_US
 
