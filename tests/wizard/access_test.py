@@ -96,6 +96,15 @@ class FinishPageTest(WizardCase):
                                 ).decode("utf-8")
 
 
+class HighContrastTest(WizardCase):
+    def test_pages_keep_the_users_own_colours(self):
+        # Wine never says that high contrast is on, so that the program's own tests stand in for it.
+        answer = self.run_windows(ROOT / "build" / "windows" / "tests" / "carrovan_tests.exe",
+                                  "--gtest_filter=*PageColours*").decode()
+        self.assertIn("[  PASSED  ] 2 tests.", answer)
+        self.assertNotIn("SKIPPED", answer)
+
+
 class HelpTest(WizardCase):
     # Wine knows no program that shows pages.
     PAGES, PAGE = r"HKLM\Software\Classes\.html", r"HKLM\Software\Classes\TestedPage"
