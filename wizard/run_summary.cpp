@@ -1,6 +1,7 @@
 #include "wizard/run_summary.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace carrovan {
 namespace {
@@ -60,6 +61,9 @@ std::vector<std::wstring> SummaryOfRun(const GuardReport& report, StringId done,
                           : outcome.chosen.contains(category)       ? done
                                                               : StringId::kCategoryLeftOut;
     lines.push_back(texts.Filled(line, {LabelOf(category)}));
+  }
+  if (const auto count = outcome.report.optionsSet) {
+    lines.push_back(texts.Filled(StringId::kOptionsSet, {std::to_wstring(*count)}));
   }
   std::ranges::copy(outcome.report.problems, std::back_inserter(lines));
   for (const std::wstring& path : outcome.report.unextracted) {

@@ -9,7 +9,7 @@
 namespace carrovan {
 
 // What the finish page lists of a run: a line for each category, then one for each item that was
-// not stored, not merged, left out or failed.
+// not stored, not merged, left out or failed. Of an option document, how many values were set.
 
 std::vector<std::wstring> SummaryOfExport(const ExportReport& report, const CategorySet& offered,
                                           const CategorySet& chosen, const TextSource& texts);
