@@ -1,6 +1,7 @@
 #include "support/zip/archive_layout.h"
 
 #include <zip.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdint>

@@ -2,6 +2,7 @@
 
 #include <libdeflate.h>
 #include <zip.h>
+
 #include <algorithm>
 #include <new>
 #include <string>
