@@ -1,10 +1,14 @@
 """The wizard in the languages of the product: what is Chinese in Chinese, and that every text that
 it shows comes from the language's library."""
 
+import contextlib
 import functools
 import json
+import os
 import re
 import shutil
+import signal
+import threading
 
 from import_test import description
 from reset_test import plain
@@ -12,7 +16,7 @@ from screen import wait_for
 from texts import CHINESE, CHINESE_CAPTIONS, ENGLISH, MARKED_CAPTIONS
 from wizard import (BACK, BACKUP, BACKUP_TEXT, CANCEL, DESCRIPTION, FINISH, FINISH_UNDO, HEADING,
                     NEXT, PACKAGE, PATH_TITLE, PROGRAMS, SHOW_CHANGES, TARGETS, TREE, VERSIONS,
-                    Wizard, list_windows)
+                    Wizard, list_windows, processes_in_prefix)
 from wizard_case import DRIVE, PREFIX, WizardCase, change_identity, windows_name
 
 RADIOS = (1001, 1002, 1003)
@@ -206,10 +210,7 @@ class MarkedTest(LanguageCase):
     @shows(114, 115, 116, 117, 118, 126, 127, 133, 143, 148, *range(149, 155), *range(158, 162),
            "BACK")
     def test_pages_of_an_export(self):
-        self.open()
-        self.wizard.start(marked(106))
-        self.wizard.page_control(VERSIONS)
-        self.wizard.press_button(NEXT)
+        self.enter_export()
         labels = [item["text"] for item in self.wizard.tree().items[1:]]
         shown = self.wizard.page_control(DESCRIPTION).text
         for label in labels:
@@ -223,14 +224,34 @@ class MarkedTest(LanguageCase):
     @shows(119, 120, 173, 250, 253, 255, 256, 257, 260)
     def test_end_of_an_export_that_is_in_part(self):
         package = self.package("part.ucex")
-        self.take_away(DRIVE / "windows" / "system32" / "reg.exe")
         for language in ("en-us", "zh-cn"):
             self.take_away(self.product / language / "CosmeticThread")
         unreadable = self.product / "en-us" / "SheetMetal" / "unreadable.txt"
         unreadable.symlink_to("/proc/self/mem")
         self.addCleanup(unreadable.unlink)
-        self.export_to(package, leave_out="Custom Parts Library")
-        self.wizard.finish_text()
+        self.enter_export()
+        self.wizard.click_box("Custom Parts Library")
+        with self.without_registry_tool():
+            self.save_export(package)
+
+    @contextlib.contextmanager
+    def without_registry_tool(self):
+        """Ends the registry tool whenever it has just begun."""
+        done = threading.Event()
+
+        def end_tools():
+            while not done.wait(0.01):
+                for tool in processes_in_prefix(PREFIX, ("cmd.exe", "reg.exe")):
+                    with contextlib.suppress(ProcessLookupError):
+                        os.kill(int(tool.name), signal.SIGKILL)
+
+        ender = threading.Thread(target=end_tools)
+        ender.start()
+        try:
+            yield
+        finally:
+            done.set()
+            ender.join()
 
     def take_away(self, path):
         """Until the end of the test; what stands there by then goes."""
@@ -240,16 +261,19 @@ class MarkedTest(LanguageCase):
 
     @shows(259)
     def test_export_that_cannot_be_written(self):
-        self.export_to(self.blocked_package())
-        self.wizard.finish_text()
+        self.enter_export()
+        self.save_export(self.blocked_package())
 
-    def export_to(self, package, leave_out="Register"):
+    def enter_export(self):
         self.open()
         self.wizard.start(marked(106))
         self.wizard.press_button(NEXT)
-        self.wizard.click_box(leave_out)
+        self.wizard.tree()
+
+    def save_export(self, package):
         self.wizard.press_button(FINISH)
         self.wizard.name_file(windows_name(package))
+        self.wizard.finish_text()
 
     def blocked_package(self):
         """One beside which no part file can be made."""
