@@ -390,6 +390,13 @@ class MarkedTest(LanguageCase):
         self.wizard.press_button(FINISH)
         self.wizard.finish_text()
 
+    @shows(268)
+    def test_import_of_a_document_of_options(self):
+        options = '<r><Draw><Font value="Release 2025"/></Draw></r>'
+        self.enter_import(self.crafted_package("options.ucx", **{
+            "VANTRIC_Option_Config.xml": options}))
+        self.wizard.finish_text()
+
     @shows(167, 177, 178, 180, 203, "PATH_TITLE", "PATH_FILE", "PATH_SELECT", "PATH_VERSION")
     def test_refusals_of_an_import(self):
         corrupt = self.crafted_package("corrupt.ucx", **{"a.xml": "<a/>", "b.xml": "<b/>"})
