@@ -1,6 +1,7 @@
 #include "cli/category_choice.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "environment/installed_versions.h"
 #include "environment/string_table.h"
@@ -49,7 +50,9 @@ ChosenCategories ChooseCategories(const CategoryChoice& choice, const CategorySe
     if (offered.contains(category)) {
       categories.chosen.insert(category);
     } else {
-      categories.refusals.push_back(L"\"" + label + L"\" is not offered " + place);
+      std::wstring refusal = L"\"" + label;
+      refusal.append(L"\" is not offered ").append(place);
+      categories.refusals.push_back(std::move(refusal));
     }
   }
   return categories;

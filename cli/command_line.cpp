@@ -271,6 +271,8 @@ ExitStatus ParseAndRun(const std::vector<std::wstring>& arguments, Console& cons
   app.footer(kExamples);
   app.require_subcommand(1);
   app.fallthrough();
+  // A path may begin with a slash on every system. The verbs take this over from here.
+  app.allow_windows_style_options(false);
 
   Session session(console);
   AddText(app, "--root", session.root,

@@ -29,7 +29,8 @@ void NameWhatFailed(const Session& session, const ExportReport& report) {
     session.Complain(L"Not stored: " + item.path + L": " + DescribeArchiveResult(item.reason));
   }
   for (const auto& [key, problem] : report.registryFileProblems) {
-    session.Complain(L"Not stored: " + key + L": its registry file " + problem);
+    std::wstring line = L"Not stored: " + key;
+    session.Complain(line.append(L": its registry file ").append(problem));
   }
   for (const std::wstring& key : report.missingKeys) {
     if (report.registryFileProblems.contains(key)) continue;

@@ -73,6 +73,10 @@ class Import {
     const LegacyOpening opening = OpenLegacyPackage(run_, options_.package);
     outcome_.report.unextracted = opening.unextracted;
     if (opening.refusal) return Refuse(*opening.refusal);
+    // A text that is no year of a version here would lead to folders and keys of nobody.
+    if (const auto refusal = RefusalOfYear(outcome_.context, opening.targetText)) {
+      return Refuse(*refusal);
+    }
     SelectTargetVersion(state_, outcome_.context, opening.targetText);
     const std::wstring& target = outcome_.context.selectedVersion;
     if (!options_.year.empty() && options_.year != target) {

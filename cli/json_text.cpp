@@ -67,7 +67,7 @@ std::optional<char16_t> EscapedUnit(std::string_view text) {
 std::string TakeReadable(std::string_view& rest) {
   constexpr std::size_t kEscapeLength = 6;
   const auto take = [&rest](std::size_t length) {
-    const std::string taken(rest.substr(0, length));
+    std::string taken(rest.substr(0, length));
     rest.remove_prefix(taken.size());
     return taken;
   };
@@ -75,7 +75,7 @@ std::string TakeReadable(std::string_view& rest) {
   if (rest.front() != '\\') return take(1);
   const std::optional<char16_t> unit = EscapedUnit(rest);
   if (!unit) return take(2);
-  const std::string escape = take(kEscapeLength);
+  std::string escape = take(kEscapeLength);
   if (*unit == kMark) return std::string(kMarkInUtf8).append(kMarkInUtf8);
   if (IsHigh(*unit)) {
     const std::optional<char16_t> next = EscapedUnit(rest);

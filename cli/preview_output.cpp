@@ -59,7 +59,7 @@ std::wstring SummaryText(const PreviewSummary& summary) {
 }
 
 std::wstring Shown(const RegistryValue& value) {
-  const std::wstring text = RegistryValueText(value);
+  std::wstring text = RegistryValueText(value);
   if (text.size() <= kShownCharacters) return text;
   return text.substr(0, kShownCharacters) + L"... (" + std::to_wstring(text.size()) +
          L" characters)";

@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t kShownCharacters = 200;
 
 std::wstring Shown(const RegistryValue& value) {
-  const std::wstring text = RegistryValueText(value);
+  std::wstring text = RegistryValueText(value);
   return text.size() <= kShownCharacters ? text : text.substr(0, kShownCharacters) + L"…";
 }
 

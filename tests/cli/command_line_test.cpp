@@ -100,6 +100,11 @@ TEST_F(CommandLine, MissingSandboxIsAFailureOnOneLine) {
   EXPECT_EQ(console_.out, L"");
 }
 
+TEST_F(CommandLine, ArgumentThatBeginsWithASlashIsNoOption) {
+  EXPECT_EQ(Run({L"inspect", L"/no such package.ucex"}), ExitStatus::kFailed);
+  EXPECT_TRUE(Holds(console_.err, L"/no such package.ucex")) << testing::PrintToString(console_.err);
+}
+
 TEST_F(CommandLine, MissingPackageIsAFailureOnOneLine) {
   for (const Arguments& arguments :
        {Arguments{L"inspect", L"no-such.ucex"}, Arguments{L"verify", L"no-such.ucex"},

@@ -28,6 +28,15 @@ class LegacyImportTest(failures.BadImportTest):
         self.assertEqual(self.scenes(), [b"<scene at='VANTRIC23.0 VANTRIC28.0'/>\r\n"] * 2)
         self.assertIn("imported to  VANTRIC 2026", done.stdout)
 
+    def test_document_for_a_version_that_is_not_installed_is_refused_with_its_text(self):
+        for target in ("2031", "soon", "0"):
+            self.make_legacy(("Scene_UI.xml", f"<s><Surface_Finish><ImgDir0001 value='{target}'/>"
+                              "</Surface_Finish></s>".encode()))
+            done = self.run_import("--all")
+            self.assertEqual(done.returncode, 1, done.stderr)
+            self.assertIn(f"Version {target} is not installed; installed: ", done.stderr)
+            self.assert_unchanged()
+
     def test_options_go_into_existing_values(self):
         self.make_legacy(("VANTRIC_Option_Config.xml",
                           b'<r><Draw><Font value="Release 2025"/><New value="1"/></Draw></r>'))
@@ -73,7 +82,7 @@ class LegacyImportTest(failures.BadImportTest):
             self.make_legacy(("Scene_UI.xml", f'<r><Surface_Finish><ImgDir0001 value="{target}"/>'
                               "</Surface_Finish></r>".encode("utf-8").decode()))
             done = self.run_import("--all")
-            self.assertEqual(done.returncode, 3, done.stderr)
+            self.assertEqual(done.returncode, 1, done.stderr)
             self.assert_unchanged()
 
     def test_packages_without_exactly_one_document(self):
