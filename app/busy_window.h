@@ -14,8 +14,8 @@ class BusyWindow {
   BusyWindow(const BusyWindow&) = delete;
   BusyWindow& operator=(const BusyWindow&) = delete;
 
-  // After a dialog: shows the wait cursor again and paints what the dialog covered, which would else
-  // wait for the end of the run.
+  // After a dialog: shows the wait cursor again and paints what the dialog covered, which would
+  // else wait for the end of the run.
   void Resume() const;
 
  private:

@@ -24,8 +24,8 @@ std::wstring PackageArgument() {
   LocalFree(arguments);
   if (argument.empty()) return L"";
   std::wstring path(GetFullPathNameW(argument.c_str(), 0, nullptr, nullptr), L'\0');
-  path.resize(GetFullPathNameW(argument.c_str(), static_cast<DWORD>(path.size()), path.data(),
-                               nullptr));
+  path.resize(
+      GetFullPathNameW(argument.c_str(), static_cast<DWORD>(path.size()), path.data(), nullptr));
   return path;
 }
 

@@ -35,9 +35,8 @@ std::optional<MachineChanges> TryOut(const Machine& machine, const Run& run, Gua
 void ForgetFilesIn(const std::wstring& path, MachineChanges& changes) {
   const std::wstring folder = TidyPath(path);
   for (auto* files : {&changes.files, &changes.rewrittenFiles}) {
-    std::erase_if(*files, [&folder](const FileChange& change) {
-      return IsAtOrBelow(change.path, folder);
-    });
+    std::erase_if(*files,
+                  [&folder](const FileChange& change) { return IsAtOrBelow(change.path, folder); });
   }
 }
 

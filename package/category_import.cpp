@@ -118,7 +118,7 @@ std::vector<FolderPair> DraftingFolders(const ImportRun& run) {
 // same, and its owner is to know.
 void NoteIfEmptied(const ImportRun& run, SettingCategory category,
                    const std::vector<FolderPair>& folders) {
-  const auto holds = [&](std::wstring FolderPair::* side) {
+  const auto holds = [&](std::wstring FolderPair::*side) {
     return std::ranges::any_of(folders, [&](const FolderPair& pair) {
       return HoldsAnything(*run.machine.files, pair.*side);
     });

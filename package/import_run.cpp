@@ -159,8 +159,8 @@ void ApplyPackage(const ImportRun& run, const CategorySet& offered, const Catego
 }
 
 std::wstring ImportFinishText(const ProductContext& context, const TextSource& texts) {
-  return texts.Text(StringId::kImportedTo) + context.productName + L" " +
-         context.selectedVersion + L".";
+  return texts.Text(StringId::kImportedTo) + context.productName + L" " + context.selectedVersion +
+         L".";
 }
 
 }  // namespace carrovan

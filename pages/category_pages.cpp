@@ -12,7 +12,7 @@ constexpr ControlLook kLooks[] = {
     {IDC_CATEGORIES_LEAD_IN, PageFont::kText, ControlBackground::kTransparent},
     {IDC_CATEGORIES_DESCRIPTION, PageFont::kText, ControlBackground::kTransparent},
     {IDC_CATEGORIES_TREE, PageFont::kText, ControlBackground::kNone},
-    {IDC_SHOW_CHANGES, PageFont::kText, ControlBackground::kUsual},  // not on the export page
+    {IDC_SHOW_CHANGES, PageFont::kText, ControlBackground::kUsual},       // not on the export page
     {IDC_BACKUP_TEXT, PageFont::kText, ControlBackground::kTransparent},  // on the reset page only
     {IDC_RESET_BACKUP, PageFont::kHeading, ControlBackground::kUsual},    // the same
 };

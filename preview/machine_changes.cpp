@@ -109,7 +109,7 @@ class FileComparison {
 
   // With everything below.
   void Report(Change change, const std::wstring& path, const FolderEntry& entry,
-            const FileImage& image) {
+              const FileImage& image) {
     const bool added = change == Change::kAdded;
     const FileImage absent;
     changes_.files.push_back(

@@ -61,7 +61,6 @@ void SetCheckedWithRelatives(CategoryTree& tree, CategoryTree::Item item, bool c
 // everything below it and brings everything above it in line. The item itself is left as it was,
 // because the control still toggles it. The answer is the text of the description to show; nothing
 // when the shown one stays.
-std::optional<StringId> ClickCategory(CategoryTree& tree, CategoryTree::Item item,
-                                      bool onCheckBox);
+std::optional<StringId> ClickCategory(CategoryTree& tree, CategoryTree::Item item, bool onCheckBox);
 
 }  // namespace carrovan

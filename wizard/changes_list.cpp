@@ -30,8 +30,8 @@ class CategoryLines {
     if (isEmptied) lines_.push_back({1, texts_.Text(StringId::kWouldBeEmptied)});
     for (const PreviewedFile& file : category_.files) Add(file);
     for (const KeyChange& key : category_.keys) {
-      lines_.push_back({1, texts_.Text(WordOf(key.change)) + L": " +
-                               FullKeyPath(key.hive, key.path)});
+      lines_.push_back(
+          {1, texts_.Text(WordOf(key.change)) + L": " + FullKeyPath(key.hive, key.path)});
     }
     for (const ValueChange& value : category_.values) Add(value);
     for (const DroppedValue& value : category_.dropped) Add(value);
@@ -82,9 +82,9 @@ class CategoryLines {
     const StringId word = !value.before  ? StringId::kAdded
                           : !value.after ? StringId::kRemoved
                                          : StringId::kChanged;
-    lines_.push_back({1, texts_.Text(word) + L": " + FullKeyPath(value.hive, value.key) + L"  " +
-                             (value.name.empty() ? texts_.Text(StringId::kDefaultValue)
-                                                 : value.name)});
+    lines_.push_back(
+        {1, texts_.Text(word) + L": " + FullKeyPath(value.hive, value.key) + L"  " +
+                (value.name.empty() ? texts_.Text(StringId::kDefaultValue) : value.name)});
     std::wstring content = value.before ? Shown(*value.before) : L"";
     if (value.after) content += (value.before ? L" → " : L"") + Shown(*value.after);
     lines_.push_back({2, content});

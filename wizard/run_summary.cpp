@@ -11,8 +11,8 @@ std::wstring LabelOf(SettingCategory category) {
 }
 
 StringId LineOf(const ExportReport& report, SettingCategory category) {
-  const bool isEmpty = std::ranges::find(report.emptyCategories, category) !=
-                       report.emptyCategories.end();
+  const bool isEmpty =
+      std::ranges::find(report.emptyCategories, category) != report.emptyCategories.end();
   return isEmpty ? StringId::kCategoryWithoutContent : StringId::kCategoryExported;
 }
 
@@ -59,7 +59,7 @@ std::vector<std::wstring> SummaryOfRun(const GuardReport& report, StringId done,
   for (const SettingCategory category : outcome.offered) {
     const StringId line = outcome.report.emptied.contains(category) ? StringId::kCategoryEmptied
                           : outcome.chosen.contains(category)       ? done
-                                                              : StringId::kCategoryLeftOut;
+                                                                    : StringId::kCategoryLeftOut;
     lines.push_back(texts.Filled(line, {LabelOf(category)}));
   }
   if (const auto count = outcome.report.optionsSet) {

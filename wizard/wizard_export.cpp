@@ -58,8 +58,8 @@ bool HasVersionFolders(const WizardParts& parts) {
 
 bool EnterExportCategories(const WizardParts& parts) {
   if (!HasVersionFolders(parts)) return false;
-  BuildCategoryTree(parts.frame.Tree(WizardPage::kExportCategories),
-                    OfferedOnExport(parts.context), parts.texts);
+  BuildCategoryTree(parts.frame.Tree(WizardPage::kExportCategories), OfferedOnExport(parts.context),
+                    parts.texts);
   return true;
 }
 

@@ -45,8 +45,7 @@ void ShowChangesOf(const WizardParts& parts, const PointBegun& about, StringId h
   const GuardReport report = RunGuarded(parts.machine, choice, about, parts.log, run);
   parts.frame.HideProgress();
   if (report.failure != GuardFailure::kNone) {
-    return parts.frame.ShowMessage(
-        parts.texts.Filled(StringId::kNoChangesKnown, {report.reason}));
+    return parts.frame.ShowMessage(parts.texts.Filled(StringId::kNoChangesKnown, {report.reason}));
   }
   const RunReport& outcome = report.outcome.report;
   const std::vector<ListedLine> lines =

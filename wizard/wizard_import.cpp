@@ -95,8 +95,8 @@ std::vector<ListedLine> LinesOf(const PackageJudgement& judgement, const std::ws
 
 // True for a package that has nothing against it or that the user takes all the same.
 bool IsWanted(const WizardParts& parts, WizardImport& import, const std::wstring& package) {
-  const auto lines = LinesOf(JudgePackage(parts.packages, package, parts.machine), package,
-                             parts.texts);
+  const auto lines =
+      LinesOf(JudgePackage(parts.packages, package, parts.machine), package, parts.texts);
   import.isTrusted = !lines.empty();
   if (lines.empty()) return true;
   ListQuestion question;
@@ -117,8 +117,7 @@ std::optional<std::wstring> TakeLegacyPackage(const WizardParts& parts, WizardIm
     return std::nullopt;
   }
   RunProgress progress(parts.frame, 1);
-  const LegacyOpening opening =
-      OpenLegacyPackage(StepOn(parts, import, progress).Run(), path);
+  const LegacyOpening opening = OpenLegacyPackage(StepOn(parts, import, progress).Run(), path);
   ShowUnextracted(parts, opening.unextracted);
   if (!opening.refusal) return opening.targetText;
   ShowRefusal(parts, *opening.refusal);
@@ -199,17 +198,16 @@ void ShowChangesOfImport(const WizardParts& parts, const WizardImport& import) {
   RunReport report = import.report;
   const CategorySet chosen = CheckedCategories(parts.frame.Tree(WizardPage::kImportCategories));
   RunObserver observer;
-  ShowChangesOf(parts, PointOf(parts), StringId::kChangesOfImport,
-                [&](const Machine& machine, LineLog&) {
-                  ApplyTrusted(parts, import.isTrusted, machine, RegistryToolPace::kWaitForEnd,
-                               observer, context, package, report, [&](const ImportRun& run) {
-                                 ApplyPackage(run, import.offered, chosen);
-                               });
-                  RunOutcome outcome;
-                  outcome.report = report;
-                  outcome.context = context;
-                  return outcome;
-                });
+  ShowChangesOf(
+      parts, PointOf(parts), StringId::kChangesOfImport, [&](const Machine& machine, LineLog&) {
+        ApplyTrusted(parts, import.isTrusted, machine, RegistryToolPace::kWaitForEnd, observer,
+                     context, package, report,
+                     [&](const ImportRun& run) { ApplyPackage(run, import.offered, chosen); });
+        RunOutcome outcome;
+        outcome.report = report;
+        outcome.context = context;
+        return outcome;
+      });
 }
 
 bool Import(const WizardParts& parts, WizardImport& import) {
@@ -240,9 +238,8 @@ bool ImportLegacyPackage(const WizardParts& parts, WizardImport& import) {
   import.report = {};
   import.offered.clear();
   RunProgress progress(parts.frame, 1);
-  const auto report =
-      RunWithRestorePoint(parts, PointOf(parts), RunOf(parts, import, {}, progress,
-                                                       ImportLegacyCustomization));
+  const auto report = RunWithRestorePoint(
+      parts, PointOf(parts), RunOf(parts, import, {}, progress, ImportLegacyCustomization));
   if (!report) return false;
   ShowFinish(parts, *report, StringId::kCategoryImported);
   return true;

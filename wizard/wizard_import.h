@@ -12,7 +12,7 @@ namespace carrovan {
 // The import that the user is about to make.
 struct WizardImport {
   RunReport report;
-  CategorySet offered;  // on the page of its categories
+  CategorySet offered;     // on the page of its categories
   bool isTrusted = false;  // the user takes the package in spite of the reasons against it
 };
 

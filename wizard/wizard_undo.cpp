@@ -27,10 +27,10 @@ std::wstring TimeOf(const RestorePoint& point) {
 }
 
 bool Confirms(const WizardParts& parts, const RestorePoint& point) {
-  const StringId question = point.about.package.empty() ? StringId::kConfirmUndoReset
-                                                        : StringId::kConfirmUndoImport;
-  return parts.frame.AskYesNo(parts.texts.Filled(
-      question, {point.about.version, TimeOf(point), point.about.package}));
+  const StringId question =
+      point.about.package.empty() ? StringId::kConfirmUndoReset : StringId::kConfirmUndoImport;
+  return parts.frame.AskYesNo(
+      parts.texts.Filled(question, {point.about.version, TimeOf(point), point.about.package}));
 }
 
 std::vector<ListedLine> LinesOf(const std::vector<std::wstring>& texts) {

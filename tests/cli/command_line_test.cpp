@@ -102,7 +102,8 @@ TEST_F(CommandLine, MissingSandboxIsAFailureOnOneLine) {
 
 TEST_F(CommandLine, ArgumentThatBeginsWithASlashIsNoOption) {
   EXPECT_EQ(Run({L"inspect", L"/no such package.ucex"}), ExitStatus::kFailed);
-  EXPECT_TRUE(Holds(console_.err, L"/no such package.ucex")) << testing::PrintToString(console_.err);
+  EXPECT_TRUE(Holds(console_.err, L"/no such package.ucex"))
+      << testing::PrintToString(console_.err);
 }
 
 TEST_F(CommandLine, MissingPackageIsAFailureOnOneLine) {

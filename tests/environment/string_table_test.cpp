@@ -11,10 +11,10 @@ TEST(StringTable, NumbersAscendWithoutRepeats) {
   const auto table = StringTable();
   EXPECT_TRUE(std::is_sorted(table.begin(), table.end(),
                              [](const auto& a, const auto& b) { return a.id <= b.id; }));
-  EXPECT_EQ(std::ranges::count_if(table, [](const StringTableEntry& entry) {
-              return static_cast<int>(entry.id) < 200;
-            }),
-            72);
+  EXPECT_EQ(
+      std::ranges::count_if(
+          table, [](const StringTableEntry& entry) { return static_cast<int>(entry.id) < 200; }),
+      72);
 }
 
 TEST(StringTable, EveryTextIsFoundByItsNumber) {

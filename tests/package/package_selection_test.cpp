@@ -40,9 +40,7 @@ class PackageSelectionTest : public ImportFixture {
     return WizardFlow(
         {context_, state_, machine, machine_->Packages(), EnglishTexts(), log_, frame_});
   }
-  void SelectOn(const Machine& machine) {
-    FlowOn(machine).SelectFile(page_);
-  }
+  void SelectOn(const Machine& machine) { FlowOn(machine).SelectFile(page_); }
 
   // A legacy package of these files, under a name of its own.
   std::wstring MakeLegacyPackage(const std::map<std::wstring, std::string>& files) {

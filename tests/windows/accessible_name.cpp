@@ -41,9 +41,9 @@ std::wstring LabelOf(HWND window) {
 std::wstring InterfaceNameOf(HWND window) {
   const ComApartment apartment;
   ComPointer<IAccessible> accessible;
-  const HRESULT found = AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT),
-                                                   IID_IAccessible,
-                                                   reinterpret_cast<void**>(accessible.Receive()));
+  const HRESULT found =
+      AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT), IID_IAccessible,
+                                 reinterpret_cast<void**>(accessible.Receive()));
   if (FAILED(found)) return L"";
   VARIANT self{};
   self.vt = VT_I4;

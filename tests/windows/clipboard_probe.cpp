@@ -10,8 +10,8 @@
 int wmain() {
   if (OpenClipboard(nullptr) == FALSE) return 1;
   const HANDLE memory = GetClipboardData(CF_UNICODETEXT);
-  if (const auto* text = static_cast<const wchar_t*>(memory == nullptr ? nullptr
-                                                                       : GlobalLock(memory))) {
+  if (const auto* text =
+          static_cast<const wchar_t*>(memory == nullptr ? nullptr : GlobalLock(memory))) {
     std::string bytes = carrovan::ToUtf8(text);
     std::erase(bytes, '\r');  // the stream adds its own
     std::cout << bytes;

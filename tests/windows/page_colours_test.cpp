@@ -39,9 +39,9 @@ TEST_P(PageColours, AreThePagesOwnUnlessTheUserHasAskedForHighContrast) {
   ASSERT_TRUE(page.CreateIn(frame_));
   const HWND heading = page.Control(IDC_START_HEADING);
   const DeviceContext context(heading);
-  const LRESULT brush = SendMessageW(page.Window(), WM_CTLCOLORSTATIC,
-                                     reinterpret_cast<WPARAM>(context.Get()),
-                                     reinterpret_cast<LPARAM>(heading));
+  const LRESULT brush =
+      SendMessageW(page.Window(), WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(context.Get()),
+                   reinterpret_cast<LPARAM>(heading));
   const bool isOwn = brush == reinterpret_cast<LRESULT>(GetStockObject(HOLLOW_BRUSH));
   EXPECT_EQ(isOwn, !highContrast);
 }

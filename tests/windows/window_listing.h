@@ -29,7 +29,7 @@ struct WindowFacts {
   std::wstring text;
   std::wstring name;  // what a screen reader calls a control
   int number = 0;     // of a control; 0 for a window of its own
-  int depth = 0;   // 0 for a window of its own, 1 for its controls and so on
+  int depth = 0;      // 0 for a window of its own, 1 for its controls and so on
   bool enabled = false;
   bool visible = false;
   bool focused = false;

@@ -41,12 +41,12 @@ TEST(RunSummary, NamesEachItemOfARunThatWasNotMergedDroppedOrPutInPlace) {
   report.outcome.report.unextracted = {L"C:\\readonly.dat"};
   report.outcome.report.dropped = {{L"Options\\a.reg", L"HKEY_CURRENT_USER\\k", L"v", L"why"},
                                    {L"Options\\a.reg", L"HKEY_CURRENT_USER\\k", L"", L"why"}};
-  EXPECT_EQ(SummaryOfRun(report, StringId::kCategoryImported, EnglishTexts()),
-            (Texts{L"Options: imported", L"Shortcut key: left out",
-                   L"Cosmetic Thread: emptied, since the package holds nothing of it",
-                   L"Not merged: C:\\ui.xml", L"Failed to extract file: C:\\readonly.dat",
-                   L"Left out: HKEY_CURRENT_USER\\k\\v: why",
-                   L"Left out: HKEY_CURRENT_USER\\k: why"}));
+  EXPECT_EQ(
+      SummaryOfRun(report, StringId::kCategoryImported, EnglishTexts()),
+      (Texts{L"Options: imported", L"Shortcut key: left out",
+             L"Cosmetic Thread: emptied, since the package holds nothing of it",
+             L"Not merged: C:\\ui.xml", L"Failed to extract file: C:\\readonly.dat",
+             L"Left out: HKEY_CURRENT_USER\\k\\v: why", L"Left out: HKEY_CURRENT_USER\\k: why"}));
 }
 
 TEST(RunSummary, CountsTheOptionsOfADocument) {

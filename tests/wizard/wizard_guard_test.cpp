@@ -56,8 +56,7 @@ class GuardedWizard : public WizardFixture {
     return Below(machine_->Ports().folders->RoamingAppData(), path);
   }
   std::wstring Scene() const {
-    return Roaming(L"28.0\\en-us\\Customization\\" + machine_->product.productName +
-                   L"-Scene.xml");
+    return Roaming(L"28.0\\en-us\\Customization\\" + machine_->product.productName + L"-Scene.xml");
   }
   std::string Template() const { return machine_->FileBytes(Roaming(kTemplate)).value_or("none"); }
 
@@ -323,9 +322,8 @@ TEST_F(GuardedWizard, ChangesAreShownAndNothingChanges) {
   ASSERT_EQ(frame_.listQuestions.size(), 1u);
   const ListQuestion& shown = frame_.listQuestions[0];
   EXPECT_EQ(shown.text, L"What the import of the ticked categories would change:");
-  EXPECT_EQ(shown.lines, (std::vector<ListedLine>{
-                             {0, L"Document Template – files replaced: 1"},
-                             {1, L"replaced: " + Roaming(kTemplate)}}));
+  EXPECT_EQ(shown.lines, (std::vector<ListedLine>{{0, L"Document Template – files replaced: 1"},
+                                                  {1, L"replaced: " + Roaming(kTemplate)}}));
   EXPECT_EQ(shown.yes, std::nullopt);
 
   // The package lies in the staging folder as before.
