@@ -149,6 +149,15 @@ class CountedRunnersTest(unittest.TestCase):
         self.assertIn("hung did not end within 1 s", "\n".join(lines))
         self.assertEqual(lines[-1], "7 passed, 1 failed")
 
+    def test_runner_beside_others_is_counted_when_it_is_finished(self):
+        status, lines = self.count("begin hung 2 sleep 607", "begin slow 600 sh -c "
+                                   "'sleep 1; echo \"[  PASSED  ] 3 tests.\"'",
+                                   "run quick 600 echo '[  PASSED  ] 2 tests.'",
+                                   "finish slow", "finish hung")
+        self.assertEqual((status, lines[:2]), (1, ["test: quick: 2 passed, 0 failed, 0 skipped",
+                                                   "test: slow: 3 passed, 0 failed, 0 skipped"]))
+        self.assertEqual(lines[-1], "5 passed, 1 failed")
+
     def test_failures_before_the_limit_are_counted_besides_it(self):
         report = "printf '[  %s  ] 2 tests, listed below:' FAILED"
         status, lines = self.count(f'run hung 1 sh -c "{report}; sleep 609"')
