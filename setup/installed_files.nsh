@@ -18,6 +18,7 @@
   !insertmacro ${DO} "\help" "help.css"
   !insertmacro ${DO} "\help\pictures" "start-100.png"
   !insertmacro ${DO} "\help\pictures" "import-100.png"
+  !insertmacro ${DO} "\help\pictures" "changes-100.png"
   !insertmacro ${DO} "\help\pictures" "finish-100.png"
 !macroend
 
