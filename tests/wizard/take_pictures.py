@@ -29,7 +29,7 @@ def main():
     change_identity(prefix / STARTUP_FOLDER, "Language=en-us", f"Language={arguments.language}")
     for percent in arguments.percent:
         set_scale(prefix, percent)
-        with Screen(1680, 1280) as screen, Wizard(screen, prefix) as wizard:
+        with Screen(2080, 1600) as screen, Wizard(screen, prefix) as wizard:
             take(wizard, prefix, folder, percent, TEXTS[arguments.language])
     set_scale(prefix, 100)
 
