@@ -4,8 +4,8 @@ page lists."""
 from import_test import DISTRUST, RETAIN_PATHS, ImportCase, description
 from machine_state import MachineState
 from reset_test import ResetCase
-from wizard import (BACKUP, BACKUP_TEXT, FINISH, FINISH_UNDO, HEADING, IMPORT, NEXT,
-                    PACKAGE, SELECT_ALL, SELECT_FILE, SHOW_CHANGES, TARGETS)
+from wizard import (BACK, BACKUP, BACKUP_TEXT, FINISH, FINISH_UNDO, HEADING, IMPORT, NEXT, PACKAGE,
+                    PROGRAMS, RESET, SELECT_ALL, SELECT_FILE, SHOW_CHANGES, TARGETS)
 from wizard_case import PREFIX, WizardCase, windows_name
 
 RUN_KEY = r"HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\Run"
@@ -131,6 +131,35 @@ class OpenedPackageTest(WizardCase):
         self.assertEqual(wizard.page_control(TARGETS).text, "2026")
         wizard.press_button(NEXT)
         self.assertEqual(wizard.tree().checked_labels(), [SELECT_ALL, "Options"])
+
+
+    def test_package_dropped_on_the_window_opens_the_path_page_of_an_import(self):
+        package = self.crafted_package("dropped.ucex", **{
+            "config.ini": description("2026", "Options")})
+        wizard = self.open_wizard()
+        wizard.start(RESET)
+        wizard.answer()
+        wizard.tree()
+        self.drop(wizard, package)
+        wizard.wait_until(lambda wizard: wizard.shows(PACKAGE), "the path page")
+        self.assertEqual(wizard.page_control(PACKAGE).text, windows_name(package))
+        wizard.press_button(BACK)
+        wizard.page_control(HEADING)
+        chosen = [c.text for c in wizard.window().controls if c.checked]
+        self.assertEqual(chosen, [IMPORT])
+
+    def test_dropped_file_of_another_kind_is_refused(self):
+        picture = self.package("picture.jpg")
+        picture.write_bytes(b"no package")
+        wizard = self.open_wizard()
+        wizard.page_control(HEADING)
+        self.drop(wizard, picture)
+        self.assertEqual(wizard.answer(), "Please select a file")
+        self.assertTrue(wizard.shows(HEADING))
+
+    def drop(self, wizard, file):
+        self.run_windows(PROGRAMS / "tests" / "drop_probe.exe", wizard.window().text,
+                         windows_name(file))
 
 
 class KeyboardTest(WizardCase):
