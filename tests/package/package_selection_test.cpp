@@ -1,6 +1,7 @@
 #include "package/legacy_import.h"
 
 #include "tests/package/import_fixture.h"
+#include "tests/support/restore_points.h"
 #include "wizard/wizard_flow.h"
 
 namespace carrovan {
@@ -62,6 +63,7 @@ class PackageSelectionTest : public ImportFixture {
 
   RecordingPathPage page_;
   RecordingFrame frame_;
+  RestorePointsOfTest points_{ports_};
 };
 
 TEST_F(PackageSelectionTest, OpenFileQuestionIsThatOfBothKinds) {

@@ -8,6 +8,10 @@
 namespace carrovan {
 
 WizardFixture::WizardFixture() {
+  folders_.roaming = machine_->ScratchFolder() + L"Profile\\Roaming";
+  folders_.local = machine_->ScratchFolder() + L"Profile\\Local";
+  folders_.temp = machine_->Ports().folders->TempPath();
+  for (const auto& folder : {folders_.roaming, folders_.local}) machine_->MakeFolder(*folder);
   machine_->MakeFolder(RemoveFileSpec(RemoveFileSpec(machine_->product.startupFolder)) +
                        L"\\AppData\\en-us");
   const std::wstring machineKey =
@@ -54,6 +58,14 @@ std::ptrdiff_t WizardFixture::Resets() const {
   return std::ranges::count_if(frame_.finishTexts, [](const std::wstring& text) {
     return text.find(L"have been reset") != std::wstring::npos;
   });
+}
+
+Machine WizardFixture::Wired() {
+  Machine machine = machine_->Ports();
+  machine.folders = &folders_;
+  machine.archives = &import_;
+  machine.registryTool = &interpreter_.tool;
+  return machine;
 }
 
 Machine WizardFixture::PortsWith(KnownFolders& folders) {

@@ -65,17 +65,16 @@ class WizardFixture : public testing::Test {
   Machine PortsWith(KnownFolders& folders);
   WizardFlow FlowOn(const Machine& machine);
 
-  // The machine with the archives and the registry tool that the tests watch.
-  Machine Wired() {
-    return With<&Machine::registryTool>(With<&Machine::archives>(machine_->Ports(), import_),
-                                        interpreter_.tool);
-  }
+  // The machine with the archives and the registry tool that the tests watch, and a profile of its
+  // own: an undo takes the newest restore point, which must be none of the user's.
+  Machine Wired();
 
   bool HasStagingFolder() const;
   bool IsStagingFolderFresh() const;  // nothing lies in it but its mark
   std::wstring LiveKeyOf(const std::wstring& version) const;
 
   std::unique_ptr<TestMachine> machine_ = NewTestMachine();
+  FixedFolders folders_;
   ProductContext context_;
   WizardState state_;
   RecordingInterpreter interpreter_;

@@ -49,12 +49,8 @@ class GuardedWizard : public WizardFixture {
     return *root + L"\\" + machine_->product.companyShortName + L"\\" +
            machine_->product.productName + L"\\" + path;
   }
-  std::wstring Profile(const std::wstring& path) const {
-    return Below(machine_->Ports().folders->LocalAppData(), path);
-  }
-  std::wstring Roaming(const std::wstring& path) const {
-    return Below(machine_->Ports().folders->RoamingAppData(), path);
-  }
+  std::wstring Profile(const std::wstring& path) const { return Below(folders_.local, path); }
+  std::wstring Roaming(const std::wstring& path) const { return Below(folders_.roaming, path); }
   std::wstring Scene() const {
     return Roaming(L"28.0\\en-us\\Customization\\" + machine_->product.productName + L"-Scene.xml");
   }
@@ -108,14 +104,11 @@ class GuardedWizard : public WizardFixture {
     ASSERT_EQ(Template(), "theirs");
   }
 
-  Texts Points() const {
-    const Machine ports = machine_->Ports();
-    return RestorePointIds(*ports.files, *RestoreRoot(*ports.folders));
-  }
+  Texts Points() const { return RestorePointIds(*machine_->Ports().files, *RestoreRoot(folders_)); }
 
   // A file where the folder of restore points would be, so that none can be made.
   void BlockRestorePoints() {
-    machine_->PutFile(RemoveFileSpec(*RestoreRoot(*machine_->Ports().folders)), "in the way");
+    machine_->PutFile(RemoveFileSpec(*RestoreRoot(folders_)), "in the way");
   }
 };
 
