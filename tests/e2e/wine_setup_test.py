@@ -41,7 +41,7 @@ EXTENSIONS = (".ucex", ".ucx")
 PROGRAM_FILES = ["carrovan-cli.exe", "carrovan.exe", "en-us/MevrinLg.DLL", "zh-cn/MevrinLg.DLL"]
 HELP_FILES = ["help/" + name for name in (
     "administrators.html", "command-line.html", "help.css", "index.html", "package-format.html",
-    "pictures/finish-100.png", "pictures/import-100.png", "pictures/start-100.png",
+    "pictures/changes-100.png", "pictures/finish-100.png", "pictures/import-100.png", "pictures/start-100.png",
     "restore-points.html", "troubleshooting.html")]
 FILES = sorted(["Carrovan.txt", *PROGRAM_FILES, *HELP_FILES])
 UNINSTALLER_COPIES = ("Un.exe", "Un_A.exe", "Un_B.exe", "uninstall.exe")
