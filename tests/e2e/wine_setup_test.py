@@ -41,8 +41,8 @@ EXTENSIONS = (".ucex", ".ucx")
 PROGRAM_FILES = ["carrovan-cli.exe", "carrovan.exe", "en-us/MevrinLg.DLL", "zh-cn/MevrinLg.DLL"]
 HELP_FILES = ["help/" + name for name in (
     "administrators.html", "command-line.html", "help.css", "index.html", "package-format.html",
-    "pictures/changes-100.png", "pictures/finish-100.png", "pictures/import-100.png", "pictures/start-100.png",
-    "restore-points.html", "troubleshooting.html")]
+    "pictures/changes-100.png", "pictures/finish-100.png", "pictures/import-100.png",
+    "pictures/start-100.png", "restore-points.html", "troubleshooting.html")]
 FILES = sorted(["Carrovan.txt", *PROGRAM_FILES, *HELP_FILES])
 UNINSTALLER_COPIES = ("Un.exe", "Un_A.exe", "Un_B.exe", "uninstall.exe")
 DONE, FAILED, RUNNING, NO_LIBRARY = 0, 2, 3, 4
