@@ -240,11 +240,12 @@ WindowFacts FactsOf(HWND window, int depth) {
   WindowFacts facts;
   facts.className = ClassOf(window);
   facts.text = TextOf(window);
-  if (depth > 0) facts.name = AccessibleName(window);
   facts.number = depth == 0 ? 0 : GetDlgCtrlID(window);
   facts.depth = depth;
   facts.enabled = IsWindowEnabled(window) != FALSE;
   facts.visible = IsWindowVisible(window) != FALSE;
+  // The pages that are not shown have many controls, and each answer takes its time.
+  if (depth > 0 && facts.visible) facts.name = AccessibleName(window);
   facts.focused = FocusOf(window) == window;
   facts.area = AreaOf(window);
   if (facts.className == L"Button") facts.checked = Ask(window, BM_GETCHECK) == BST_CHECKED;

@@ -27,7 +27,7 @@ struct TreeItemFacts {
 struct WindowFacts {
   std::wstring className;
   std::wstring text;
-  std::wstring name;  // what a screen reader calls a control
+  std::wstring name;  // what a screen reader calls a visible control
   int number = 0;     // of a control; 0 for a window of its own
   int depth = 0;      // 0 for a window of its own, 1 for its controls and so on
   bool enabled = false;
