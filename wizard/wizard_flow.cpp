@@ -164,7 +164,7 @@ void ShowChangesOfShownPage(const WizardParts& parts, const WizardImport& import
 }
 
 void UndoAndSaySo(const WizardParts& parts) {
-  if (!UndoLastRun(parts)) return;
+  if (!UndoLastRun(parts) || parts.state.mode == MigrationMode::kExport) return;
   if (PageAt(parts.state.mode, parts.state.pageIndex) != WizardPage::kFinish) return;
   FinishDetails details;
   details.lines = {parts.texts.Text(StringId::kWasUndone)};

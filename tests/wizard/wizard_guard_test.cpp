@@ -156,6 +156,18 @@ TEST_F(GuardedWizard, LegacyImportKeepsARestorePoint) {
   EXPECT_EQ(machine_->FileBytes(scene), "<mine/>");
 }
 
+TEST_F(GuardedWizard, UndoLeavesTheFinishPageOfAnExportAsItIs) {
+  ImportTemplate();
+  flow_.Finish();  // "Home"
+  ChooseMode(state_, context_, MigrationMode::kExport);
+  for (int step = 0; step < 3; ++step) flow_.Next();
+  ASSERT_EQ(frame_.Page(), kFinish);
+  const FinishDetails exported = frame_.details;
+  flow_.UndoLast();
+  EXPECT_EQ(Template(), "mine");
+  EXPECT_EQ(frame_.details, exported);
+}
+
 TEST_F(GuardedWizard, UndoThatIsNotConfirmedChangesNothing) {
   ImportTemplate();
   frame_.yes = false;
