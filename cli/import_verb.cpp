@@ -102,21 +102,12 @@ class Import {
   ImportRun run_;
 };
 
-RunOutcome ImportTrusted(const ImportOptions& options, Machine machine, LineLog& log) {
-  NotingRegistryTool tool(*machine.registryTool, *machine.files);
-  machine.registryTool = &tool;
+RunOutcome ImportOn(const ImportOptions& options, Machine machine, LineLog& log) {
+  PackageRegistryTool tool(machine, options.trust);
+  machine.registryTool = &tool.Tool();
   RunOutcome outcome = Import(options, machine, log).Run();
-  for (const std::wstring& line : tool.NotUnderstood()) {
-    outcome.report.problems.push_back(L"Neither foreseen nor undone is what " + line);
-  }
+  tool.ReportUnforeseen(outcome.report);
   return outcome;
-}
-
-RunOutcome ImportChecked(const ImportOptions& options, Machine machine, LineLog& log) {
-  TrustedRegistryTool tool(*machine.registryTool, *machine.files,
-                           machine.product->CompanyShortName());
-  machine.registryTool = &tool;
-  return Import(options, machine, log).Run();
 }
 
 }  // namespace
@@ -143,12 +134,10 @@ ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
     return session.Fail(*refusal);
   }
   if (!options.run.dryRun) SweepRunFolders(machine);
-  return RunAndPrint(session, options.run, {L"import", options.year, options.package},
-                     {L"imported", L"left out"}, machine,
-                     [&options](const Machine& ports, LineLog& log) {
-                       return options.trust ? ImportTrusted(options, ports, log)
-                                            : ImportChecked(options, ports, log);
-                     });
+  return RunAndPrint(
+      session, options.run, {L"import", options.year, options.package}, {L"imported", L"left out"},
+      machine,
+      [&options](const Machine& ports, LineLog& log) { return ImportOn(options, ports, log); });
 }
 
 }  // namespace carrovan

@@ -38,4 +38,10 @@ std::unique_ptr<RunningTool> NotingRegistryTool::ImportFile(const std::wstring& 
   return ForwardingRegistryTool::ImportFile(filePath);
 }
 
+void PackageRegistryTool::ReportUnforeseen(RunReport& report) const {
+  for (const std::wstring& line : noting_.NotUnderstood()) {
+    report.problems.push_back(L"Neither foreseen nor undone is what " + line);
+  }
+}
+
 }  // namespace carrovan

@@ -4,8 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "package/run_report.h"
 #include "platform/file_system.h"
 #include "platform/forwarding_ports.h"
+#include "platform/machine.h"
 
 namespace carrovan {
 
@@ -45,6 +47,26 @@ class NotingRegistryTool : public ForwardingRegistryTool {
  private:
   const FileReader& files_;
   std::vector<std::wstring> notUnderstood_;
+};
+
+// The one of these two that the user's trust in a package calls for.
+class PackageRegistryTool {
+ public:
+  // The machine's tool, files and product outlive it.
+  PackageRegistryTool(const Machine& machine, bool isTrusted)
+      : noting_(*machine.registryTool, *machine.files),
+        checking_(*machine.registryTool, *machine.files, machine.product->CompanyShortName()),
+        isTrusted_(isTrusted) {}
+
+  RegistryTool& Tool() { return isTrusted_ ? static_cast<RegistryTool&>(noting_) : checking_; }
+
+  // Adds to the problems of the run what no preview foresees and no restore point keeps.
+  void ReportUnforeseen(RunReport& report) const;
+
+ private:
+  NotingRegistryTool noting_;
+  TrustedRegistryTool checking_;
+  bool isTrusted_;
 };
 
 }  // namespace carrovan

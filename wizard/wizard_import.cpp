@@ -48,14 +48,10 @@ using Apply = std::function<void(const ImportRun& run)>;
 void ApplyTrusted(const WizardParts& parts, bool isTrusted, Machine machine, RegistryToolPace pace,
                   RunObserver& observer, ProductContext& context, PackageState& package,
                   RunReport& report, const Apply& apply) {
-  NotingRegistryTool noting(*machine.registryTool, *machine.files);
-  TrustedRegistryTool checking(*machine.registryTool, *machine.files,
-                               machine.product->CompanyShortName());
-  machine.registryTool = isTrusted ? static_cast<RegistryTool*>(&noting) : &checking;
+  PackageRegistryTool tool(machine, isTrusted);
+  machine.registryTool = &tool.Tool();
   apply(ImportStep(parts, machine, pace, observer, context, package, report).Run());
-  for (const std::wstring& line : noting.NotUnderstood()) {
-    report.problems.push_back(L"Neither foreseen nor undone is what " + line);
-  }
+  tool.ReportUnforeseen(report);
 }
 
 PointBegun PointOf(const WizardParts& parts) {
