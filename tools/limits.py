@@ -1,6 +1,7 @@
 """Time limits, so that nothing waits for ever: for a command, and for a whole script."""
 
 import os
+import select
 import shlex
 import signal
 import subprocess
@@ -47,7 +48,7 @@ def _status(command, seconds, output, errors, options):
     with subprocess.Popen(command, stdout=output, stderr=errors, process_group=0,
                           **options) as process:
         try:
-            return process.wait(seconds)
+            return _await_end(process, seconds)
         except BaseException as reason:
             end_group(process)
             if not isinstance(reason, subprocess.TimeoutExpired):
@@ -56,6 +57,17 @@ def _status(command, seconds, output, errors, options):
             raise TimeoutError(
                 f"'{shlex.join(map(str, command))}' did not end within {seconds} s; stopped. "
                 f"It has said: {said or 'nothing'}") from None
+
+
+def _await_end(process, seconds):
+    """As `process.wait`, which looks only every now and then and so makes short commands longer."""
+    end = os.pidfd_open(process.pid)
+    try:
+        if not select.select([end], [], [], seconds)[0]:
+            raise subprocess.TimeoutExpired(process.args, seconds)
+    finally:
+        os.close(end)
+    return process.wait()
 
 
 def _content(file, encoding=None):

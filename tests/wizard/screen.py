@@ -15,7 +15,7 @@ class Screen:
     """Runs as long as it is used: `with Screen(1280, 1024) as screen:`."""
 
     def __init__(self, width=1280, height=1024):
-        self._last_click = None
+        self._last_click, self._last_click_ended = None, 0.0
         read_end, write_end = os.pipe()
         self._server = subprocess.Popen(
             ["Xvfb", "-displayfd", str(write_end), "-screen", "0", f"{width}x{height}x24",
@@ -54,10 +54,10 @@ class Screen:
         return {**os.environ, "DISPLAY": self.display}
 
     def click(self, x, y, times=1):
-        if (x, y) == self._last_click:
-            time.sleep(DOUBLE_CLICK_SECONDS)  # else it would be the second half of a double click
-        self._last_click = (x, y)
+        if (x, y) == self._last_click:  # else it would be the second half of a double click
+            time.sleep(max(0, self._last_click_ended + DOUBLE_CLICK_SECONDS - time.monotonic()))
         self._xdotool("mousemove", x, y, "click", "--repeat", times, "--delay", 30, 1)
+        self._last_click, self._last_click_ended = (x, y), time.monotonic()
 
     def move_mouse_away(self):
         self._xdotool("mousemove", 1, 1)

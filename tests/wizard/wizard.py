@@ -93,7 +93,7 @@ class Wizard:
 
     def page_control(self, number):
         """A control of the page, as soon as it is shown and the wizard waits for the user."""
-        return wait_for(lambda: self._idle_page_control(number), what=f"control {number}")
+        return self._page_control(lambda control: control.number == number, f"control {number}")
 
     def shows(self, number):
         """True when the page that is shown has this control."""
@@ -118,22 +118,21 @@ class Wizard:
 
     def press_button(self, number):
         """Clicks a button of the frame as soon as it is enabled."""
-        self.wait_until(lambda wizard: wizard.button(number).enabled, f"button {number}")
-        self.click(self.button(number))
+        self.click(self.wait_until(lambda wizard: wizard._enabled_button(number),
+                                   f"button {number}"))
 
     def choose(self, text):
         """Clicks the control that shows this text, as soon as its page is shown."""
-        number = wait_for(lambda: next((c.number for c in self.window().controls
-                                        if c.depth == 2 and c.text == text), None), what=text)
-        self.click(self.page_control(number))
+        self.click(self._page_control(lambda control: control.text == text, text))
 
     def click_box(self, label):
-        self._click_middle(self.tree().item(label)["box"])
+        self.click_middle(self.tree().item(label)["box"])
 
     def click_label(self, label):
-        self._click_middle(self.tree().item(label)["label"])
+        self.click_middle(self.tree().item(label)["label"])
 
-    def _click_middle(self, area):
+    def click_middle(self, area):
+        """Clicks an area (left, top, width, height) of the screen."""
         left, top, width, height = area
         self.screen.click(left + width // 2, top + height // 2)
 
@@ -242,11 +241,18 @@ class Wizard:
                 break
         self.process.send_signal(signal.SIGCONT)
 
-    def _idle_page_control(self, number):
+    def _enabled_button(self, number):
+        button = self.button(number)
+        return button if button.enabled else None
+
+    def _page_control(self, matches, what):
+        return wait_for(lambda: self._idle_page_control(matches), what=what)
+
+    def _idle_page_control(self, matches):
         window = self.window()
         if not find(window, CANCEL, depth=1).enabled:
             return None
-        return next((c for c in window.controls if c.number == number and c.depth == 2), None)
+        return next((c for c in window.controls if c.depth == 2 and matches(c)), None)
 
     def _frame(self):
         return next((window for window in self.windows() if is_frame(window)), None)
