@@ -23,9 +23,16 @@ begin() {
   running[$name]=$!
 }
 
+# What still runs when the script ends early, by Ctrl-C for one, is ended with it.
+end_runners() {
+  ((${#running[@]} == 0)) || kill "${running[@]}" 2>/dev/null || true
+}
+trap end_runners EXIT
+
 finish() {
   local name=$1 status=0 good bad skipped
   wait "${running[$name]}" || status=$?
+  unset "running[$name]"
   read -r good bad skipped < <("$tools/count_tests.py" "$logs/$name.log")
   if ((status == 124 || (status != 0 && bad == 0))); then bad=$((bad + 1)); fi
   if ((bad > 0)); then cat "$logs/$name.log"; fi

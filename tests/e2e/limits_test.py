@@ -132,12 +132,12 @@ class WithLimitTest(unittest.TestCase):
 class CountedRunnersTest(unittest.TestCase):
     """What ./test does with its runners."""
 
-    def count(self, *lines):
+    def count(self, *lines, **options):
         folder = self.enterContext(tempfile.TemporaryDirectory())
         script = ["set -euo pipefail", f"logs={folder}", "source tools/count-runners.sh", *lines,
                   "sum_up"]
         done = run_limited(["bash", "-c", "\n".join(script)], cwd=PROJECT, seconds=PLENTY,
-                           encoding="utf-8")
+                           encoding="utf-8", **options)
         return done.returncode, done.stdout.splitlines()
 
     def test_runner_that_is_stopped_is_a_failure_and_the_sum_is_printed(self):
@@ -157,6 +157,12 @@ class CountedRunnersTest(unittest.TestCase):
         self.assertEqual((status, lines[:2]), (1, ["test: quick: 2 passed, 0 failed, 0 skipped",
                                                    "test: slow: 3 passed, 0 failed, 0 skipped"]))
         self.assertEqual(lines[-1], "5 passed, 1 failed")
+
+    def test_runner_beside_others_ends_with_the_script(self):
+        held = Held(self)
+        self.assertEqual(self.count("begin slow 600 sleep 610", "exit 3", pass_fds=[held.number]),
+                         (3, []))
+        held.wait_until_free()
 
     def test_failures_before_the_limit_are_counted_besides_it(self):
         report = "printf '[  %s  ] 2 tests, listed below:' FAILED"
