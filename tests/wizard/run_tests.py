@@ -16,6 +16,7 @@ import time
 import unittest
 from collections import defaultdict
 from concurrent.futures import ProcessPoolExecutor, as_completed
+from concurrent.futures.process import BrokenProcessPool
 from pathlib import Path
 
 TESTS = Path(__file__).resolve().parent
@@ -73,7 +74,15 @@ def run_beside_each_other(classes, parts):
         prefixes.put(prefix)
     with ProcessPoolExecutor(parts, spawn, prepare_part, (prefixes,)) as pool:
         runs = [pool.submit(run_class, tests) for tests in classes]
-        return {test for run in as_completed(runs) for test in run.result()}
+        return set(good_tests(runs))
+
+
+def good_tests(runs):
+    for run in as_completed(runs):
+        try:
+            yield from run.result()
+        except BrokenProcessPool as reason:
+            print(f"a part has ended before its tests: {reason}", file=sys.stderr)
 
 
 def name_prefixes(parts):

@@ -91,6 +91,19 @@ class {0}Test(unittest.TestCase):
         self.assertEqual((status, counted), (1, ["2", "2", "0"]), said)
         self.assertEqual(said.count("AssertionError: no screen"), 3)
 
+    def test_part_that_is_stopped_says_where_and_its_tests_have_failed(self):
+        status, counted, said = self.run_tests(some="""
+class SomeTest(unittest.TestCase):
+    def test_good(self):
+        pass
+
+    def test_stopped(self):
+        os.kill(os.getpid(), 15)
+        time.sleep(120)
+""")
+        self.assertEqual((status, counted), (1, ["0", "2", "0"]), said)
+        self.assertIn("in test_stopped", said)
+
     def test_file_that_cannot_be_read_is_a_failure(self):
         status, counted, said = self.run_tests(broken="import nothing_of_this_name\n")
         self.assertEqual((status, counted), (1, ["0", "1", "0"]), said)

@@ -29,6 +29,7 @@ class WizardCase(unittest.TestCase):
     def setUpClass(cls):
         run_limited([ROOT / "tools" / "wine-prefix", PREFIX], check=True)
         if not WizardCase._sample_is_fresh:
+            end_wine(PREFIX)  # what a run that was stopped has left is on a screen that is gone
             install_programs(PREFIX)
         WizardCase._sample_is_fresh = not cls.SPOILS_SAMPLE
         cls.screen = cls.enterClassContext(Screen())
