@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Runs the tests of the wizard's window: run_tests.py [--parts N] [PATTERN]. A window waits more than
-it works, so the classes of tests run in parts beside each other, each part with a Wine prefix and
-screens of its own. A test that fails is run once more when nothing runs beside it, and counts only
-when it fails again, since a real window on a busy machine may miss a click. What went wrong the
-first time is printed all the same."""
+"""Runs the tests of the wizard's window: run_tests.py [--parts N] [PATTERN]. A window waits more
+than it works, so the classes of tests run in parts beside each other, each part with a Wine prefix
+and screens of its own. A test that fails is run once more when nothing runs beside it, and counts
+only when it fails again, since a real window on a busy machine may miss a click. What went wrong
+the first time is printed all the same."""
 
 import argparse
 import faulthandler

@@ -70,8 +70,7 @@ class SomeTest(unittest.TestCase):
 """)
         self.assertEqual((status, counted), (1, ["3", "1", "0"]), said)
         self.assertEqual((said.count("false : a missed click"),
-                          said.count("AssertionError: a fault")),
-                         (1, 2))
+                          said.count("AssertionError: a fault")), (1, 2))
 
     def test_class_that_cannot_be_prepared_is_tried_once_more(self):
         preparation = """
@@ -114,7 +113,8 @@ class SomeTest(unittest.TestCase):
         status, counted, said = self.run_tests("one_*", one=good.format("One"),
                                                two=good.format("Two"))
         self.assertEqual((status, counted), (0, ["1", "0", "0"]), said)
-        self.assertRegex(said, r"(?m)^test_it \(one_test\.OneTest\.test_it\) \.\.\. ok \(\d+\.\d s\)$")
+        self.assertRegex(said, r"(?m)^test_it \(one_test\.OneTest\.test_it\) \.\.\. ok "
+                               r"\(\d+\.\d s\)$")
 
 
 if __name__ == "__main__":
