@@ -16,6 +16,7 @@ namespace {
 
 // More than anybody has.
 constexpr std::int64_t kMostPoints = 1'000'000;
+constexpr int kMostDays = 100'000;
 
 std::wstring StateText(PointState state) {
   switch (state) {
@@ -87,11 +88,16 @@ void AddUndo(CLI::App& app, UndoOptions& options, Verb& chosen) {
 }
 
 void AddPrune(CLI::App& app, PruneOptions& options, Verb& chosen) {
-  CLI::App* verb = app.add_subcommand("prune", "Remove all but the newest restore points");
-  verb->add_option("--keep", options.keep, "How many restore points to keep")
-      ->required()
-      ->check(CLI::Range(std::int64_t{0}, kMostPoints))
-      ->type_name("N");
+  CLI::App* verb = app.add_subcommand("prune", "Remove restore points, by number or by age");
+  CLI::Option* keep = verb->add_option("--keep", options.choice.keep, "Keep the N newest");
+  keep->check(CLI::Range(std::int64_t{0}, kMostPoints))->type_name("N");
+  CLI::Option* age =
+      verb->add_option("--older-than", options.choice.olderThanDays,
+                       "Remove only those older than DAYS; with --keep, the N newest stay anyway");
+  age->check(CLI::Range(0, kMostDays))->type_name("DAYS");
+  auto* which = verb->add_option_group("which", "Which restore points go");
+  which->add_options(keep, age);
+  which->require_option(1, 2);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunPruneVerb(session, options); };
   });
@@ -123,12 +129,17 @@ ExitStatus RunPruneVerb(const Session& session, const PruneOptions& options) {
   const Machine machine = owned->Ports();
   const auto root = RequireRoot(session, machine);
   if (!root) return ExitStatus::kFailed;
-  std::vector<std::wstring> failed;
-  for (const std::wstring& id : PruneRestorePoints(*machine.files, *root, options.keep, failed)) {
-    session.Print(L"Removed " + id);
+  const PruneReport report =
+      PruneRestorePoints(*machine.files, *machine.clock, *root, options.choice);
+  std::uint64_t freedBytes = 0;
+  for (const PrunedPoint& point : report.removed) {
+    session.Print(L"Removed " + point.id + L", " + std::to_wstring(point.freedBytes) + L" bytes");
+    freedBytes += point.freedBytes;
   }
-  for (const std::wstring& id : failed) session.Complain(L"Not removed whole: " + id);
-  return failed.empty() ? ExitStatus::kDone : ExitStatus::kPartly;
+  session.Print(std::to_wstring(report.removed.size()) + L" restore points removed, " +
+                std::to_wstring(freedBytes) + L" bytes freed");
+  for (const std::wstring& id : report.failed) session.Complain(L"Not removed whole: " + id);
+  return report.failed.empty() ? ExitStatus::kDone : ExitStatus::kPartly;
 }
 
 void AddRestoreVerbs(CLI::App& app, RestoreOptions& options, Verb& chosen) {

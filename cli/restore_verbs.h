@@ -3,6 +3,7 @@
 #include <string>
 
 #include "cli/verbs.h"
+#include "restore/prune.h"
 
 namespace carrovan {
 
@@ -23,7 +24,7 @@ struct UndoOptions {
 ExitStatus RunUndoVerb(const Session& session, const UndoOptions& options);
 
 struct PruneOptions {
-  std::size_t keep = 0;
+  PruneChoice choice;
 };
 ExitStatus RunPruneVerb(const Session& session, const PruneOptions& options);
 

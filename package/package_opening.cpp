@@ -22,6 +22,16 @@ bool ExtractItem(ArchiveReader& archive, FileSystem& files, std::size_t index,
   return archive.Extract(index, target) == ArchiveResult::kDone;
 }
 
+std::vector<std::wstring> TargetsOf(const ArchiveReader& archive,
+                                    const std::wstring& destinationFolder, Refusal refusalOf) {
+  std::vector<std::wstring> targets;
+  for (std::size_t index = 0;; ++index) {
+    const auto item = archive.Item(index);
+    if (!item) return targets;
+    if (!refusalOf(item->name)) targets.push_back(destinationFolder + item->name);
+  }
+}
+
 ExtractReport ExtractItems(ArchiveLibrary& archives, FileSystem& files, RunObserver& observer,
                            const std::wstring& archivePath, const std::wstring& destinationFolder,
                            Refusal refusalOf) {
@@ -29,13 +39,14 @@ ExtractReport ExtractItems(ArchiveLibrary& archives, FileSystem& files, RunObser
   const auto archive = archives.Open(archivePath);
   if (!archive) return report;
   report.opened = true;
+  files.Announce(TargetsOf(*archive, destinationFolder, refusalOf), ComingChange::kReplacement);
   for (std::size_t index = 0;; ++index) {
     const auto item = archive->Item(index);
     if (!item) return report;
     const std::wstring target = destinationFolder + item->name;
     observer.OnItem(target);
     if (!refusalOf(item->name) && ExtractItem(*archive, files, index, target)) {
-      ++report.extracted;
+      report.extracted.push_back(target);
     } else {
       report.failed.push_back(target);
     }

@@ -22,7 +22,7 @@ std::optional<std::wstring> RefusalOfPackageItem(std::wstring_view name);
 // How an extraction went.
 struct ExtractReport {
   bool opened = false;  // false: the archive is missing or is not one
-  std::size_t extracted = 0;
+  std::vector<std::wstring> extracted;  // paths of what was written
   std::vector<std::wstring> failed;  // where the items that failed or were refused were to be put
 };
 

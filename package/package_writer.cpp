@@ -86,7 +86,18 @@ SystemCode ArchiveFiles::CopyOver(const std::wstring&, const std::wstring&) {
   return kAccessDenied;
 }
 
+std::uint64_t ArchiveFiles::FileBytes(const std::wstring& path) const {
+  const auto found = indexes_.find(path);
+  const auto item = found == indexes_.end() ? std::nullopt : archive_.Item(found->second);
+  return item ? item->sizeBytes : 0;
+}
+
+std::optional<std::uint64_t> ArchiveFiles::FreeBytes(const std::wstring&) const {
+  return std::nullopt;
+}
+
 SystemCode ArchiveFiles::MoveTo(const std::wstring&, const std::wstring&) { return kAccessDenied; }
+SystemCode ArchiveFiles::Flush(std::span<const std::wstring>) { return kAccessDenied; }
 
 namespace {
 
@@ -185,6 +196,18 @@ std::wstring EntryNameInFolder(const ProductContext& context, const std::wstring
   return {};
 }
 
+namespace {
+
+// The archive took its name with all that is in it on the disk; only then the name itself is safe.
+ArchiveResult FlushName(const std::wstring& archivePath, FileSystem& files) {
+  std::wstring folder = archivePath.substr(0, archivePath.size() - FileNameOf(archivePath).size());
+  if (folder.empty()) folder = L".";
+  const SystemCode code = files.Flush({&folder, 1});
+  return code == kSystemOk ? ArchiveResult::kDone : ArchiveResult::kTargetNotWritable;
+}
+
+}  // namespace
+
 PackageReport WritePackage(const ProductContext& context, const Machine& machine,
                            std::span<const std::wstring> sources, const std::wstring& archivePath,
                            ArchivePurpose purpose, RunObserver& observer,
@@ -202,6 +225,9 @@ PackageReport WritePackage(const ProductContext& context, const Machine& machine
   }
   if (mayTakePlace && !mayTakePlace(report)) return report;
   report.outcome = archive->Close();
+  if (report.outcome == ArchiveResult::kDone && purpose == ArchivePurpose::kKeep) {
+    report.outcome = FlushName(archivePath, *machine.files);
+  }
   return report;
 }
 

@@ -35,6 +35,8 @@ class ArchiveFiles : public FileSystem {
   // kInvalidData for an item that is damaged, encrypted or too long.
   SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override;
   SystemCode ReadInParts(const std::wstring& path, const TakePart& take) const override;
+  std::uint64_t FileBytes(const std::wstring& path) const override;
+  std::optional<std::uint64_t> FreeBytes(const std::wstring& folder) const override;
 
   // kAccessDenied, always.
   SystemCode CreateFolder(const std::wstring& path) override;
@@ -48,6 +50,7 @@ class ArchiveFiles : public FileSystem {
   SystemCode HoldFile(const std::wstring& path, FileHold hold) override;
   SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override;
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
+  SystemCode Flush(std::span<const std::wstring> paths) override;
 
  private:
   ArchiveExaminer& archive_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 
 #include "package/package_description.h"
 #include "package/package_opening.h"
@@ -9,6 +10,7 @@
 #include "package/staging_folder.h"
 #include "platform/registry_tool.h"
 #include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {
@@ -46,6 +48,23 @@ ChangedFiles ArchiveChangedFiles(const Placement& placement, const std::wstring&
   }
   const bool written = package.outcome == ArchiveResult::kDone;
   return {written, written && package.skipped.empty()};
+}
+
+// The staging folder goes when this has succeeded, and a loss of power must not find what lay in it
+// nowhere.
+bool FlushPlaced(const Placement& placement, const std::vector<std::wstring>& files,
+                 RunReport& report) {
+  std::set<std::wstring, NameLess> paths;
+  for (const std::wstring& file : files) {
+    paths.insert(file);
+    paths.insert(RemoveFileSpec(file));
+  }
+  const SystemCode code =
+      placement.machine.files->Flush(std::vector<std::wstring>(paths.begin(), paths.end()));
+  if (code == kSystemOk) return true;
+  report.problems.push_back(L"What was put in place may not be on the disk yet: " +
+                            DescribeSystemCode(code));
+  return false;
 }
 
 void KeepStagingFolder(const Placement& placement, RunReport& report) {
@@ -94,7 +113,8 @@ bool LayOverProfile(const Placement& placement, RunReport& report) {
       ExtractArchive(*placement.machine.archives, *placement.machine.files, placement.observer,
                      archive, placement.applicationDataRoot);
   std::ranges::copy(extracted.failed, std::back_inserter(report.unextracted));
-  return archived.complete && extracted.opened && extracted.failed.empty();
+  return FlushPlaced(placement, extracted.extracted, report) && archived.complete &&
+         extracted.opened && extracted.failed.empty();
 }
 
 void PutInPlace(const Placement& placement, RunReport& report) {

@@ -95,7 +95,7 @@ class ArchiveExaminer : public ArchiveReader {
 
 // What an archive is made for.
 enum class ArchivePurpose {
-  kKeep,          // a package: it shall be small
+  kKeep,          // a package: it shall be small, and be on the disk before it takes its name
   kUnpackAtOnce,  // unpacked and deleted by the same run: it shall be quick
 };
 

@@ -41,25 +41,36 @@ SystemCode ReadFileImage(const FileReader& files, const std::wstring& path, File
 
 namespace {
 
-bool WipeContent(FileSystem& files, const std::wstring& folder);
-
 // A subfolder that still holds something has reported that by its own result.
 bool RemoveSubfolder(FileSystem& files, const std::wstring& folder) {
   const SystemCode code = files.RemoveFolder(folder);
   return code == kSystemOk || code == kFolderNotEmpty;
 }
 
-bool WipeEntry(FileSystem& files, const FolderEntry& entry, const std::wstring& path) {
-  if (!entry.isFolder) return files.RemoveFile(path) == kSystemOk;
-  const bool emptied = entry.isLink || WipeContent(files, path);
-  return RemoveSubfolder(files, path) && emptied;
-}
-
-bool WipeContent(FileSystem& files, const std::wstring& folder) {
+// Removes what is no folder, and lists the folders, outer ones first.
+bool WipeFiles(FileSystem& files, const std::wstring& folder, std::vector<std::wstring>& folders) {
   std::vector<FolderEntry> entries;
   bool complete = files.ReadFolder(folder, entries) == kSystemOk;
   for (const FolderEntry& entry : entries) {
-    if (!WipeEntry(files, entry, folder + L"\\" + entry.name)) complete = false;
+    const std::wstring path = folder + L"\\" + entry.name;
+    bool isGone = true;
+    if (entry.isFolder && !entry.isLink) {
+      folders.push_back(path);
+      isGone = WipeFiles(files, path, folders);
+    } else {
+      isGone = entry.isFolder ? RemoveSubfolder(files, path) : files.RemoveFile(path) == kSystemOk;
+    }
+    complete = complete && isGone;
+  }
+  return complete;
+}
+
+// All files go before the first folder: who keeps them has to make sure of that only once.
+bool WipeContent(FileSystem& files, const std::wstring& folder) {
+  std::vector<std::wstring> folders;
+  bool complete = WipeFiles(files, folder, folders);
+  for (auto each = folders.rbegin(); each != folders.rend(); ++each) {
+    complete = RemoveSubfolder(files, *each) && complete;
   }
   return complete;
 }
@@ -75,10 +86,21 @@ bool RemoveLink(FileSystem& files, const std::wstring& link) {
 bool WipeFolder(FileSystem& files, const std::wstring& folder) {
   if (files.IsLink(folder)) return RemoveLink(files, folder);
   if (!files.IsFolder(folder)) return !files.Exists(folder);
+  files.Announce({&folder, 1}, ComingChange::kRemoval);
   if (!WipeContent(files, folder)) return false;
   // Everything below is gone; an empty folder that somebody holds open does no harm.
   static_cast<void>(files.RemoveFolder(folder));
   return true;
+}
+
+std::uint64_t TreeBytes(const FileReader& files, const std::wstring& path) {
+  if (files.IsLink(path)) return 0;
+  if (!files.IsFolder(path)) return files.FileBytes(path);
+  std::uint64_t bytes = 0;
+  for (const FolderEntry& entry : ListFolder(files, path)) {
+    bytes += TreeBytes(files, path + L"\\" + entry.name);
+  }
+  return bytes;
 }
 
 SystemCode MakeFolderPath(FileSystem& files, const std::wstring& folder) {

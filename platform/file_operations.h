@@ -34,6 +34,9 @@ FileImage ImageOfBytes(std::string_view bytes);
 // is gone, also when the folder was not there at all.
 bool WipeFolder(FileSystem& files, const std::wstring& folder);
 
+// What the files at and below a path hold together. Links are not followed.
+std::uint64_t TreeBytes(const FileReader& files, const std::wstring& path);
+
 // Makes a folder and those above it that are missing, the drive of a sandbox included. The path has
 // no trailing backslash.
 [[nodiscard]] SystemCode MakeFolderPath(FileSystem& files, const std::wstring& folder);

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -65,6 +67,12 @@ class FileReader {
   using TakePart = std::function<bool(std::string_view part, std::uint64_t fileBytes)>;
   [[nodiscard]] virtual SystemCode ReadInParts(const std::wstring& path,
                                                const TakePart& take) const = 0;
+
+  // The size of a file's content; 0 for what is none.
+  virtual std::uint64_t FileBytes(const std::wstring& path) const = 0;
+
+  // How much more the user may store in a folder; nothing where that cannot be told.
+  virtual std::optional<std::uint64_t> FreeBytes(const std::wstring& folder) const = 0;
 };
 
 // The same for a caller that does not care why there are none: empty when the folder is missing or
@@ -79,6 +87,12 @@ inline std::vector<FolderEntry> ListFolder(const FileReader& files, const std::w
 enum class FileHold {
   kMake,  // it is made when it is missing
   kTake,  // it must be there
+};
+
+// What is about to happen to files.
+enum class ComingChange {
+  kRemoval,
+  kReplacement,  // by other content, or by the first where nothing is
 };
 
 // Changes files and folders. Each operation returns kSystemOk or the system's error number, and
@@ -126,6 +140,17 @@ class FileSystem : public FileReader {
   // there. The same path in another case gives it that spelling.
   [[nodiscard]] virtual SystemCode MoveTo(const std::wstring& source,
                                           const std::wstring& target) = 0;
+
+  // Waits until the content of these files, and which names these folders hold, is where a loss of
+  // power cannot take it. Until then any part of what was written, and any of the names that were
+  // made, changed or removed, may be lost, in any order. Paths that are not there are passed over;
+  // the content of a file is no matter of its folder's, nor a name of its file's. Many paths at
+  // once cost far less than one after another.
+  [[nodiscard]] virtual SystemCode Flush(std::span<const std::wstring> paths) = 0;
+
+  // Says what is about to change; what lies below a path goes with it. Whoever keeps what was there
+  // can do so for all of them at once. Nothing depends on it.
+  virtual void Announce(std::span<const std::wstring> /*paths*/, ComingChange /*change*/) {}
 };
 
 }  // namespace carrovan

@@ -27,6 +27,12 @@ class ForwardingFiles : public FileSystem {
   SystemCode ReadInParts(const std::wstring& path, const TakePart& take) const override {
     return files_.ReadInParts(path, take);
   }
+  std::uint64_t FileBytes(const std::wstring& path) const override {
+    return files_.FileBytes(path);
+  }
+  std::optional<std::uint64_t> FreeBytes(const std::wstring& folder) const override {
+    return files_.FreeBytes(folder);
+  }
   SystemCode CreateFolder(const std::wstring& path) override { return files_.CreateFolder(path); }
   SystemCode CreateEmptyFile(const std::wstring& path) override {
     return files_.CreateEmptyFile(path);
@@ -51,6 +57,10 @@ class ForwardingFiles : public FileSystem {
   }
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override {
     return files_.MoveTo(source, target);
+  }
+  SystemCode Flush(std::span<const std::wstring> paths) override { return files_.Flush(paths); }
+  void Announce(std::span<const std::wstring> paths, ComingChange change) override {
+    files_.Announce(paths, change);
   }
 
  private:
@@ -97,6 +107,7 @@ class ForwardingRegistry : public RegistryEditor {
                       RegistryHive targetHive, const std::wstring& targetPath) override {
     return registry_.CopyTree(sourceHive, sourcePath, targetHive, targetPath);
   }
+  SystemCode Flush(RegistryHive hive) override { return registry_.Flush(hive); }
 
  private:
   RegistryEditor& registry_;

@@ -61,6 +61,10 @@ class RegistryEditor : public RegistryReader {
   [[nodiscard]] virtual SystemCode CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
                                             RegistryHive targetHive,
                                             const std::wstring& targetPath) = 0;
+
+  // Waits until the hive is as it is now where a loss of power cannot take it. Until then any of
+  // its changes may be lost.
+  [[nodiscard]] virtual SystemCode Flush(RegistryHive hive) = 0;
 };
 
 }  // namespace carrovan

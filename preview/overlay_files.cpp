@@ -151,6 +151,15 @@ SystemCode OverlayFiles::ReadInParts(const std::wstring& path, const TakePart& t
   return code == kSystemOk ? machine_.ReadInParts(seen.real, take) : code;
 }
 
+std::uint64_t OverlayFiles::FileBytes(const std::wstring& path) const {
+  Seen seen;
+  return CodeOfReading(path, seen) == kSystemOk ? machine_.FileBytes(seen.real) : 0;
+}
+
+std::optional<std::uint64_t> OverlayFiles::FreeBytes(const std::wstring& folder) const {
+  return machine_.FreeBytes(folder);
+}
+
 SystemCode OverlayFiles::CreateFolder(const std::wstring& path) {
   const auto parsed = ParseOverlayPath(path);
   if (!parsed || !parsed->mayBeMade) return kInvalidName;

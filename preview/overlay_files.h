@@ -46,6 +46,8 @@ class OverlayFiles : public FileSystem {
                         std::vector<FolderEntry>& entries) const override;
   SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override;
   SystemCode ReadInParts(const std::wstring& path, const TakePart& take) const override;
+  std::uint64_t FileBytes(const std::wstring& path) const override;
+  std::optional<std::uint64_t> FreeBytes(const std::wstring& folder) const override;
   SystemCode CreateFolder(const std::wstring& path) override;
   SystemCode CreateEmptyFile(const std::wstring& path) override;
   SystemCode RemoveFile(const std::wstring& path) override;
@@ -57,6 +59,8 @@ class OverlayFiles : public FileSystem {
   SystemCode HoldFile(const std::wstring& path, FileHold hold) override;
   SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override;
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
+  // Nothing of the overlay is to outlive the program.
+  SystemCode Flush(std::span<const std::wstring>) override { return kSystemOk; }
 
  private:
   class Replacement;

@@ -47,6 +47,7 @@ class OverlayRegistry : public RegistryEditor {
   SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) override;
   SystemCode CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
                       RegistryHive targetHive, const std::wstring& targetPath) override;
+  SystemCode Flush(RegistryHive) override { return kSystemOk; }
 
  private:
   // A key as it is seen: the overlay's node, the machine's key, both or neither.

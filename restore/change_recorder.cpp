@@ -55,7 +55,10 @@ OrReason<ChangeRecorder> ChangeRecorder::Begin(const Machine& machine, const Poi
   const std::wstring id = FreeId(*machine.files, *root, RestorePointId(machine.clock->Now()));
   std::unique_ptr<ChangeRecorder> recorder(new ChangeRecorder(machine, *root, id));
   SystemCode code = recorder->MakeFolders();
-  if (code == kSystemOk) code = recorder->Append(about);
+  if (code == kSystemOk) {
+    recorder->journal_.Add(about);
+    code = recorder->FlushBeginning();
+  }
   if (code == kSystemOk) return {std::move(recorder), {}};
   return {nullptr, recorder->Folder() + L": " + DescribeSystemCode(code)};
 }
@@ -66,19 +69,38 @@ ChangeRecorder::ChangeRecorder(const Machine& machine, std::wstring root, std::w
       folders_(*machine.folders),
       root_(TidyPath(root)),
       id_(std::move(id)),
+      journal_(files_, Folder() + L"\\" + kJournalName, 0),
       fileNames_(NamesInFolders(files_)),
       userKeyNames_(NamesInKeys(registry_, RegistryHive::kCurrentUser)),
       machineKeyNames_(NamesInKeys(registry_, RegistryHive::kLocalMachine)) {}
 
-SystemCode ChangeRecorder::MakeFolders() {
-  return MakeFolderPath(files_, Folder() + L"\\" + kCopiesFolder);
+SystemCode ChangeRecorder::MakeFolders() { return MakeFolderPath(files_, CopiesFolder()); }
+
+// The names of the restore point and of what is in it, and of each folder on the way that may just
+// have been made.
+SystemCode ChangeRecorder::FlushBeginning() {
+  const std::wstring own = RemoveFileSpec(root_);
+  return journal_.Flush({CopiesFolder(), Folder(), root_, own, RemoveFileSpec(own)});
 }
 
-SystemCode ChangeRecorder::Append(const JournalRecord& record) {
-  return files_.AppendBytes(Folder() + L"\\" + kJournalName, EncodeRecord(record));
+// A file that is only moved into the restore point lies in one place or the other. What is made
+// anew in the first, or takes away its folder, must not be safe earlier than the move.
+SystemCode ChangeRecorder::FlushNotes(ComingChange change) {
+  std::vector<std::wstring> paths = unsafeCopies_;
+  if (!paths.empty() || (hasUnsafeMoves_ && change != ComingChange::kRemoval)) {
+    paths.push_back(CopiesFolder());
+  }
+  const bool flushesMoves = !paths.empty();
+  if (const SystemCode code = journal_.Flush(std::move(paths)); code != kSystemOk) return code;
+  unsafeCopies_.clear();
+  if (flushesMoves) hasUnsafeMoves_ = false;
+  return kSystemOk;
 }
 
-void ChangeRecorder::Describe(const PointBegun& about) { static_cast<void>(Append(about)); }
+void ChangeRecorder::Describe(const PointBegun& about) {
+  journal_.Add(about);
+  static_cast<void>(journal_.Write());
+}
 
 bool ChangeRecorder::IsScratch(const std::wstring& path) const {
   const std::wstring tidy = TidyPath(path);
@@ -95,16 +117,52 @@ SystemCode ChangeRecorder::FolderMade(const std::wstring& path) {
 SystemCode ChangeRecorder::TakeScratch(const std::wstring& path) {
   const std::wstring tidy = TidyPath(path);
   if (!IsScratchPath(folders_, tidy)) return kAccessDenied;
-  const SystemCode code = Append(ScratchMade{tidy});
+  journal_.Add(ScratchMade{tidy});
+  const SystemCode code = NotesAreSafe();
   if (code == kSystemOk) scratch_.push_back(tidy);
   return code;
 }
 
+void ChangeRecorder::Announce(std::span<const std::wstring> paths, ComingChange change) {
+  for (const std::wstring& each : paths) {
+    const std::wstring path = TidyPath(each);
+    if (IsScratch(path)) continue;
+    if (change == ComingChange::kRemoval) {
+      NoteTree(path);
+    } else if (!files_.IsLink(path)) {
+      static_cast<void>(NoteFile(path, change));
+    }
+  }
+  static_cast<void>(FlushNotes(change));
+}
+
+// Links are taken when their turn comes, and what lies behind them does not change.
+void ChangeRecorder::NoteTree(const std::wstring& path) {
+  if (files_.IsLink(path) || !files_.Exists(path)) return;
+  static_cast<void>(NoteFile(path, ComingChange::kRemoval));
+  if (!files_.IsFolder(path)) return;
+  for (const FolderEntry& entry : ListFolder(files_, path)) NoteTree(path + L"\\" + entry.name);
+}
+
 SystemCode ChangeRecorder::FileChanges(const std::wstring& path) {
   const std::wstring tidy = TidyPath(path);
-  if (IsAtOrBelow(tidy, root_)) return kAccessDenied;
-  if (const SystemCode code = NoteMissingParents(tidy); code != kSystemOk) return code;
-  return files_.IsLink(tidy) ? TakeLink(tidy) : NoteBefore(tidy);
+  if (files_.IsLink(tidy)) return TakeLink(tidy);
+  const SystemCode code = NoteFile(tidy, ComingChange::kReplacement);
+  return code == kSystemOk ? NotesAreSafe() : code;
+}
+
+SystemCode ChangeRecorder::NoteFile(const std::wstring& path, ComingChange change) {
+  if (IsAtOrBelow(path, root_)) return kAccessDenied;
+  if (const SystemCode code = NoteMissingParents(path); code != kSystemOk) return code;
+  const auto found = notedFiles_.find(path);
+  if (found == notedFiles_.end()) return NoteFirstChange(path, change);
+  NotedFile& file = found->second;
+  if (change == ComingChange::kReplacement && !file.copy.empty() && !file.isKept) {
+    if (const SystemCode code = KeepCopy(path, file); code != kSystemOk) return code;
+  }
+  if (!file.isOpen) journal_.Add(FileChanging{AsSpelled(path), std::nullopt, {}, PartNameFor(path)});
+  file.isOpen = true;
+  return kSystemOk;
 }
 
 // A change may make the folders above, too.
@@ -112,20 +170,27 @@ SystemCode ChangeRecorder::NoteMissingParents(const std::wstring& path) {
   const std::wstring parent = RemoveFileSpec(path);
   if (parent.empty() || parent == path || files_.Exists(parent)) return kSystemOk;
   if (const SystemCode code = NoteMissingParents(parent); code != kSystemOk) return code;
-  return notedFiles_.contains(parent) ? kSystemOk : NoteBefore(parent);
+  return NoteFile(parent, ComingChange::kReplacement);
 }
 
-SystemCode ChangeRecorder::NoteBefore(const std::wstring& path) {
-  FileChanging change{AsSpelled(path), std::nullopt, {}, {}};
-  if (!files_.Exists(RemoveFileSpec(path) + L"\\" + PartName(0))) change.part = PartName(0);
-  if (notedFiles_.contains(path)) return Append(change);
+SystemCode ChangeRecorder::NoteFirstChange(const std::wstring& path, ComingChange change) {
+  NotedFile file;
+  SystemCode code = ReadFileImage(files_, path, file.before);
+  if (code == kSystemOk && file.before.kind == FileKind::kFile) {
+    file.copy = NextCopyName();
+    if (change == ComingChange::kReplacement) code = KeepCopy(path, file);
+  }
+  if (code != kSystemOk) return code;
+  journal_.Add(FileChanging{AsSpelled(path), file.before, file.copy, PartNameFor(path)});
+  file.isOpen = true;
+  notedFiles_.emplace(path, std::move(file));
+  return kSystemOk;
+}
 
-  change.before.emplace();
-  SystemCode code = ReadFileImage(files_, path, *change.before);
-  if (code == kSystemOk && change.before->kind == FileKind::kFile) code = KeepCopy(path, change);
-  if (code == kSystemOk) code = Append(change);
-  if (code == kSystemOk) notedFiles_.insert(path);
-  return code;
+// The name that a new content of the file is going to have while it is written.
+std::wstring ChangeRecorder::PartNameFor(const std::wstring& path) const {
+  const std::wstring name = PartName(0);
+  return files_.Exists(RemoveFileSpec(path) + L"\\" + name) ? std::wstring() : name;
 }
 
 std::wstring ChangeRecorder::AsSpelled(const std::wstring& path) {
@@ -142,29 +207,99 @@ std::wstring ChangeRecorder::KeyAsSpelled(RegistryHive hive, const std::wstring&
   return JoinKey(parent, names.Spell(parent, keyPath.substr(parent.size() + 1)));
 }
 
-SystemCode ChangeRecorder::KeepCopy(const std::wstring& path, FileChanging& change) {
-  change.copy = NextCopyName();
-  return files_.CopyOver(path, Folder() + L"\\" + change.copy);
+SystemCode ChangeRecorder::KeepCopy(const std::wstring& path, NotedFile& file) {
+  const SystemCode code = files_.CopyOver(path, PathOfCopy(file));
+  if (code != kSystemOk) return code;
+  file.isKept = true;
+  unsafeCopies_.push_back(PathOfCopy(file));
+  return kSystemOk;
+}
+
+SystemCode ChangeRecorder::MoveIntoPoint(const std::wstring& path, NotedFile& file) {
+  const SystemCode code = files_.MoveTo(path, PathOfCopy(file));
+  if (code != kSystemOk) return code;
+  file.isKept = true;
+  hasUnsafeMoves_ = true;
+  return kSystemOk;
 }
 
 std::wstring ChangeRecorder::NextCopyName() {
   return std::wstring(kCopiesFolder) + L"\\" + std::to_wstring(++copies_);
 }
 
-void ChangeRecorder::FileChanged(const std::wstring& path) {
-  carrovan::FileChanged change{TidyPath(path), {}};
-  // A change without this second note counts as the run's own, which is what it is.
-  if (ReadFileImage(files_, change.path, change.after) != kSystemOk) return;
-  static_cast<void>(Append(change));
+SystemCode ChangeRecorder::TakeFile(const std::wstring& path) {
+  const std::wstring tidy = TidyPath(path);
+  if (files_.IsReadOnly(tidy)) return kAccessDenied;
+  SystemCode code = NoteFile(tidy, ComingChange::kRemoval);
+  if (code == kSystemOk) code = FlushNotes(ComingChange::kRemoval);
+  if (code != kSystemOk) return code;
+  NotedFile& file = notedFiles_.at(tidy);
+  if (file.copy.empty() || file.isKept) return files_.RemoveFile(tidy);
+  if (MoveIntoPoint(tidy, file) == kSystemOk) return kSystemOk;
+  // The restore point may lie on another volume.
+  code = KeepCopy(tidy, file);
+  if (code == kSystemOk) code = FlushNotes(ComingChange::kRemoval);
+  return code == kSystemOk ? files_.RemoveFile(tidy) : code;
 }
 
-SystemCode ChangeRecorder::TreeChanges(const std::wstring& path, std::vector<std::wstring>& noted) {
-  if (const SystemCode code = FileChanges(path); code != kSystemOk) return code;
-  noted.push_back(path);
-  if (files_.IsLink(path) || !files_.IsFolder(path)) return kSystemOk;
-  for (const FolderEntry& entry : ListFolder(files_, path)) {
+void ChangeRecorder::FileChanged(const std::wstring& path) {
+  // So many changes at most count as the run's own, whatever comes after them, when it is killed.
+  constexpr std::size_t kMostUnnoted = 256;
+  changedFiles_.insert(TidyPath(path));
+  if (changedFiles_.size() >= kMostUnnoted) static_cast<void>(FlushChanges());
+}
+
+SystemCode ChangeRecorder::FlushChanges() {
+  std::set<std::wstring, NameLess> paths;
+  for (const std::wstring& path : changedFiles_) {
+    paths.insert(path);
+    paths.insert(RemoveFileSpec(path));
+  }
+  SystemCode code = files_.Flush(std::vector<std::wstring>(paths.begin(), paths.end()));
+  for (const RegistryHive hive : {RegistryHive::kCurrentUser, RegistryHive::kLocalMachine}) {
+    const auto isIn = [hive](const NotedKey& key) { return key.hive == hive; };
+    if (std::ranges::none_of(changedKeys_, isIn)) continue;
+    const SystemCode flushed = registry_.Flush(hive);
+    if (code == kSystemOk) code = flushed;
+  }
+  if (code == kSystemOk) NoteThatChangesAreOver();
+  return code;
+}
+
+// A change without this second note counts as the run's own, which is what it is.
+void ChangeRecorder::NoteThatChangesAreOver() {
+  for (const std::wstring& path : changedFiles_) {
+    carrovan::FileChanged change{path, {}};
+    if (ReadFileImage(files_, path, change.after) != kSystemOk) continue;
+    journal_.Add(change);
+    notedFiles_[path].isOpen = false;
+  }
+  for (const NotedKey& key : changedKeys_) {
+    journal_.Add(carrovan::KeyChanged{key.hive, key.path, ImageOfKey(key.hive, key.path)});
+  }
+  changedFiles_.clear();
+  changedKeys_.clear();
+  static_cast<void>(journal_.Write());
+}
+
+SystemCode ChangeRecorder::TreeMoves(const std::wstring& from, const std::wstring& to,
+                                     std::vector<std::wstring>& noted) {
+  const SystemCode code = NoteMove(TidyPath(from), TidyPath(to), noted);
+  return code == kSystemOk ? NotesAreSafe() : code;
+}
+
+SystemCode ChangeRecorder::NoteMove(const std::wstring& from, const std::wstring& to,
+                                    std::vector<std::wstring>& noted) {
+  if (files_.IsLink(from)) return TakeLink(from);
+  for (const std::wstring& path : {from, to}) {
+    const SystemCode code = NoteFile(path, ComingChange::kReplacement);
+    if (code != kSystemOk) return code;
+    noted.push_back(path);
+  }
+  if (!files_.IsFolder(from)) return kSystemOk;
+  for (const FolderEntry& entry : ListFolder(files_, from)) {
     const SystemCode code =
-        TreeChanges(WithoutTrailingBackslashes(path) + L"\\" + entry.name, noted);
+        NoteMove(from + L"\\" + entry.name, to + L"\\" + entry.name, noted);
     if (code != kSystemOk) return code;
   }
   return kSystemOk;
@@ -173,10 +308,14 @@ SystemCode ChangeRecorder::TreeChanges(const std::wstring& path, std::vector<std
 SystemCode ChangeRecorder::TakeLink(const std::wstring& path) {
   const std::wstring tidy = TidyPath(path);
   if (IsAtOrBelow(tidy, root_)) return kAccessDenied;
-  FileChanging change{AsSpelled(tidy), FileImage{FileKind::kLink}, NextCopyName(), {}};
-  if (const SystemCode code = Append(change); code != kSystemOk) return code;
-  notedFiles_.insert(tidy);
-  return files_.MoveTo(tidy, Folder() + L"\\" + change.copy);
+  // What was changed behind the link cannot be seen from here any more when it is gone.
+  if (!changedFiles_.empty()) static_cast<void>(FlushChanges());
+  NotedFile link{FileImage{FileKind::kLink}, NextCopyName(), false, true};
+  journal_.Add(FileChanging{AsSpelled(tidy), link.before, link.copy, {}});
+  if (const SystemCode code = FlushNotes(ComingChange::kRemoval); code != kSystemOk) return code;
+  const SystemCode code = MoveIntoPoint(tidy, link);
+  notedFiles_.insert_or_assign(tidy, std::move(link));
+  return code;
 }
 
 KeyImage ChangeRecorder::ImageOfKey(RegistryHive hive, const std::wstring& keyPath) const {
@@ -184,52 +323,51 @@ KeyImage ChangeRecorder::ImageOfKey(RegistryHive hive, const std::wstring& keyPa
   return values ? KeyImage{true, std::move(*values)} : KeyImage{};
 }
 
-SystemCode ChangeRecorder::KeyChanges(RegistryHive hive, const std::wstring& keyPath,
-                                      const std::vector<std::wstring>& setting) {
+void ChangeRecorder::KeyChanges(RegistryHive hive, const std::wstring& keyPath,
+                                const std::vector<std::wstring>& setting) {
   const std::wstring parent = ParentKey(keyPath);
-  if (!parent.empty() && !registry_.CanOpenKey(hive, parent)) {
-    if (const SystemCode code = KeyChanges(hive, parent); code != kSystemOk) return code;
-  }
-  return NoteKey(hive, keyPath, setting);
+  if (!parent.empty() && !registry_.CanOpenKey(hive, parent)) KeyChanges(hive, parent);
+  NoteKey(hive, keyPath, setting);
 }
 
-SystemCode ChangeRecorder::NoteKey(RegistryHive hive, const std::wstring& keyPath,
-                                   const std::vector<std::wstring>& setting) {
-  const std::wstring name = FullKeyPath(hive, keyPath);
+void ChangeRecorder::NoteKey(RegistryHive hive, const std::wstring& keyPath,
+                             const std::vector<std::wstring>& setting) {
   KeyChanging change{hive, keyPath, std::nullopt, setting};
-  if (!notedKeys_.contains(name)) {
+  if (notedKeys_.insert(FullKeyPath(hive, keyPath)).second) {
     change.before = ImageOfKey(hive, keyPath);
     if (change.before->exists) change.keyPath = KeyAsSpelled(hive, keyPath);
   }
-  const SystemCode code = Append(change);
-  if (code == kSystemOk) notedKeys_.insert(name);
-  return code;
+  journal_.Add(change);
+}
+
+void ChangeRecorder::KeyTreeChanges(RegistryHive hive, const std::wstring& keyPath,
+                                    std::vector<std::wstring>& noted) {
+  KeyChanges(hive, keyPath);
+  noted.push_back(keyPath);
+  const auto subkeys = registry_.SubkeyNames(hive, keyPath);
+  if (!subkeys) return;
+  for (const std::wstring& subkey : *subkeys) {
+    KeyTreeChanges(hive, JoinKey(keyPath, subkey), noted);
+  }
 }
 
 void ChangeRecorder::KeyChanged(RegistryHive hive, const std::wstring& keyPath) {
-  static_cast<void>(Append(carrovan::KeyChanged{hive, keyPath, ImageOfKey(hive, keyPath)}));
-}
-
-SystemCode ChangeRecorder::KeyTreeChanges(RegistryHive hive, const std::wstring& keyPath,
-                                          std::vector<std::wstring>& noted) {
-  if (const SystemCode code = KeyChanges(hive, keyPath); code != kSystemOk) return code;
-  noted.push_back(keyPath);
-  const auto subkeys = registry_.SubkeyNames(hive, keyPath);
-  if (!subkeys) return kSystemOk;
-  for (const std::wstring& subkey : *subkeys) {
-    const SystemCode code = KeyTreeChanges(hive, JoinKey(keyPath, subkey), noted);
-    if (code != kSystemOk) return code;
-  }
-  return kSystemOk;
+  changedKeys_.push_back({hive, keyPath});
 }
 
 bool ChangeRecorder::End() {
-  if (!notedFiles_.empty() || !notedKeys_.empty()) {
-    static_cast<void>(Append(RunEnded{}));
-    return true;
+  if (notedFiles_.empty() && notedKeys_.empty()) {
+    WipeFolder(files_, Folder());
+    return false;
   }
-  WipeFolder(files_, Folder());
-  return false;
+  // What was announced may not have changed at all.
+  for (const auto& [path, file] : notedFiles_) {
+    if (file.isOpen) changedFiles_.insert(path);
+  }
+  static_cast<void>(FlushChanges());
+  journal_.Add(RunEnded{});
+  static_cast<void>(journal_.Flush());
+  return true;
 }
 
 }  // namespace carrovan

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -10,6 +12,8 @@
 #include "platform/machine.h"
 #include "platform/registry.h"
 #include "restore/journal_record.h"
+#include "restore/journal_writer.h"
+#include "restore/restore_point.h"
 #include "text/text.h"
 
 namespace carrovan {
@@ -35,9 +39,13 @@ class SpelledNames {
 SpelledNames::List NamesInFolders(const FileReader& files);
 SpelledNames::List NamesInKeys(const RegistryReader& registry, RegistryHive hive);
 
-// Notes in a restore point's journal what a run is about to change, and keeps a copy of what was
-// there. Looks at the machine's own ports; the ports that the run gets call it around each change.
-// A change that cannot be noted must not be made.
+// Notes in a restore point's journal what a run is about to change, and keeps what was there. Looks
+// at the machine's own ports; the ports that the run gets call it around each change. A change that
+// cannot be noted must not be made.
+//
+// A loss of power must not take a note or a kept file of a change that is already on the disk.
+// Notes are therefore flushed before what they announce is changed, many at once where many changes
+// are announced together, and that a change is over is noted only when its content is flushed.
 class ChangeRecorder {
  public:
   // Makes the restore point.
@@ -58,57 +66,98 @@ class ChangeRecorder {
   // not taken.
   [[nodiscard]] SystemCode TakeScratch(const std::wstring& path);
 
+  // Notes all at once what is about to change, a removal with what lies below the path. What cannot
+  // be noted now is tried again when its turn comes.
+  void Announce(std::span<const std::wstring> paths, ComingChange change);
+
   // Before and after a change of what lies at a path. kAccessDenied for a path among the restore
   // points, which no run may touch. A link is taken out of its place first, so that the change is
   // none of what lies behind it.
   [[nodiscard]] SystemCode FileChanges(const std::wstring& path);
   void FileChanged(const std::wstring& path);
 
-  // The same for a folder with everything below it. Gives the noted paths.
-  [[nodiscard]] SystemCode TreeChanges(const std::wstring& path, std::vector<std::wstring>& noted);
+  // Removes a file in such a way that it is kept.
+  [[nodiscard]] SystemCode TakeFile(const std::wstring& path);
+
+  // Before everything at and below one path gets another. Gives the noted paths.
+  [[nodiscard]] SystemCode TreeMoves(const std::wstring& from, const std::wstring& to,
+                                     std::vector<std::wstring>& noted);
 
   // Before a link is removed: takes it out of its place and keeps it. The link is gone when this
   // succeeds.
   [[nodiscard]] SystemCode TakeLink(const std::wstring& path);
 
-  // Before and after a change of a key's own values, or of its being there. `setting` names the
-  // values that the change will set.
-  [[nodiscard]] SystemCode KeyChanges(RegistryHive hive, const std::wstring& keyPath,
-                                      const std::vector<std::wstring>& setting = {});
+  // Before changes of a key's own values, or of its being there, or of everything below it too.
+  // `setting` names the values that the change will set. The changes may be made when NotesAreSafe.
+  void KeyChanges(RegistryHive hive, const std::wstring& keyPath,
+                  const std::vector<std::wstring>& setting = {});
+  void KeyTreeChanges(RegistryHive hive, const std::wstring& keyPath,
+                      std::vector<std::wstring>& noted);
+  [[nodiscard]] SystemCode NotesAreSafe() { return FlushNotes(ComingChange::kReplacement); }
+
+  // After such changes.
   void KeyChanged(RegistryHive hive, const std::wstring& keyPath);
 
-  // The same for a key with everything below it.
-  [[nodiscard]] SystemCode KeyTreeChanges(RegistryHive hive, const std::wstring& keyPath,
-                                          std::vector<std::wstring>& noted);
-
-  // The run is over. A restore point that holds nothing is removed; gives whether one remains.
+  // The run is over, and what it did is safe from a loss of power. A restore point that holds
+  // nothing is removed; gives whether one remains.
   bool End();
 
  private:
+  // What is known of a path that was noted.
+  struct NotedFile {
+    FileImage before;
+    std::wstring copy;    // the file of the restore point that is to hold it; empty for none
+    bool isKept = false;  // and does
+    bool isOpen = false;  // noted as changing, and not as changed since
+  };
+  struct NotedKey {
+    RegistryHive hive;
+    std::wstring path;
+  };
+
   ChangeRecorder(const Machine& machine, std::wstring root, std::wstring id);
 
   std::wstring Folder() const { return root_ + L"\\" + id_; }
-  [[nodiscard]] SystemCode Append(const JournalRecord& record);
+  std::wstring CopiesFolder() const { return Folder() + L"\\" + kCopiesFolder; }
+  std::wstring PathOfCopy(const NotedFile& file) const { return Folder() + L"\\" + file.copy; }
   [[nodiscard]] SystemCode MakeFolders();
+  [[nodiscard]] SystemCode FlushBeginning();
+  [[nodiscard]] SystemCode FlushNotes(ComingChange change);
+  [[nodiscard]] SystemCode FlushChanges();
+
+  [[nodiscard]] SystemCode NoteFile(const std::wstring& path, ComingChange change);
+  [[nodiscard]] SystemCode NoteFirstChange(const std::wstring& path, ComingChange change);
   [[nodiscard]] SystemCode NoteMissingParents(const std::wstring& path);
-  [[nodiscard]] SystemCode NoteBefore(const std::wstring& path);
-  [[nodiscard]] SystemCode KeepCopy(const std::wstring& path, FileChanging& change);
-  [[nodiscard]] SystemCode NoteKey(RegistryHive hive, const std::wstring& keyPath,
-                                   const std::vector<std::wstring>& setting);
+  [[nodiscard]] SystemCode NoteMove(const std::wstring& from, const std::wstring& to,
+                                    std::vector<std::wstring>& noted);
+  void NoteTree(const std::wstring& path);
+  void NoteKey(RegistryHive hive, const std::wstring& keyPath,
+               const std::vector<std::wstring>& setting);
+  void NoteThatChangesAreOver();
+
+  [[nodiscard]] SystemCode KeepCopy(const std::wstring& path, NotedFile& file);
+  [[nodiscard]] SystemCode MoveIntoPoint(const std::wstring& path, NotedFile& file);
   KeyImage ImageOfKey(RegistryHive hive, const std::wstring& keyPath) const;
   std::wstring NextCopyName();
+  std::wstring PartNameFor(const std::wstring& path) const;
 
   // The path with its last name as the folder or the key has it.
   std::wstring AsSpelled(const std::wstring& path);
   std::wstring KeyAsSpelled(RegistryHive hive, const std::wstring& keyPath);
 
   FileSystem& files_;
-  const RegistryReader& registry_;
+  RegistryEditor& registry_;
   const KnownFolders& folders_;
   std::wstring root_;
   std::wstring id_;
-  std::set<std::wstring, NameLess> notedFiles_;
+  JournalWriter journal_;
+  std::map<std::wstring, NotedFile, NameLess> notedFiles_;
   std::set<std::wstring, NameLess> notedKeys_;  // with their root's name
+  std::vector<std::wstring> unsafeCopies_;      // made since the last flush
+  bool hasUnsafeMoves_ = false;                 // into the restore point, since then
+  // Of changes that were made, but of which no line says so yet.
+  std::set<std::wstring, NameLess> changedFiles_;
+  std::vector<NotedKey> changedKeys_;
   std::vector<std::wstring> scratch_;
   SpelledNames fileNames_;
   SpelledNames userKeyNames_;

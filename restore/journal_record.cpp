@@ -1,5 +1,7 @@
 #include "restore/journal_record.h"
 
+#include <array>
+#include <cstdio>
 #include <nlohmann/json.hpp>
 
 #include "registry_text/registry_file_parser.h"
@@ -86,7 +88,7 @@ RegistryHive HiveAt(const json& object) {
 }
 
 json ToJson(const PointBegun& point) {
-  json object = {{kRecord, "point begun"}, {"format", 1}};
+  json object = {{kRecord, "point begun"}, {"format", 2}};
   PutText(object, "verb", point.verb);
   PutText(object, "version", point.version);
   PutText(object, "package", point.package);
@@ -167,13 +169,49 @@ std::optional<JournalRecord> RecordOf(const json& object) {
 
 }  // namespace
 
-std::string EncodeRecord(const JournalRecord& record) {
-  return std::visit([](const auto& one) { return ToJson(one).dump(); }, record) + "\n";
+namespace {
+
+// The last member, so that what it is the checksum of is all that lies in front of it.
+constexpr std::string_view kCheck = R"(,"check":")";
+constexpr std::size_t kCheckDigits = 8;
+
+std::string ChecksumText(std::string_view text) {
+  std::array<char, kCheckDigits + 1> digits = {};
+  std::snprintf(digits.data(), digits.size(), "%08x",
+                static_cast<unsigned>(ImageOfBytes(text).crc32));
+  return digits.data();
 }
 
-std::optional<JournalRecord> DecodeRecord(std::string_view line) {
+// The text that a line's checksum belongs to; the whole line when it has none.
+std::string_view CheckedPart(std::string_view line) {
+  const std::size_t end = kCheck.size() + kCheckDigits + std::string_view("\"}").size();
+  const bool hasCheck = line.size() > end && line.substr(line.size() - end).starts_with(kCheck);
+  return hasCheck ? line.substr(0, line.size() - end) : line;
+}
+
+bool IsAsWritten(std::string_view line, std::string_view checked) {
+  return line.substr(checked.size() + kCheck.size(), kCheckDigits) == ChecksumText(checked);
+}
+
+}  // namespace
+
+std::string EncodeRecord(const JournalRecord& record, std::size_t flushedLines) {
+  json object = std::visit([](const auto& one) { return ToJson(one); }, record);
+  object["flushed"] = flushedLines;
+  std::string line = object.dump();
+  line.pop_back();
+  return line + std::string(kCheck) + ChecksumText(line) + "\"}\n";
+}
+
+std::optional<JournalLine> DecodeRecord(std::string_view line) {
+  const std::string_view checked = CheckedPart(line);
+  const bool isChecked = checked.size() < line.size();
+  if (isChecked && !IsAsWritten(line, checked)) return std::nullopt;
   try {
-    return RecordOf(json::parse(line));
+    const json object = json::parse(line);
+    auto record = RecordOf(object);
+    if (!record) return std::nullopt;
+    return JournalLine{*std::move(record), object.value("flushed", std::size_t{0}), isChecked};
   } catch (const json::exception&) {
     return std::nullopt;
   }

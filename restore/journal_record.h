@@ -80,11 +80,20 @@ struct Undone {
 using JournalRecord = std::variant<PointBegun, FileChanging, FileChanged, KeyChanging, KeyChanged,
                                    ScratchMade, RunEnded, Undone>;
 
-// One line of JSON with a line end. Every text comes back as it was, unpaired surrogates included.
-std::string EncodeRecord(const JournalRecord& record);
+// A line as it is read.
+struct JournalLine {
+  JournalRecord record;
+  std::size_t flushedLines = 0;  // in front of it, that were safe when it was written
+  bool isChecked = false;        // by its checksum; the first format of journals had none
+  bool operator==(const JournalLine&) const = default;
+};
 
-// Nothing for a line that is no record; without its line end.
-std::optional<JournalRecord> DecodeRecord(std::string_view line);
+// One line of JSON with a checksum and a line end. Every text comes back as it was, unpaired
+// surrogates included.
+std::string EncodeRecord(const JournalRecord& record, std::size_t flushedLines);
+
+// Nothing for a line that is no record or is not as it was written; without its line end.
+std::optional<JournalLine> DecodeRecord(std::string_view line);
 
 // Names of files and keys may hold units that are no characters, which UTF-8 cannot say. In a
 // journal such a unit, and the percent sign itself, is "%" and four hexadecimal digits.

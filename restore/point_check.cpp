@@ -64,6 +64,7 @@ class PointCheck {
   }
 
   std::vector<std::wstring> Run() {
+    if (!point_.damage.empty()) refusals_.push_back(point_.damage);
     if (machine_.files->IsLink(point_.folder + L"\\" + kCopiesFolder)) {
       refusals_.push_back(L"its copies lie behind a link");
     }
@@ -173,8 +174,25 @@ class PointCheck {
         file.copy.starts_with(folder) ? file.copy.substr(folder.size()) : std::wstring();
     const FileKind kind = KindAt(*machine_.files, file.copy);
     const bool isOwn = !name.empty() && std::ranges::all_of(name, IsDigit);
-    if (isOwn && (kind == FileKind::kAbsent || kind == file.before.kind)) return std::nullopt;
-    return L"has a copy that no run keeps: " + file.copy;
+    if (!isOwn || (kind != FileKind::kAbsent && kind != file.before.kind)) {
+      return L"has a copy that no run keeps: " + file.copy;
+    }
+    return file.before.kind == FileKind::kFile ? RefusalOfContent(file, kind) : std::nullopt;
+  }
+
+  // Of what is as it was no copy is needed: it may have been about to be made.
+  Reason RefusalOfContent(const FileHistory& file, FileKind copyKind) const {
+    if (copyKind == FileKind::kAbsent && file.unfinished) return std::nullopt;
+    FileImage copy;
+    FileImage now;
+    const bool isWhole = copyKind == FileKind::kFile &&
+                         ReadFileImage(*machine_.files, file.copy, copy) == kSystemOk &&
+                         copy == file.before;
+    if (isWhole || (ReadFileImage(*machine_.files, file.path, now) == kSystemOk &&
+                    now == file.before)) {
+      return std::nullopt;
+    }
+    return L"cannot be put back, as its copy is damaged or missing: " + file.copy;
   }
 
   Reason RefusalOfKey(const KeyHistory& key) const {

@@ -101,7 +101,12 @@ SystemCode RecordedFiles::CreateEmptyFile(const std::wstring& path) {
 
 SystemCode RecordedFiles::RemoveFile(const std::wstring& path) {
   if (IsLink(path) && !recorder_.IsScratch(path)) return recorder_.TakeLink(path);
-  return MakeRecorded(recorder_, path, [&] { return ForwardingFiles::RemoveFile(path); });
+  if (recorder_.IsScratch(path) || KindAt(*this, path) != FileKind::kFile) {
+    return ForwardingFiles::RemoveFile(path);
+  }
+  const SystemCode code = recorder_.TakeFile(path);
+  recorder_.FileChanged(path);
+  return code;
 }
 
 SystemCode RecordedFiles::RemoveFolder(const std::wstring& path) {
@@ -147,19 +152,15 @@ SystemCode RecordedFiles::MoveTo(const std::wstring& source, const std::wstring&
   }
   // It would be taken into the restore point instead.
   if (IsLink(source)) return kAccessDenied;
-  const std::wstring from = TidyPath(source);
-  const std::wstring to = TidyPath(target);
-  std::vector<std::wstring> moved;
-  SystemCode code = recorder_.TreeChanges(from, moved);
-  std::vector<std::wstring> noted = moved;
-  for (const std::wstring& path : moved) {
-    if (code != kSystemOk) break;
-    noted.push_back(to + path.substr(from.size()));
-    code = recorder_.FileChanges(noted.back());
-  }
+  std::vector<std::wstring> noted;
+  SystemCode code = recorder_.TreeMoves(source, target, noted);
   if (code == kSystemOk) code = ForwardingFiles::MoveTo(source, target);
   for (const std::wstring& path : noted) recorder_.FileChanged(path);
   return code;
+}
+
+void RecordedFiles::Announce(std::span<const std::wstring> paths, ComingChange change) {
+  recorder_.Announce(paths, change);
 }
 
 namespace {
@@ -204,47 +205,51 @@ SystemCode NoteKeys(const RegistryFile& file, ChangeRecorder& recorder,
                     std::vector<NamedKey>& keys) {
   for (const RegistryKeyChange& change : file.keys) {
     std::vector<std::wstring> noted;
-    const SystemCode code =
-        change.remove ? recorder.KeyTreeChanges(change.hive, change.keyPath, noted)
-                      : recorder.KeyChanges(change.hive, change.keyPath, NamesOf(change.values));
-    if (code != kSystemOk) return code;
-    if (!change.remove) noted.push_back(change.keyPath);
+    if (change.remove) {
+      recorder.KeyTreeChanges(change.hive, change.keyPath, noted);
+    } else {
+      recorder.KeyChanges(change.hive, change.keyPath, NamesOf(change.values));
+      noted.push_back(change.keyPath);
+    }
     for (std::wstring& path : noted) keys.push_back({change.hive, std::move(path)});
   }
-  return kSystemOk;
+  return recorder.NotesAreSafe();
 }
 
 }  // namespace
 
-SystemCode RecordedRegistry::SetValues(RegistryHive hive, const std::wstring& keyPath,
-                                       const std::vector<RegistryValue>& values) {
-  const SystemCode noted = recorder_.KeyChanges(hive, keyPath, NamesOf(values));
-  if (noted != kSystemOk) return noted;
-  const SystemCode code = ForwardingRegistry::SetValues(hive, keyPath, values);
+template <typename Change>
+SystemCode RecordedRegistry::ChangeKey(RegistryHive hive, const std::wstring& keyPath,
+                                       const std::vector<std::wstring>& setting, Change change) {
+  recorder_.KeyChanges(hive, keyPath, setting);
+  if (const SystemCode code = recorder_.NotesAreSafe(); code != kSystemOk) return code;
+  const SystemCode code = change();
   recorder_.KeyChanged(hive, keyPath);
   return code;
 }
 
+SystemCode RecordedRegistry::SetValues(RegistryHive hive, const std::wstring& keyPath,
+                                       const std::vector<RegistryValue>& values) {
+  return ChangeKey(hive, keyPath, NamesOf(values),
+                   [&] { return ForwardingRegistry::SetValues(hive, keyPath, values); });
+}
+
 SystemCode RecordedRegistry::CreateKey(RegistryHive hive, const std::wstring& keyPath) {
-  if (const SystemCode code = recorder_.KeyChanges(hive, keyPath); code != kSystemOk) return code;
-  const SystemCode code = ForwardingRegistry::CreateKey(hive, keyPath);
-  recorder_.KeyChanged(hive, keyPath);
-  return code;
+  return ChangeKey(hive, keyPath, {}, [&] { return ForwardingRegistry::CreateKey(hive, keyPath); });
 }
 
 SystemCode RecordedRegistry::DeleteValue(RegistryHive hive, const std::wstring& keyPath,
                                          const std::wstring& name) {
-  if (const SystemCode code = recorder_.KeyChanges(hive, keyPath); code != kSystemOk) return code;
-  const SystemCode code = ForwardingRegistry::DeleteValue(hive, keyPath, name);
-  recorder_.KeyChanged(hive, keyPath);
-  return code;
+  return ChangeKey(hive, keyPath, {},
+                   [&] { return ForwardingRegistry::DeleteValue(hive, keyPath, name); });
 }
 
 SystemCode RecordedRegistry::DeleteTree(RegistryHive hive, const std::wstring& keyPath) {
   // An empty path is refused there, and would be the whole hive here.
   if (keyPath.empty()) return ForwardingRegistry::DeleteTree(hive, keyPath);
   std::vector<std::wstring> noted;
-  SystemCode code = recorder_.KeyTreeChanges(hive, keyPath, noted);
+  recorder_.KeyTreeChanges(hive, keyPath, noted);
+  SystemCode code = recorder_.NotesAreSafe();
   if (code == kSystemOk) code = ForwardingRegistry::DeleteTree(hive, keyPath);
   for (const std::wstring& path : noted) recorder_.KeyChanged(hive, path);
   return code;
@@ -253,7 +258,8 @@ SystemCode RecordedRegistry::DeleteTree(RegistryHive hive, const std::wstring& k
 SystemCode RecordedRegistry::CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
                                       RegistryHive targetHive, const std::wstring& targetPath) {
   std::vector<std::wstring> noted;
-  SystemCode code = NoteCopy(sourceHive, sourcePath, targetHive, targetPath, noted);
+  NoteCopy(sourceHive, sourcePath, targetHive, targetPath, noted);
+  SystemCode code = recorder_.NotesAreSafe();
   if (code == kSystemOk) {
     code = ForwardingRegistry::CopyTree(sourceHive, sourcePath, targetHive, targetPath);
   }
@@ -261,21 +267,18 @@ SystemCode RecordedRegistry::CopyTree(RegistryHive sourceHive, const std::wstrin
   return code;
 }
 
-SystemCode RecordedRegistry::NoteCopy(RegistryHive sourceHive, const std::wstring& sourcePath,
-                                      RegistryHive targetHive, const std::wstring& targetPath,
-                                      std::vector<std::wstring>& noted) {
+void RecordedRegistry::NoteCopy(RegistryHive sourceHive, const std::wstring& sourcePath,
+                                RegistryHive targetHive, const std::wstring& targetPath,
+                                std::vector<std::wstring>& noted) {
   const auto subkeys = SubkeyNames(sourceHive, sourcePath);
   const auto values = Values(sourceHive, sourcePath);
-  if (!subkeys || !values) return kSystemOk;
-  const SystemCode parent = recorder_.KeyChanges(targetHive, targetPath, NamesOf(*values));
-  if (parent != kSystemOk) return parent;
+  if (!subkeys || !values) return;
+  recorder_.KeyChanges(targetHive, targetPath, NamesOf(*values));
   noted.push_back(targetPath);
   for (const std::wstring& subkey : *subkeys) {
-    const SystemCode code = NoteCopy(sourceHive, JoinKey(sourcePath, subkey), targetHive,
-                                     JoinKey(targetPath, subkey), noted);
-    if (code != kSystemOk) return code;
+    NoteCopy(sourceHive, JoinKey(sourcePath, subkey), targetHive, JoinKey(targetPath, subkey),
+             noted);
   }
-  return kSystemOk;
 }
 
 std::unique_ptr<RunningTool> RecordedRegistryTool::ImportFile(const std::wstring& filePath) {

@@ -41,6 +41,7 @@ class RecordedFiles : public ForwardingFiles {
   SystemCode HoldFile(const std::wstring& path, FileHold hold) override;
   SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override;
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
+  void Announce(std::span<const std::wstring> paths, ComingChange change) override;
 
  private:
   ChangeRecorder& recorder_;
@@ -85,9 +86,13 @@ class RecordedRegistry : public ForwardingRegistry {
 
  private:
   // The keys that a copy of one tree over another changes, both given by their top keys.
-  [[nodiscard]] SystemCode NoteCopy(RegistryHive sourceHive, const std::wstring& sourcePath,
-                                    RegistryHive targetHive, const std::wstring& targetPath,
-                                    std::vector<std::wstring>& noted);
+  void NoteCopy(RegistryHive sourceHive, const std::wstring& sourcePath, RegistryHive targetHive,
+                const std::wstring& targetPath, std::vector<std::wstring>& noted);
+
+  // Makes one change of a key, noted before and after.
+  template <typename Change>
+  [[nodiscard]] SystemCode ChangeKey(RegistryHive hive, const std::wstring& keyPath,
+                                     const std::vector<std::wstring>& setting, Change change);
 
   ChangeRecorder& recorder_;
 };

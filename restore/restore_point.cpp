@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <map>
 
-#include "platform/file_operations.h"
 #include "registry_text/registry_key.h"
 #include "text/path_text.h"
 #include "text/text.h"
@@ -74,6 +73,18 @@ class PointReader {
  public:
   explicit PointReader(RestorePoint& point) : point_(point) {}
 
+  void Take(const JournalLine& line) {
+    // Journals of the first format have no checksums in any line.
+    if (point_.lines == 0) isChecked_ = line.isChecked;
+    if (line.isChecked != isChecked_) return;
+    if (line.flushedLines > point_.lines && point_.damage.empty()) {
+      point_.damage = L"a line of its journal in front of line " +
+                      std::to_wstring(point_.lines + 1) + L" is damaged or missing";
+    }
+    ++point_.lines;
+    std::visit(*this, line.record);
+  }
+
   void operator()(const PointBegun& about) {
     point_.about = about;
     begun_ = true;
@@ -139,6 +150,7 @@ class PointReader {
   Places files_;
   Places keys_;
   bool begun_ = false;
+  bool isChecked_ = true;
 };
 
 }  // namespace
@@ -173,21 +185,10 @@ std::optional<RestorePoint> ReadRestorePoint(const FileReader& files, const std:
   PointReader reader(point);
   std::string_view rest = journal;
   for (auto end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n')) {
-    if (const auto record = DecodeRecord(rest.substr(0, end))) std::visit(reader, *record);
+    if (const auto line = DecodeRecord(rest.substr(0, end))) reader.Take(*line);
     rest.remove_prefix(end + 1);
   }
   return reader.HasBegun() ? std::optional(std::move(point)) : std::nullopt;
-}
-
-std::vector<std::wstring> PruneRestorePoints(FileSystem& files, const std::wstring& root,
-                                             std::size_t keep, std::vector<std::wstring>& failed) {
-  std::vector<std::wstring> pruned;
-  const std::vector<std::wstring> ids = RestorePointIds(files, root);
-  for (std::size_t i = keep; i < ids.size(); ++i) {
-    std::vector<std::wstring>& list = WipeFolder(files, root + L"\\" + ids[i]) ? pruned : failed;
-    list.push_back(ids[i]);
-  }
-  return pruned;
 }
 
 }  // namespace carrovan

@@ -70,19 +70,17 @@ struct RestorePoint {
   std::vector<FileHistory> files;     // in the order in which they were first changed
   std::vector<KeyHistory> keys;       // the same
   std::vector<std::wstring> scratch;  // folders of the run's own
+  std::size_t lines = 0;              // of the journal, that could be read
+  std::wstring damage;                // what is wrong with the journal; empty when it is whole
 };
 
 // Newest first. Folders that are no restore points are passed over.
 std::vector<std::wstring> RestorePointIds(const FileReader& files, const std::wstring& root);
 
-// Nothing when there is no such point or its journal does not begin as one. A line that is cut
-// short or damaged is passed over. A point whose run was killed before it noted anything is empty.
+// Nothing when there is no such point or its journal does not begin as one. A point whose run was
+// killed before it noted anything is empty. A line that is not as it was written is passed over as
+// what a kill or a loss of power has left, unless it was safe from both: then the point is damaged.
 std::optional<RestorePoint> ReadRestorePoint(const FileReader& files, const std::wstring& root,
                                              const std::wstring& id);
-
-// Removes all but the newest ones. Gives the ids of those that are gone, and in `failed` of those
-// that could not be removed whole.
-std::vector<std::wstring> PruneRestorePoints(FileSystem& files, const std::wstring& root,
-                                             std::size_t keep, std::vector<std::wstring>& failed);
 
 }  // namespace carrovan

@@ -1,10 +1,12 @@
 #include "restore/undo_run.h"
 
 #include <algorithm>
+#include <set>
 
 #include "platform/file_operations.h"
 #include "registry_text/registry_key.h"
 #include "restore/change_recorder.h"
+#include "restore/journal_writer.h"
 #include "restore/point_check.h"
 #include "restore/restore_point.h"
 #include "text/path_text.h"
@@ -17,10 +19,11 @@ namespace {
 class FileUndo {
  public:
   FileUndo(const RestorePoint& point, const UndoChoice& choice, FileSystem& files,
-           UndoReport& report)
+           JournalWriter& journal, UndoReport& report)
       : point_(point),
         choice_(choice),
         files_(files),
+        journal_(journal),
         report_(report),
         spelled_(NamesInFolders(files)) {}
 
@@ -30,11 +33,13 @@ class FileUndo {
     RemoveLeftParts();
     PutLinksBack();
     ChooseFiles();
+    NoteWhatIsPutBack();
     for (const FileHistory* file : chosen_) RemoveMadeFile(*file);
     for (auto file = chosen_.rbegin(); file != chosen_.rend(); ++file) RemoveMadeFolder(**file);
     for (const FileHistory* file : chosen_) MakeFolder(*file);
     for (const FileHistory* file : chosen_) PutBack(*file);
     SpellAsBefore();
+    NoteThatAllIsBack();
     RemoveScratch();
   }
 
@@ -90,7 +95,7 @@ class FileUndo {
     MakeFoldersAround(link);
     ClearPlaceOf(link);
     if (KindAt(files_, link.path) == FileKind::kAbsent) {
-      MakeNoted(link, [&] { return files_.MoveTo(link.copy, link.path); });
+      Change(link, files_.MoveTo(link.copy, link.path));
     } else {
       report_.kept.push_back(L"Kept, as it holds what was added since: " + link.path);
     }
@@ -148,9 +153,19 @@ class FileUndo {
       return Fail(file.path, code);
     }
     if (now == file.before && IsSpelledAsBefore(file)) return false;
-    const bool own = choice_.force || IsOwn(file, now);
-    if (!own) report_.kept.push_back(L"Kept, as it was changed since: " + file.path);
-    return own;
+    if (IsNotKept(file) && now != file.before) return Keep(file);
+    return choice_.force || IsOwn(file, now) || Keep(file);
+  }
+
+  bool Keep(const FileHistory& file) {
+    report_.kept.push_back(L"Kept, as it was changed since: " + file.path);
+    return false;
+  }
+
+  // The run was cut short before it came to the file: what is there now is others' work, and what
+  // was there went with it.
+  bool IsNotKept(const FileHistory& file) const {
+    return file.before.kind == FileKind::kFile && !files_.Exists(file.copy);
   }
 
   bool IsOwn(const FileHistory& file) const {
@@ -176,33 +191,50 @@ class FileUndo {
     return false;
   }
 
-  // Changes what lies at a path, noted before and after like a change of the run's own: what an
-  // undo that is killed has left there is no other's work.
-  template <typename Change>
-  void MakeNoted(const FileHistory& file, Change change) {
-    FileChanging begun{file.path, std::nullopt, {}, {}};
-    if (!files_.Exists(RemoveFileSpec(file.path) + L"\\" + PartName(0))) begun.part = PartName(0);
-    Append(begun);
-    const SystemCode code = change();
-    if (code != kSystemOk) return static_cast<void>(Fail(file.path, code));
-    ++report_.restored;
-    Append(FileChanged{file.path, file.before});
+  // A file is noted before its content comes back and when that is on the disk, like a change of the
+  // run's own: what an undo that is cut short has left there is no other's work. Without the note a
+  // second undo takes more care than it needs to, which must not keep the first from a full disk.
+  void NoteWhatIsPutBack() {
+    for (const FileHistory* file : chosen_) {
+      if (file->before.kind != FileKind::kFile) continue;
+      FileChanging begun{file->path, std::nullopt, {}, {}};
+      if (!files_.Exists(RemoveFileSpec(file->path) + L"\\" + PartName(0))) {
+        begun.part = PartName(0);
+      }
+      journal_.Add(begun);
+    }
+    static_cast<void>(journal_.Flush());
   }
 
-  // Without the note a second undo takes more care than it needs to.
-  void Append(const JournalRecord& record) {
-    static_cast<void>(
-        files_.AppendBytes(point_.folder + L"\\" + kJournalName, EncodeRecord(record)));
+  void NoteThatAllIsBack() {
+    std::set<std::wstring, NameLess> paths;
+    for (const FileHistory* file : restored_) {
+      paths.insert(file->path);
+      paths.insert(RemoveFileSpec(file->path));
+    }
+    const SystemCode code = files_.Flush(std::vector<std::wstring>(paths.begin(), paths.end()));
+    if (code != kSystemOk) {
+      report_.problems.push_back(L"What was put back may not be on the disk yet: " +
+                                 DescribeSystemCode(code));
+      return;
+    }
+    for (const FileHistory* file : restored_) journal_.Add(FileChanged{file->path, file->before});
+  }
+
+  void Change(const FileHistory& file, SystemCode code) {
+    if (code != kSystemOk) return static_cast<void>(Fail(file.path, code));
+    ++report_.restored;
+    restored_.push_back(&file);
   }
 
   // A file in the place of nothing or of a folder, and any link: a copy would go where it leads.
   void RemoveMadeFile(const FileHistory& file) {
     const FileKind kind = KindAt(files_, file.path);
     if (kind == FileKind::kLink && files_.IsFolder(file.path)) {
-      MakeNoted(file, [&] { return files_.RemoveFolder(file.path); });
+      Change(file, files_.RemoveFolder(file.path));
     } else if (kind == FileKind::kLink ||
                (kind == FileKind::kFile && file.before.kind != FileKind::kFile)) {
-      MakeNoted(file, [&] { return files_.RemoveFile(file.path); });
+      Change(file, files_.RemoveFile(file.path));
     }
   }
 
@@ -210,7 +242,7 @@ class FileUndo {
     if (file.before.kind == FileKind::kFolder || KindAt(files_, file.path) != FileKind::kFolder)
       return;
     if (ListFolder(files_, file.path).empty()) {
-      MakeNoted(file, [&] { return files_.RemoveFolder(file.path); });
+      Change(file, files_.RemoveFolder(file.path));
     } else {
       report_.kept.push_back(L"Kept, as it holds what was added since: " + file.path);
     }
@@ -218,12 +250,12 @@ class FileUndo {
 
   void MakeFolder(const FileHistory& file) {
     if (file.before.kind != FileKind::kFolder || files_.IsFolder(file.path)) return;
-    MakeNoted(file, [&] { return files_.CreateFolder(file.path); });
+    Change(file, files_.CreateFolder(file.path));
   }
 
   void PutBack(const FileHistory& file) {
     if (file.before.kind != FileKind::kFile) return;
-    MakeNoted(file, [&] { return files_.CopyOver(file.copy, file.path); });
+    Change(file, files_.CopyOver(file.copy, file.path));
   }
 
   // What was removed and made again may have come in another case.
@@ -249,16 +281,13 @@ class FileUndo {
   const RestorePoint& point_;
   const UndoChoice& choice_;
   FileSystem& files_;
+  JournalWriter& journal_;
   UndoReport& report_;
   SpelledNames spelled_;  // before anything is put back
   std::vector<const FileHistory*> chosen_;
+  std::vector<const FileHistory*> restored_;
   std::vector<std::wstring> missingLinks_;
 };
-
-void UndoFiles(const RestorePoint& point, const UndoChoice& choice, FileSystem& files,
-               UndoReport& report) {
-  FileUndo(point, choice, files, report).Run();
-}
 
 const RegistryValue* Find(const KeyImage& image, const std::wstring& name) {
   const auto found = std::ranges::find_if(image.values, [&](const RegistryValue& value) {
@@ -391,9 +420,16 @@ class KeyUndo {
   std::vector<const KeyHistory*> restored_;
 };
 
-void UndoKeys(const RestorePoint& point, const UndoChoice& choice, const Machine& machine,
-              UndoReport& report) {
-  KeyUndo(point, choice, machine, report).Run();
+// The registry comes first: a run that was cut short is undone as long as its files are not back.
+void FlushHives(const RestorePoint& point, RegistryEditor& registry, UndoReport& report) {
+  for (const RegistryHive hive : {RegistryHive::kCurrentUser, RegistryHive::kLocalMachine}) {
+    const auto isIn = [hive](const KeyHistory& key) { return key.hive == hive; };
+    if (std::ranges::none_of(point.keys, isIn)) continue;
+    const SystemCode code = registry.Flush(hive);
+    if (code == kSystemOk) continue;
+    report.problems.push_back(L"The registry may not be on the disk yet: " +
+                              DescribeSystemCode(code));
+  }
 }
 
 }  // namespace
@@ -404,13 +440,13 @@ UndoReport UndoChanges(const RestorePoint& point, const UndoChoice& choice,
   if (point.files.empty() && point.keys.empty() && point.scratch.empty()) return report;
   report.refused = RefusalsOfPoint(point, choice.trusted, machine);
   if (!report.refused.empty()) return report;
-  UndoKeys(point, choice, machine, report);
-  UndoFiles(point, choice, *machine.files, report);
+  JournalWriter journal(*machine.files, point.folder + L"\\" + kJournalName, point.lines);
+  KeyUndo(point, choice, machine, report).Run();
+  FlushHives(point, *machine.registry, report);
+  FileUndo(point, choice, *machine.files, journal, report).Run();
   const bool everything = !choice.includesFile && !choice.includesKey;
-  const Undone undone{everything && report.IsComplete()};
-  const SystemCode code =
-      machine.files->AppendBytes(point.folder + L"\\" + kJournalName, EncodeRecord(undone));
-  if (code != kSystemOk) {
+  journal.Add(Undone{everything && report.IsComplete()});
+  if (const SystemCode code = journal.Flush(); code != kSystemOk) {
     report.problems.push_back(L"Not noted in " + point.folder + L": " + DescribeSystemCode(code));
   }
   return report;

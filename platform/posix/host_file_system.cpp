@@ -312,6 +312,21 @@ SystemCode HostFileSystem::ReadInParts(const std::wstring& path, const TakePart&
   return host ? ReadParts(*host, take) : kInvalidName;
 }
 
+std::uint64_t HostFileSystem::FileBytes(const std::wstring& path) const {
+  const auto host = paths_.ToHost(path);
+  std::error_code error;
+  const std::uintmax_t size = host ? fs::file_size(*host, error) : 0;
+  return error ? 0 : size;
+}
+
+std::optional<std::uint64_t> HostFileSystem::FreeBytes(const std::wstring& folder) const {
+  const auto host = paths_.ToHost(folder);
+  if (!host) return std::nullopt;
+  std::error_code error;
+  const fs::space_info space = fs::space(*host, error);
+  return error ? std::nullopt : std::optional<std::uint64_t>(space.available);
+}
+
 SystemCode HostFileSystem::WriteBytes(const std::wstring& path, std::string_view bytes) {
   const auto host = paths_.ToHost(path);
   return host && paths_.MayBeMade(path) ? ReplaceWhole(*host, bytes) : kInvalidName;
@@ -337,6 +352,14 @@ SystemCode HostFileSystem::CopyOver(const std::wstring& source, const std::wstri
   std::string bytes;
   const SystemCode code = ReadBytes(source, bytes);
   return code == kSystemOk ? WriteBytes(target, bytes) : code;
+}
+
+SystemCode HostFileSystem::Flush(std::span<const std::wstring> paths) {
+  std::vector<fs::path> hosts;
+  for (const std::wstring& path : paths) {
+    if (auto host = paths_.ToHost(path)) hosts.push_back(std::move(*host));
+  }
+  return CodeOf(FlushPaths(hosts));
 }
 
 SystemCode HostFileSystem::MoveTo(const std::wstring& source, const std::wstring& target) {

@@ -44,6 +44,8 @@ class HostFileSystem : public FileSystem {
                         std::vector<FolderEntry>& entries) const override;
   SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override;
   SystemCode ReadInParts(const std::wstring& path, const TakePart& take) const override;
+  std::uint64_t FileBytes(const std::wstring& path) const override;
+  std::optional<std::uint64_t> FreeBytes(const std::wstring& folder) const override;
 
   SystemCode CreateFolder(const std::wstring& path) override;
   SystemCode CreateEmptyFile(const std::wstring& path) override;
@@ -56,6 +58,7 @@ class HostFileSystem : public FileSystem {
   SystemCode HoldFile(const std::wstring& path, FileHold hold) override;
   SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override;
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
+  SystemCode Flush(std::span<const std::wstring> paths) override;
 
  private:
   const PathMapper& paths_;

@@ -139,6 +139,11 @@ SystemCode SandboxRegistry::ChangeKey(RegistryHive hive, const std::wstring& key
   return Change(hive, change) ? kSystemOk : kAccessDenied;
 }
 
+// The file's content was flushed before it took its name.
+SystemCode SandboxRegistry::Flush(RegistryHive /*hive*/) {
+  return FlushPath(folder_) == FileStatus::kDone ? kSystemOk : kAccessDenied;
+}
+
 std::filesystem::path SandboxRegistry::FileOf(RegistryHive hive) const {
   return folder_ / HostPathFromText(RootName(hive) + L".reg");
 }

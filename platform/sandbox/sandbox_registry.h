@@ -40,6 +40,7 @@ class SandboxRegistry : public RegistryEditor {
   SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) override;
   SystemCode CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
                       RegistryHive targetHive, const std::wstring& targetPath) override;
+  SystemCode Flush(RegistryHive hive) override;
 
   // Null when the key is missing.
   const RegistryKey* Find(RegistryHive hive, std::wstring_view keyPath) const;

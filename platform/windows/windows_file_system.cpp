@@ -203,6 +203,22 @@ SystemCode WindowsFileSystem::ReadBytes(const std::wstring& path, std::string& b
   return kSystemOk;
 }
 
+std::uint64_t WindowsFileSystem::FileBytes(const std::wstring& path) const {
+  WIN32_FILE_ATTRIBUTE_DATA facts = {};
+  if (GetFileAttributesExW(SystemPath(path).c_str(), GetFileExInfoStandard, &facts) == FALSE ||
+      (facts.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+    return 0;
+  }
+  return (std::uint64_t{facts.nFileSizeHigh} << 32) | facts.nFileSizeLow;
+}
+
+std::optional<std::uint64_t> WindowsFileSystem::FreeBytes(const std::wstring& folder) const {
+  ULARGE_INTEGER available = {};
+  const std::wstring path = SystemPath(WithTrailingBackslash(folder));
+  if (GetDiskFreeSpaceExW(path.c_str(), &available, nullptr, nullptr) == FALSE) return std::nullopt;
+  return available.QuadPart;
+}
+
 SystemCode WindowsFileSystem::CreateFolder(const std::wstring& path) {
   return CodeOf(CreateDirectoryW(SystemPath(path).c_str(), nullptr));
 }
@@ -266,6 +282,31 @@ SystemCode WindowsFileSystem::CopyOver(const std::wstring& source, const std::ws
 
 SystemCode WindowsFileSystem::MoveTo(const std::wstring& source, const std::wstring& target) {
   return CodeOf(MoveFileW(SystemPath(source).c_str(), SystemPath(target).c_str()));
+}
+
+namespace {
+
+SystemCode FlushOne(const std::wstring& path) {
+  const DWORD attributes = Attributes(path);
+  if (attributes == INVALID_FILE_ATTRIBUTES) return kSystemOk;
+  const bool isFolder = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  const FileHandle file(CreateFileW(SystemPath(path).c_str(), GENERIC_WRITE,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  const SystemCode code =
+      file && FlushFileBuffers(file.Get()) != FALSE ? kSystemOk : GetLastError();
+  // A file system that keeps a journal of its names need not flush a folder, and may refuse to; and
+  // what cannot be opened for writing was not written.
+  return isFolder || (attributes & FILE_ATTRIBUTE_READONLY) != 0 ? kSystemOk : code;
+}
+
+}  // namespace
+
+SystemCode WindowsFileSystem::Flush(std::span<const std::wstring> paths) {
+  for (const std::wstring& path : paths) {
+    if (const SystemCode code = FlushOne(path); code != kSystemOk) return code;
+  }
+  return kSystemOk;
 }
 
 }  // namespace carrovan

@@ -29,6 +29,8 @@ class WindowsFileSystem : public FileSystem {
   [[nodiscard]] SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override;
   [[nodiscard]] SystemCode ReadInParts(const std::wstring& path,
                                        const TakePart& take) const override;
+  std::uint64_t FileBytes(const std::wstring& path) const override;
+  std::optional<std::uint64_t> FreeBytes(const std::wstring& folder) const override;
 
   [[nodiscard]] SystemCode CreateFolder(const std::wstring& path) override;
   [[nodiscard]] SystemCode CreateEmptyFile(const std::wstring& path) override;
@@ -42,6 +44,7 @@ class WindowsFileSystem : public FileSystem {
   [[nodiscard]] SystemCode CopyOver(const std::wstring& source,
                                     const std::wstring& target) override;
   [[nodiscard]] SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
+  SystemCode Flush(std::span<const std::wstring> paths) override;
 
  private:
   std::map<std::wstring, FileHandle, NameLess> held_;

@@ -175,4 +175,6 @@ SystemCode WindowsRegistry::CopyTree(RegistryHive sourceHive, const std::wstring
   return CodeOf(SHCopyKeyW(source.Get(), L"", target.Get(), 0));
 }
 
+SystemCode WindowsRegistry::Flush(RegistryHive hive) { return CodeOf(RegFlushKey(RootKey(hive))); }
+
 }  // namespace carrovan

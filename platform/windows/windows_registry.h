@@ -52,6 +52,7 @@ class WindowsRegistry : public RegistryEditor {
   SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) override;
   SystemCode CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
                       RegistryHive targetHive, const std::wstring& targetPath) override;
+  SystemCode Flush(RegistryHive hive) override;
 };
 
 }  // namespace carrovan

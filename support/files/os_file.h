@@ -79,6 +79,14 @@ bool IsFolder(const std::filesystem::path& path);
 [[nodiscard]] FileStatus MakeFolder(const std::filesystem::path& path);
 void RemoveFile(const std::filesystem::path& path);
 
+// Waits until a file's content, or which names a folder holds, is where a loss of power cannot take
+// it. Done also when nothing is there, and for a folder whose file system keeps its names safe
+// without being asked.
+[[nodiscard]] FileStatus FlushPath(const std::filesystem::path& path);
+
+// The same for many paths, which may cost less than one after another.
+[[nodiscard]] FileStatus FlushPaths(std::span<const std::filesystem::path> paths);
+
 // The path that a text names.
 std::filesystem::path PathFromText(std::wstring_view text);
 

@@ -7,9 +7,11 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <set>
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "support/files/os_file.h"
 #include "text/text.h"
@@ -213,6 +215,73 @@ FileStatus MakeFolder(const std::filesystem::path& path) {
 }
 
 void RemoveFile(const std::filesystem::path& path) { unlink(path.c_str()); }
+
+namespace {
+
+// From so many paths on a whole file system is flushed in less time than they are.
+constexpr std::size_t kManyPaths = 16;
+
+// A pipe or a device would be waited for, and has nothing to lose.
+class OpenPath {
+ public:
+  explicit OpenPath(const std::filesystem::path& path)
+      : descriptor_(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {}
+  ~OpenPath() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+  OpenPath(const OpenPath&) = delete;
+  OpenPath& operator=(const OpenPath&) = delete;
+
+  int Get() const { return descriptor_; }
+
+ private:
+  int descriptor_;
+};
+
+bool IsMissing(int error) { return error == ENOENT || error == ENOTDIR; }
+
+// Some file systems flush no folders, and special files are not flushed at all.
+FileStatus StatusOfFlush(int result) {
+  return result != 0 && errno != EINVAL && errno != EROFS ? StatusOfError() : FileStatus::kDone;
+}
+
+// One path on each of the devices.
+std::vector<std::filesystem::path> OneOfEachDevice(std::span<const std::filesystem::path> paths) {
+  std::vector<std::filesystem::path> chosen;
+  std::set<dev_t> devices;
+  for (const std::filesystem::path& path : paths) {
+    struct stat facts = {};
+    if (stat(path.c_str(), &facts) == 0 && devices.insert(facts.st_dev).second) {
+      chosen.push_back(path);
+    }
+  }
+  return chosen;
+}
+
+}  // namespace
+
+FileStatus FlushPath(const std::filesystem::path& path) {
+  const OpenPath file(path);
+  if (file.Get() < 0) return IsMissing(errno) ? FileStatus::kDone : StatusOfError();
+  return StatusOfFlush(fdatasync(file.Get()));
+}
+
+FileStatus FlushPaths(std::span<const std::filesystem::path> paths) {
+  if (paths.size() < kManyPaths) {
+    for (const std::filesystem::path& path : paths) {
+      if (const FileStatus status = FlushPath(path); status != FileStatus::kDone) return status;
+    }
+    return FileStatus::kDone;
+  }
+  for (const std::filesystem::path& path : OneOfEachDevice(paths)) {
+    const OpenPath file(path);
+    if (file.Get() < 0) return StatusOfError();
+    if (const FileStatus status = StatusOfFlush(syncfs(file.Get())); status != FileStatus::kDone) {
+      return status;
+    }
+  }
+  return FileStatus::kDone;
+}
 
 std::filesystem::path PathFromText(std::wstring_view text) {
   return std::filesystem::path(ToUtf8(text));

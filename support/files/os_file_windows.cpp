@@ -213,6 +213,29 @@ FileStatus MakeFolder(const std::filesystem::path& path) {
 
 void RemoveFile(const std::filesystem::path& path) { DeleteFileW(LongForm(path).c_str()); }
 
+FileStatus FlushPath(const std::filesystem::path& path) {
+  const bool isFolder = IsFolder(path);
+  const HANDLE file = Handle(
+      OpenHandle(path, GENERIC_WRITE, kShareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS));
+  if (file == INVALID_HANDLE_VALUE) {
+    const FileStatus status = StatusOfError();
+    // Who may not change a folder's names cannot have left any of them unwritten.
+    return status == FileStatus::kMissing || isFolder ? FileStatus::kDone : status;
+  }
+  const BOOL flushed = FlushFileBuffers(file);
+  const FileStatus status = StatusOf(flushed);
+  CloseHandle(file);
+  // A file system that keeps a journal of its names need not flush a folder.
+  return isFolder ? FileStatus::kDone : status;
+}
+
+FileStatus FlushPaths(std::span<const std::filesystem::path> paths) {
+  for (const std::filesystem::path& path : paths) {
+    if (const FileStatus status = FlushPath(path); status != FileStatus::kDone) return status;
+  }
+  return FileStatus::kDone;
+}
+
 std::filesystem::path PathFromText(std::wstring_view text) { return text; }
 
 // The C++ library takes the long form of a path for a relative one.

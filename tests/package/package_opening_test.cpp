@@ -61,7 +61,7 @@ TEST_F(ExtractArchiveTest, ItemsLandBelowTheFolder) {
   MakeArchive({"config.ini", "Local\\a\\b\\x.xml"});
   const auto report = Extract();
   EXPECT_TRUE(report.opened);
-  EXPECT_EQ(report.extracted, 2u);
+  EXPECT_EQ(report.extracted.size(), 2u);
   EXPECT_EQ(machine_->FileBytes(Destination() + L"config.ini"), "content of config.ini");
   EXPECT_EQ(machine_->FileBytes(Destination() + L"Local\\a\\b\\x.xml"),
             "content of Local\\a\\b\\x.xml");
@@ -70,7 +70,7 @@ TEST_F(ExtractArchiveTest, ItemsLandBelowTheFolder) {
 
 TEST_F(ExtractArchiveTest, ForwardSlashesAreSeparators) {
   MakeArchive({"Local/a/x.xml"});
-  EXPECT_EQ(Extract().extracted, 1u);
+  EXPECT_EQ(Extract().extracted.size(), 1u);
   EXPECT_TRUE(machine_->Ports().files->Exists(Destination() + L"Local\\a\\x.xml"));
 }
 
@@ -90,7 +90,7 @@ TEST_F(ExtractArchiveTest, NamesThatLeadOutAreToldAndTheOthersExtracted) {
   names.push_back("good.txt");
   MakeArchive(names);
   const auto report = Extract();
-  EXPECT_EQ(report.extracted, 1u);
+  EXPECT_EQ(report.extracted.size(), 1u);
   ASSERT_EQ(report.failed.size(), kHostile.size());
   EXPECT_EQ(TextOfUnextracted(report.failed[0]),
             L"Failed to extract file: " + Destination() + L"..\\evil.txt");
@@ -104,7 +104,7 @@ TEST_F(ExtractArchiveTest, SecondExtractionOverwritesInPlaceAndKeepsOthers) {
   MakeArchive({"x.txt"});
   machine_->PutFile(Destination() + L"x.txt", "older and longer than the new one");
   machine_->PutFile(Destination() + L"other.txt", "other");
-  EXPECT_EQ(Extract().extracted, 1u);
+  EXPECT_EQ(Extract().extracted.size(), 1u);
   EXPECT_EQ(machine_->FileBytes(Destination() + L"x.txt"), "content of x.txt");
   EXPECT_EQ(machine_->FileBytes(Destination() + L"other.txt"), "other");
 }
@@ -121,7 +121,7 @@ TEST_F(ExtractArchiveTest, FileThatCannotBeReplacedIsToldAndStays) {
 
 TEST_F(ExtractArchiveTest, PlaceholdersInNamesAreJustText) {
   MakeArchive({"%s%n%d.txt"});
-  EXPECT_EQ(Extract().extracted, 1u);
+  EXPECT_EQ(Extract().extracted.size(), 1u);
   MakeArchive({"..\\%s%n%d"});
   EXPECT_EQ(Extract().failed, Names{Destination() + L"..\\%s%n%d"});
 }
@@ -162,10 +162,10 @@ TEST_F(ExtractArchiveTest, ItemsOfAPackageDoNotLieWhereARunKeepsItsOwn) {
     MakeArchive({name, "Local\\Version_Changed_Files.zip"});
     const ExtractReport report =
         UnpackPackage(machine_->Ports(), observer_, Archive(), Destination());
-    EXPECT_EQ(report.extracted, 1U) << name;
+    EXPECT_EQ(report.extracted.size(), 1U) << name;
     EXPECT_EQ(report.failed.size(), 1U) << name;
     EXPECT_EQ(ListFolder(*machine_->Ports().files, Destination()).size(), 1U) << name;
-    EXPECT_EQ(Extract().extracted, 2U) << "elsewhere the name is as good as any: " << name;
+    EXPECT_EQ(Extract().extracted.size(), 2U) << "elsewhere the name is as good as any: " << name;
     machine_->DeletePath(machine_->ScratchFolder() + L"in");
   }
 }

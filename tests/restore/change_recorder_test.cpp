@@ -1,5 +1,7 @@
 #include "restore/change_recorder.h"
 
+#include <algorithm>
+
 #include "tests/restore/restore_fixture.h"
 
 namespace carrovan {
@@ -15,7 +17,44 @@ TEST_F(ChangeRecorderTest, NotesAChangeBeforeItIsMade) {
     return kSystemOk;
   };
   EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "after"), kSystemOk);
-  EXPECT_EQ(order, (std::vector<std::string>{"note", "change", "note"}));
+  EXPECT_EQ(order, (std::vector<std::string>{"note", "change"}));
+}
+
+TEST_F(ChangeRecorderTest, NotesThatAChangeIsOverOnceItsContentIsFlushed) {
+  std::vector<std::string> order;
+  EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "after"), kSystemOk);
+  EXPECT_TRUE(Point().files.at(0).unfinished);
+  machine.files.fault = [&](const std::string& operation, const std::wstring&) {
+    if (operation == "append" || operation == "flush") order.push_back(operation);
+    return kSystemOk;
+  };
+  recorder->End();
+  EXPECT_EQ(order, (std::vector<std::string>{"flush", "append", "append", "flush"}));
+  EXPECT_EQ(Point().files.at(0).after, ImageOfBytes("after"));
+  EXPECT_FALSE(Point().files.at(0).unfinished);
+}
+
+TEST_F(ChangeRecorderTest, LeavesAChangeOpenWhoseContentCannotBeFlushed) {
+  EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "after"), kSystemOk);
+  machine.files.fault = [&](const std::string& operation, const std::wstring& path) {
+    const bool isJournal = path == Journal();
+    return operation == "flush" && !isJournal ? kSystemDiskFull : kSystemOk;
+  };
+  recorder->End();
+  EXPECT_TRUE(Point().files.at(0).unfinished);
+}
+
+TEST_F(ChangeRecorderTest, NotesManyAnnouncedChangesWithOneFlush) {
+  std::size_t flushes = 0;
+  for (int i = 0; i < 40; ++i) {
+    machine.files.Put(kData + L"many\\" + std::to_wstring(i), "content");
+  }
+  machine.files.fault = [&](const std::string& operation, const std::wstring&) {
+    flushes += operation == "flush" ? 1 : 0;
+    return kSystemOk;
+  };
+  EXPECT_TRUE(WipeFolder(*run->files, kData + L"many"));
+  EXPECT_EQ(flushes, 2u) << "one before the first file goes, one before the first folder";
 }
 
 TEST_F(ChangeRecorderTest, NotesAReplacementBeforeItBeginsAndWhenItIsOver) {
@@ -32,11 +71,12 @@ TEST_F(ChangeRecorderTest, NotesAReplacementBeforeItBeginsAndWhenItIsOver) {
   EXPECT_EQ(file->Append("x"), kSystemOk);
   EXPECT_EQ(file->Complete(), kSystemOk);
   file.reset();
-  EXPECT_EQ(order, (Steps{"note", "begin", "write part", "write", "note"}));
+  EXPECT_EQ(order, (Steps{"note", "begin", "write part", "write"}));
+  recorder->End();
   order.clear();
   EXPECT_EQ(run->files->BeginReplacement(kData + L"a.txt", 1, file), kSystemOk);
   file.reset();
-  EXPECT_EQ(order, (Steps{"note", "begin", "note"}));
+  EXPECT_EQ(order, (Steps{"note", "begin"})) << "what was noted as over begins anew";
 }
 
 TEST_F(ChangeRecorderTest, MakesNoChangeThatCannotBeNoted) {
@@ -61,10 +101,27 @@ TEST_F(ChangeRecorderTest, MakesNoChangeThatCannotBeNoted) {
 
 TEST_F(ChangeRecorderTest, MakesNoChangeOfWhatCannotBeKept) {
   machine.files.fault = [](const std::string& operation, const std::wstring&) {
-    return operation == "copy" ? kSystemDiskFull : kSystemOk;
+    return operation == "copy" || operation == "move" ? kSystemDiskFull : kSystemOk;
   };
   EXPECT_EQ(run->files->RemoveFile(kData + L"a.txt"), kSystemDiskFull);
+  EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "after"), kSystemDiskFull);
   EXPECT_EQ(machine.files.Bytes(kData + L"a.txt"), "before");
+}
+
+TEST_F(ChangeRecorderTest, MovesARemovedFileIntoTheRestorePoint) {
+  EXPECT_EQ(run->files->RemoveFile(kData + L"a.txt"), kSystemOk);
+  const std::vector<std::wstring>& changes = machine.files.changes;
+  EXPECT_EQ(std::ranges::count(changes, L"remove " + kData + L"a.txt"), 0);
+  EXPECT_EQ(machine.files.Bytes(Point().files.at(0).copy), "before");
+}
+
+TEST_F(ChangeRecorderTest, CopiesARemovedFileThatCannotBeMoved) {
+  machine.files.fault = [](const std::string& operation, const std::wstring&) {
+    return operation == "move" ? kGeneralFailure : kSystemOk;
+  };
+  EXPECT_EQ(run->files->RemoveFile(kData + L"a.txt"), kSystemOk);
+  EXPECT_EQ(machine.files.Bytes(kData + L"a.txt"), "<missing>");
+  EXPECT_EQ(machine.files.Bytes(Point().files.at(0).copy), "before");
 }
 
 TEST_F(ChangeRecorderTest, DoesNotStartARegistryToolWhoseKeysCannotBeNoted) {

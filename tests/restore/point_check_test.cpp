@@ -21,7 +21,7 @@ class PlantedJournal : public RestoreFixture {
   std::wstring Copies() const { return Root() + L"\\" + recorder->Id() + L"\\files\\"; }
 
   void Plant(const JournalRecord& record) {
-    ASSERT_EQ(machine.files.AppendBytes(Journal(), EncodeRecord(record)), kSystemOk);
+    ASSERT_EQ(machine.files.AppendBytes(Journal(), EncodeRecord(record, 0)), kSystemOk);
   }
 
   UndoReport UndoForced(bool trusted) {
@@ -34,7 +34,7 @@ class PlantedJournal : public RestoreFixture {
   // One record after another, in a journal in which a good one stands first.
   void ExpectRefused(const std::vector<JournalRecord>& records, bool alsoTrusted) {
     for (const JournalRecord& record : records) {
-      SCOPED_TRACE(EncodeRecord(record));
+      SCOPED_TRACE(EncodeRecord(record, 0));
       Begin();
       machine.files.Put(Copies() + L"1", "planted");
       Plant(FileChanging{kData + L"a.txt", FileImage{FileKind::kAbsent}, {}, {}});
@@ -51,7 +51,7 @@ class PlantedJournal : public RestoreFixture {
     return {path, FileImage{FileKind::kAbsent}, {}, {}};
   }
   static FileChanging Replaced(const std::wstring& path, const std::wstring& copy = L"files\\1") {
-    return {path, FileImage{FileKind::kFile, 7, 1}, copy, {}};
+    return {path, ImageOfBytes("planted"), copy, {}};
   }
   static KeyChanging KeyWithValue(RegistryHive hive, const std::wstring& path) {
     return {hive, path, KeyImage{true, {MakeStringValue(L"a", L"calc.exe")}}, {L"a"}};

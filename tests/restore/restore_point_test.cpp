@@ -52,20 +52,5 @@ TEST_F(RestorePointTest, IsEmptyWhenItsRunWasKilledAtOnce) {
   }
 }
 
-TEST_F(RestorePointTest, PrunesTheOldestAndNothingElse) {
-  for (const wchar_t* id : {L"2026-01-01T000000Z", L"2025-01-01T000000Z"}) {
-    machine.files.Put(Root() + L"\\" + id + L"\\" + kJournalName, "x");
-  }
-  machine.files.Put(Root() + L"\\notes\\mine.txt", "x");
-  std::vector<std::wstring> failed;
-  EXPECT_EQ(PruneRestorePoints(machine.files, Root(), 2, failed),
-            std::vector<std::wstring>{L"2025-01-01T000000Z"});
-  EXPECT_TRUE(failed.empty());
-  EXPECT_TRUE(machine.files.Has(Root() + L"\\notes\\mine.txt"));
-  machine.files.MakeReadOnly(Root() + L"\\2026-01-01T000000Z\\" + kJournalName);
-  EXPECT_EQ(PruneRestorePoints(machine.files, Root(), 0, failed).size(), 1u);
-  EXPECT_EQ(failed, std::vector<std::wstring>{L"2026-01-01T000000Z"});
-}
-
 }  // namespace
 }  // namespace carrovan

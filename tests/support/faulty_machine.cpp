@@ -83,6 +83,9 @@ class FaultyFiles : public ForwardingFiles {
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override {
     return Strikes() ? kSharingViolation : ForwardingFiles::MoveTo(source, target);
   }
+  SystemCode Flush(std::span<const std::wstring> paths) override {
+    return Strikes() ? kSystemDiskFull : ForwardingFiles::Flush(paths);
+  }
 
  private:
   bool Strikes() const { return fault_.Strikes(Port::kFiles); }
@@ -135,6 +138,9 @@ class FaultyRegistry : public ForwardingRegistry {
                       RegistryHive targetHive, const std::wstring& targetPath) override {
     return Strikes() ? kAccessDenied
                      : ForwardingRegistry::CopyTree(sourceHive, sourcePath, targetHive, targetPath);
+  }
+  SystemCode Flush(RegistryHive hive) override {
+    return Strikes() ? kAccessDenied : ForwardingRegistry::Flush(hive);
   }
 
  private:

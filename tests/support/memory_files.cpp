@@ -151,6 +151,11 @@ SystemCode MemoryFiles::ReadInParts(const std::wstring& path, const TakePart& ta
   return kSystemOk;
 }
 
+std::uint64_t MemoryFiles::FileBytes(const std::wstring& path) const {
+  const Entry* const entry = Find(path);
+  return entry == nullptr ? 0 : entry->bytes.size();
+}
+
 SystemCode MemoryFiles::MayStore(const std::wstring& path) const {
   const Entry* const there = Find(path);
   if (there != nullptr && (there->isFolder || there->readOnly)) return kAccessDenied;
@@ -278,6 +283,10 @@ SystemCode MemoryFiles::MoveFile(const std::wstring& source, const std::wstring&
   added.bytes = moved.bytes;
   added.readOnly = moved.readOnly;
   return Done("move", target);
+}
+
+SystemCode MemoryFiles::Flush(std::span<const std::wstring> paths) {
+  return paths.empty() ? kSystemOk : Fault("flush", paths[0]);
 }
 
 SystemCode MemoryFiles::MoveTo(const std::wstring& source, const std::wstring& target) {

@@ -20,6 +20,8 @@ class MemoryFiles : public FileSystem {
 
   std::size_t partBytes = 4096;  // of what ReadInParts gives at a time
 
+  std::optional<std::uint64_t> freeBytes;  // as it is told; nothing runs out of it
+
   // A folder is listed by name, as the systems do, and not in the order in which it was filled.
   bool listsByName = false;
 
@@ -42,6 +44,8 @@ class MemoryFiles : public FileSystem {
                         std::vector<FolderEntry>& entries) const override;
   SystemCode ReadBytes(const std::wstring& path, std::string& bytes) const override;
   SystemCode ReadInParts(const std::wstring& path, const TakePart& take) const override;
+  std::uint64_t FileBytes(const std::wstring& path) const override;
+  std::optional<std::uint64_t> FreeBytes(const std::wstring&) const override { return freeBytes; }
   SystemCode CreateFolder(const std::wstring& path) override;
   SystemCode CreateEmptyFile(const std::wstring& path) override;
   SystemCode RemoveFile(const std::wstring& path) override;
@@ -53,6 +57,7 @@ class MemoryFiles : public FileSystem {
   SystemCode HoldFile(const std::wstring& path, FileHold hold) override;
   SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override;
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
+  SystemCode Flush(std::span<const std::wstring> paths) override;
 
  private:
   std::vector<FolderEntry> EntriesOf(const std::wstring& folder) const;

@@ -48,7 +48,8 @@ std::vector<StoredItem> Unpacked(const std::string& packed) {
 
 class Writer : public ArchiveWriter {
  public:
-  Writer(FileSystem& files, std::wstring path) : files_(files), path_(std::move(path)) {}
+  Writer(FileSystem& files, std::wstring path, MemoryArchives::Keep keep)
+      : files_(files), path_(std::move(path)), keep_(std::move(keep)) {}
 
   ArchiveResult Add(const std::wstring& entryName, const std::wstring& sourcePath) override {
     if (RefusalOfStoredName(entryName)) return ArchiveResult::kNameRefused;
@@ -61,13 +62,15 @@ class Writer : public ArchiveWriter {
   }
 
   ArchiveResult Close() override {
-    const bool written = files_.WriteBytes(path_, Packed(items_)) == kSystemOk;
-    return written ? ArchiveResult::kDone : ArchiveResult::kTargetNotWritable;
+    const std::string packed = Packed(items_);
+    const SystemCode code = keep_ ? keep_(path_, packed) : files_.WriteBytes(path_, packed);
+    return code == kSystemOk ? ArchiveResult::kDone : ArchiveResult::kTargetNotWritable;
   }
 
  private:
   FileSystem& files_;
   std::wstring path_;
+  MemoryArchives::Keep keep_;
   std::vector<StoredItem> items_;
 };
 
@@ -91,7 +94,7 @@ class Reader : public ArchiveReader {
  private:
   void MakeFolders(const std::wstring& folder) {
     if (files_.IsFolder(folder)) return;
-    MakeFolders(RemoveFileSpec(folder));
+    if (const std::wstring parent = RemoveFileSpec(folder); parent != folder) MakeFolders(parent);
     static_cast<void>(files_.CreateFolder(folder));
   }
 
@@ -191,8 +194,9 @@ bool MemoryProfiles::WriteValue(const std::wstring& section, const std::wstring&
 }
 
 std::unique_ptr<ArchiveWriter> MemoryArchives::Create(const std::wstring& archivePath,
-                                                      ArchivePurpose) {
-  return std::make_unique<Writer>(files_, archivePath);
+                                                      ArchivePurpose purpose) {
+  const bool isKept = purpose == ArchivePurpose::kKeep;
+  return std::make_unique<Writer>(files_, archivePath, isKept ? keep_ : Keep());
 }
 
 std::unique_ptr<ArchiveReader> MemoryArchives::Open(const std::wstring& archivePath) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -43,6 +44,7 @@ class MemoryRegistry : public RegistryEditor {
   SystemCode DeleteTree(RegistryHive hive, const std::wstring& keyPath) override;
   SystemCode CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
                       RegistryHive targetHive, const std::wstring& targetPath) override;
+  SystemCode Flush(RegistryHive) override { return kSystemOk; }
 
  private:
   std::array<RegistryKey, 2> hives_;  // by RegistryHive
@@ -64,13 +66,18 @@ class MemoryProfiles : public ProfileFile {
 // Archives of a form of their own, kept among the files.
 class MemoryArchives : public ArchiveLibrary {
  public:
-  explicit MemoryArchives(FileSystem& files) : files_(files) {}
+  // How an archive that is kept comes to its path.
+  using Keep = std::function<SystemCode(const std::wstring& path, std::string_view bytes)>;
+
+  explicit MemoryArchives(FileSystem& files, Keep keep = {})
+      : files_(files), keep_(std::move(keep)) {}
   std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath,
                                         ArchivePurpose purpose) override;
   std::unique_ptr<ArchiveReader> Open(const std::wstring& archivePath) override;
 
  private:
   FileSystem& files_;
+  Keep keep_;
 };
 
 class MemoryRegistryTool : public RegistryTool {

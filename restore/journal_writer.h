@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "platform/file_system.h"
+#include "restore/journal_record.h"
+
+namespace carrovan {
+
+// Writes a journal. Each line says how many of those in front of it were safe from a loss of power
+// when it was written, so that a reader can see whether one of these is missing.
+class JournalWriter {
+ public:
+  // Goes on behind the lines that are there, of which `lines` could be read. The last one may have
+  // no end.
+  JournalWriter(FileSystem& files, std::wstring path, std::size_t lines)
+      : files_(files), path_(std::move(path)), isCutShort_(lines > 0), lines_(lines) {}
+
+  // Adds a line, which is written with the next Write or Flush.
+  void Add(const JournalRecord& record);
+
+  // Has the lines in the file, where they survive the end of the program.
+  [[nodiscard]] SystemCode Write();
+
+  // Has the lines where they survive a loss of power, together with what lies at further paths.
+  // Does nothing when there is nothing new.
+  [[nodiscard]] SystemCode Flush(std::vector<std::wstring> paths = {});
+
+ private:
+  FileSystem& files_;
+  std::wstring path_;
+  std::string waiting_;      // lines that are not in the file yet
+  bool isCutShort_;          // what is in the file may end in a part of a line
+  std::size_t lines_;        // with those that are waiting
+  std::size_t flushed_ = 0;  // of them, known to be safe
+};
+
+}  // namespace carrovan

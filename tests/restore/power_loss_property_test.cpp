@@ -1,0 +1,193 @@
+// Whatever a machine does when its power goes: what was there before can be had again.
+#include <gtest/gtest.h>
+
+#include <iostream>
+
+#include "package/package_writer.h"
+#include "restore/prune.h"
+#include "restore/recorded_machine.h"
+#include "restore/restore_point.h"
+#include "restore/undo_run.h"
+#include "tests/support/from_environment.h"
+#include "tests/support/lossy_machine.h"
+#include "tests/support/machine_snapshot.h"
+#include "tests/support/random_run.h"
+#include "text/path_text.h"
+
+namespace carrovan {
+namespace {
+
+// Wine takes its time for every document.
+#ifdef CARROVAN_WIDE_MAIN
+constexpr unsigned kCases = 200;
+#else
+constexpr unsigned kCases = 2000;
+#endif
+
+constexpr std::size_t kNever = std::size_t{1} << 30;
+
+constexpr wchar_t kPackage[] = L"C:\\Users\\u\\kept.ucex";
+
+// All but the restore points, and what a run leaves in folders of its own, which the next one
+// sweeps away.
+MachineSnapshot Snapshot(const RandomMachine& machine) {
+  const std::wstring own = L"C:\\Users\\u\\AppData\\Local\\Carrovan";
+  const std::wstring temporary = WithoutTrailingBackslashes(*machine.folders.TempPath());
+  MachineSnapshot snapshot = TakeSnapshot(machine);
+  std::erase_if(snapshot.files, [&](const auto& entry) {
+    return IsAtOrBelow(entry.second.path, own) || IsAtOrBelow(entry.second.path, temporary);
+  });
+  for (auto& [folded, key] : snapshot.keys) key.clear();
+  for (auto& [folded, value] : snapshot.values) value.key = FromUtf16(folded.second);
+  return snapshot;
+}
+
+// Plays what a random machine asks for, guarded as the faces guard it. Nothing of it is done when
+// there can be no restore point.
+void PlayGuarded(const RandomMachine& plan, const Machine& ports) {
+  const auto recorder = ChangeRecorder::Begin(ports, {L"import", L"", L""}).object;
+  if (!recorder) return;
+  RecordedMachine recorded(ports, *recorder);
+  PlayRandomRun(plan, recorded.Ports());
+  recorder->End();
+}
+
+UndoReport UndoNewest(const RandomMachine& machine, const Machine& ports) {
+  const std::wstring root = *RestoreRoot(machine.folders);
+  // A random package may name keys and folders of anybody.
+  UndoChoice choice;
+  choice.trusted = true;
+  for (const std::wstring& id : RestorePointIds(*ports.files, root)) {
+    const auto point = ReadRestorePoint(*ports.files, root, id);
+    if (point) return UndoChanges(*point, choice, ports);
+  }
+  return {};
+}
+
+class PowerLoss : public testing::Test {
+ protected:
+  using Work = std::function<void(RandomMachine& machine, const Machine& ports)>;
+
+  // Does the work whole to count its operations, and once more with a loss of power somewhere on
+  // the way, after which the machine is what is left.
+  void LosePowerDuring(const Work& work, RandomMachine& machine, unsigned seed) {
+    std::size_t operations = 0;
+    {
+      RandomMachine whole(seed);
+      if (prepare_) prepare_(whole);
+      LossyMachine supplied(whole, kNever);
+      work(whole, supplied.Ports());
+      operations = supplied.Supply().Operations();
+    }
+    std::mt19937 random(seed);
+    LossyMachine supplied(machine, random() % (operations + 1));
+    work(machine, supplied.Ports());
+    supplied.Lose(random);
+  }
+
+  void ExpectUndone(RandomMachine& machine, const MachineSnapshot& before) {
+    const std::wstring root = *RestoreRoot(machine.folders);
+    for (const std::wstring& id : RestorePointIds(machine.files, root)) {
+      const auto point = ReadRestorePoint(machine.files, root, id);
+      ASSERT_TRUE(point);
+      EXPECT_EQ(point->damage, L"");
+    }
+    const UndoReport report = UndoNewest(machine, machine.Ports());
+    for (const auto* lines : {&report.kept, &report.problems, &report.refused}) {
+      for (const std::wstring& line : *lines) ADD_FAILURE() << ToUtf8(line);
+    }
+    const MachineSnapshot after = Snapshot(machine);
+    if (after == before) return;
+    for (const std::string& line : LinesOf(DifferenceOf(before, after))) ADD_FAILURE() << line;
+    ADD_FAILURE() << "not as before";
+  }
+
+  // Goes through the seeds until one fails.
+  void ForEachSeed(const std::function<void(unsigned seed)>& check) {
+    const unsigned first = FromEnvironment("CARROVAN_POWER_SEED", 1);
+    const unsigned cases = FromEnvironment("CARROVAN_POWER_CASES", kCases) / 4;
+    for (unsigned seed = first; seed < first + cases && !HasFailure(); ++seed) {
+      SCOPED_TRACE("CARROVAN_POWER_SEED=" + std::to_string(seed));
+      check(seed);
+    }
+    std::cout << cases << " losses of power\n";
+  }
+
+  std::function<void(RandomMachine& machine)> prepare_;
+};
+
+TEST_F(PowerLoss, OfARunLeavesWhatAnUndoBringsBack) {
+  ForEachSeed([this](unsigned seed) {
+    RandomMachine machine(seed);
+    const MachineSnapshot before = Snapshot(machine);
+    LosePowerDuring(
+        [](RandomMachine& plan, const Machine& ports) { PlayGuarded(plan, ports); }, machine, seed);
+    ExpectUndone(machine, before);
+    ExpectUndone(machine, before);
+  });
+}
+
+TEST_F(PowerLoss, OfAnUndoLeavesWhatASecondOneBringsBack) {
+  prepare_ = [](RandomMachine& machine) { PlayGuarded(machine, machine.Ports()); };
+  ForEachSeed([this](unsigned seed) {
+    RandomMachine machine(seed);
+    const MachineSnapshot before = Snapshot(machine);
+    prepare_(machine);
+    LosePowerDuring(
+        [](RandomMachine& plan, const Machine& ports) {
+          static_cast<void>(UndoNewest(plan, ports));
+        },
+        machine, seed);
+    ExpectUndone(machine, before);
+  });
+}
+
+TEST_F(PowerLoss, OfAPruningLeavesEachRestorePointWholeOrGone) {
+  prepare_ = [](RandomMachine& machine) { PlayGuarded(machine, machine.Ports()); };
+  ForEachSeed([this](unsigned seed) {
+    RandomMachine machine(seed);
+    const MachineSnapshot before = Snapshot(machine);
+    prepare_(machine);
+    const MachineSnapshot changed = Snapshot(machine);
+    LosePowerDuring(
+        [](RandomMachine& plan, const Machine& ports) {
+          static_cast<void>(
+              PruneRestorePoints(*ports.files, *ports.clock, *RestoreRoot(plan.folders), {}));
+        },
+        machine, seed);
+    EXPECT_EQ(Snapshot(machine), changed);
+    if (!RestorePointIds(machine.files, *RestoreRoot(machine.folders)).empty()) {
+      ExpectUndone(machine, before);
+    }
+  });
+}
+
+TEST_F(PowerLoss, OfAnExportLeavesTheOldPackageOrTheNewOne) {
+  prepare_ = [](RandomMachine& machine) { machine.files.Put(kPackage, "the old package"); };
+  ForEachSeed([this](unsigned seed) {
+    RandomMachine machine(seed);
+    prepare_(machine);
+    const MachineSnapshot before = Snapshot(machine);
+    bool isDone = false;
+    std::string written;
+    LosePowerDuring(
+        [&](RandomMachine& plan, const Machine& ports) {
+          ProductContext context;
+          RunObserver observer;
+          const std::wstring sources[] = {*plan.folders.LocalAppData(),
+                                          *plan.folders.RoamingAppData()};
+          isDone = WritePackage(context, ports, sources, kPackage, ArchivePurpose::kKeep, observer)
+                       .outcome == ArchiveResult::kDone;
+          if (written.empty()) static_cast<void>(ports.files->ReadBytes(kPackage, written));
+        },
+        machine, seed);
+    const std::string left = machine.files.Bytes(kPackage);
+    EXPECT_TRUE(left == written || left == "the old package");
+    if (isDone) EXPECT_EQ(left, written) << "what was reported is lost";
+    machine.files.Put(kPackage, "the old package");
+    EXPECT_EQ(Snapshot(machine), before);
+  });
+}
+
+}  // namespace
+}  // namespace carrovan
