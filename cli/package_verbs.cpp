@@ -122,7 +122,8 @@ ExitStatus RunExtractVerb(const Session& session, const ExtractOptions& options)
   if (report.extracted.size() == 0 && report.failed.empty()) {
     return session.Fail(options.package + L" is empty");
   }
-  session.Print(std::to_wstring(report.extracted.size()) + L" files extracted to " + options.folder);
+  session.Print(std::to_wstring(report.extracted.size()) + L" files extracted to " +
+                options.folder);
   if (report.failed.empty()) return ExitStatus::kDone;
   return report.extracted.size() == 0 ? ExitStatus::kFailed : ExitStatus::kPartly;
 }

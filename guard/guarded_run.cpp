@@ -1,5 +1,6 @@
 #include "guard/guarded_run.h"
 
+#include "guard/room_check.h"
 #include "preview/overlay_machine.h"
 #include "restore/recorded_machine.h"
 #include "restore/restore_point.h"
@@ -49,8 +50,23 @@ SystemCode TakeOwnFolder(const GuardChoice& choice, ChangeRecorder& recorder) {
   return choice.ownFolder.empty() ? kSystemOk : recorder.TakeScratch(choice.ownFolder);
 }
 
+// Why there is not enough room for a restore point; empty when there is. Only where that is in
+// doubt is the run tried out, which nothing may come of in the report.
+std::wstring LackOfRoom(const Machine& machine, const Run& run,
+                        const std::optional<MachineChanges>& foreseen) {
+  if (HasPlentyOfRoom(machine)) return {};
+  GuardReport trial;
+  const auto changes = foreseen ? foreseen : TryOut(machine, run, trial);
+  return changes ? RoomThatLacks(machine, *changes) : trial.reason;
+}
+
 void RunRecorded(const Machine& machine, const GuardChoice& choice, const Run& run, LineLog& log,
-                 GuardReport& report) {
+                 const std::optional<MachineChanges>& foreseen, GuardReport& report) {
+  report.reason = LackOfRoom(machine, run, foreseen);
+  if (!report.reason.empty()) {
+    report.failure = GuardFailure::kNoRestorePoint;
+    return;
+  }
   const OrReason<ChangeRecorder> begun = ChangeRecorder::Begin(machine, report.about);
   if (!begun.object) {
     report.failure = GuardFailure::kNoRestorePoint;
@@ -94,7 +110,7 @@ GuardReport RunGuarded(const Machine& machine, const GuardChoice& choice, const 
     report.outcome = run(machine, log);
     TakeVersion(report);
   } else {
-    RunRecorded(machine, choice, run, log, report);
+    RunRecorded(machine, choice, run, log, foreseen, report);
   }
   if (foreseen && report.WasCarriedOut()) {
     ForgetTemporaryFiles(machine, *foreseen);

@@ -22,7 +22,10 @@ SystemCode CopyIntoFolder(FileSystem& files, const std::wstring& source, const s
   if (!files.Exists(folder)) {
     if (const SystemCode code = files.CreateFolder(folder); code != kSystemOk) return code;
   }
-  return files.CopyOver(source, WithTrailingBackslash(folder) + name);
+  const std::wstring target = WithTrailingBackslash(folder) + name;
+  if (const SystemCode code = files.CopyOver(source, target); code != kSystemOk) return code;
+  // The source goes with the staging folder.
+  return files.Flush(std::vector<std::wstring>{target, folder, RemoveFileSpec(folder)});
 }
 
 void PlaceCustomization(const ImportRun& run, const std::wstring& suffix) {

@@ -21,7 +21,7 @@ std::optional<std::wstring> RefusalOfPackageItem(std::wstring_view name);
 
 // How an extraction went.
 struct ExtractReport {
-  bool opened = false;  // false: the archive is missing or is not one
+  bool opened = false;                  // false: the archive is missing or is not one
   std::vector<std::wstring> extracted;  // paths of what was written
   std::vector<std::wstring> failed;  // where the items that failed or were refused were to be put
 };

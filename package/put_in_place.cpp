@@ -54,10 +54,14 @@ ChangedFiles ArchiveChangedFiles(const Placement& placement, const std::wstring&
 // nowhere.
 bool FlushPlaced(const Placement& placement, const std::vector<std::wstring>& files,
                  RunReport& report) {
-  std::set<std::wstring, NameLess> paths;
+  std::set<std::wstring, NameLess> paths(files.begin(), files.end());
   for (const std::wstring& file : files) {
-    paths.insert(file);
-    paths.insert(RemoveFileSpec(file));
+    // Any of the folders may be as new as the file.
+    std::wstring folder = RemoveFileSpec(file);
+    while (folder.size() > placement.applicationDataRoot.size() && paths.insert(folder).second) {
+      folder = RemoveFileSpec(folder);
+    }
+    paths.insert(folder);
   }
   const SystemCode code =
       placement.machine.files->Flush(std::vector<std::wstring>(paths.begin(), paths.end()));

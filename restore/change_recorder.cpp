@@ -80,7 +80,7 @@ SystemCode ChangeRecorder::MakeFolders() { return MakeFolderPath(files_, CopiesF
 // have been made.
 SystemCode ChangeRecorder::FlushBeginning() {
   const std::wstring own = RemoveFileSpec(root_);
-  return journal_.Flush({CopiesFolder(), Folder(), root_, own, RemoveFileSpec(own)});
+  return journal_.Flush({Folder(), root_, own, RemoveFileSpec(own)});
 }
 
 // A file that is only moved into the restore point lies in one place or the other. What is made
@@ -160,7 +160,8 @@ SystemCode ChangeRecorder::NoteFile(const std::wstring& path, ComingChange chang
   if (change == ComingChange::kReplacement && !file.copy.empty() && !file.isKept) {
     if (const SystemCode code = KeepCopy(path, file); code != kSystemOk) return code;
   }
-  if (!file.isOpen) journal_.Add(FileChanging{AsSpelled(path), std::nullopt, {}, PartNameFor(path)});
+  if (!file.isOpen)
+    journal_.Add(FileChanging{AsSpelled(path), std::nullopt, {}, PartNameFor(path)});
   file.isOpen = true;
   return kSystemOk;
 }
@@ -298,8 +299,7 @@ SystemCode ChangeRecorder::NoteMove(const std::wstring& from, const std::wstring
   }
   if (!files_.IsFolder(from)) return kSystemOk;
   for (const FolderEntry& entry : ListFolder(files_, from)) {
-    const SystemCode code =
-        NoteMove(from + L"\\" + entry.name, to + L"\\" + entry.name, noted);
+    const SystemCode code = NoteMove(from + L"\\" + entry.name, to + L"\\" + entry.name, noted);
     if (code != kSystemOk) return code;
   }
   return kSystemOk;

@@ -15,14 +15,11 @@ namespace {
 
 using Reason = std::optional<std::wstring>;
 
-// No run begins for a product of another maker.
-constexpr std::wstring_view kMakers[] = {L"Vantric", L"ORMA"};
-
 bool IsDigit(wchar_t c) { return c >= L'0' && c <= L'9'; }
 
 bool IsMaker(std::wstring_view name) {
   return std::ranges::any_of(
-      kMakers, [name](std::wstring_view maker) { return CompareNames(maker, name) == 0; });
+      kMakerFolders, [name](std::wstring_view maker) { return CompareNames(maker, name) == 0; });
 }
 
 // "28.0". A folder of that name directly in a half belongs to the 2D drafting settings.
@@ -188,8 +185,8 @@ class PointCheck {
     const bool isWhole = copyKind == FileKind::kFile &&
                          ReadFileImage(*machine_.files, file.copy, copy) == kSystemOk &&
                          copy == file.before;
-    if (isWhole || (ReadFileImage(*machine_.files, file.path, now) == kSystemOk &&
-                    now == file.before)) {
+    if (isWhole ||
+        (ReadFileImage(*machine_.files, file.path, now) == kSystemOk && now == file.before)) {
       return std::nullopt;
     }
     return L"cannot be put back, as its copy is damaged or missing: " + file.copy;

@@ -35,7 +35,8 @@ PruneReport PruneRestorePoints(FileSystem& files, const Clock& clock, const std:
                                const PruneChoice& choice) {
   PruneReport report;
   RemoveLeftovers(files, root);
-  const auto oldest = RestorePointId(clock.Now() - std::chrono::days(choice.olderThanDays.value_or(0)));
+  const auto oldest =
+      RestorePointId(clock.Now() - std::chrono::days(choice.olderThanDays.value_or(0)));
   const std::vector<std::wstring> ids = RestorePointIds(files, root);
   for (std::size_t i = choice.keep; i < ids.size(); ++i) {
     if (choice.olderThanDays && ids[i] >= oldest) continue;

@@ -12,7 +12,7 @@ namespace carrovan {
 
 // Which restore points go. None does by itself, whatever its age.
 struct PruneChoice {
-  std::size_t keep = 0;             // so many of the newest stay
+  std::size_t keep = 0;              // so many of the newest stay
   std::optional<int> olderThanDays;  // of the others only those that are older than this
 };
 

@@ -18,6 +18,10 @@ namespace carrovan {
 inline constexpr wchar_t kJournalName[] = L"journal.jsonl";
 inline constexpr wchar_t kCopiesFolder[] = L"files";
 
+// Folders of the application data in which a run changes what it does. No run begins for a product
+// of another maker.
+inline constexpr std::wstring_view kMakerFolders[] = {L"Vantric", L"ORMA"};
+
 // "Carrovan\Restore" below the user's Local application data; nothing when that is not known.
 std::optional<std::wstring> RestoreRoot(const KnownFolders& folders);
 

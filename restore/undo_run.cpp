@@ -191,9 +191,10 @@ class FileUndo {
     return false;
   }
 
-  // A file is noted before its content comes back and when that is on the disk, like a change of the
-  // run's own: what an undo that is cut short has left there is no other's work. Without the note a
-  // second undo takes more care than it needs to, which must not keep the first from a full disk.
+  // A file is noted before its content comes back and when that is on the disk, like a change of
+  // the run's own: what an undo that is cut short has left there is no other's work. Without the
+  // note a second undo takes more care than it needs to, which must not keep the first from a full
+  // disk.
   void NoteWhatIsPutBack() {
     for (const FileHistory* file : chosen_) {
       if (file->before.kind != FileKind::kFile) continue;
@@ -266,7 +267,11 @@ class FileUndo {
       const std::wstring now = folder + L"\\" + spelled.Spell(folder, FileNameOf(file->path));
       if (now == file->path) continue;
       const SystemCode code = files_.MoveTo(now, file->path);
-      if (code != kSystemOk) Fail(file->path, code);
+      if (code != kSystemOk) {
+        Fail(file->path, code);
+      } else {
+        restored_.push_back(file);
+      }
     }
   }
 

@@ -215,8 +215,8 @@ void RemoveFile(const std::filesystem::path& path) { DeleteFileW(LongForm(path).
 
 FileStatus FlushPath(const std::filesystem::path& path) {
   const bool isFolder = IsFolder(path);
-  const HANDLE file = Handle(
-      OpenHandle(path, GENERIC_WRITE, kShareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS));
+  const HANDLE file =
+      Handle(OpenHandle(path, GENERIC_WRITE, kShareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS));
   if (file == INVALID_HANDLE_VALUE) {
     const FileStatus status = StatusOfError();
     // Who may not change a folder's names cannot have left any of them unwritten.

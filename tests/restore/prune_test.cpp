@@ -80,8 +80,7 @@ TEST_F(PruneTest, NamesAPointThatCannotBeRemovedWholeAndTriesAgainTheNextTime) {
   EXPECT_EQ(Prune(2).failed, Ids{L"2025-01-01T000000Z"});
   machine.files.fault = nullptr;
   EXPECT_TRUE(Prune(2).failed.empty());
-  EXPECT_EQ(machine.files.Names(Root()),
-            (Ids{L"2026-01-01T000000Z", L"2026-03-04T000000Z"}));
+  EXPECT_EQ(machine.files.Names(Root()), (Ids{L"2026-01-01T000000Z", L"2026-03-04T000000Z"}));
 }
 
 TEST_F(PruneTest, LeavesAPointAsItIsWhenItCannotBeRenamed) {

@@ -88,6 +88,16 @@ void LossyFiles::Lose(std::mt19937& random, MemoryFiles& left) const {
   Give(nodes, 0, L"", left);
 }
 
+void LossyFiles::Keep(MemoryFiles& left) const {
+  std::vector<Node> nodes = nodes_;
+  for (Node& node : nodes) {
+    node.safeNames = node.names;
+    node.safeBytes = node.bytes;
+  }
+  left = MemoryFiles();
+  Give(nodes, 0, L"", left);
+}
+
 void LossyFiles::Give(const std::vector<Node>& nodes, std::size_t node, const std::wstring& path,
                       MemoryFiles& left) {
   for (const auto& [folded, name] : nodes[node].safeNames) {
@@ -159,9 +169,8 @@ void LossyFiles::MakeSafe(std::vector<Node>& nodes, const NameOperation& operati
 
 void LossyFiles::FlushFolder(std::size_t folder) {
   const auto concerns = [folder](const NameOperation& operation) {
-    return std::ranges::any_of(operation.changes, [folder](const NameChange& change) {
-      return change.folder == folder;
-    });
+    return std::ranges::any_of(
+        operation.changes, [folder](const NameChange& change) { return change.folder == folder; });
   };
   for (const NameOperation& operation : waiting_) {
     if (concerns(operation)) MakeSafe(nodes_, operation);
@@ -389,9 +398,7 @@ void LossyRegistry::Make(RegistryHive hive, Change change) {
 bool LossyRegistry::Merge(const RegistryFile& file) {
   for (const RegistryKeyChange& key : file.keys) {
     if (!power_.Lasts()) return false;
-    Make(key.hive, [key](RegistryKey& root) {
-      ApplyRegistryFile({{key}, {}}, key.hive, root);
-    });
+    Make(key.hive, [key](RegistryKey& root) { ApplyRegistryFile({{key}, {}}, key.hive, root); });
   }
   return true;
 }
@@ -437,7 +444,8 @@ SystemCode LossyRegistry::CopyTree(RegistryHive sourceHive, const std::wstring& 
   if (source == nullptr) return kFileNotFound;
   const auto copy = std::make_shared<RegistryKey>();
   copy->CopyFrom(*source);
-  Make(targetHive, [copy, targetPath](RegistryKey& root) { root.Make(targetPath).CopyFrom(*copy); });
+  Make(targetHive,
+       [copy, targetPath](RegistryKey& root) { root.Make(targetPath).CopyFrom(*copy); });
   return kSystemOk;
 }
 
@@ -460,9 +468,9 @@ class LossyMachine::Tool : public RegistryTool {
     const std::wstring path = keyPath.substr(keyPath.find(L'\\') + 1);
     const RegistryKey* const key = keys_.Root(RegistryHive::kCurrentUser).Find(path);
     if (key == nullptr) return std::make_unique<EndedTool>(false);
-    const auto bytes = EncodeText({WriteRegistryFile(RegistryHive::kCurrentUser, path, *key,
-                                                     RegistryFileForm::kExport),
-                                   true});
+    const auto bytes = EncodeText(
+        {WriteRegistryFile(RegistryHive::kCurrentUser, path, *key, RegistryFileForm::kExport),
+         true});
     return std::make_unique<EndedTool>(
         files_.WriteBytes(filePath, std::string(bytes.begin(), bytes.end())) == kSystemOk);
   }
@@ -482,10 +490,8 @@ LossyMachine::LossyMachine(MemoryMachine& machine, std::size_t lastOperation)
       power_(lastOperation),
       files_(machine.files, power_),
       registry_(machine.registry, power_),
-      archives_(files_,
-                [this](const std::wstring& path, std::string_view bytes) {
-                  return files_.WriteSafely(path, bytes);
-                }),
+      archives_(files_, [this](const std::wstring& path,
+                               std::string_view bytes) { return files_.WriteSafely(path, bytes); }),
       tool_(std::make_unique<Tool>(files_, registry_, machine.registry)) {}
 
 Machine LossyMachine::Ports() {
@@ -497,6 +503,8 @@ Machine LossyMachine::Ports() {
   ports.registryTool = tool_.get();
   return ports;
 }
+
+void LossyMachine::Keep() { files_.Keep(machine_.files); }
 
 void LossyMachine::Lose(std::mt19937& random) {
   registry_.Lose(random, machine_.registry);

@@ -14,8 +14,8 @@
 namespace carrovan {
 
 // A machine in memory that keeps apart what was flushed. When its power goes, of all the rest any
-// part may be lost: contents and lengths of files, names that were made, changed or removed, changes
-// of the registry, each apart from the others.
+// part may be lost: contents and lengths of files, names that were made, changed or removed,
+// changes of the registry, each apart from the others.
 
 // After a number of operations that change or flush something no more is done and everything fails,
 // as nothing comes after the loss.
@@ -39,8 +39,9 @@ class LossyFiles : public FileSystem {
   // Everything that is there at the beginning is safe.
   LossyFiles(const MemoryFiles& start, Power& power);
 
-  // What is left after the loss.
+  // What is left after the loss, and without one.
   void Lose(std::mt19937& random, MemoryFiles& left) const;
+  void Keep(MemoryFiles& left) const;
 
   // As WriteBytes, but with the content on the disk before the name is, as archives are kept.
   SystemCode WriteSafely(const std::wstring& path, std::string_view bytes);
@@ -175,6 +176,9 @@ class LossyMachine {
 
   // The power goes, at the latest now.
   void Lose(std::mt19937& random);
+
+  // It does not, and nothing is lost.
+  void Keep();
 
  private:
   class Tool;
