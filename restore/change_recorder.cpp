@@ -133,7 +133,6 @@ void ChangeRecorder::Announce(std::span<const std::wstring> paths, ComingChange 
       static_cast<void>(NoteFile(path, change));
     }
   }
-  static_cast<void>(FlushNotes(change));
 }
 
 // Links are taken when their turn comes, and what lies behind them does not change.

@@ -115,6 +115,18 @@ TEST_F(ChangeRecorderTest, MovesARemovedFileIntoTheRestorePoint) {
   EXPECT_EQ(machine.files.Bytes(Point().files.at(0).copy), "before");
 }
 
+TEST_F(ChangeRecorderTest, HasTheNoteOnTheDiskBeforeAFileIsMovedIntoTheRestorePoint) {
+  std::vector<std::string> order;
+  machine.files.fault = [&](const std::string& operation, const std::wstring&) {
+    if (operation == "append" || operation == "flush" || operation == "move") {
+      order.push_back(operation);
+    }
+    return kSystemOk;
+  };
+  EXPECT_EQ(run->files->RemoveFile(kData + L"a.txt"), kSystemOk);
+  EXPECT_EQ(order, (std::vector<std::string>{"append", "flush", "move"}));
+}
+
 TEST_F(ChangeRecorderTest, CopiesARemovedFileThatCannotBeMoved) {
   machine.files.fault = [](const std::string& operation, const std::wstring&) {
     return operation == "move" ? kGeneralFailure : kSystemOk;

@@ -140,7 +140,9 @@ TEST_F(PowerLoss, OfARunLeavesWhatAnUndoBringsBack) {
         [](RandomMachine& plan, const Machine& ports) { PlayGuarded(plan, ports); }, machine, seed);
     if (isDone) {
       ExpectSame(done_, Snapshot(machine));
-      if (done_ != before) EXPECT_EQ(StateOfPoint(machine), PointState::kFinished);
+      if (done_ != before) {
+        EXPECT_EQ(StateOfPoint(machine), PointState::kFinished);
+      }
     }
     ExpectUndone(machine, before);
     ExpectUndone(machine, before);
@@ -229,7 +231,9 @@ TEST_F(PowerLoss, OfAnExportLeavesTheOldPackageOrTheNewOne) {
         machine, seed);
     const std::string left = machine.files.Bytes(kPackage);
     EXPECT_TRUE(left == written || left == "the old package");
-    if (isDone) EXPECT_EQ(left, written) << "what was reported is lost";
+    if (isDone) {
+      EXPECT_EQ(left, written) << "what was reported is lost";
+    }
     machine.files.Put(kPackage, "the old package");
     EXPECT_EQ(Snapshot(machine), before);
   });

@@ -1,6 +1,7 @@
 #include "tests/support/lossy_machine.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/registry_file.h"
 #include "registry_text/registry_file_writer.h"
