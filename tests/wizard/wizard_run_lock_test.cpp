@@ -120,6 +120,7 @@ TEST_F(OneRunAtATime, RestorePointThatIsPrunedWhileTheUserIsAskedIsNotUndone) {
   };
   flow_.UndoLast();
   EXPECT_EQ(frame_.messages, (Texts{L"There is nothing to undo."}));
+  EXPECT_TRUE(frame_.listQuestions.empty());
   EXPECT_EQ(Template(), "theirs");
 }
 
