@@ -53,6 +53,7 @@ class HeldRun:
             if time.monotonic() > end:
                 self.process.kill()
                 raise TimeoutError(f"the run did not begin within {SECONDS} s")
+            time.sleep(0.0005)
         self.process.send_signal(signal.SIGSTOP)
         options = os.WSTOPPED | os.WEXITED | os.WNOWAIT
         state = os.waitid(os.P_PID, self.process.pid, options)

@@ -82,12 +82,18 @@ class OneRunTest(SandboxTest):
             for verb in (self.import_all, ("reset", "--all")):
                 self.run_verb(*verb, "--dry-run")
 
+    def start_undo(self):
+        """One that has something to do."""
+        self.run_verb("reset", "--all", "--yes")
+        return self.start("undo")
+
     def test_reset_and_undo_are_named_as_well(self):
-        for verb in (("reset", "--all", "--yes"), ("undo",)):
-            with self.held(*verb) as first:
+        for verb, start in (("reset", lambda: self.start("reset", "--all", "--yes")),
+                            ("undo", self.start_undo)):
+            with HeldRun(start, self.own) as first:
                 self.assert_refused(
                     self.machine.run(*self.import_all), 1, "Another run is at work: "
-                    f"carrovan-cli {verb[0]}, process {first.process.pid}\n")
+                    f"carrovan-cli {verb}, process {first.process.pid}\n")
                 self.assertEqual(first.go_on(), 0)
 
     def test_killed_run_keeps_nobody_out(self):
