@@ -83,7 +83,7 @@ class AnotherRunTest(ImportCase):
         with held_reset(self) as other:
             before = MachineState(PREFIX)
             self.wizard.press_button(FINISH)
-            self.assertEqual(self.wizard.answer(), f"Another run is at work: {other.name()}\n\n"
+            self.assertEqual(self.wizard.answer(), f"Another run is at work:\n{other.name()}\n\n"
                              "Nothing was changed. Try again when it has ended.")
             self.assertIn("Options", self.wizard.tree().checked_labels())
             after = MachineState(PREFIX)

@@ -9,7 +9,7 @@ namespace {
 using enum WizardPage;
 
 constexpr wchar_t kAnotherRunText[] =
-    L"Another run is at work: carrovan-cli import, process 1234\n\n"
+    L"Another run is at work:\ncarrovan-cli import, process 1234\n\n"
     L"Nothing was changed. Try again when it has ended.";
 
 class OneRunAtATime : public GuardedWizard {
