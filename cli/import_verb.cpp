@@ -133,7 +133,6 @@ ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
   if (const auto refusal = RefusalOfPackage(*files, options.package, options.trust, machine)) {
     return session.Fail(*refusal);
   }
-  if (!options.run.dryRun) SweepRunFolders(machine);
   return RunAndPrint(
       session, options.run, {L"import", options.year, options.package}, {L"imported", L"left out"},
       machine,

@@ -55,7 +55,6 @@ ExitStatus RunResetVerb(const Session& session, const ResetOptions& options) {
     return session.Fail(TextOf(RunRefusal::kProductRunning));
   }
   const PointBegun about{L"reset", machine.product->HumanReadableVersion(), {}};
-  if (!options.run.dryRun) SweepRunFolders(machine);
   return RunAndPrint(
       session, options.run, about, {L"reset", L"kept"}, machine,
       [&options](const Machine& ports, LineLog&) { return ResetVersion(options, ports); });

@@ -4,9 +4,11 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/json_text.h"
+#include "cli/run_output.h"
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
 #include "environment/wizard_state.h"
+#include "guard/run_lock.h"
 #include "restore/point_check.h"
 #include "restore/restore_point.h"
 #include "restore/undo_run.h"
@@ -129,6 +131,8 @@ ExitStatus RunPruneVerb(const Session& session, const PruneOptions& options) {
   const Machine machine = owned->Ports();
   const auto root = RequireRoot(session, machine);
   if (!root) return ExitStatus::kFailed;
+  const OrReason<RunLock> lock = RunLock::Take(machine, L"prune");
+  if (!lock.object) return RefuseBesides(session, lock.reason);
   const PruneReport report =
       PruneRestorePoints(*machine.files, *machine.clock, *root, options.choice);
   std::uint64_t freedBytes = 0;
@@ -235,19 +239,9 @@ ExitStatus RefuseJournal(const Session& session, const RestorePoint& point,
   return session.Fail(line);
 }
 
-}  // namespace
-
-ExitStatus RunUndoVerb(const Session& session, const UndoOptions& options) {
-  if (const auto refusal = RefusalOfLabels(options.categories)) return session.Misused(*refusal);
-  const auto owned = session.OpenMachine();
-  if (!owned) return ExitStatus::kFailed;
-  const Machine machine = owned->Ports();
-  if (IsProductRunning(*machine.processes)) {
-    return session.Fail(TextOf(RunRefusal::kProductRunning));
-  }
+ExitStatus Undo(const Session& session, const UndoOptions& options, const Machine& machine) {
   const auto point = FindPoint(session, machine, options.id);
   if (!point) return ExitStatus::kFailed;
-
   UndoChoice choice;
   choice.force = options.force;
   choice.trusted = options.trust;
@@ -265,6 +259,21 @@ ExitStatus RunUndoVerb(const Session& session, const UndoOptions& options) {
   const UndoReport report = UndoChanges(*point, choice, machine);
   if (!report.refused.empty()) return RefuseJournal(session, *point, report.refused, machine);
   return Conclude(session, *point, report, options.json);
+}
+
+}  // namespace
+
+ExitStatus RunUndoVerb(const Session& session, const UndoOptions& options) {
+  if (const auto refusal = RefusalOfLabels(options.categories)) return session.Misused(*refusal);
+  const auto owned = session.OpenMachine();
+  if (!owned) return ExitStatus::kFailed;
+  const Machine machine = owned->Ports();
+  if (IsProductRunning(*machine.processes)) {
+    return session.Fail(TextOf(RunRefusal::kProductRunning));
+  }
+  const OrReason<RunLock> lock = RunLock::Take(machine, L"undo");
+  if (!lock.object) return RefuseBesides(session, lock.reason);
+  return Undo(session, options, machine);
 }
 
 }  // namespace carrovan

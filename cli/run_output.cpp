@@ -26,6 +26,9 @@ class RunOutput {
       : session_(session), choice_(choice), words_(words), report_(report) {}
 
   ExitStatus Print(const Machine& machine, const std::vector<std::wstring>& log) const {
+    if (report_.failure == GuardFailure::kAnotherRun) {
+      return RefuseBesides(session_, report_.reason);
+    }
     if (report_.failure == GuardFailure::kNoRestorePoint) {
       return session_.Fail(L"No restore point can be made: " + report_.reason +
                            L"; --no-restore-point goes on without one");
@@ -141,6 +144,10 @@ class RunOutput {
 };
 
 }  // namespace
+
+ExitStatus RefuseBesides(const Session& session, const std::wstring& otherRun) {
+  return session.Fail(L"Another run is at work: " + otherRun);
+}
 
 ExitStatus RunAndPrint(const Session& session, const RunChoice& choice, const PointBegun& about,
                        const CategoryWords& words, const Machine& machine, const Run& run) {

@@ -18,6 +18,9 @@ struct CategoryWords {
   std::wstring whenNot;     // "left out"
 };
 
+// Says that another run is at work, and which, and gives the status to return.
+ExitStatus RefuseBesides(const Session& session, const std::wstring& otherRun);
+
 // Runs in the chosen way and prints what came of it. `about` is what a restore point says of the
 // run.
 ExitStatus RunAndPrint(const Session& session, const RunChoice& choice, const PointBegun& about,

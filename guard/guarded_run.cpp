@@ -1,6 +1,8 @@
 #include "guard/guarded_run.h"
 
 #include "guard/room_check.h"
+#include "guard/run_lock.h"
+#include "package/staging_folder.h"
 #include "preview/overlay_machine.h"
 #include "restore/recorded_machine.h"
 #include "restore/restore_point.h"
@@ -89,22 +91,21 @@ void RunRecorded(const Machine& machine, const GuardChoice& choice, const Run& r
   if (recorder.End()) report.restorePoint = recorder.Id();
 }
 
-}  // namespace
+void RunDry(const Machine& machine, const GuardChoice& choice, const Run& run,
+            GuardReport& report) {
+  std::optional<MachineChanges> foreseen = TryOut(machine, run, report);
+  if (!foreseen) return;
+  if (!choice.ownFolder.empty()) ForgetFilesIn(choice.ownFolder, *foreseen);
+  report.changes = std::move(*foreseen);
+  TakeVersion(report);
+}
 
-GuardReport RunGuarded(const Machine& machine, const GuardChoice& choice, const PointBegun& about,
-                       LineLog& log, const Run& run) {
-  GuardReport report;
-  report.about = about;
+void RunInEarnest(const Machine& machine, const GuardChoice& choice, const Run& run, LineLog& log,
+                  GuardReport& report) {
   std::optional<MachineChanges> foreseen;
-  if (choice.dryRun || choice.verify) {
+  if (choice.verify) {
     foreseen = TryOut(machine, run, report);
-    if (!foreseen) return report;
-  }
-  if (choice.dryRun) {
-    if (!choice.ownFolder.empty()) ForgetFilesIn(choice.ownFolder, *foreseen);
-    report.changes = std::move(*foreseen);
-    TakeVersion(report);
-    return report;
+    if (!foreseen) return;
   }
   if (choice.noRestorePoint) {
     report.outcome = run(machine, log);
@@ -117,6 +118,26 @@ GuardReport RunGuarded(const Machine& machine, const GuardChoice& choice, const 
     report.foreseen = CountForeseen(*foreseen);
     report.differences = UnfulfilledChanges(*foreseen, machine);
   }
+}
+
+}  // namespace
+
+GuardReport RunGuarded(const Machine& machine, const GuardChoice& choice, const PointBegun& about,
+                       LineLog& log, const Run& run) {
+  GuardReport report;
+  report.about = about;
+  if (choice.dryRun) {
+    RunDry(machine, choice, run, report);
+    return report;
+  }
+  const OrReason<RunLock> lock = RunLock::Take(machine, about.verb);
+  if (!lock.object) {
+    report.failure = GuardFailure::kAnotherRun;
+    report.reason = lock.reason;
+    return report;
+  }
+  SweepRunFolders(machine);
+  RunInEarnest(machine, choice, run, log, report);
   return report;
 }
 

@@ -43,7 +43,12 @@ struct GuardChoice {
 };
 
 // Why the run was not even begun.
-enum class GuardFailure { kNone, kNoPlaceForTrial, kNoRestorePoint };
+enum class GuardFailure {
+  kNone,
+  kAnotherRun,  // has the right to change the user's settings; the reason names it
+  kNoPlaceForTrial,
+  kNoRestorePoint,
+};
 
 struct GuardReport {
   GuardFailure failure = GuardFailure::kNone;
@@ -58,7 +63,8 @@ struct GuardReport {
   bool WasCarriedOut() const { return failure == GuardFailure::kNone && outcome.refusals.empty(); }
 };
 
-// Runs in the chosen way. `about` is what a restore point says of the run.
+// Runs in the chosen way, alone among the user's runs unless it is only tried out. What killed runs
+// left in the temporary path goes first. `about` is what a restore point says of the run.
 GuardReport RunGuarded(const Machine& machine, const GuardChoice& choice, const PointBegun& about,
                        LineLog& log, const Run& run);
 

@@ -34,6 +34,7 @@ struct Machine {
   UserIdentity* user;
   CodePage* codePage;
   ProcessList* processes;
+  OwnProcess* self;
 };
 
 // Owns the parts of a machine.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -54,6 +55,22 @@ class NoProcesses : public ProcessList {
  public:
   std::vector<std::wstring> ExecutableNames() const override { return {}; }
 };
+
+// The process that this program runs as.
+struct ProcessFacts {
+  std::wstring program;  // the executable's name without its folder and ".exe"
+  std::uint32_t id = 0;
+};
+
+class OwnProcess {
+ public:
+  virtual ~OwnProcess() = default;
+
+  virtual ProcessFacts Facts() const = 0;
+};
+
+// The process as the host has it.
+std::unique_ptr<OwnProcess> OpenHostProcess();
 
 // What the maker's support library reports of the installed CAD product. A fact that it does not
 // know is an empty text.

@@ -144,5 +144,8 @@ Function un.RemoveRestorePoints
   ${EndIf}
 done:
   RMDir "${RESTORE_POINTS}"
+  ; What a killed run leaves.
+  Delete "$LOCALAPPDATA\Carrovan\run.lock"
+  Delete "$LOCALAPPDATA\Carrovan\run.owner"
   RMDir "$LOCALAPPDATA\Carrovan"
 FunctionEnd

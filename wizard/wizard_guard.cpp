@@ -24,17 +24,26 @@ void SaveList(const WizardParts& parts, const std::wstring& heading,
   parts.frame.ShowMessage(parts.texts.Filled(StringId::kNotSaved, {DescribeSystemCode(code)}));
 }
 
+// Nothing, after the user was shown which, while another run is at work.
+std::optional<GuardReport> RunAlone(const WizardParts& parts, const GuardChoice& choice,
+                                    const PointBegun& about, const Run& run) {
+  GuardReport report = RunGuarded(parts.machine, choice, about, parts.log, run);
+  if (report.failure != GuardFailure::kAnotherRun) return report;
+  ShowAnotherRun(parts, report.reason);
+  return std::nullopt;
+}
+
 }  // namespace
 
 std::optional<GuardReport> RunWithRestorePoint(const WizardParts& parts, const PointBegun& about,
                                                const Run& run) {
   GuardChoice choice = ChoiceFor(parts);
-  GuardReport report = RunGuarded(parts.machine, choice, about, parts.log, run);
-  if (report.failure != GuardFailure::kNoRestorePoint) return report;
-  const std::wstring question = parts.texts.Filled(StringId::kNoRestorePoint, {report.reason});
+  auto report = RunAlone(parts, choice, about, run);
+  if (!report || report->failure != GuardFailure::kNoRestorePoint) return report;
+  const std::wstring question = parts.texts.Filled(StringId::kNoRestorePoint, {report->reason});
   if (!parts.frame.AskYesNo(question)) return std::nullopt;
   choice.noRestorePoint = true;
-  return RunGuarded(parts.machine, choice, about, parts.log, run);
+  return RunAlone(parts, choice, about, run);
 }
 
 void ShowChangesOf(const WizardParts& parts, const PointBegun& about, StringId heading,

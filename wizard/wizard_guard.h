@@ -8,7 +8,8 @@ namespace carrovan {
 // The guarding of the wizard's runs, of imports and resets alike.
 
 // Runs with a restore point. When none can be kept, the user decides whether to go on without one;
-// nothing was run then when he does not want that.
+// nothing was run then when he does not want that, nor while another run is at work, which he was
+// shown.
 std::optional<GuardReport> RunWithRestorePoint(const WizardParts& parts, const PointBegun& about,
                                                const Run& run);
 

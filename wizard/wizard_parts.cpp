@@ -20,6 +20,10 @@ void ShowUnextracted(const WizardParts& parts, const std::vector<std::wstring>& 
   }
 }
 
+void ShowAnotherRun(const WizardParts& parts, const std::wstring& otherRun) {
+  parts.frame.ShowMessage(parts.texts.Filled(StringId::kAnotherRun, {otherRun}));
+}
+
 bool HasStagingFolder(const WizardParts& parts) {
   const std::wstring& folder = parts.context.stagingFolder;
   if (!folder.empty() && parts.machine.files->IsFolder(RemoveFileSpec(folder))) return true;

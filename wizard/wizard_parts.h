@@ -32,6 +32,9 @@ void ShowRefusal(const WizardParts& parts, RunRefusal refusal);
 // One message for each item that was not unpacked.
 void ShowUnextracted(const WizardParts& parts, const std::vector<std::wstring>& paths);
 
+// Says that another run, which is described so, keeps this one from changing anything.
+void ShowAnotherRun(const WizardParts& parts, const std::wstring& otherRun);
+
 // True when there is a staging folder, made anew where it had been deleted by a run or by somebody
 // who cleans up.
 bool HasStagingFolder(const WizardParts& parts);

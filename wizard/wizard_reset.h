@@ -15,7 +15,9 @@ void ShowChangesOfReset(const WizardParts& parts);
 enum class ResetAnswer {
   kDone,
   kDeclined,  // the user answered No
-  kRefused,   // the product runs, or no restore point can be kept and the user does not go on
+  // The product runs, another run is at work, or no restore point can be kept and the user does not
+  // go on.
+  kRefused,
 };
 
 // Asks, resets the ticked categories, keeps a restore point and fills the finish page.

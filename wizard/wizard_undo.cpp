@@ -2,9 +2,11 @@
 
 #include <algorithm>
 
+#include "guard/run_lock.h"
 #include "restore/point_check.h"
 #include "restore/restore_point.h"
 #include "restore/undo_run.h"
+#include "text/path_text.h"
 
 namespace carrovan {
 namespace {
@@ -82,27 +84,45 @@ bool Report(const WizardParts& parts, const UndoReport& report) {
   return parts.frame.AskWithList(question);
 }
 
-}  // namespace
+// What is played back is what lies there now: a question may be open for long.
+std::optional<RestorePoint> ReadAgain(const WizardParts& parts, const RestorePoint& point) {
+  auto read = ReadRestorePoint(*parts.machine.files, RemoveFileSpec(point.folder), point.id);
+  if (!read) ShowMessage(parts, StringId::kNothingToUndo);
+  return read;
+}
 
-bool UndoLastRun(const WizardParts& parts) {
-  const auto point = LastToUndo(parts.machine);
-  if (!point) {
-    ShowMessage(parts, StringId::kNothingToUndo);
-    return false;
-  }
-  if (!Confirms(parts, *point) || !EnsureProductEnded(parts)) return false;
+// True when something was put back.
+bool UndoAndReport(const WizardParts& parts, const RestorePoint& point) {
   UndoChoice choice;
-  UndoReport report = Undo(parts, *point, choice);
+  UndoReport report = Undo(parts, point, choice);
   if (!report.refused.empty()) {
-    if (!IsWanted(parts, *point, report.refused)) return false;
+    if (!IsWanted(parts, point, report.refused)) return false;
     choice.trusted = true;
-    report = Undo(parts, *point, choice);
+    report = Undo(parts, point, choice);
   }
   const bool anyRestored = report.restored > 0;
   if (!Report(parts, report)) return anyRestored;
   choice.force = true;
-  Report(parts, Undo(parts, *point, choice));
+  Report(parts, Undo(parts, point, choice));
   return true;
+}
+
+}  // namespace
+
+bool UndoLastRun(const WizardParts& parts) {
+  const auto shown = LastToUndo(parts.machine);
+  if (!shown) {
+    ShowMessage(parts, StringId::kNothingToUndo);
+    return false;
+  }
+  if (!Confirms(parts, *shown) || !EnsureProductEnded(parts)) return false;
+  const OrReason<RunLock> lock = RunLock::Take(parts.machine, L"undo");
+  if (!lock.object) {
+    ShowAnotherRun(parts, lock.reason);
+    return false;
+  }
+  const auto point = ReadAgain(parts, *shown);
+  return point && UndoAndReport(parts, *point);
 }
 
 }  // namespace carrovan

@@ -172,17 +172,6 @@ SystemCode HostFileSystem::RemoveFolder(const std::wstring& path) {
   return Remove(*host);
 }
 
-SystemCode HostFileSystem::HoldFile(const std::wstring& path, FileHold hold) {
-  const auto host = paths_.ToHost(path);
-  if (!host || !paths_.MayBeMade(path)) return kInvalidName;
-  if (const SystemCode code = CodeOfParent(*host); code != kSystemOk) return code;
-  if (held_.contains(*host)) return kSharingViolation;
-  const FileStatus status = held_[*host].OpenAlone(*host, hold == FileHold::kMake);
-  if (status == FileStatus::kDone) return kSystemOk;
-  held_.erase(*host);
-  return status == FileStatus::kMissing ? kFileNotFound : kSharingViolation;
-}
-
 namespace {
 
 namespace fs = std::filesystem;
@@ -197,6 +186,8 @@ SystemCode CodeOf(FileStatus status) {
       return kAlreadyExists;
     case FileStatus::kDiskFull:
       return kSystemDiskFull;
+    case FileStatus::kInUse:
+      return kSharingViolation;
     default:
       return kAccessDenied;
   }
@@ -301,6 +292,17 @@ SystemCode Append(const fs::path& path, std::string_view bytes) {
 }
 
 }  // namespace
+
+SystemCode HostFileSystem::HoldFile(const std::wstring& path, FileHold hold) {
+  const auto host = paths_.ToHost(path);
+  if (!host || !paths_.MayBeMade(path)) return kInvalidName;
+  if (const SystemCode code = CodeOfParent(*host); code != kSystemOk) return code;
+  if (held_.contains(*host)) return kSharingViolation;
+  const FileStatus status = held_[*host].OpenAlone(*host, hold == FileHold::kMake);
+  if (status == FileStatus::kDone) return kSystemOk;
+  held_.erase(*host);
+  return CodeOf(status);
+}
 
 SystemCode HostFileSystem::ReadBytes(const std::wstring& path, std::string& bytes) const {
   const auto host = paths_.ToHost(path);

@@ -1,6 +1,7 @@
 #include <pwd.h>
 #include <unistd.h>
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -70,6 +71,19 @@ class PosixUser : public UserIdentity {
 }  // namespace
 
 std::unique_ptr<UserIdentity> OpenHostUser() { return std::make_unique<PosixUser>(); }
+
+namespace {
+
+class PosixProcess : public OwnProcess {
+ public:
+  ProcessFacts Facts() const override {
+    return {FromUtf8(program_invocation_short_name), static_cast<std::uint32_t>(getpid())};
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<OwnProcess> OpenHostProcess() { return std::make_unique<PosixProcess>(); }
 
 std::unique_ptr<CodePage> OpenHostCodePage() { return std::make_unique<Utf8CodePage>(); }
 

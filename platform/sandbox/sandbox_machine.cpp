@@ -74,8 +74,8 @@ MachineOrReason SandboxMachine::Open(const std::wstring& rootFolder) {
 }
 
 Machine SandboxMachine::Ports() {
-  return {&files_,    &registry_,     &folders_, &guids_, &profiles_, &product_,
-          &archives_, &registryTool_, &clock_,   &user_,  &codePage_, &processes_};
+  return {&files_,        &registry_, &folders_, &guids_,    &profiles_,  &product_,  &archives_,
+          &registryTool_, &clock_,    &user_,    &codePage_, &processes_, self_.get()};
 }
 
 FilesOrReason OpenSandboxFiles(const std::wstring& rootFolder) {

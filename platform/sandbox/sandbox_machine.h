@@ -50,6 +50,7 @@ class SandboxMachine : public OwnedMachine {
   SandboxUser user_;
   Utf8CodePage codePage_;
   NoProcesses processes_;
+  std::unique_ptr<OwnProcess> self_ = OpenHostProcess();
 };
 
 using FilesOrReason = OrReason<HostFiles>;

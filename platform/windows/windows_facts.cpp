@@ -8,8 +8,10 @@
 #include <array>
 
 #include "platform/windows/handles.h"
+#include "platform/windows/module_loading.h"
 #include "platform/windows/windows_file_system.h"
 #include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 
@@ -65,6 +67,15 @@ std::vector<std::wstring> WindowsProcessList::ExecutableNames() const {
   }
   return names;
 }
+
+ProcessFacts WindowsProcess::Facts() const {
+  constexpr std::wstring_view kEnding = L".exe";
+  std::wstring name(FileNameOf(ProgramPath()));
+  if (EndsWithIgnoringAsciiCase(name, kEnding)) name.resize(name.size() - kEnding.size());
+  return {name, GetCurrentProcessId()};
+}
+
+std::unique_ptr<OwnProcess> OpenHostProcess() { return std::make_unique<WindowsProcess>(); }
 
 std::optional<std::wstring> WindowsUserIdentity::UserName() const {
   std::array<wchar_t, 256> name = {};

@@ -31,6 +31,11 @@ class WindowsProcessList : public ProcessList {
   std::vector<std::wstring> ExecutableNames() const override;
 };
 
+class WindowsProcess : public OwnProcess {
+ public:
+  ProcessFacts Facts() const override;
+};
+
 // The user who runs this program.
 class WindowsUserIdentity : public UserIdentity {
  public:

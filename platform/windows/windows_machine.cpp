@@ -18,8 +18,8 @@ class WindowsMachine : public OwnedMachine {
         archives_(tarvik_->Functions()) {}
 
   Machine Ports() override {
-    return {&files_,    &registry_,     &folders_, &guids_, &profiles_, &product_,
-            &archives_, &registryTool_, &clock_,   &user_,  &codePage_, &processes_};
+    return {&files_,        &registry_, &folders_, &guids_,    &profiles_,  &product_,  &archives_,
+            &registryTool_, &clock_,    &user_,    &codePage_, &processes_, self_.get()};
   }
 
  private:
@@ -37,6 +37,7 @@ class WindowsMachine : public OwnedMachine {
   WindowsUserIdentity user_;
   WindowsCodePage codePage_;
   WindowsProcessList processes_;
+  std::unique_ptr<OwnProcess> self_ = OpenHostProcess();
 };
 
 }  // namespace

@@ -12,7 +12,7 @@ namespace carrovan {
 // The zip library's only way to the disk. One implementation per system; paths may be longer than
 // the system's fixed buffers.
 
-enum class FileStatus { kDone, kMissing, kExists, kDiskFull, kFailed };
+enum class FileStatus { kDone, kMissing, kExists, kDiskFull, kInUse, kFailed };
 
 struct FileFacts {
   std::uint64_t sizeBytes = 0;
@@ -40,7 +40,8 @@ class OsFile {
   [[nodiscard]] FileStatus CreateOrTakeOver(const std::filesystem::path& path);
 
   // A file that nobody else can open so until it is closed; its content stays as it is. kMissing
-  // when it is not there and not to be made; a failure also where the system has no locks.
+  // when it is not there and not to be made, kInUse while somebody else has it open so; a failure
+  // also where the system has no locks.
   [[nodiscard]] FileStatus OpenAlone(const std::filesystem::path& path, bool make);
 
   bool IsOpen() const { return handle_ != kNoHandle; }

@@ -78,6 +78,14 @@ bool IsNamed(int descriptor, const std::filesystem::path& path) {
          open.st_dev == named.st_dev && open.st_ino == named.st_ino;
 }
 
+// A file that lost its name before it was locked was somebody's until then.
+FileStatus LockAlone(int descriptor, const std::filesystem::path& path) {
+  if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) {
+    return IsNamed(descriptor, path) ? FileStatus::kDone : FileStatus::kInUse;
+  }
+  return errno == EWOULDBLOCK ? FileStatus::kInUse : FileStatus::kFailed;
+}
+
 }  // namespace
 
 FileStatus OsFile::OpenToRead(const std::filesystem::path& path) {
@@ -126,11 +134,9 @@ FileStatus OsFile::OpenAlone(const std::filesystem::path& path, bool make) {
   handle_ = open(path.c_str(), make ? kFlags | O_CREAT : kFlags, kNewFileMode);
   if (!IsOpen()) return StatusOfError();
   const int file = Descriptor(handle_);
-  if (IsRegular(file) && flock(file, LOCK_EX | LOCK_NB) == 0 && IsNamed(file, path)) {
-    return FileStatus::kDone;
-  }
-  Close();
-  return FileStatus::kFailed;
+  const FileStatus status = IsRegular(file) ? LockAlone(file, path) : FileStatus::kFailed;
+  if (status != FileStatus::kDone) Close();
+  return status;
 }
 
 std::optional<FileFacts> OsFile::Facts() const {

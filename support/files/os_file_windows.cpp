@@ -121,6 +121,7 @@ FileStatus OsFile::OpenAlone(const std::filesystem::path& path, bool make) {
   handle_ = OpenHandle(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_DELETE,
                        make ? OPEN_ALWAYS : OPEN_EXISTING,
                        FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT);
+  if (!IsOpen() && GetLastError() == ERROR_SHARING_VIOLATION) return FileStatus::kInUse;
   return StatusOf(IsOpen());
 }
 

@@ -78,14 +78,6 @@ class FullDiskTest(SandboxTest):
         self.disk = self.folder / "disk"
         self.disk.mkdir()
 
-    def in_namespace(self, script, *arguments):
-        for options in (["-m"], ["-rm"]):
-            if subprocess.run(["unshare", *options, "mount", "-t", "tmpfs", "none", self.disk],
-                              capture_output=True, check=False).returncode == 0:
-                return subprocess.run(["unshare", *options, "sh", "-c", script, "sh", *arguments],
-                                      capture_output=True, check=False, encoding="utf-8")
-        raise unittest.SkipTest("this system lets nobody mount a small file system")
-
     def test_full_target_disk_keeps_the_old_package_and_leaves_no_litter(self):
         done = self.in_namespace(
             'disk=$1; shift; mount -t tmpfs -o size=2m none "$disk" || exit 99\n'

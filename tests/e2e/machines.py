@@ -67,6 +67,15 @@ class SandboxTest(unittest.TestCase):
         self.assertEqual(done.stderr.count("\n"), 1, done.stderr)
         self.assertIn(reason, done.stderr)
 
+    def in_namespace(self, script, *arguments):
+        """Runs a shell script that may mount small file systems, which are gone with its end."""
+        for options in (["-m"], ["-rm"]):
+            if subprocess.run(["unshare", *options, "mount", "-t", "tmpfs", "none", self.folder],
+                              capture_output=True, check=False).returncode == 0:
+                return subprocess.run(["unshare", *options, "sh", "-c", script, "sh", *arguments],
+                                      capture_output=True, check=False, encoding="utf-8")
+        raise unittest.SkipTest("this system lets nobody mount a small file system")
+
 
 def run_cli(*arguments, program=CLI, wrapper=(), **options):
     """The finished run with its texts; the program never sees a terminal."""

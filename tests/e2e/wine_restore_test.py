@@ -17,7 +17,7 @@ from limits import end_group, run_limited  # found by way of machines
 KILLS = int(os.environ.get("CARROVAN_KILLS", "3"))
 
 
-class WineRestoreTest(WineTest):
+class WineRestoreCase(WineTest):
     def setUp(self):
         super().setUp()
         own = self.machine.app_data / "Local/Carrovan"
@@ -33,6 +33,15 @@ class WineRestoreTest(WineTest):
     def assert_state(self, expected):
         self.assertEqual(differences(expected, self.machine.state()), [])
 
+    def export(self):
+        self.run_verb("export", "--version", "2025", "--all", "--output",
+                      windows_path(self.package))
+
+    def import_all(self):
+        return ("import", windows_path(self.package), "--to", "2026", "--all")
+
+
+class WineRestoreTest(WineRestoreCase):
     def play(self, *verb):
         """Foretold, done, read back, undone, undone again."""
         foreseen = json.loads(self.run_verb(*verb, "--dry-run", "--json").stdout)
@@ -80,10 +89,3 @@ class WineRestoreTest(WineTest):
         """Like the end of a task: the registry tool that it started may live on."""
         run_limited([PROJECT / "tools/wine", "taskkill", "/f", "/im", "carrovan-cli.exe"],
                     env=wine_environment())
-
-    def export(self):
-        self.run_verb("export", "--version", "2025", "--all", "--output",
-                      windows_path(self.package))
-
-    def import_all(self):
-        return ("import", windows_path(self.package), "--to", "2026", "--all")

@@ -541,6 +541,15 @@ class UninstallTest(InstalledCase):
         self.assertEqual(files_of(self.local / "Carrovan"), ["other.txt"])
         other.unlink()
 
+    def test_what_a_killed_run_has_left_goes(self):
+        self.install()
+        own = self.local / "Carrovan"
+        own.mkdir()
+        for name in ("run.lock", "run.owner"):
+            (own / name).write_bytes(b"")
+        self.uninstall()
+        self.assertFalse(own.exists())
+
     def whole_machine(self):
         """Files outside Windows' own folder with their digests, and both registry hives."""
         files = {path.relative_to(DRIVE).as_posix(): self.content(path)

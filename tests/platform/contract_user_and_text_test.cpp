@@ -27,6 +27,13 @@ TEST(UserIdentityContract, HostTellsAName) {
   EXPECT_FALSE(name->empty());
 }
 
+TEST(OwnProcessContract, NamesTheRunningProgram) {
+  const ProcessFacts facts = NewTestMachine()->Ports().self->Facts();
+  EXPECT_EQ(facts.program, L"carrovan_tests");
+  EXPECT_NE(facts.id, 0u);
+  EXPECT_EQ(OpenHostProcess()->Facts().id, facts.id);
+}
+
 TEST(SandboxUser, TellsNothingThatDoesNotFitTheSystemsBuffers) {
   EXPECT_EQ(SandboxUser(std::wstring(255, L'n')).UserName(), std::wstring(255, L'n'));
   EXPECT_EQ(SandboxUser(std::wstring(256, L'n')).UserName(), std::nullopt);

@@ -67,6 +67,13 @@ class FixedFolders : public KnownFolders {
   std::optional<std::wstring> TempPath() const override { return temp; }
 };
 
+class FixedProcess : public OwnProcess {
+ public:
+  ProcessFacts facts{L"carrovan-tests", 42};
+
+  ProcessFacts Facts() const override { return facts; }
+};
+
 class FixedGuids : public GuidSource {
  public:
   std::optional<std::wstring> guid = L"{00112233-4455-6677-8899-AABBCCDDEEFF}";

@@ -130,10 +130,11 @@ struct MemoryMachine {
   MemoryUser user;
   Utf8CodePage codePage;
   NoProcesses processes;
+  FixedProcess self;
 
   Machine Ports() {
-    return {&files,    &registry,     &folders, &guids, &profiles, &product,
-            &archives, &registryTool, &clock,   &user,  &codePage, &processes};
+    return {&files,        &registry, &folders, &guids,    &profiles,  &product, &archives,
+            &registryTool, &clock,    &user,    &codePage, &processes, &self};
   }
 };
 

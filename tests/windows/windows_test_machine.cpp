@@ -68,8 +68,8 @@ void WindowsTestMachine::RemoveStagingFolders() {
 }
 
 Machine WindowsTestMachine::Ports() {
-  return {&files_,    &registry_,     &folders_, &guids_, &profiles_, &product,
-          &archives_, &registryTool_, &clock,    &user_,  &codePage_, &processes_};
+  return {&files_,        &registry_, &folders_, &guids_,    &profiles_,  &product,   &archives_,
+          &registryTool_, &clock,     &user_,    &codePage_, &processes_, self_.get()};
 }
 
 void WindowsTestMachine::MakeFolder(const std::wstring& path) {

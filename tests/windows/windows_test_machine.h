@@ -78,6 +78,7 @@ class WindowsTestMachine : public TestMachine {
   WindowsUserIdentity user_;
   WindowsCodePage codePage_;
   NoProcesses processes_;
+  std::unique_ptr<OwnProcess> self_ = OpenHostProcess();
 
   std::vector<std::unique_ptr<Obstacle>> obstacles_;
   std::vector<std::wstring> madePaths_;

@@ -1,15 +1,23 @@
 """What guards a run through the real window: changes shown before, trust, undo, and what the finish
 page lists."""
 
-from import_test import DISTRUST, RETAIN_PATHS, ImportCase, description
 from machine_state import MachineState
+from held_run import HeldRun  # noqa: E402, beside the module that machine_state takes
+from import_test import DISTRUST, RETAIN_PATHS, ImportCase, description
 from reset_test import ResetCase
 from wizard import (BACK, BACKUP, BACKUP_TEXT, FINISH, FINISH_UNDO, HEADING, IMPORT, NEXT, PACKAGE,
                     PROGRAMS, RESET, SELECT_ALL, SELECT_FILE, SHOW_CHANGES, TARGETS)
-from wizard_case import PREFIX, WizardCase, windows_name
+from wizard_case import DRIVE, PREFIX, WizardCase, windows_name
 
 RUN_KEY = r"HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\Run"
 UNDONE = "What this run changed has been undone."
+
+
+def held_reset(case):
+    """A reset of the command line that is stopped while it is at work."""
+    return HeldRun(lambda: case.run_windows("carrovan-cli.exe", "reset", "--all", "--yes",
+                                            wait=False),
+                   next((DRIVE / "users").glob("*/AppData/Local")) / "Carrovan")
 
 
 class UndoneImportTest(ImportCase):
@@ -61,6 +69,30 @@ class UndoneImportTest(ImportCase):
         after = MachineState(PREFIX)
         self.assertEqual(after.keys, before.keys)
         self.assertEqual(after.files, before.files)
+
+
+class AnotherRunTest(ImportCase):
+    SPOILS_SAMPLE = True
+
+    def test_import_is_refused_while_the_command_line_is_at_work_and_works_afterwards(self):
+        package = self.package("settings-2025.ucex")
+        self.run_cli("export", "--version", "2025", "--all", "--output", windows_name(package))
+        self.enter_path_page(package)
+        self.wizard.press_button(NEXT)
+        self.assertEqual(self.wizard.answer(), RETAIN_PATHS)
+        with held_reset(self) as other:
+            before = MachineState(PREFIX)
+            self.wizard.press_button(FINISH)
+            self.assertEqual(self.wizard.answer(), f"Another run is at work:\n{other.name()}\n\n"
+                             "Nothing was changed. Try again when it has ended.")
+            self.assertIn("Options", self.wizard.tree().checked_labels())
+            after = MachineState(PREFIX)
+            self.assertEqual((after.keys, after.files), (before.keys, before.files))
+            self.assertEqual(other.go_on(), 0)
+        with self.wizard.with_registry_tool_awaited():
+            self.wizard.press_button(FINISH)
+            self.wizard.finish_text()
+        self.assertIn("Options: imported", self.wizard.finish_lines())
 
 
 class UndoneResetTest(ResetCase):

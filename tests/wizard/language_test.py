@@ -10,6 +10,7 @@ import shutil
 import signal
 import threading
 
+from guard_test import held_reset
 from import_test import description
 from reset_test import plain
 from screen import wait_for
@@ -21,8 +22,7 @@ from wizard_case import DRIVE, PREFIX, WizardCase, change_identity, windows_name
 
 RADIOS = (1001, 1002, 1003)
 INTRODUCTION, EXPLANATIONS = 1015, (1018, 1029, 1030)  # on the start page
-VERSION_LABEL, VERSION_TITLE = 1019, 1020
-CATEGORIES_TITLE, QUESTION, LEAD_IN = 1027, 1021, 1022
+VERSION_LABEL, VERSION_TITLE, CATEGORIES_TITLE, QUESTION, LEAD_IN = 1019, 1020, 1027, 1021, 1022
 PATH_FILE_LABEL, PATH_SELECT, PATH_VERSION_LABEL = 1019, 1012, 1026
 
 
@@ -456,6 +456,13 @@ class MarkedTest(LanguageCase):
         self.enter_reset()
         self.reset()
         self.wizard.answer("No")
+
+    @shows(269)
+    def test_reset_beside_another_run(self):
+        self.enter_reset()
+        with held_reset(self):
+            self.reset()
+            self.wizard.answer()
 
     @shows(212, 213, 214, 215, 218, 219)
     def test_undo_that_cannot_put_everything_back(self):

@@ -1,0 +1,133 @@
+#include "guard/guarded_run.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "guard/run_lock.h"
+#include "restore/restore_point.h"
+#include "tests/support/memory_machine.h"
+#include "text/text.h"
+
+namespace carrovan {
+namespace {
+
+const std::wstring kLocal = L"C:\\Users\\u\\AppData\\Local";
+const std::wstring kData = kLocal + L"\\Vantric\\a.txt";
+const std::wstring kAbandoned = kLocal + L"\\Temp\\00112233-4455-6677-8899-AABBCCDDEEFF";
+
+class SilentLog : public LineLog {
+ public:
+  void WriteLine(std::wstring_view) override {}
+};
+
+class GuardedRunTest : public testing::Test {
+ protected:
+  GuardedRunTest() {
+    machine_.folders.temp = kLocal + L"\\Temp\\";
+    machine_.files.Put(kData, "before");
+    machine_.files.Put(kAbandoned + L"\\~carrovan.lock", "");
+  }
+
+  GuardReport RunChanging(const GuardChoice& choice) {
+    return RunGuarded(machine_.Ports(), choice, {L"import", L"2026", L"x.ucex"}, log_,
+                      [&](const Machine& ports, LineLog&) {
+                        sawOther_.push_back(OtherIsRefused());
+                        EXPECT_EQ(ports.files->WriteBytes(kData, "after"), kSystemOk);
+                        return RunOutcome();
+                      });
+  }
+
+  bool OtherIsRefused() { return RunLock::Take(machine_.Ports(), L"reset").object == nullptr; }
+
+  MemoryMachine machine_;
+  SilentLog log_;
+  std::vector<bool> sawOther_;  // for each time that the run was run: whether others were kept out
+};
+
+TEST_F(GuardedRunTest, KeepsOthersOutToItsEnd) {
+  GuardChoice verified;
+  verified.verify = true;
+  GuardChoice bare;
+  bare.noRestorePoint = true;
+  for (const GuardChoice& choice : {GuardChoice(), verified, bare}) {
+    sawOther_.clear();
+    EXPECT_TRUE(RunChanging(choice).WasCarriedOut());
+    EXPECT_EQ(sawOther_, std::vector<bool>(choice.verify ? 2 : 1, true));
+    EXPECT_FALSE(OtherIsRefused());
+  }
+}
+
+TEST_F(GuardedRunTest, IsNotBegunWhileAnotherIsAtWork) {
+  const auto other = RunLock::Take(machine_.Ports(), L"reset");
+  machine_.files.changes.clear();
+  for (const bool noRestorePoint : {false, true}) {
+    GuardChoice choice;
+    choice.noRestorePoint = noRestorePoint;
+    const GuardReport report = RunChanging(choice);
+    EXPECT_EQ(report.failure, GuardFailure::kAnotherRun);
+    EXPECT_EQ(report.reason, L"carrovan-tests reset, process 42");
+    EXPECT_FALSE(report.WasCarriedOut());
+  }
+  EXPECT_TRUE(sawOther_.empty());
+  EXPECT_TRUE(machine_.files.changes.empty()) << ToUtf8(machine_.files.changes.front());
+}
+
+TEST_F(GuardedRunTest, RemovesWhatAKilledRunLeft) {
+  RunChanging({});
+  EXPECT_FALSE(machine_.files.Has(kAbandoned));
+}
+
+TEST_F(GuardedRunTest, TrialRunsBesideAnotherRunAndRemovesNothing) {
+  const auto other = RunLock::Take(machine_.Ports(), L"reset");
+  GuardChoice choice;
+  choice.dryRun = true;
+  const GuardReport report = RunChanging(choice);
+  EXPECT_TRUE(report.WasCarriedOut());
+  EXPECT_EQ(report.changes.files.size(), 1u);
+  EXPECT_EQ(machine_.files.Bytes(kData), "before");
+  EXPECT_TRUE(machine_.files.Has(kAbandoned));
+}
+
+TEST_F(GuardedRunTest, TrialKeepsNobodyOut) {
+  GuardChoice choice;
+  choice.dryRun = true;
+  RunChanging(choice);
+  EXPECT_EQ(sawOther_, std::vector<bool>{false});
+}
+
+TEST_F(GuardedRunTest, LetsOthersInWhenItWasRefusedOrCouldNotBeBegun) {
+  RunGuarded(machine_.Ports(), {}, {L"import", L"2026", {}}, log_, [](const Machine&, LineLog&) {
+    RunOutcome outcome;
+    outcome.refusals = {L"no"};
+    return outcome;
+  });
+  EXPECT_FALSE(OtherIsRefused());
+  machine_.files.fault = [](const std::string& operation, const std::wstring&) {
+    return operation == "append" ? kSystemDiskFull : kSystemOk;
+  };
+  EXPECT_EQ(RunChanging({}).failure, GuardFailure::kNoRestorePoint);
+  EXPECT_FALSE(OtherIsRefused());
+}
+
+TEST_F(GuardedRunTest, LetsOthersInWhenItBreaksOff) {
+  EXPECT_THROW(RunGuarded(machine_.Ports(), {}, {L"import", L"2026", {}}, log_,
+                          [](const Machine&, LineLog&) -> RunOutcome {
+                            throw std::runtime_error("broken off");
+                          }),
+               std::runtime_error);
+  EXPECT_FALSE(OtherIsRefused());
+}
+
+TEST_F(GuardedRunTest, RestorePointHoldsNothingOfTheLock) {
+  const GuardReport report = RunChanging({});
+  const auto point =
+      ReadRestorePoint(machine_.files, *RestoreRoot(machine_.folders), report.restorePoint);
+  ASSERT_TRUE(point);
+  ASSERT_EQ(point->files.size(), 1u);
+  EXPECT_EQ(point->files[0].path, kData);
+  EXPECT_EQ(machine_.files.Names(kLocal + L"\\Carrovan"), std::vector<std::wstring>{L"Restore"});
+}
+
+}  // namespace
+}  // namespace carrovan
