@@ -79,6 +79,9 @@ bool IsFolder(const std::filesystem::path& path);
 [[nodiscard]] FileStatus MakeFolder(const std::filesystem::path& path);
 void RemoveFile(const std::filesystem::path& path);
 
+// Whether a path is short enough for this system. Where paths may be long, any is.
+bool IsShortEnough(std::wstring_view path);
+
 // The path that a text names.
 std::filesystem::path PathFromText(std::wstring_view text);
 

@@ -213,6 +213,8 @@ FileStatus MakeFolder(const std::filesystem::path& path) {
 
 void RemoveFile(const std::filesystem::path& path) { DeleteFileW(LongForm(path).c_str()); }
 
+bool IsShortEnough(std::wstring_view) { return true; }
+
 std::filesystem::path PathFromText(std::wstring_view text) { return text; }
 
 // The C++ library takes the long form of a path for a relative one.
