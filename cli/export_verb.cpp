@@ -28,6 +28,9 @@ void NameWhatFailed(const Session& session, const ExportReport& report) {
   for (const SkippedItem& item : report.package.skipped) {
     session.Complain(L"Not stored: " + item.path + L": " + DescribeArchiveResult(item.reason));
   }
+  for (const MisplacedItem& item : report.package.misplaced) {
+    session.Complain(L"Not stored: " + item.path + L": " + DescribeMisplaced(item));
+  }
   for (const auto& [key, problem] : report.registryFileProblems) {
     std::wstring line = L"Not stored: " + key;
     session.Complain(line.append(L": its registry file ").append(problem));
@@ -39,8 +42,9 @@ void NameWhatFailed(const Session& session, const ExportReport& report) {
 }
 
 bool IsComplete(const ExportReport& report) {
-  return report.package.skipped.empty() && report.registryFileProblems.empty() &&
-         report.missingKeys.empty() && report.emptyCategories.empty();
+  return report.package.skipped.empty() && report.package.misplaced.empty() &&
+         report.registryFileProblems.empty() && report.missingKeys.empty() &&
+         report.emptyCategories.empty();
 }
 
 ExitStatus Conclude(const Session& session, const ExportReport& report) {

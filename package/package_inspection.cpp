@@ -27,7 +27,8 @@ bool IsRootXml(const ArchiveItem& item) {
 
 std::optional<std::wstring> RefusalOfItem(ArchiveExaminer& archive, std::size_t index,
                                           const ArchiveItem& item) {
-  if (auto refusal = RefusalOfPackageItem(item.name)) return L"the name " + *refusal;
+  if (auto refusal = RefusalOfPackageItem(archive, index, item.name))
+    return L"the name " + *refusal;
   if (IsFolderName(item.name)) return std::nullopt;
   const ArchiveResult result = archive.Check(index);
   if (result == ArchiveResult::kDone) return std::nullopt;

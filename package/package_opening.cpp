@@ -1,5 +1,7 @@
 #include "package/package_opening.h"
 
+#include <algorithm>
+
 #include "package/staging_folder.h"
 #include "text/path_text.h"
 #include "text/text.h"
@@ -7,19 +9,89 @@
 namespace carrovan {
 namespace {
 
-void CreateFolderOf(FileSystem& files, const std::wstring& target) {
-  const std::size_t separator = target.rfind(L'\\');
-  if (separator == std::wstring::npos) return;
-  // Usually it is there already; if it cannot be made, the item itself fails.
-  static_cast<void>(files.CreateFolder(target.substr(0, separator)));
+// The folders between the destination and an item. Those that are made for an item that then fails
+// are removed again.
+class ItemFolders {
+ public:
+  ItemFolders(FileSystem& files, const std::wstring& target, std::size_t destinationLength)
+      : files_(files), target_(target) {
+    for (std::size_t at = target.find_first_of(kSeparators, destinationLength);
+         at != std::wstring::npos; at = target.find_first_of(kSeparators, at + 1)) {
+      ends_.push_back(at);
+    }
+  }
+
+  // Makes the last one. Usually it is there already; if it cannot be made, what unpacks the item
+  // may make it, or fail.
+  void CreateLast() {
+    const std::size_t separator = target_.rfind(L'\\');
+    if (separator == std::wstring::npos) return;
+    const SystemCode code = files_.CreateFolder(target_.substr(0, separator));
+    kept_ = ends_.size();
+    if (code == kSystemOk && kept_ > 0) --kept_;
+    if (code != kSystemOk && code != kAlreadyExists) kept_ = ThereFrom(0);
+  }
+
+  // One that holds something stays.
+  void RemoveMade() const {
+    for (std::size_t made = ThereFrom(kept_); made > kept_; --made) {
+      static_cast<void>(files_.RemoveFolder(Folder(made - 1)));
+    }
+  }
+
+ private:
+  static constexpr wchar_t kSeparators[] = L"\\/";
+
+  std::wstring Folder(std::size_t i) const { return target_.substr(0, ends_[i]); }
+
+  // The first folder from this one on that is not there.
+  std::size_t ThereFrom(std::size_t i) const {
+    while (i < ends_.size() && files_.Exists(Folder(i))) ++i;
+    return i;
+  }
+
+  FileSystem& files_;
+  const std::wstring& target_;
+  std::vector<std::size_t> ends_;  // in the target, of each folder from the outermost
+  std::size_t kept_ = 0;           // so many were there before
+};
+
+// Longest part between two separators that Windows can give a file or folder, in units of UTF-16.
+constexpr std::size_t kLongestPart = 255;
+
+// A path has 32,767 units at most; the rest is for the folder in front.
+constexpr std::size_t kLongestName = 32'000;
+
+// Why no file at all can have the name.
+std::optional<std::wstring> RefusalOfLength(std::wstring_view name) {
+  const std::u16string units = ToUtf16(name);
+  if (units.size() > kLongestName) {
+    return L"has more than " + std::to_wstring(kLongestName) + L" characters";
+  }
+  for (std::size_t at = 0; at < units.size();) {
+    const std::size_t end = std::min(units.find_first_of(u"\\/", at), units.size());
+    if (end - at > kLongestPart) {
+      return L"has a part of more than " + std::to_wstring(kLongestPart) + L" characters";
+    }
+    at = end + 1;
+  }
+  return std::nullopt;
+}
+
+std::optional<std::wstring> RefusalOfItemName(std::wstring_view name) {
+  const auto refusal = RefusalOfStoredName(name);
+  return refusal ? refusal : RefusalOfLength(name);
 }
 
 using Refusal = std::optional<std::wstring> (*)(std::wstring_view name);
 
 bool ExtractItem(ArchiveReader& archive, FileSystem& files, std::size_t index,
-                 const std::wstring& target) {
-  CreateFolderOf(files, target);
-  return archive.Extract(index, target) == ArchiveResult::kDone;
+                 const std::wstring& target, std::size_t destinationLength) {
+  ItemFolders folders(files, target, destinationLength);
+  folders.CreateLast();
+  if (archive.Extract(index, target) == ArchiveResult::kDone) return true;
+  folders.RemoveMade();
+  return false;
 }
 
 std::vector<std::wstring> TargetsOf(const ArchiveReader& archive,
@@ -45,7 +117,8 @@ ExtractReport ExtractItems(ArchiveLibrary& archives, FileSystem& files, RunObser
     if (!item) return report;
     const std::wstring target = destinationFolder + item->name;
     observer.OnItem(target);
-    if (!refusalOf(item->name) && ExtractItem(*archive, files, index, target)) {
+    if (!refusalOf(item->name) &&
+        ExtractItem(*archive, files, index, target, destinationFolder.size())) {
       report.extracted.push_back(target);
     } else {
       report.failed.push_back(target);
@@ -64,16 +137,25 @@ bool IsKeptByRuns(std::wstring_view name) {
 }  // namespace
 
 std::optional<std::wstring> RefusalOfPackageItem(std::wstring_view name) {
-  if (auto refusal = RefusalOfStoredName(name)) return refusal;
+  if (auto refusal = RefusalOfItemName(name)) return refusal;
   if (!IsKeptByRuns(name.substr(0, name.find_first_of(L"\\/")))) return std::nullopt;
   return L"is one that an import keeps for itself";
+}
+
+std::optional<std::wstring> RefusalOfPackageItem(ArchiveExaminer& archive, std::size_t index,
+                                                 const std::wstring& name) {
+  if (auto refusal = RefusalOfPackageItem(name)) return refusal;
+  // Shorter names can be made everywhere, and checking reads the item.
+  constexpr std::size_t kShortBytes = 255;
+  const bool isRefused =
+      ToUtf8(name).size() > kShortBytes && archive.Check(index) == ArchiveResult::kNameRefused;
+  return isRefused ? std::optional(L"is longer than this system allows") : std::nullopt;
 }
 
 ExtractReport ExtractArchive(ArchiveLibrary& archives, FileSystem& files, RunObserver& observer,
                              const std::wstring& archivePath,
                              const std::wstring& destinationFolder) {
-  return ExtractItems(archives, files, observer, archivePath, destinationFolder,
-                      RefusalOfStoredName);
+  return ExtractItems(archives, files, observer, archivePath, destinationFolder, RefusalOfItemName);
 }
 
 ExtractReport UnpackPackage(const Machine& machine, RunObserver& observer,

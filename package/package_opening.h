@@ -16,8 +16,14 @@ namespace carrovan {
 inline constexpr wchar_t kChangedFilesArchive[] = L"Version_Changed_Files.zip";
 
 // Why an item of a package is not unpacked into a staging folder ("leads out of the folder"): its
-// name is unfit, or the run keeps something of its own there. Nothing for one that is.
+// name is unfit or longer than any file's can be, or the run keeps something of its own there.
+// Nothing for one that is.
 std::optional<std::wstring> RefusalOfPackageItem(std::wstring_view name);
+
+// The same for an item, whose name may also be longer than this system can make, though Windows
+// can.
+std::optional<std::wstring> RefusalOfPackageItem(ArchiveExaminer& archive, std::size_t index,
+                                                 const std::wstring& name);
 
 // How an extraction went.
 struct ExtractReport {
@@ -27,7 +33,8 @@ struct ExtractReport {
 };
 
 // Unpacks every item of an archive below a folder whose path ends in a separator. Items that fail
-// or are refused do not stop the others. Nothing is written outside the folder.
+// or are refused do not stop the others, and leave no folder that was made for them. Nothing is
+// written outside the folder.
 ExtractReport ExtractArchive(ArchiveLibrary& archives, FileSystem& files, RunObserver& observer,
                              const std::wstring& archivePath,
                              const std::wstring& destinationFolder);

@@ -110,6 +110,15 @@ std::optional<std::wstring> RefusalOfRegistryFile(ArchiveExaminer& archive, std:
   return L"its keys cannot be told: " + DescribeArchiveResult(result);
 }
 
+// Of a file that cannot be read, nothing is unpacked in any case. A folder is made unread.
+std::optional<std::wstring> ProblemOfHeaders(ArchiveExaminer& archive, std::size_t index,
+                                             const std::wstring& name) {
+  auto problem = archive.HeaderProblem(index);
+  const bool counts =
+      problem && (EndsInSeparator(name) || archive.Check(index) == ArchiveResult::kDone);
+  return counts ? problem : std::nullopt;
+}
+
 }  // namespace
 
 bool IsRegistryFileName(std::wstring_view itemName) {
@@ -154,11 +163,13 @@ std::vector<RefusedItem> ReasonsForDistrust(ArchiveExaminer& archive, PackageKin
   StoredNames names;
   for (std::size_t index = 0; const auto item = archive.Item(index); ++index) {
     const std::wstring& name = item->name;
-    if (const auto refusal = RefusalOfPackageItem(name)) {
+    if (const auto refusal = RefusalOfPackageItem(archive, index, name)) {
       reasons.push_back({name, L"the name " + *refusal});
       continue;
     }
     if (const auto clash = names.Take(name)) reasons.push_back({name, *clash});
+    if (const auto problem = ProblemOfHeaders(archive, index, name))
+      reasons.push_back({name, *problem});
     if (kind == PackageKind::kLegacy) continue;
     if (const auto refusal = RefusalOfPlace(name, company)) reasons.push_back({name, *refusal});
     if (!IsRegistryFileName(name)) continue;

@@ -42,10 +42,11 @@ bool IsPlainName(std::wstring_view name);
 std::optional<std::wstring> RefusalOfIdentity(const std::wstring& company,
                                               const std::wstring& product);
 
-// Every reason, in the order of the items; none for a package to trust. The registry files may name
-// keys of this company. Of an absurd package only the size is reported and no content is read; of
-// others the registry files are, which must be understood whole; what no registry tool could take
-// for a registry file is no reason.
+// Every reason, in the order of the items; none for a package to trust. What an item's two headers
+// say differently counts, since what unpacks it may go by the one that was not judged. The registry
+// files may name keys of this company. Of an absurd package only the size is reported and no
+// content is read; of others the registry files are, which must be understood whole; what no
+// registry tool could take for a registry file is no reason.
 std::vector<RefusedItem> ReasonsForDistrust(ArchiveExaminer& archive, PackageKind kind,
                                             const std::wstring& company);
 

@@ -75,9 +75,6 @@ void Verification::TakeInspection() {
 }
 
 void Verification::CheckItem(std::size_t index, const ArchiveItem& item) {
-  if (inspection_.contentWasRead && !unreadable_.contains(item.name)) {
-    if (const auto problem = archive_.HeaderProblem(index)) Find(item.name, *problem);
-  }
   if (IsFolderName(item.name)) return;
   const bool isRegistryFile = !inspection_.legacy && IsRegistryFileName(item.name);
   const bool isDocument = EndsWithIgnoringAsciiCase(item.name, L".xml");

@@ -1,6 +1,8 @@
 #include "package/package_writer.h"
 
+#include <algorithm>
 #include <set>
+#include <utility>
 
 #include "package/package_description.h"
 #include "text/path_text.h"
@@ -107,12 +109,42 @@ bool IsFatal(ArchiveResult result) {
   return result == ArchiveResult::kDiskFull || result == ArchiveResult::kOutOfMemory;
 }
 
+// The names under which an import puts files back into the profile.
+class ProfileNames {
+ public:
+  explicit ProfileNames(const KnownFolders& folders) {
+    if (const auto local = folders.LocalAppData()) Add(*local, L"Local");
+    if (const auto roaming = folders.RoamingAppData()) Add(*roaming, L"Roaming");
+  }
+
+  // True for a file outside the profile, too.
+  bool LeadsBack(const std::wstring& entryName, const std::wstring& path) const {
+    return std::ranges::all_of(halves_, [&](const auto& half) {
+      const auto& [folder, name] = half;
+      return CompareNames(path.substr(0, folder.size()), folder) != 0 ||
+             CompareNames(entryName, name + path.substr(folder.size())) == 0;
+    });
+  }
+
+ private:
+  void Add(const std::wstring& folder, const wchar_t* name) {
+    halves_.emplace_back(WithTrailingBackslash(folder), std::wstring(name) + L"\\");
+  }
+
+  std::vector<std::pair<std::wstring, std::wstring>> halves_;  // folder, and what stands for it
+};
+
 // One archive on its way: adds sources and keeps the report.
 class PackageInProgress {
  public:
-  PackageInProgress(const ProductContext& context, const FileReader& files, ArchiveWriter& archive,
+  PackageInProgress(const ProductContext& context, const Machine& machine, ArchiveWriter& archive,
                     RunObserver& observer, PackageReport& report)
-      : context_(context), files_(files), archive_(archive), observer_(observer), report_(report) {}
+      : context_(context),
+        files_(*machine.files),
+        profile_(*machine.folders),
+        archive_(archive),
+        observer_(observer),
+        report_(report) {}
 
   void AddSource(const std::wstring& path) {
     report_.storedPerSource.push_back(0);
@@ -149,7 +181,16 @@ class PackageInProgress {
     } else if (const auto entryName = EntryNameInFolder(context_, path);
                !Contains(entryName, kNeverStored)) {
       AddFile(entryName, path);
+      NoteMisplaced(entryName, path);
     }
+  }
+
+  // The first "Local" or "Roaming" of a path need not be the profile's own: the user's name may
+  // hold the word, or a folder of the product.
+  void NoteMisplaced(const std::wstring& entryName, const std::wstring& path) {
+    const bool isStored = failure_ == ArchiveResult::kDone;
+    if (!isStored || Contains(path, context_.stagingFolder)) return;
+    if (!profile_.LeadsBack(entryName, path)) report_.misplaced.push_back({path, entryName});
   }
 
   void AddFile(const std::wstring& entryName, const std::wstring& path) {
@@ -166,6 +207,7 @@ class PackageInProgress {
 
   const ProductContext& context_;
   const FileReader& files_;
+  const ProfileNames profile_;
   ArchiveWriter& archive_;
   RunObserver& observer_;
   PackageReport& report_;
@@ -173,6 +215,11 @@ class PackageInProgress {
 };
 
 }  // namespace
+
+std::wstring DescribeMisplaced(const MisplacedItem& item) {
+  return L"it lies in the package as " + item.entryName +
+         L", from where an import does not put it back";
+}
 
 std::wstring EntryNameOfFile(const ProductContext& context, const std::wstring& path) {
   const std::wstring registerName = context.productName + context.humanReadableVersion + L".reg";
@@ -215,7 +262,7 @@ PackageReport WritePackage(const ProductContext& context, const Machine& machine
   PackageReport report;
   const auto archive = machine.archives->Create(archivePath, purpose);
   if (!archive) return report;
-  PackageInProgress package(context, *machine.files, *archive, observer, report);
+  PackageInProgress package(context, machine, *archive, observer, report);
   for (const std::wstring& source : sources) {
     package.AddSource(source);
     if (package.Failed()) {

@@ -62,11 +62,21 @@ struct SkippedItem {
   ArchiveResult reason;
 };
 
+// A file of the profile that is stored, but under a name that does not lead back to it.
+struct MisplacedItem {
+  std::wstring path;
+  std::wstring entryName;
+};
+
+// What is wrong with it, as it reads behind the path and a colon.
+std::wstring DescribeMisplaced(const MisplacedItem& item);
+
 // How the writing of an archive went.
 struct PackageReport {
   ArchiveResult outcome = ArchiveResult::kTargetNotWritable;  // kDone: the archive is in place
   std::vector<std::size_t> storedPerSource;  // number of files stored, for each source in order
   std::vector<SkippedItem> skipped;          // files that are there but could not be stored
+  std::vector<MisplacedItem> misplaced;      // what an import refuses or puts elsewhere
 };
 
 // Entry name of a source that is a file of its own; empty when no rule names it.

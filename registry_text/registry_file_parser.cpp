@@ -65,25 +65,52 @@ bool RegistryLineReader::Take(std::wstring_view expected) {
   return true;
 }
 
-std::optional<std::wstring> RegistryLineReader::TakeString() {
-  if (!line_.starts_with(L'"')) return std::nullopt;
-  std::wstring text;
-  for (std::size_t i = 1; i < line_.size(); ++i) {
-    wchar_t c = line_[i];
+std::optional<RegistryLineReader::Quoted> RegistryLineReader::ReadString(std::wstring_view text) {
+  if (!text.starts_with(L'"')) return std::nullopt;
+  Quoted quoted;
+  for (std::size_t i = 1; i < text.size(); ++i) {
+    wchar_t c = text[i];
     if (c == L'"') {
-      line_.remove_prefix(i + 1);
-      SkipBlanks();
-      return text;
+      quoted.length = i + 1;
+      return quoted;
     }
     if (c == L'\\') {
-      const auto meant = i + 1 < line_.size() ? MeaningOfEscape(line_[i + 1]) : std::nullopt;
+      const auto meant = i + 1 < text.size() ? MeaningOfEscape(text[i + 1]) : std::nullopt;
       if (!meant) return std::nullopt;
       c = *meant;
       ++i;
     }
-    text.push_back(c);
+    quoted.text.push_back(c);
   }
   return std::nullopt;
+}
+
+// The system's tool writes line ends of a name or a text as they are.
+std::optional<std::wstring> RegistryLineReader::TakeString(Behind behind) {
+  if (auto quoted = ReadString(line_)) {
+    line_.remove_prefix(quoted->length);
+    SkipBlanks();
+    return std::move(quoted->text);
+  }
+  const std::size_t length = static_cast<std::size_t>(rest_.data() - line_.data()) + rest_.size();
+  auto quoted = ReadString({line_.data(), length});
+  if (!quoted || !MoveBehind(quoted->length, behind)) return std::nullopt;
+  return std::move(quoted->text);
+}
+
+// Moves to what stands that far behind the beginning of the line, on a later line, if it is what is
+// expected there.
+bool RegistryLineReader::MoveBehind(std::size_t length, Behind behind) {
+  const std::wstring_view passed(line_.data(), length);
+  std::wstring_view rest = rest_;
+  rest.remove_prefix(length - static_cast<std::size_t>(rest_.data() - line_.data()));
+  RegistryLineReader next(rest);
+  next.NextLine();
+  if (behind == Behind::kEquals ? !next.line_.starts_with(L'=') : !next.AtEnd()) return false;
+  lineNumber_ += static_cast<std::size_t>(std::ranges::count(passed, L'\n'));
+  line_ = next.line_;
+  rest_ = next.rest_;
+  return true;
 }
 
 std::optional<std::uint32_t> RegistryLineReader::TakeHex(std::size_t mostDigits) {
@@ -227,7 +254,7 @@ void Parser::ParseValue() {
 
 bool Parser::TakeValueName(std::wstring& name) {
   if (!reader_.Take(L"@")) {
-    auto quoted = reader_.TakeString();
+    auto quoted = reader_.TakeString(RegistryLineReader::Behind::kEquals);
     if (!quoted) return Report(L"a value without a quoted name");
     name = std::move(*quoted);
   }
@@ -253,7 +280,7 @@ bool Parser::TakeHex(RegistryValue& value) {
 }
 
 bool Parser::TakeText(RegistryValue& value) {
-  const auto text = reader_.TakeString();
+  const auto text = reader_.TakeString(RegistryLineReader::Behind::kLineEnd);
   if (!text) return Report(L"a string that does not end or holds an unknown escape");
   value = MakeStringValue(std::move(value.name), *text);
   return true;

@@ -32,14 +32,26 @@ class RegistryLineReader {
   // Takes a text, and the blanks behind it, off the line. False when something else is there.
   bool Take(std::wstring_view expected);
 
-  // Takes a quoted string with its escapes; nothing when it does not end on this line or holds an
-  // escape that has no meaning.
-  std::optional<std::wstring> TakeString();
+  // What must follow a string that goes on over several lines.
+  enum class Behind { kEquals, kLineEnd };
+
+  // Takes a quoted string with its escapes; nothing when it does not end or holds an escape that
+  // has no meaning. Line ends in it are a part of it. One that does not end on this line ends at
+  // the next quote, and only if what must follow it stands there: else the quote begins another
+  // string, and the end of this one is missing.
+  std::optional<std::wstring> TakeString(Behind behind);
 
   // Takes a hexadecimal number of at most that many digits.
   std::optional<std::uint32_t> TakeHex(std::size_t mostDigits);
 
  private:
+  // A string's text and how long it is with its quotes.
+  struct Quoted {
+    std::wstring text;
+    std::size_t length = 0;
+  };
+  static std::optional<Quoted> ReadString(std::wstring_view text);
+  bool MoveBehind(std::size_t length, Behind behind);
   void SkipBlanks();
 
   std::wstring_view rest_;

@@ -42,6 +42,9 @@ std::vector<std::wstring> SummaryOfExport(const ExportReport& report, const Cate
     lines.push_back(
         texts.Filled(StringId::kNotStored, {item.path, DescribeArchiveResult(item.reason)}));
   }
+  for (const MisplacedItem& item : report.package.misplaced) {
+    lines.push_back(texts.Filled(StringId::kNotStored, {item.path, DescribeMisplaced(item)}));
+  }
   for (const auto& [key, problem] : report.registryFileProblems) {
     lines.push_back(texts.Filled(StringId::kNotStored, {key, problem}));
   }

@@ -364,13 +364,23 @@ SystemCode HostFileSystem::Flush(std::span<const std::wstring> paths) {
   return CodeOf(FlushPaths(hosts));
 }
 
+namespace {
+
+// One file or folder in two spellings, on a host that takes names in any case.
+bool IsOneInTwoSpellings(const fs::path& a, const fs::path& b) {
+  std::error_code error;
+  return CompareNames(TextFromHostName(a), TextFromHostName(b)) == 0 && fs::equivalent(a, b, error);
+}
+
+}  // namespace
+
 SystemCode HostFileSystem::MoveTo(const std::wstring& source, const std::wstring& target) {
   const auto from = paths_.ToHost(source);
   const auto to = paths_.ToHost(target);
   if (!from || !to || !paths_.MayBeMade(target)) return kInvalidName;
   std::error_code error;
   if (!fs::exists(fs::symlink_status(*from, error))) return MissingCode(*from);
-  const bool isRespelled = *from == *to;
+  const bool isRespelled = *from == *to || IsOneInTwoSpellings(*from, *to);
   if (!isRespelled && fs::exists(fs::symlink_status(*to, error))) return kAlreadyExists;
   if (const SystemCode code = CodeOfParent(*to); code != kSystemOk) return code;
   if (!OwnerMayWrite(from->parent_path())) return kAccessDenied;

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/posix/host_access.h"
+#include "support/files/os_file.h"
 #include "support/zip/zip_reader.h"
 #include "support/zip/zip_writer.h"
 
@@ -38,7 +39,9 @@ class MappedReader : public ArchiveExaminer {
 
   ArchiveResult Extract(std::size_t index, const std::wstring& targetPath) override {
     const auto target = paths_.ToHost(targetPath);
-    if (!target || !paths_.MayBeMade(targetPath)) return ArchiveResult::kTargetNotWritable;
+    if (!target || !paths_.MayBeMade(targetPath) || !IsShortEnough(targetPath)) {
+      return ArchiveResult::kTargetNotWritable;
+    }
     return reader_->Extract(index, *target);
   }
 
@@ -51,7 +54,12 @@ class MappedReader : public ArchiveExaminer {
     return reader_->ReadInParts(index, take);
   }
 
-  ArchiveResult Check(std::size_t index) override { return reader_->Check(index); }
+  // No extraction could make the folders of a name that is too long on its own.
+  ArchiveResult Check(std::size_t index) override {
+    const auto item = reader_->Item(index);
+    if (item && !IsShortEnough(item->name)) return ArchiveResult::kNameRefused;
+    return reader_->Check(index);
+  }
 
   std::optional<std::wstring> HeaderProblem(std::size_t index) override {
     return reader_->HeaderProblem(index);

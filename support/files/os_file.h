@@ -88,6 +88,9 @@ void RemoveFile(const std::filesystem::path& path);
 // The same for many paths, which may cost less than one after another.
 [[nodiscard]] FileStatus FlushPaths(std::span<const std::filesystem::path> paths);
 
+// Whether a path is short enough for this system. Where paths may be long, any is.
+bool IsShortEnough(std::wstring_view path);
+
 // The path that a text names.
 std::filesystem::path PathFromText(std::wstring_view text);
 

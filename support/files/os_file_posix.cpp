@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <set>
 #include <string>
@@ -287,6 +288,17 @@ FileStatus FlushPaths(std::span<const std::filesystem::path> paths) {
     }
   }
   return FileStatus::kDone;
+}
+
+bool IsShortEnough(std::wstring_view path) {
+  const std::string bytes = ToUtf8(path);
+  if (bytes.size() >= PATH_MAX) return false;
+  for (std::size_t at = 0; at < bytes.size();) {
+    const std::size_t end = std::min(bytes.find_first_of("\\/", at), bytes.size());
+    if (end - at > NAME_MAX) return false;
+    at = end + 1;
+  }
+  return true;
 }
 
 std::filesystem::path PathFromText(std::wstring_view text) {

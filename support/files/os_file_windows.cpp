@@ -237,6 +237,8 @@ FileStatus FlushPaths(std::span<const std::filesystem::path> paths) {
   return FileStatus::kDone;
 }
 
+bool IsShortEnough(std::wstring_view) { return true; }
+
 std::filesystem::path PathFromText(std::wstring_view text) { return text; }
 
 // The C++ library takes the long form of a path for a relative one.

@@ -33,6 +33,7 @@ constexpr std::size_t kLocator64Bytes = 20;
 constexpr std::size_t kLongestComment = 0xFFFF;
 
 constexpr std::uint16_t kIsEncrypted = 1;
+constexpr std::uint16_t kSaysHowHardItWasPacked = 6;  // known to some only when it is packed
 constexpr std::uint16_t kHasDescriptor = 8;
 constexpr std::uint64_t kIsIn64 = 0xFFFFFFFF;  // a field whose number stands in the ZIP64 field
 
@@ -188,6 +189,9 @@ class HeaderComparison {
     if (((local.flags ^ said.flags) & kIsEncrypted) != 0) {
       return L"its local header and the directory differ on whether it is encrypted";
     }
+    if (((local.flags ^ said.flags) & ~kSaysHowHardItWasPacked) != 0) {
+      return L"its local header bears other flags";
+    }
     if (differs(local.checksum, said.checksum)) return L"its local header bears another checksum";
     if (differs(local.sizeBytes, said.sizeBytes) || differs(local.packedBytes, said.packedBytes)) {
       return L"its local header bears another size";
@@ -278,6 +282,9 @@ std::uint64_t TakeEnd64(const OsFile& file, std::uint64_t endOffset, ArchiveLayo
   return endOffset;
 }
 
+// Then an archive behind the file's beginning is an item of one that was cut short.
+bool BeginsAsArchive(const OsFile& file) { return ReadRecord(file, 0, 4).Long(0) == kLocalMark; }
+
 }  // namespace
 
 std::optional<ArchiveLayout> FindArchive(const OsFile& file, std::uint64_t fileBytes) {
@@ -294,6 +301,7 @@ std::optional<ArchiveLayout> FindArchive(const OsFile& file, std::uint64_t fileB
   // Offsets count from the file's beginning or, where something was put in front, from behind it.
   for (const std::uint64_t start :
        {std::uint64_t{0}, end - layout.directoryBytes - layout.directoryOffset}) {
+    if (start > 0 && BeginsAsArchive(file)) continue;
     const Record record = ReadRecord(file, start + layout.directoryOffset, 4);
     if (layout.entries > 0 && record.Long(0) != kDirectoryMark) continue;
     layout.startOffset = start;

@@ -39,11 +39,18 @@ ArchiveResult CheckKind(const zip_stat_t& item) {
 
 }  // namespace
 
+// An archive of small items, of which there may be many to look at, takes little memory.
+std::uint8_t* ItemUnpacker::Buffer::Of(std::uint64_t bytes) {
+  if (!bytes_ || bytes > size_) {
+    bytes_.reset();
+    size_ = std::clamp<std::uint64_t>(2 * size_, std::max<std::uint64_t>(bytes, 1), kBufferBytes);
+    bytes_ = std::make_unique_for_overwrite<std::uint8_t[]>(static_cast<std::size_t>(size_));
+  }
+  return bytes_.get();
+}
+
 ItemUnpacker::ItemUnpacker(zip_t* zip)
-    : zip_(zip),
-      packed_(std::make_unique_for_overwrite<std::uint8_t[]>(kBufferBytes)),
-      content_(std::make_unique_for_overwrite<std::uint8_t[]>(kBufferBytes)),
-      decompressor_(libdeflate_alloc_decompressor(), libdeflate_free_decompressor) {
+    : zip_(zip), decompressor_(libdeflate_alloc_decompressor(), libdeflate_free_decompressor) {
   if (!decompressor_) throw std::bad_alloc();
 }
 
@@ -55,22 +62,27 @@ ArchiveResult ItemUnpacker::Unpack(zip_uint64_t index, const Sink& sink) {
   const ArchiveResult kind = CheckKind(item);
   if (kind != ArchiveResult::kDone) return kind;
   const bool fits = item.size <= kBufferBytes && item.comp_size <= kBufferBytes;
-  return fits ? UnpackWhole(item, sink) : UnpackStream(item, sink);
+  try {
+    return fits ? UnpackWhole(item, sink) : UnpackStream(item, sink);
+  } catch (const std::bad_alloc&) {
+    return ArchiveResult::kOutOfMemory;
+  }
 }
 
 ArchiveResult ItemUnpacker::UnpackWhole(const zip_stat_t& item, const Sink& sink) {
   const OpenItem file(zip_fopen_index(zip_, item.index, ZIP_FL_COMPRESSED), zip_fclose);
   if (!file) return ResultOf(zip_get_error(zip_));
-  const zip_int64_t length = zip_fread(file.get(), packed_.get(), item.comp_size);
+  std::uint8_t* const packed = packed_.Of(item.comp_size);
+  const zip_int64_t length = zip_fread(file.get(), packed, item.comp_size);
   if (length < 0) return ResultOf(zip_file_get_error(file.get()));
   if (static_cast<zip_uint64_t>(length) != item.comp_size) return ArchiveResult::kDamaged;
 
-  const std::uint8_t* content = packed_.get();
+  std::uint8_t* content = packed;
   if (item.comp_method == ZIP_CM_DEFLATE) {
-    content = content_.get();
+    content = content_.Of(item.size);
     // Without a place for the actual size, content of any other size than this is a failure.
-    if (libdeflate_deflate_decompress(decompressor_.get(), packed_.get(), item.comp_size,
-                                      content_.get(), item.size, nullptr) != LIBDEFLATE_SUCCESS) {
+    if (libdeflate_deflate_decompress(decompressor_.get(), packed, item.comp_size, content,
+                                      item.size, nullptr) != LIBDEFLATE_SUCCESS) {
       return ArchiveResult::kDamaged;
     }
   }
@@ -82,17 +94,18 @@ ArchiveResult ItemUnpacker::UnpackWhole(const zip_stat_t& item, const Sink& sink
 ArchiveResult ItemUnpacker::UnpackStream(const zip_stat_t& item, const Sink& sink) {
   const OpenItem file(zip_fopen_index(zip_, item.index, 0), zip_fclose);
   if (!file) return ResultOf(zip_get_error(zip_));
+  std::uint8_t* const content = content_.Of(kBufferBytes);
   zip_uint64_t done = 0;
   std::uint32_t checksum = 0;
   for (;;) {
-    const zip_int64_t read = zip_fread(file.get(), content_.get(), kBufferBytes);
+    const zip_int64_t read = zip_fread(file.get(), content, kBufferBytes);
     if (read < 0) return ResultOf(zip_file_get_error(file.get()));
     if (read == 0) break;
     const auto length = static_cast<std::size_t>(read);
     if (length > item.size - done) return ArchiveResult::kDamaged;
-    checksum = libdeflate_crc32(checksum, content_.get(), length);
+    checksum = libdeflate_crc32(checksum, content, length);
     done += length;
-    const ArchiveResult taken = sink({content_.get(), length});
+    const ArchiveResult taken = sink({content, length});
     if (taken != ArchiveResult::kDone) return taken;
   }
   return done == item.size && checksum == item.crc ? ArchiveResult::kDone : ArchiveResult::kDamaged;

@@ -18,7 +18,8 @@ struct zip_stat;
 namespace carrovan {
 
 // Reads items' content out of an open archive and proves it against the declared size and checksum.
-// Never holds more than one buffer's worth, and never hands on more than an item declares.
+// Never holds more than two buffers, which grow with the items up to kBufferBytes each, and never
+// hands on more than an item declares.
 class ItemUnpacker {
  public:
   // Takes content piece by piece; what it returns, if not kDone, ends the item.
@@ -34,7 +35,16 @@ class ItemUnpacker {
   [[nodiscard]] ArchiveResult Unpack(std::uint64_t index, const Sink& sink);
 
  private:
-  using Buffer = std::unique_ptr<std::uint8_t[]>;
+  // Bytes that are written before they are read. It grows with what it is asked for.
+  class Buffer {
+   public:
+    // Room for as many bytes, up to kBufferBytes; what was in it may be lost.
+    std::uint8_t* Of(std::uint64_t bytes);
+
+   private:
+    std::unique_ptr<std::uint8_t[]> bytes_;
+    std::uint64_t size_ = 0;
+  };
 
   ArchiveResult UnpackWhole(const struct zip_stat& item, const Sink& sink);
   ArchiveResult UnpackStream(const struct zip_stat& item, const Sink& sink);

@@ -205,6 +205,24 @@ class OddMachineTest(SandboxTest):
                 names.append(archive.namelist())
         self.assertEqual(names[0], names[1])
 
+    def test_files_that_an_import_would_not_put_back_are_named(self):
+        """The user's name holds the word at which the names in a package begin."""
+        for user in ("HansLocal", "Local"):
+            machine = make_sandbox(self.folder / user, "--user", user)
+            done = machine.run("export", "--version", "2026", "--category", "Cosmetic Thread",
+                               "--output", self.package)
+            with zipfile.ZipFile(self.package) as archive:
+                names = [name for name in archive.namelist() if name != "config.ini"]
+            self.assertTrue(all(name.startswith("Local\\AppData\\") for name in names), names)
+            self.assertEqual(done.returncode, 3, done.stderr)
+            lines = done.stderr.splitlines()
+            self.assertEqual(len(lines), len(names))
+            for name, line in zip(names, lines):
+                self.assertTrue(line.startswith("Not stored: C:\\Users\\"), line)
+                self.assertIn(f": it lies in the package as {name}, ", line)
+            self.assertEqual(machine.run("import", self.package, "--to", "2026",
+                                         "--all").returncode, 1)
+
     def test_paths_beyond_260_characters_are_stored_and_extracted(self):
         machine = small_sandbox(self.folder / "machine")
         deep = machine.product_local / "en-us/CosmeticThread"

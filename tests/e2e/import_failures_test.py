@@ -242,6 +242,25 @@ class UntrustedImportTest(BadImportTest):
             self.assertIn("1.reg changes: line 5 is not understood: an unknown escape", done.stderr)
         self.assertEqual(self.machine.state().registry[self.OWN_KEY]["Trusted"], '"yes"')
 
+    def test_text_with_line_ends_is_taken_and_named(self):
+        self.make_options(hostile_zip.registry_file(self.OWN_KEY, '"Lines"="one\r\ntwo"'))
+        self.assert_untrusted(self.run_import(), "line 4 is not understood: ")
+        done = self.run_import("--to", "2026", "--all", "--trust", "--verify")
+        self.assertEqual((done.returncode, done.stderr.count("\n")), (3, 1), done.stderr)
+        self.assertIn("Neither foreseen nor undone is what ", done.stderr)
+        self.assertIn("Lines", self.machine.state().registry[self.OWN_KEY])
+
+    def test_names_that_are_too_long(self):
+        names = [LOCAL + "x" * 300, LOCAL + "deep\\" * 1000 + "x"]
+        for name in names:
+            self.make_package((name, b"x"))
+            self.assert_untrusted(self.run_import(), "the name ")
+        self.make_package(*((name, b"x") for name in names))
+        done = self.run_import("--to", "2026", "--all", "--trust")
+        self.assertEqual((done.returncode, done.stderr.count("Failed to extract file: ")), (3, 2))
+        self.assertNotIn("deep", "".join(map(str, self.machine.sandbox.local.rglob("*"))))
+        self.assertEqual(self.machine.sandbox.temporary_files(), [])
+
     def test_files_of_nobody(self):
         for name in ("Local\\x.cmd", "Roaming\\x.cmd"):
             self.make_package((name, b"x"))

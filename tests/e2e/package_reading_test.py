@@ -155,6 +155,68 @@ class HostilePackageTest(SandboxTest):
             if field != 0:
                 self.assertIn(reason, findings["Options\\General.reg"])
 
+    def test_headers_that_differ_are_a_reason_for_distrust(self):
+        spoilt = self.make_sound_package()
+        spoilt[spoilt.rindex(b"PK\3\4") + 30] ^= 1
+        self.package.write_bytes(spoilt)
+        done, untrusted = self.inspect("untrusted")
+        self.assertEqual((done.returncode, untrusted), (1, {
+            "Options\\General.reg": "its local header bears another name"}))
+
+    def test_damaged_package_passes_only_when_it_reads_back_the_same(self):
+        self.make_sound_package()
+        with zipfile.ZipFile(self.package, "a") as archive:
+            archive.writestr("Local/", b"")
+            archive.writestr("Roaming/Vantric/\u87ba\u6813.txt", b"stored as it is")
+        whole = self.package.read_bytes()
+        bits = len(whole) * 8
+        damaged = [bytearray(whole[:length]) for length in range(1, len(whole), len(whole) // 12)]
+        for bit in (*range(5, bits, bits // 16), *range(bits - 8 * 400, bits, 8 * 400 // 24 + 1)):
+            damaged.append(bytearray(whole))
+            damaged[-1][bit // 8] ^= 1 << bit % 8
+        before = self.read_back()
+        for content in damaged:
+            self.package.write_bytes(content)
+            passes = [run_cli(verb, self.package).returncode == 0 for verb in ("verify", "inspect")]
+            if any(passes):
+                self.assertEqual(self.read_back(), before)
+
+    def read_back(self):
+        """What an extraction gives, by name; nothing when it is not complete."""
+        with tempfile.TemporaryDirectory() as folder:
+            done = run_cli("extract", self.package, folder)
+            return done.returncode, {str(path.relative_to(folder)): path.is_file() and
+                                     path.read_bytes() for path in Path(folder).rglob("*")}
+
+    def test_package_cut_behind_a_package_within_is_not_taken_for_that_one(self):
+        inner = bytes(self.make_sound_package())
+        with zipfile.ZipFile(self.package, "w") as archive:
+            for name, content in (("config.ini", hostile_zip.CONFIG),
+                                  ("Local/Vantric/kept.ucex", inner), ("Local/Vantric/x", b"x")):
+                archive.writestr(name, content)
+        whole = self.package.read_bytes()
+        self.package.write_bytes(whole[:whole.index(inner) + len(inner)])
+        for verb in ("inspect", "verify"):
+            self.assert_refused(run_cli(verb, self.package), 1, "is not a package: ")
+
+    LONG_NAMES = {"Local\\Vantric\\" + "x" * 300: "a part of more than 255 characters",
+                  "Local\\Vantric\\" + "deep\\" * 1000 + "x": "longer than this system allows",
+                  "Local\\Vantric\\" + "\u87ba" * 100: "longer than this system allows"}
+
+    def test_names_that_are_too_long_are_named_and_leave_no_folder(self):
+        hostile_zip.make_package(self.package, [
+            ("config.ini", hostile_zip.CONFIG), *((name, b"x") for name in self.LONG_NAMES)])
+        findings = self.verify()
+        for kind in ("refused", "untrusted"):
+            done, found = self.inspect(kind)
+            self.assertEqual((done.returncode, found), (1, findings))
+        for name, reason in self.LONG_NAMES.items():
+            self.assertIn("the name ", findings[name])
+            self.assertIn(reason, findings[name])
+        done = run_cli("extract", self.package, self.out)
+        self.assertEqual((done.returncode, done.stderr.count("\n")), (3, len(self.LONG_NAMES)))
+        self.assertEqual(os.listdir(self.out), ["config.ini"])
+
     def test_package_behind_other_bytes_is_read(self):
         sound = self.make_sound_package()
         self.package.write_bytes(b"MZ" + bytes(1000) + sound)

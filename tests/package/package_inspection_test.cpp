@@ -32,6 +32,17 @@ TEST(PackageInspection, TellsWhereASoundPackageComesFrom) {
   EXPECT_TRUE(inspection.contentWasRead);
 }
 
+TEST(PackageInspection, RefusesWhatThisSystemCannotMake) {
+  const std::wstring name = L"Local\\Vantric\\" + std::wstring(250, L'x');
+  MemoryArchive archive;
+  archive.Add(L"config.ini", kDescription);
+  archive.Add(name, "1", ArchiveResult::kNameRefused);
+  const std::vector<RefusedItem> expected = {{name, L"the name is longer than this system allows"}};
+  const auto inspection = InspectPackage(archive, false);
+  EXPECT_EQ(inspection.refused, expected);
+  EXPECT_EQ(inspection.untrusted, expected);
+}
+
 TEST(PackageInspection, ReadsAUtf16Description) {
   std::string utf16 = "\xFF\xFE";
   for (const char c : std::string(kDescription)) utf16 += {c, '\0'};

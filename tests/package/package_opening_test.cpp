@@ -5,6 +5,8 @@
 #include "package/staging_folder.h"
 #include "tests/support/fakes.h"
 #include "tests/support/test_machine.h"
+#include "tests/zip/raw_zip.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {
@@ -100,6 +102,40 @@ TEST_F(ExtractArchiveTest, NamesThatLeadOutAreToldAndTheOthersExtracted) {
   EXPECT_FALSE(machine_->Ports().files->Exists(machine_->ScratchFolder() + L"evil.txt"));
 }
 
+std::string Repeated(const std::string& text, std::size_t times) {
+  std::string all;
+  for (std::size_t i = 0; i < times; ++i) all += text;
+  return all;
+}
+
+TEST_F(ExtractArchiveTest, NamesThatAreTooLongAreToldAndLeaveNoFolder) {
+  const std::vector<std::string> names = {"a\\" + std::string(300, 'x'),
+                                          Repeated("deep\\", 6'500) + "x",
+                                          std::string(256, 'y') + "\\b\\x"};
+  std::vector<RawItem> items = {{"good.txt", "good"}};
+  for (const std::string& name : names) items.push_back({name, "x"});
+  machine_->PutFile(Archive(), RawZip(items));
+  const auto report = Extract();
+  EXPECT_EQ(report.extracted.size(), 1u);
+  EXPECT_EQ(report.failed.size(), names.size());
+  EXPECT_EQ(ListFolder(*machine_->Ports().files, Destination()).size(), 1u);
+}
+
+TEST_F(ExtractArchiveTest, ItemThatFailsLeavesNoFolderThatWasMadeForIt) {
+  RawItem alone{"alone\\damaged", "content"};
+  RawItem beside{"kept\\beside\\damaged", "content"};
+  RawItem within{"kept\\damaged", "content"};
+  for (RawItem* const item : {&alone, &beside, &within}) item->checksum = 0;
+  machine_->PutFile(Archive(), RawZip({alone, beside, within, {"kept\\good", "1"}}));
+  machine_->MakeFolder(Destination() + L"kept\\empty");
+  const auto report = Extract();
+  EXPECT_EQ(report.extracted.size(), 1u);
+  EXPECT_EQ(report.failed.size(), 3u);
+  const FileSystem& files = *machine_->Ports().files;
+  EXPECT_EQ(ListFolder(files, Destination()).size(), 1u);
+  EXPECT_EQ(ListFolder(files, Destination() + L"kept").size(), 2u);
+}
+
 TEST_F(ExtractArchiveTest, SecondExtractionOverwritesInPlaceAndKeepsOthers) {
   MakeArchive({"x.txt"});
   machine_->PutFile(Destination() + L"x.txt", "older and longer than the new one");
@@ -168,6 +204,25 @@ TEST_F(ExtractArchiveTest, ItemsOfAPackageDoNotLieWhereARunKeepsItsOwn) {
     EXPECT_EQ(Extract().extracted.size(), 2U) << "elsewhere the name is as good as any: " << name;
     machine_->DeletePath(machine_->ScratchFolder() + L"in");
   }
+}
+
+TEST(RefusalOfPackageItem, RefusesWhatIsLongerThanAnyPathCanBe) {
+  const std::wstring part(255, L'a');
+  EXPECT_EQ(RefusalOfPackageItem(part + L"\\" + part), std::nullopt);
+  for (const std::wstring& name :
+       {part + L"a", part + L"a\\b", L"b/" + part + L"a", part + L".xml"}) {
+    EXPECT_EQ(RefusalOfPackageItem(name), L"has a part of more than 255 characters");
+  }
+  // Windows counts units of 16 bits, of which such a character has two.
+  std::wstring outside;
+  for (int i = 0; i < 127; ++i) outside += FromUtf8("\xF0\x9F\x98\x80");
+  EXPECT_EQ(RefusalOfPackageItem(outside + L"a"), std::nullopt);
+  EXPECT_EQ(RefusalOfPackageItem(outside + L"ab"), L"has a part of more than 255 characters");
+
+  std::wstring deep = L"a";
+  while (deep.size() < 31'999) deep += L"\\a";
+  EXPECT_EQ(RefusalOfPackageItem(deep + L"b"), std::nullopt);
+  EXPECT_EQ(RefusalOfPackageItem(deep + L"\\b"), L"has more than 32000 characters");
 }
 
 TEST(RefusalOfPackageItem, NamesTheReason) {

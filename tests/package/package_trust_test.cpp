@@ -66,6 +66,18 @@ TEST(PackageTrust, DistrustsFilesForFoldersOfOtherPrograms) {
   }
 }
 
+TEST(PackageTrust, DistrustsAnItemOfWhichTheArchiveSaysTwoThings) {
+  MemoryArchive archive;
+  archive.Add(L"Local\\Vantric\\a", "x");
+  archive.Add(L"Local\\Vantric\\damaged", "x", ArchiveResult::kDamaged);
+  archive.headerProblems = {{L"Local\\Vantric\\a", L"its local header bears another name"},
+                            {L"Local\\Vantric\\damaged", L"its local header bears another size"}};
+  const std::vector<RefusedItem> expected = {
+      {L"Local\\Vantric\\a", L"its local header bears another name"}};
+  EXPECT_EQ(Reasons(archive), expected);
+  EXPECT_EQ(Reasons(archive, PackageKind::kLegacy), expected);
+}
+
 TEST(PackageTrust, TakesFilesForTheProductsOwnFolders) {
   MemoryArchive archive;
   archive.Add(L"Local\\vantric\\VANTRIC\\28.0\\a", "x");

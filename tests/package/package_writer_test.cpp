@@ -120,6 +120,21 @@ TEST_F(WritePackageTest, SourcesAreStoredInTheOrderGiven) {
   EXPECT_EQ(report.storedPerSource, (std::vector<std::size_t>{1, 1, 1}));
 }
 
+TEST_F(WritePackageTest, FileWhoseNameDoesNotLeadBackToItIsNamed) {
+  const std::wstring roaming = *machine_->Ports().folders->RoamingAppData();
+  const std::wstring folder = roaming + L"\\Vantric\\names";
+  machine_->PutFile(folder + L"\\MyLocal\\x.xml", "x");
+  machine_->PutFile(folder + L"\\y.xml", "y");
+  machine_->PutFile(context_.stagingFolder + L"Roaming\\V\\MyLocal\\z.xml", "z");
+  const auto report = Write({folder, context_.stagingFolder + L"Roaming"});
+  EXPECT_EQ(report.outcome, ArchiveResult::kDone);
+  ASSERT_EQ(report.misplaced.size(), 1u);
+  EXPECT_EQ(report.misplaced[0].path, folder + L"\\MyLocal\\x.xml");
+  EXPECT_EQ(report.misplaced[0].entryName, L"Local\\x.xml");
+  EXPECT_EQ(EntryNames(), (Names{L"Local\\x.xml", L"Roaming\\Vantric\\names\\y.xml",
+                                 L"Roaming\\V\\MyLocal\\z.xml"}));
+}
+
 TEST_F(WritePackageTest, FolderFilesFollowTheFileSystemsOrderDepthFirst) {
   const std::wstring folder = machine_->ScratchFolder() + L"Local\\V";
   for (const wchar_t* name : {L"\\b.xml", L"\\A.xml", L"\\c\\2.xml", L"\\c\\1.xml", L"\\d.xml"}) {

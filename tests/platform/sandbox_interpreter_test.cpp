@@ -54,6 +54,15 @@ TEST_F(SandboxInterpreterTest, ExportsAKeyUnderTheRootInFull) {
   }
 }
 
+TEST_F(SandboxInterpreterTest, ImportsATextWithLineEnds) {
+  Put("i.reg", "REGEDIT4\r\n[HKCU\\I]\r\n\"a\"=\"1\r\n2\"\r\n\"z\"=\"3\"\r\n");
+  Run(L"/C reg import \"C:\\i.reg\"");
+  const RegistryKey* const key = registry_.Find(kUser, L"I");
+  ASSERT_NE(key, nullptr);
+  ASSERT_EQ(key->AllValues().size(), 2u);
+  EXPECT_EQ(*key->AllValues()[0], MakeStringValue(L"a", L"1\r\n2"));
+}
+
 TEST_F(SandboxInterpreterTest, DoesNothingOnAnyOtherCommand) {
   const auto before = HostFileBytes(folder_.Path() / "registry" / "HKEY_CURRENT_USER.reg");
   for (const wchar_t* parameters : {

@@ -103,6 +103,20 @@ TEST_F(SandboxMachineTest, MakesThePausesItIsAskedFor) {
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(20));
 }
 
+// Whether the host takes names in any case or not.
+TEST_F(SandboxMachineTest, MovesAFileToAnotherSpellingOfItsName) {
+  PutHostFile(folder_.Path() / "C" / "sub" / "name.txt", "x");
+  const FilesOrReason opened = OpenSandboxFiles(folder_.Text());
+  ASSERT_NE(opened.object, nullptr);
+  FileSystem& files = opened.object->Files();
+  EXPECT_EQ(files.MoveTo(L"C:\\sub\\name.txt", L"C:\\sub\\NAME.txt"), kSystemOk);
+  EXPECT_EQ(files.MoveTo(L"C:\\sub", L"C:\\Sub"), kSystemOk);
+  EXPECT_EQ(ListFolder(files, L"C:\\SUB").size(), 1u);
+  std::string bytes;
+  EXPECT_EQ(files.ReadBytes(L"C:\\sub\\name.txt", bytes), kSystemOk);
+  EXPECT_EQ(bytes, "x");
+}
+
 TEST_F(SandboxMachineTest, LendsItsFilesWithoutAProduct) {
   PutHostFile(folder_.Path() / "C" / "a.txt", "x");
   const FilesOrReason opened = OpenSandboxFiles(folder_.Text());

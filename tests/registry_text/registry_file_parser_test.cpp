@@ -95,6 +95,21 @@ TEST(RegistryFileParser, TakesBlanksCommentsAndAnyLineEnd) {
   }
 }
 
+TEST(RegistryFileParser, TakesLineEndsInNamesAndTextsAsTheyStand) {
+  const RegistryFile file = Parsed(
+      L"\"two\r\nlines\"=\"as\r\n\r\n  they \\\"stand\\\"\\r\n\" ; comment\r\n"
+      L"\"lf\"=\"a\nb\"\r\n@=\"\r\n\"\r\njunk\r\n\"z\"=\"ok\"");
+  ASSERT_EQ(file.keys.size(), 1u);
+  const auto& values = file.keys[0].values;
+  ASSERT_EQ(values.size(), 4u);
+  EXPECT_EQ(values[0].value, MakeStringValue(L"two\r\nlines", L"as\r\n\r\n  they \"stand\"\r\n"));
+  EXPECT_EQ(values[1].value, MakeStringValue(L"lf", L"a\nb"));
+  EXPECT_EQ(values[2].value, MakeStringValue(L"", L"\r\n"));
+  EXPECT_EQ(values[3].value, MakeStringValue(L"z", L"ok"));
+  ASSERT_EQ(file.problems.size(), 1u);
+  EXPECT_EQ(file.problems[0].line, 13u);
+}
+
 TEST(RegistryFileParser, GoesOnBehindABackslash) {
   for (const wchar_t* body : {
            L"\"a\"=hex:01,\\\r\n  02,\\\r\n  03\r\n",

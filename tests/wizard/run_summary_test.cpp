@@ -12,6 +12,7 @@ TEST(RunSummary, NamesEachItemOfAnExportThatWasNotStored) {
   ExportReport report;
   report.package.outcome = ArchiveResult::kDone;
   report.package.skipped = {{L"C:\\locked.dat", ArchiveResult::kSourceUnreadable}};
+  report.package.misplaced = {{L"C:\\Users\\Local\\x", L"Local\\x"}};
   report.registryFileProblems = {{L"HKEY_CURRENT_USER\\cut", L"ends inside a value"}};
   report.missingKeys = {L"HKEY_CURRENT_USER\\missing", L"HKEY_CURRENT_USER\\cut"};
   report.emptyCategories = {CosmeticThread};
@@ -21,6 +22,8 @@ TEST(RunSummary, NamesEachItemOfAnExportThatWasNotStored) {
                    L"Cosmetic Thread: there is nothing of it to export",
                    L"Not stored: C:\\locked.dat: " +
                        DescribeArchiveResult(ArchiveResult::kSourceUnreadable),
+                   L"Not stored: C:\\Users\\Local\\x: it lies in the package as Local\\x, from "
+                   L"where an import does not put it back",
                    L"Not stored: HKEY_CURRENT_USER\\cut: ends inside a value",
                    L"Not stored: HKEY_CURRENT_USER\\missing"}));
 }

@@ -61,6 +61,8 @@ TEST(ZipHeaders, LocalHeaderThatSaysSomethingElseIsFound) {
   } cases[] = {
       {0, 4, 0x12345678, L"it has no local header"},
       {kFlags, 2, 1, L"its local header and the directory differ on whether it is encrypted"},
+      {kFlags, 2, 0x800, L"its local header bears other flags"},
+      {kFlags, 2, 8, L"its local header bears other flags"},
       {kMethod, 2, 8, L"its local header names another method"},
       {kChecksum, 4, 1, L"its local header bears another checksum"},
       {kChecksum, 4, 0, L"its local header bears another checksum"},
@@ -72,6 +74,10 @@ TEST(ZipHeaders, LocalHeaderThatSaysSomethingElseIsFound) {
     EXPECT_EQ(ProblemsOf(WithNumber(TwoItems(), each.field, each.length, each.number)),
               (Problems{each.problem, L""}));
   }
+}
+
+TEST(ZipHeaders, OnlyTheDirectoryNeedKnowHowHardAnItemWasPacked) {
+  EXPECT_EQ(ProblemsOf(WithNumber(TwoItems(), kFlags, 2, 6)), Problems(2));
 }
 
 TEST(ZipHeaders, ItemsThatShareBytesAreFound) {
@@ -191,6 +197,16 @@ TEST(ZipWithBytesInFront, MayHaveAComment) {
   std::string archive = TwoItems();
   SetNumberAt(archive, archive.size() - 2, 2, 9);
   EXPECT_EQ(ProblemsOf("MZ" + archive + "a comment"), Problems(2));
+}
+
+TEST(ZipWithBytesInFront, IsNoArchiveWhenItIsWithinOneThatWasCutShort) {
+  const TempFolder folder;
+  const std::string inner = TwoItems();
+  const std::string outer = RawZip({{"first", "1"}, {"inner.zip", inner}, {"last", "3"}});
+  const std::size_t end = outer.find(inner) + inner.size();
+  for (const std::size_t length : {end, end + 1, outer.size() - 1}) {
+    EXPECT_EQ(ZipReader::Open(folder.Put(L"a.zip", outer.substr(0, length))), nullptr) << length;
+  }
 }
 
 TEST(ZipWithBytesInFront, DamagedDirectoryIsNoArchive) {
