@@ -152,6 +152,25 @@ TEST_F(PowerLoss, OfARunLeavesWhatAnUndoBringsBack) {
   });
 }
 
+TEST_F(PowerLoss, AfterARunLosesNothingOfWhatItWroteItself) {
+  const std::wstring path = L"C:\\Users\\u\\AppData\\Local\\Vantric\\a.txt";
+  ForEachSeed([&path](unsigned seed) {
+    MemoryMachine machine;
+    machine.files.PutFolder(L"C:\\Users\\u\\AppData\\Local\\Temp");
+    machine.files.Put(path, "what was there before the run");
+    LossyMachine supplied(machine, kNever);
+    const auto recorder = ChangeRecorder::Begin(supplied.Ports(), {L"reset", L"", L""}).object;
+    ASSERT_TRUE(recorder);
+    RecordedMachine recorded(supplied.Ports(), *recorder);
+    const Machine ports = recorded.Ports();
+    EXPECT_EQ(ports.files->WriteBytes(path, "what the run has written in its place"), kSystemOk);
+    recorder->End();
+    std::mt19937 random(seed);
+    supplied.Lose(random);
+    EXPECT_EQ(machine.files.Bytes(path), "what the run has written in its place");
+  });
+}
+
 // Without a restore point nothing brings back what was there, but what the run has put in place is
 // there when the folder is gone in which it lay before.
 TEST_F(PowerLoss, AfterARunWithoutARestorePointLeavesWhatItPutInPlace) {
