@@ -364,6 +364,8 @@ bool ChangeRecorder::End() {
     if (file.isOpen) changedFiles_.insert(path);
   }
   static_cast<void>(FlushChanges());
+  // The last line vouches for all in front of it.
+  static_cast<void>(journal_.Flush());
   journal_.Add(RunEnded{});
   static_cast<void>(journal_.Flush());
   return true;

@@ -188,7 +188,9 @@ std::optional<RestorePoint> ReadRestorePoint(const FileReader& files, const std:
     if (const auto line = DecodeRecord(rest.substr(0, end))) reader.Take(*line);
     rest.remove_prefix(end + 1);
   }
-  return reader.HasBegun() ? std::optional(std::move(point)) : std::nullopt;
+  // The first line is on the disk before a second one is written, and before anything changes.
+  const bool hasNotBegun = point.lines == 0 && std::ranges::count(journal, '\n') == 1;
+  return reader.HasBegun() || hasNotBegun ? std::optional(std::move(point)) : std::nullopt;
 }
 
 }  // namespace carrovan

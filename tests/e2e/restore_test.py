@@ -3,10 +3,12 @@
 import json
 import os
 import random
+import re
 import shutil
 import subprocess
 import time
 import unittest
+import zlib
 
 import hostile_zip
 from machines import RELEASE_CLI, SandboxTest, make_sandbox, small_sandbox
@@ -165,8 +167,49 @@ class UndoTest(RestoreCase):
         ids = [point["id"] for point in self.points()]
         self.assertEqual(len(ids), 3)
         done = self.run_verb("prune", "--keep", "1")
-        self.assertEqual(done.stdout.splitlines(), [f"Removed {old}" for old in ids[1:]])
+        *removed, freed = done.stdout.splitlines()
+        self.assertEqual([re.sub(r", \d+ bytes$", "", line) for line in removed],
+                         [f"Removed {old}" for old in ids[1:]])
+        self.assertRegex(freed, r"^2 restore points removed, [1-9]\d+ bytes freed$")
         self.assertEqual([point["id"] for point in self.points()], ids[:1])
+
+    def test_prune_goes_by_age(self):
+        self.run_verb("reset", "--category", "Options", "--yes")
+        root = self.sandbox.local / "Carrovan/Restore"
+        old = root / "2020-01-01T000000Z"
+        shutil.copytree(root / self.points()[0]["id"], old)
+        self.assertEqual(len(self.points()), 2)
+        self.run_verb("prune", "--older-than", "30", "--keep", "2")
+        self.assertEqual(len(self.points()), 2)
+        self.run_verb("prune", "--older-than", "30")
+        self.assertEqual(len(self.points()), 1)
+        self.assertFalse(old.exists())
+        done = self.machine.run("prune")
+        self.assertEqual(done.returncode, 2)
+
+    def test_damaged_journal_is_refused_by_name(self):
+        self.import_all()
+        point = self.points()[0]
+        journal = self.sandbox.local / "Carrovan/Restore" / point["id"] / "journal.jsonl"
+        content = bytearray(journal.read_bytes())
+        content[len(content) // 2] ^= 1
+        journal.write_bytes(content)
+        before = self.machine.state()
+        done = self.machine.run("undo")
+        self.assert_refused(done, 1, point["id"] + " is not to be trusted: a line of its journal")
+        self.assert_state(before)
+
+    def test_damaged_copy_is_refused_by_name(self):
+        self.import_all()
+        point = self.points()[0]
+        folder = self.sandbox.local / "Carrovan/Restore" / point["id"]
+        copy = next(file for file in sorted((folder / "files").iterdir()) if file.stat().st_size)
+        copy.chmod(0o644)
+        copy.write_bytes(b"other" + copy.read_bytes())
+        before = self.machine.state()
+        done = self.machine.run("undo")
+        self.assert_refused(done, 1, "its copy is damaged or missing")
+        self.assert_state(before)
 
     def test_verified_import_reads_every_change_back(self):
         done = self.import_all("--verify")
@@ -224,7 +267,7 @@ class PlantedJournalTest(RestoreCase):
     def changing(self, path, before="absent"):
         record = {"record": "file changing", "path": path, "before": {"kind": before}}
         if before == "file":
-            record["before"].update(sizeBytes=7, crc32=1)
+            record["before"].update(sizeBytes=7, crc32=zlib.crc32(b"planted"))
             record["copy"] = "files\\1"
         return record
 

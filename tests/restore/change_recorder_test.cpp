@@ -29,7 +29,7 @@ TEST_F(ChangeRecorderTest, NotesThatAChangeIsOverOnceItsContentIsFlushed) {
     return kSystemOk;
   };
   recorder->End();
-  EXPECT_EQ(order, (std::vector<std::string>{"flush", "append", "append", "flush"}));
+  EXPECT_EQ(order, (std::vector<std::string>{"flush", "append", "flush", "append", "flush"}));
   EXPECT_EQ(Point().files.at(0).after, ImageOfBytes("after"));
   EXPECT_FALSE(Point().files.at(0).unfinished);
 }
