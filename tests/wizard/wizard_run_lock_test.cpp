@@ -1,6 +1,7 @@
 // The wizard and another run of the same user.
 
 #include "guard/run_lock.h"
+#include "restore/prune.h"
 #include "tests/wizard/guarded_wizard.h"
 
 namespace carrovan {
@@ -115,8 +116,10 @@ TEST_F(OneRunAtATime, UndoKeepsOthersOutUntilItsLastQuestionIsAnswered) {
 TEST_F(OneRunAtATime, RestorePointThatIsPrunedWhileTheUserIsAskedIsNotUndone) {
   ImportTemplate();
   frame_.whileAsking = [&] {
-    Texts failed;
-    PruneRestorePoints(*machine_->Ports().files, *RestoreRoot(folders_), 0, failed);
+    const Machine ports = machine_->Ports();
+    EXPECT_EQ(
+        PruneRestorePoints(*ports.files, *ports.clock, *RestoreRoot(folders_), {}).removed.size(),
+        1u);
   };
   flow_.UndoLast();
   EXPECT_EQ(frame_.messages, (Texts{L"There is nothing to undo."}));
