@@ -246,11 +246,12 @@ std::wstring EntryNameInFolder(const ProductContext& context, const std::wstring
 namespace {
 
 // The archive took its name with all that is in it on the disk; only then the name itself is safe.
-ArchiveResult FlushName(const std::wstring& archivePath, FileSystem& files) {
+// Where it cannot be made so, the archive is whole all the same, and is named.
+void FlushName(const std::wstring& archivePath, FileSystem& files, PackageReport& report) {
   std::wstring folder = archivePath.substr(0, archivePath.size() - FileNameOf(archivePath).size());
   if (folder.empty()) folder = L".";
-  const SystemCode code = files.Flush({&folder, 1});
-  return code == kSystemOk ? ArchiveResult::kDone : ArchiveResult::kTargetNotWritable;
+  if (files.Flush({&folder, 1}) == kSystemOk) return;
+  report.skipped.push_back({archivePath, ArchiveResult::kTargetNotWritable});
 }
 
 }  // namespace
@@ -273,7 +274,7 @@ PackageReport WritePackage(const ProductContext& context, const Machine& machine
   if (mayTakePlace && !mayTakePlace(report)) return report;
   report.outcome = archive->Close();
   if (report.outcome == ArchiveResult::kDone && purpose == ArchivePurpose::kKeep) {
-    report.outcome = FlushName(archivePath, *machine.files);
+    FlushName(archivePath, *machine.files, report);
   }
   return report;
 }
