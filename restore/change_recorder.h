@@ -66,8 +66,9 @@ class ChangeRecorder {
   // not taken.
   [[nodiscard]] SystemCode TakeScratch(const std::wstring& path);
 
-  // Notes what is about to change, a removal with what lies below the path, so that one flush before
-  // the first change is enough for all. What cannot be noted now is tried again when its turn comes.
+  // Notes what is about to change, a removal with what lies below the path: one flush before the
+  // first change is then enough for all. What cannot be noted now is tried again when its turn
+  // comes.
   void Announce(std::span<const std::wstring> paths, ComingChange change);
 
   // Before and after a change of what lies at a path. kAccessDenied for a path among the restore
