@@ -172,15 +172,30 @@ bool EndsWithIgnoringAsciiCase(std::wstring_view text, std::wstring_view ending)
          EqualsIgnoringAsciiCase(text.substr(text.size() - ending.size()), ending);
 }
 
-int CompareNames(std::wstring_view a, std::wstring_view b) {
-  const std::u16string left = ToUtf16(a);
-  const std::u16string right = ToUtf16(b);
-  const std::size_t shared = std::min(left.size(), right.size());
+namespace {
+
+int CompareUnits(std::u16string_view a, std::u16string_view b) {
+  const std::size_t shared = std::min(a.size(), b.size());
   for (std::size_t i = 0; i < shared; ++i) {
-    const int difference = int{UpperUnit(left[i])} - int{UpperUnit(right[i])};
+    const int difference = int{UpperUnit(a[i])} - int{UpperUnit(b[i])};
     if (difference != 0) return difference;
   }
-  return (left.size() > right.size()) - (left.size() < right.size());
+  return (a.size() > b.size()) - (a.size() < b.size());
+}
+
+}  // namespace
+
+int CompareNames(std::wstring_view a, std::wstring_view b) {
+  const std::size_t shared = std::min(a.size(), b.size());
+  for (std::size_t i = 0; i < shared; ++i) {
+    const auto left = static_cast<char16_t>(a[i]);
+    const auto right = static_cast<char16_t>(b[i]);
+    // Beyond the 16-bit range a character is two units; such names are rare.
+    if (left != a[i] || right != b[i]) return CompareUnits(ToUtf16(a), ToUtf16(b));
+    const int difference = int{UpperUnit(left)} - int{UpperUnit(right)};
+    if (difference != 0) return difference;
+  }
+  return (a.size() > b.size()) - (a.size() < b.size());
 }
 
 std::u16string FoldedName(std::wstring_view name) {

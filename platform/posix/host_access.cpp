@@ -43,6 +43,10 @@ std::wstring FromLosslessUtf8(std::string_view bytes) {
 }
 
 std::string ToLosslessUtf8(std::wstring_view text) {
+  const auto isSurrogate = [](wchar_t c) {
+    return IsHighSurrogate(static_cast<char32_t>(c)) || IsLowSurrogate(static_cast<char32_t>(c));
+  };
+  if (std::ranges::none_of(text, isSurrogate)) return ToUtf8(text);
   std::string bytes;
   while (!text.empty()) {
     const auto unit = static_cast<char32_t>(text.front());

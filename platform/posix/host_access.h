@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -14,11 +15,24 @@ namespace carrovan {
 // backslash within a name, which is no separator there, appears as U+F05C. On Windows both are the
 // same text.
 
+// The form in which the host takes paths and names.
+using HostString = std::filesystem::path::string_type;
+using HostStringView = std::basic_string_view<HostString::value_type>;
+
 // A host path; backslashes and slashes separate folders.
-std::filesystem::path HostPathFromText(const std::wstring& text);
+HostString HostStringFromText(std::wstring_view text);
+inline std::filesystem::path HostPathFromText(std::wstring_view text) {
+  return {HostStringFromText(text)};
+}
 
 // One name, without folders.
-std::wstring TextFromHostName(const std::filesystem::path& name);
+std::wstring TextFromHostName(HostStringView name);
+
+// True for what has this path itself, a link that leads nowhere included.
+bool IsThere(const HostString& path);
+
+// Hands on the names in a folder, in the host's own order; none of a folder that cannot be read.
+void ForEachName(const HostString& folder, const std::function<void(HostStringView name)>& take);
 
 // UTF-8 as it is found in a host's file names and in 8-bit files, well-formed or not. A byte that
 // is not UTF-8 becomes the unpaired surrogate U+DC80 to U+DCFF and turns into that byte again, so

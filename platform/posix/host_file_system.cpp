@@ -79,6 +79,8 @@ SystemCode OpenEmptied(const fs::path& path) {
 
 bool IsSpecial(const fs::directory_entry& entry) {
   std::error_code error;
+  // Known from the listing for most entries.
+  if (entry.is_regular_file(error) || entry.is_directory(error)) return false;
   const fs::file_status status = entry.status(error);
   return fs::exists(status) && !fs::is_directory(status) && !fs::is_regular_file(status);
 }
@@ -122,8 +124,8 @@ SystemCode HostFileSystem::ReadFolder(const std::wstring& folder,
   for (fs::directory_iterator entry(*host, error), end; !error && entry != end;
        entry.increment(error)) {
     std::error_code unknown;  // of an entry that has gone or leads nowhere
-    read.push_back({TextFromHostName(entry->path().filename()), entry->is_directory(unknown),
-                    entry->is_symlink(unknown), IsSpecial(*entry)});
+    read.push_back({TextFromHostName(entry->path().filename().native()),
+                    entry->is_directory(unknown), entry->is_symlink(unknown), IsSpecial(*entry)});
   }
   if (error) return SystemCodeOf(error);
   std::sort(read.begin(), read.end(), ListedBefore);
@@ -369,7 +371,8 @@ namespace {
 // One file or folder in two spellings, on a host that takes names in any case.
 bool IsOneInTwoSpellings(const fs::path& a, const fs::path& b) {
   std::error_code error;
-  return CompareNames(TextFromHostName(a), TextFromHostName(b)) == 0 && fs::equivalent(a, b, error);
+  return CompareNames(TextFromHostName(a.native()), TextFromHostName(b.native())) == 0 &&
+         fs::equivalent(a, b, error);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "platform/posix/path_mapper.h"
 
 #include <algorithm>
-#include <system_error>
 #include <vector>
 
 #include "platform/posix/host_access.h"
@@ -29,8 +28,8 @@ std::wstring_view WithoutTrailing(std::wstring_view text, std::wstring_view char
 
 // The components behind the drive, with those taken away that ".." steps back over. The system
 // drops blanks and dots at the end of a component, so "..  " is a ".." too.
-std::vector<std::wstring> Components(std::wstring_view path) {
-  std::vector<std::wstring> components;
+std::vector<std::wstring_view> Components(std::wstring_view path) {
+  std::vector<std::wstring_view> components;
   while (!path.empty()) {
     const std::size_t end = path.find_first_of(L"\\/");
     const std::wstring_view component = path.substr(0, end);
@@ -38,58 +37,86 @@ std::vector<std::wstring> Components(std::wstring_view path) {
     if (WithoutTrailing(component, L" ") == L"..") {
       if (!components.empty()) components.pop_back();
     } else if (!WithoutTrailing(component, L" .").empty()) {
-      components.emplace_back(component);
+      components.push_back(component);
     }
   }
   return components;
 }
 
-bool IsThere(const fs::path& path) {
-  std::error_code error;
-  return fs::exists(fs::symlink_status(path, error));
+template <typename Char>
+bool IsAscii(std::basic_string_view<Char> text) {
+  return std::ranges::all_of(text, [](Char c) { return static_cast<char32_t>(c) < 0x80; });
 }
 
-// Of several spellings the first in the host's own order, so that the answer is always the same.
-fs::path FindIgnoringCase(const fs::path& folder, const std::wstring& name) {
-  fs::path found;
-  std::error_code error;
-  for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
-       entry.increment(error)) {
-    const fs::path candidate = entry->path().filename();
-    if (CompareNames(TextFromHostName(candidate), name) != 0) continue;
-    if (found.empty() || candidate < found) found = candidate;
+template <typename Char>
+char32_t LowerAscii(Char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char32_t>(c - 'A' + 'a') : static_cast<char32_t>(c);
+}
+
+bool IsLetter(wchar_t c) { return LowerAscii(c) >= 'a' && LowerAscii(c) <= 'z'; }
+
+// Answers for a name that others are compared with. No letter of another alphabet is one of ASCII
+// in another case.
+class NameMatch {
+ public:
+  explicit NameMatch(std::wstring_view name) : name_(name), isAscii_(IsAscii(name)) {}
+
+  // False for "17": only the name itself is the same name.
+  bool HasOtherSpellings() const { return !isAscii_ || std::ranges::any_of(name_, IsLetter); }
+
+  bool Matches(HostStringView candidate) const {
+    if (!isAscii_) return CompareNames(TextFromHostName(candidate), name_) == 0;
+    return std::ranges::equal(candidate, name_,
+                              [](auto a, auto b) { return LowerAscii(a) == LowerAscii(b); });
   }
+
+ private:
+  std::wstring_view name_;
+  bool isAscii_;
+};
+
+// Of several spellings the first in the host's own order, so that the answer is always the same.
+// Empty when there is none.
+HostString FindIgnoringCase(const HostString& folder, std::wstring_view name) {
+  HostString found;
+  const NameMatch match(name);
+  if (!match.HasOtherSpellings()) return found;
+  ForEachName(folder, [&](HostStringView candidate) {
+    if (match.Matches(candidate) && (found.empty() || candidate < found)) found = candidate;
+  });
   return found;
 }
 
-// Plain text behind the folder: the path operator would let a component with a drive letter of its
-// own replace the folder.
-fs::path Below(fs::path folder, const fs::path& name) {
+// Plain text behind the folder: a component with a drive letter of its own does not replace it.
+HostString Below(HostString folder, const HostString& name) {
   folder += fs::path::preferred_separator;
   folder += name;
   return folder;
 }
 
-fs::path FindChild(const fs::path& folder, const std::wstring& component) {
-  fs::path exact = Below(folder, HostPathFromText(component));
-  if (IsThere(exact)) return exact;
-  const std::wstring name(WithoutTrailing(component, L" ."));
-  const fs::path found = FindIgnoringCase(folder, name);
-  return Below(folder, found.empty() ? HostPathFromText(name) : found);
+HostString FindOtherSpelling(const HostString& folder, std::wstring_view component) {
+  const std::wstring_view name = WithoutTrailing(component, L" .");
+  const HostString found = FindIgnoringCase(folder, name);
+  return Below(folder, found.empty() ? HostStringFromText(name) : found);
+}
+
+HostString FindChild(const HostString& folder, std::wstring_view component) {
+  HostString exact = Below(folder, HostStringFromText(component));
+  return IsThere(exact) ? exact : FindOtherSpelling(folder, component);
 }
 
 // Most paths are spelled as on disk: then one look is enough, or two for a new file.
-std::optional<fs::path> FindExact(const fs::path& drive,
-                                  const std::vector<std::wstring>& components) {
+std::optional<HostString> FindExact(const HostString& drive,
+                                    const std::vector<std::wstring_view>& components) {
   if (components.empty()) return std::nullopt;
-  fs::path parent = drive;
+  HostString parent = drive;
   for (std::size_t i = 0; i + 1 < components.size(); ++i) {
-    parent = Below(std::move(parent), HostPathFromText(components[i]));
+    parent = Below(std::move(parent), HostStringFromText(components[i]));
   }
-  fs::path whole = Below(parent, HostPathFromText(components.back()));
+  HostString whole = Below(parent, HostStringFromText(components.back()));
   if (IsThere(whole)) return whole;
   if (!IsThere(parent)) return std::nullopt;
-  return FindChild(parent, components.back());
+  return FindOtherSpelling(parent, components.back());
 }
 
 }  // namespace
@@ -108,11 +135,12 @@ std::optional<fs::path> DrivePathMapper::ToHost(const std::wstring& path) const 
   if (!BeginsWithDrive(path)) return HostPathMapper().ToHost(path);
   if (path.find(L'\0') != std::wstring::npos) return std::nullopt;
   const wchar_t letter = path[0] >= L'a' ? static_cast<wchar_t>(path[0] - L'a' + L'A') : path[0];
-  const std::vector<std::wstring> components = Components(std::wstring_view(path).substr(2));
+  const std::vector<std::wstring_view> components = Components(std::wstring_view(path).substr(2));
   const std::wstring drive(1, letter);
-  if (auto exact = FindExact(Below(root_, HostPathFromText(drive)), components)) return exact;
-  fs::path found = FindChild(root_, drive);
-  for (const std::wstring& component : components) found = FindChild(found, component);
+  const HostString& root = root_.native();
+  if (auto exact = FindExact(Below(root, HostStringFromText(drive)), components)) return *exact;
+  HostString found = FindChild(root, drive);
+  for (const std::wstring_view component : components) found = FindChild(found, component);
   return found;
 }
 
