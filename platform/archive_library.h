@@ -35,6 +35,7 @@ struct ArchiveItem {
       name;  // as stored, forward slashes turned into backslashes; empty if it does not decode
   std::uint64_t sizeBytes = 0;
   std::uint64_t packedSizeBytes = 0;
+  std::optional<std::uint32_t> crc32;  // of the content; not every library names it
 };
 
 // Writes one zip archive. The archive at the path stays as it was until Close succeeds; a writer

@@ -1,21 +1,21 @@
 #include "platform/file_operations.h"
 
-#include <zlib.h>
+#include <libdeflate.h>
 
 #include "text/path_text.h"
 
 namespace carrovan {
-namespace {
-
-std::uint32_t Continue(std::uint32_t crc, std::string_view bytes) {
-  const auto* data = static_cast<const Bytef*>(static_cast<const void*>(bytes.data()));
-  return static_cast<std::uint32_t>(crc32_z(crc, data, bytes.size()));
+void ContentSum::Add(std::string_view part) {
+  // The library takes a null pointer for the beginning of another checksum.
+  if (part.empty()) return;
+  image_.sizeBytes += part.size();
+  image_.crc32 = libdeflate_crc32(image_.crc32, part.data(), part.size());
 }
 
-}  // namespace
-
 FileImage ImageOfBytes(std::string_view bytes) {
-  return {FileKind::kFile, bytes.size(), Continue(0, bytes)};
+  ContentSum sum;
+  sum.Add(bytes);
+  return sum.Image();
 }
 
 FileKind KindAt(const FileReader& files, const std::wstring& path) {
@@ -25,18 +25,22 @@ FileKind KindAt(const FileReader& files, const std::wstring& path) {
 }
 
 SystemCode ReadFileImage(const FileReader& files, const std::wstring& path, FileImage& image) {
-  FileImage read;
-  read.kind = KindAt(files, path);
-  if (read.kind == FileKind::kFile) {
-    const SystemCode code = files.ReadInParts(path, [&read](std::string_view part, std::uint64_t) {
-      read.sizeBytes += part.size();
-      read.crc32 = Continue(read.crc32, part);
-      return true;
-    });
-    if (code != kSystemOk) return code;
+  return ReadFileImage(files, path, KindAt(files, path), image);
+}
+
+SystemCode ReadFileImage(const FileReader& files, const std::wstring& path, FileKind kind,
+                         FileImage& image) {
+  if (kind != FileKind::kFile) {
+    image = {kind};
+    return kSystemOk;
   }
-  image = read;
-  return kSystemOk;
+  ContentSum sum;
+  const SystemCode code = files.ReadInParts(path, [&sum](std::string_view part, std::uint64_t) {
+    sum.Add(part);
+    return true;
+  });
+  if (code == kSystemOk) image = sum.Image();
+  return code;
 }
 
 namespace {

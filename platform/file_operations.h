@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "platform/file_system.h"
 
@@ -18,6 +19,19 @@ struct FileImage {
   bool operator==(const FileImage&) const = default;
 };
 
+// Finds the image of a file whose content comes part by part.
+class ContentSum {
+ public:
+  void Add(std::string_view part);
+  const FileImage& Image() const { return image_; }
+
+ private:
+  FileImage image_{FileKind::kFile};
+};
+
+// The image of a file with this content.
+FileImage ImageOfBytes(std::string_view bytes);
+
 // A link is not followed.
 FileKind KindAt(const FileReader& files, const std::wstring& path);
 
@@ -25,8 +39,9 @@ FileKind KindAt(const FileReader& files, const std::wstring& path);
 [[nodiscard]] SystemCode ReadFileImage(const FileReader& files, const std::wstring& path,
                                        FileImage& image);
 
-// The image of a file with this content.
-FileImage ImageOfBytes(std::string_view bytes);
+// The same for a caller that knows what lies there.
+[[nodiscard]] SystemCode ReadFileImage(const FileReader& files, const std::wstring& path,
+                                       FileKind kind, FileImage& image);
 
 // Deletes everything below a folder and then the folder. A link, the folder itself included, is
 // removed without touching what it leads to; one that leads nowhere is removed, too. Read-only

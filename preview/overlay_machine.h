@@ -1,6 +1,9 @@
 #pragma once
 
+#include <map>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "platform/archive_library.h"
 #include "platform/file_system.h"
@@ -13,8 +16,21 @@
 
 namespace carrovan {
 
+// What an archive would hold.
+struct ArchiveList {
+  struct File {
+    std::wstring name;
+    std::wstring real;  // the file of the machine or the spool that has its content
+    std::uint64_t sizeBytes = 0;
+  };
+
+  std::wstring path;
+  std::vector<File> files;
+};
+
 // Archives among the files of an overlay: a library of the machine reads and writes them in the
-// spool.
+// spool. One that is unpacked at once is a list of the files that are to be in it, whose content is
+// there already and never changes.
 class OverlayArchives : public ArchiveLibrary {
  public:
   // Both outlive it.
@@ -25,9 +41,13 @@ class OverlayArchives : public ArchiveLibrary {
                                         ArchivePurpose purpose) override;
   std::unique_ptr<ArchiveReader> Open(const std::wstring& archivePath) override;
 
+  // Writes those that were to be unpacked at once and are still there, as a run would leave them.
+  void WriteLeftLists();
+
  private:
   ArchiveLibrary& machine_;
   OverlayFiles& files_;
+  std::map<std::wstring, ArchiveList> lists_;  // by the empty file of the spool
 };
 
 // Initialization files among the files of an overlay, read and written by the machine's functions.
@@ -74,7 +94,7 @@ class OverlayMachine {
   Machine Ports();
 
   // What a run has changed so far.
-  MachineChanges Changes() const;
+  MachineChanges Changes();
 
  private:
   OverlayMachine(const Machine& machine, std::unique_ptr<OverlayFiles> files);

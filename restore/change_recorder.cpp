@@ -4,19 +4,27 @@
 
 #include "platform/file_operations.h"
 #include "registry_text/registry_key.h"
+#include "restore/prune.h"
 #include "restore/restore_point.h"
 #include "text/path_text.h"
 
 namespace carrovan {
 
 std::wstring SpelledNames::Spell(const std::wstring& parent, const std::wstring& name) {
-  if (parent != parent_ || !names_.contains(name)) {
-    parent_ = parent;
-    names_.clear();
-    for (std::wstring& each : list_(parent)) names_.insert(std::move(each));
-  }
+  if (parent != parent_ || !names_.contains(name)) ListNames(parent);
   const auto spelled = names_.find(name);
   return spelled == names_.end() ? name : *spelled;
+}
+
+bool SpelledNames::Has(const std::wstring& parent, const std::wstring& name) {
+  if (parent != parent_) ListNames(parent);
+  return names_.contains(name);
+}
+
+void SpelledNames::ListNames(const std::wstring& parent) {
+  parent_ = parent;
+  names_.clear();
+  for (std::wstring& each : list_(parent)) names_.insert(std::move(each));
 }
 
 SpelledNames::List NamesInFolders(const FileReader& files) {
@@ -40,6 +48,11 @@ std::wstring FreeId(const FileReader& files, const std::wstring& root, const std
   std::wstring free = id;
   for (int i = 2; files.Exists(root + L"\\" + free); ++i) free = id + L"-" + std::to_wstring(i);
   return free;
+}
+
+FileKind KindOf(const FolderEntry& entry) {
+  if (entry.isLink) return FileKind::kLink;
+  return entry.isFolder ? FileKind::kFolder : FileKind::kFile;
 }
 
 std::wstring ParentKey(const std::wstring& keyPath) {
@@ -128,19 +141,34 @@ void ChangeRecorder::Announce(std::span<const std::wstring> paths, ComingChange 
     const std::wstring path = TidyPath(each);
     if (IsScratch(path)) continue;
     if (change == ComingChange::kRemoval) {
-      NoteTree(path);
-    } else if (!files_.IsLink(path)) {
-      static_cast<void>(NoteFile(path, change));
+      NoteTree(path, KindAt(files_, path));
+    } else {
+      NoteReplacement(path);
     }
   }
 }
 
 // Links are taken when their turn comes, and what lies behind them does not change.
-void ChangeRecorder::NoteTree(const std::wstring& path) {
-  if (files_.IsLink(path) || !files_.Exists(path)) return;
-  static_cast<void>(NoteFile(path, ComingChange::kRemoval));
-  if (!files_.IsFolder(path)) return;
-  for (const FolderEntry& entry : ListFolder(files_, path)) NoteTree(path + L"\\" + entry.name);
+void ChangeRecorder::NoteTree(const std::wstring& path, FileKind kind) {
+  if (kind == FileKind::kLink || kind == FileKind::kAbsent) return;
+  static_cast<void>(NoteFile(path, ComingChange::kRemoval, kind));
+  if (kind != FileKind::kFolder) return;
+  for (const FolderEntry& entry : ListFolder(files_, path)) {
+    NoteTree(path + L"\\" + entry.name, KindOf(entry));
+  }
+}
+
+void ChangeRecorder::NoteReplacement(const std::wstring& path) {
+  if (IsNoted(path) || files_.IsLink(path)) return;
+  static_cast<void>(NoteFile(path, ComingChange::kReplacement));
+}
+
+// Noted as changing, with nothing left to be kept before it may be replaced.
+bool ChangeRecorder::IsNoted(const std::wstring& path) const {
+  const auto found = notedFiles_.find(path);
+  if (found == notedFiles_.end()) return false;
+  const NotedFile& file = found->second;
+  return file.isOpen && (file.copy.empty() || file.isKept);
 }
 
 SystemCode ChangeRecorder::FileChanges(const std::wstring& path) {
@@ -150,17 +178,25 @@ SystemCode ChangeRecorder::FileChanges(const std::wstring& path) {
   return code == kSystemOk ? NotesAreSafe() : code;
 }
 
-SystemCode ChangeRecorder::NoteFile(const std::wstring& path, ComingChange change) {
+SystemCode ChangeRecorder::NoteFile(const std::wstring& path, ComingChange change,
+                                    std::optional<FileKind> kind) {
   if (IsAtOrBelow(path, root_)) return kAccessDenied;
   if (const SystemCode code = NoteMissingParents(path); code != kSystemOk) return code;
   const auto found = notedFiles_.find(path);
-  if (found == notedFiles_.end()) return NoteFirstChange(path, change);
+  if (found == notedFiles_.end()) {
+    return NoteFirstChange(path, change, kind ? *kind : KindAt(files_, path));
+  }
   NotedFile& file = found->second;
+  // What an earlier change left is not what this one leaves.
+  if (const auto changed = changedFiles_.find(path); changed != changedFiles_.end()) {
+    changed->second.reset();
+  }
   if (change == ComingChange::kReplacement && !file.copy.empty() && !file.isKept) {
     if (const SystemCode code = KeepCopy(path, file); code != kSystemOk) return code;
   }
-  if (!file.isOpen)
-    journal_.Add(FileChanging{AsSpelled(path), std::nullopt, {}, PartNameFor(path)});
+  if (!file.isOpen) {
+    journal_.Add(FileChanging{file.spelled, std::nullopt, {}, PartNameFor(path)});
+  }
   file.isOpen = true;
   return kSystemOk;
 }
@@ -168,29 +204,33 @@ SystemCode ChangeRecorder::NoteFile(const std::wstring& path, ComingChange chang
 // A change may make the folders above, too.
 SystemCode ChangeRecorder::NoteMissingParents(const std::wstring& path) {
   const std::wstring parent = RemoveFileSpec(path);
-  if (parent.empty() || parent == path || files_.Exists(parent)) return kSystemOk;
+  if (parent.empty() || parent == path || IsNoted(parent) || files_.Exists(parent)) {
+    return kSystemOk;
+  }
   if (const SystemCode code = NoteMissingParents(parent); code != kSystemOk) return code;
   return NoteFile(parent, ComingChange::kReplacement);
 }
 
-SystemCode ChangeRecorder::NoteFirstChange(const std::wstring& path, ComingChange change) {
+SystemCode ChangeRecorder::NoteFirstChange(const std::wstring& path, ComingChange change,
+                                           FileKind kind) {
   NotedFile file;
-  SystemCode code = ReadFileImage(files_, path, file.before);
+  SystemCode code = ReadFileImage(files_, path, kind, file.before);
+  file.spelled = file.before.kind == FileKind::kAbsent ? path : AsSpelled(path);
   if (code == kSystemOk && file.before.kind == FileKind::kFile) {
     file.copy = NextCopyName();
     if (change == ComingChange::kReplacement) code = KeepCopy(path, file);
   }
   if (code != kSystemOk) return code;
-  journal_.Add(FileChanging{AsSpelled(path), file.before, file.copy, PartNameFor(path)});
+  journal_.Add(FileChanging{file.spelled, file.before, file.copy, PartNameFor(path)});
   file.isOpen = true;
   notedFiles_.emplace(path, std::move(file));
   return kSystemOk;
 }
 
 // The name that a new content of the file is going to have while it is written.
-std::wstring ChangeRecorder::PartNameFor(const std::wstring& path) const {
+std::wstring ChangeRecorder::PartNameFor(const std::wstring& path) {
   const std::wstring name = PartName(0);
-  return files_.Exists(RemoveFileSpec(path) + L"\\" + name) ? std::wstring() : name;
+  return fileNames_.Has(RemoveFileSpec(path), name) ? std::wstring() : name;
 }
 
 std::wstring ChangeRecorder::AsSpelled(const std::wstring& path) {
@@ -242,22 +282,22 @@ SystemCode ChangeRecorder::TakeFile(const std::wstring& path) {
   return code == kSystemOk ? files_.RemoveFile(tidy) : code;
 }
 
-void ChangeRecorder::FileChanged(const std::wstring& path) {
+void ChangeRecorder::FileChanged(const std::wstring& path, const std::optional<FileImage>& now) {
   // So many changes at most count as the run's own, whatever comes after them, when it is killed.
   constexpr std::size_t kMostUnnoted = 256;
-  changedFiles_.insert(TidyPath(path));
+  changedFiles_.insert_or_assign(TidyPath(path), now);
   if (changedFiles_.size() >= kMostUnnoted) static_cast<void>(FlushChanges());
 }
 
 SystemCode ChangeRecorder::FlushChanges() {
   std::set<std::wstring, NameLess> paths;
-  for (const std::wstring& path : changedFiles_) {
+  for (const auto& [path, now] : changedFiles_) {
     paths.insert(path);
     paths.insert(RemoveFileSpec(path));
   }
   SystemCode code = files_.Flush(std::vector<std::wstring>(paths.begin(), paths.end()));
   for (const RegistryHive hive : {RegistryHive::kCurrentUser, RegistryHive::kLocalMachine}) {
-    const auto isIn = [hive](const NotedKey& key) { return key.hive == hive; };
+    const auto isIn = [hive](const ChangedKey& key) { return key.hive == hive; };
     if (std::ranges::none_of(changedKeys_, isIn)) continue;
     const SystemCode flushed = registry_.Flush(hive);
     if (code == kSystemOk) code = flushed;
@@ -268,13 +308,16 @@ SystemCode ChangeRecorder::FlushChanges() {
 
 // A change without this second note counts as the run's own, which is what it is.
 void ChangeRecorder::NoteThatChangesAreOver() {
-  for (const std::wstring& path : changedFiles_) {
-    carrovan::FileChanged change{path, {}};
-    if (ReadFileImage(files_, path, change.after) != kSystemOk) continue;
+  for (const auto& [path, now] : changedFiles_) {
+    carrovan::FileChanged change{path, now.value_or(FileImage{})};
+    const auto noted = notedFiles_.find(path);
+    if (noted == notedFiles_.end()) continue;  // it could not be noted, and was not changed
+    if (!now && ReadFileImage(files_, path, change.after) != kSystemOk) continue;
     journal_.Add(change);
-    notedFiles_[path].isOpen = false;
+    noted->second.isOpen = false;
+    noted->second.isChanged = change.after != noted->second.before;
   }
-  for (const NotedKey& key : changedKeys_) {
+  for (const ChangedKey& key : changedKeys_) {
     journal_.Add(carrovan::KeyChanged{key.hive, key.path, ImageOfKey(key.hive, key.path)});
   }
   changedFiles_.clear();
@@ -309,8 +352,8 @@ SystemCode ChangeRecorder::TakeLink(const std::wstring& path) {
   if (IsAtOrBelow(tidy, root_)) return kAccessDenied;
   // What was changed behind the link cannot be seen from here any more when it is gone.
   if (!changedFiles_.empty()) static_cast<void>(FlushChanges());
-  NotedFile link{FileImage{FileKind::kLink}, NextCopyName(), false, true};
-  journal_.Add(FileChanging{AsSpelled(tidy), link.before, link.copy, {}});
+  NotedFile link{AsSpelled(tidy), FileImage{FileKind::kLink}, NextCopyName(), false, true, true};
+  journal_.Add(FileChanging{link.spelled, link.before, link.copy, {}});
   if (const SystemCode code = FlushNotes(ComingChange::kRemoval); code != kSystemOk) return code;
   const SystemCode code = MoveIntoPoint(tidy, link);
   notedFiles_.insert_or_assign(tidy, std::move(link));
@@ -332,9 +375,11 @@ void ChangeRecorder::KeyChanges(RegistryHive hive, const std::wstring& keyPath,
 void ChangeRecorder::NoteKey(RegistryHive hive, const std::wstring& keyPath,
                              const std::vector<std::wstring>& setting) {
   KeyChanging change{hive, keyPath, std::nullopt, setting};
-  if (notedKeys_.insert(FullKeyPath(hive, keyPath)).second) {
+  const std::wstring fullPath = FullKeyPath(hive, keyPath);
+  if (!notedKeys_.contains(fullPath)) {
     change.before = ImageOfKey(hive, keyPath);
     if (change.before->exists) change.keyPath = KeyAsSpelled(hive, keyPath);
+    notedKeys_.emplace(fullPath, NotedKey{hive, change.keyPath, *change.before});
   }
   journal_.Add(change);
 }
@@ -355,20 +400,49 @@ void ChangeRecorder::KeyChanged(RegistryHive hive, const std::wstring& keyPath) 
 }
 
 bool ChangeRecorder::End() {
-  if (notedFiles_.empty() && notedKeys_.empty()) {
-    WipeFolder(files_, Folder());
-    return false;
+  EndOpenChanges();
+  if (ChangedNothing()) {
+    RemoveRestorePoint(files_, root_, id_);
+    static_cast<void>(files_.RemoveFolder(root_));
   }
-  // What was announced may not have changed at all.
-  for (const auto& [path, file] : notedFiles_) {
-    if (file.isOpen) changedFiles_.insert(path);
-  }
-  static_cast<void>(FlushChanges());
+  if (!files_.IsFolder(Folder())) return false;
   // The last line vouches for all in front of it.
   static_cast<void>(journal_.Flush());
   journal_.Add(RunEnded{});
   static_cast<void>(journal_.Flush());
   return true;
+}
+
+// What was announced may not have changed at all.
+void ChangeRecorder::EndOpenChanges() {
+  for (const auto& [path, file] : notedFiles_) {
+    if (file.isOpen) changedFiles_.emplace(path, std::nullopt);
+  }
+  static_cast<void>(FlushChanges());
+}
+
+bool ChangeRecorder::ChangedNothing() {
+  fileNames_.Forget();
+  userKeyNames_.Forget();
+  machineKeyNames_.Forget();
+  for (const auto& [path, file] : notedFiles_) {
+    if (!IsAsBefore(path, file)) return false;
+  }
+  for (const auto& [path, key] : notedKeys_) {
+    if (!IsAsBefore(key)) return false;
+  }
+  return true;
+}
+
+// A link that was taken out of its place may lead elsewhere now.
+bool ChangeRecorder::IsAsBefore(const std::wstring& path, const NotedFile& file) {
+  if (file.isOpen || file.isChanged || file.before.kind == FileKind::kLink) return false;
+  return file.before.kind == FileKind::kAbsent || AsSpelled(path) == file.spelled;
+}
+
+bool ChangeRecorder::IsAsBefore(const NotedKey& key) {
+  if (ImageOfKey(key.hive, key.spelled) != key.before) return false;
+  return !key.before.exists || KeyAsSpelled(key.hive, key.spelled) == key.spelled;
 }
 
 }  // namespace carrovan

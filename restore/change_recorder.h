@@ -1,8 +1,10 @@
 #pragma once
 
+#include <concepts>
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <span>
 #include <string>
@@ -18,8 +20,8 @@
 
 namespace carrovan {
 
-// States how a folder or a key spells the names in it, so that what is taken away can come back in
-// its own spelling. Keeps the names of the parent that was asked for last.
+// Knows the names in a folder or a key and how they are spelled, so that what is taken away can
+// come back in its own spelling. Keeps the names of the parent that was asked for last.
 class SpelledNames {
  public:
   using List = std::function<std::vector<std::wstring>(const std::wstring& parent)>;
@@ -29,9 +31,17 @@ class SpelledNames {
   // The name itself when the parent has none like it.
   std::wstring Spell(const std::wstring& parent, const std::wstring& name);
 
+  // Whether the parent had such a name when it was listed.
+  bool Has(const std::wstring& parent, const std::wstring& name);
+
+  // Names may have been spelled anew since they were listed.
+  void Forget() { parent_.reset(); }
+
  private:
+  void ListNames(const std::wstring& parent);
+
   List list_;
-  std::wstring parent_;
+  std::optional<std::wstring> parent_;
   std::set<std::wstring, NameLess> names_;
 };
 
@@ -74,8 +84,9 @@ class ChangeRecorder {
   // Before and after a change of what lies at a path. kAccessDenied for a path among the restore
   // points, which no run may touch. A link is taken out of its place first, so that the change is
   // none of what lies behind it.
+  // After the change, `now` is what it left where that is known, which spares reading it.
   [[nodiscard]] SystemCode FileChanges(const std::wstring& path);
-  void FileChanged(const std::wstring& path);
+  void FileChanged(const std::wstring& path, const std::optional<FileImage>& now = std::nullopt);
 
   // Removes a file in such a way that it is kept.
   [[nodiscard]] SystemCode TakeFile(const std::wstring& path);
@@ -99,19 +110,27 @@ class ChangeRecorder {
   // After such changes.
   void KeyChanged(RegistryHive hive, const std::wstring& keyPath);
 
-  // The run is over, and what it did is safe from a loss of power. A restore point that holds
-  // nothing is removed; gives whether one remains.
+  // The run is over, and what it did is safe from a loss of power. When everything is as it was
+  // before, the restore point is removed, and the folder of them with the last; gives whether it
+  // remains.
   bool End();
 
  private:
   // What is known of a path that was noted.
   struct NotedFile {
+    std::wstring spelled;  // the path, its last name as it was
     FileImage before;
-    std::wstring copy;    // the file of the restore point that is to hold it; empty for none
-    bool isKept = false;  // and does
-    bool isOpen = false;  // noted as changing, and not as changed since
+    std::wstring copy;       // the file of the restore point that is to hold it; empty for none
+    bool isKept = false;     // and does
+    bool isOpen = false;     // noted as changing, and not as changed since
+    bool isChanged = false;  // as far as it is noted, something else than before
   };
   struct NotedKey {
+    RegistryHive hive;
+    std::wstring spelled;
+    KeyImage before;
+  };
+  struct ChangedKey {
     RegistryHive hive;
     std::wstring path;
   };
@@ -126,21 +145,29 @@ class ChangeRecorder {
   [[nodiscard]] SystemCode FlushNotes(ComingChange change);
   [[nodiscard]] SystemCode FlushChanges();
 
-  [[nodiscard]] SystemCode NoteFile(const std::wstring& path, ComingChange change);
-  [[nodiscard]] SystemCode NoteFirstChange(const std::wstring& path, ComingChange change);
+  [[nodiscard]] SystemCode NoteFile(const std::wstring& path, ComingChange change,
+                                    std::optional<FileKind> kind = std::nullopt);
+  [[nodiscard]] SystemCode NoteFirstChange(const std::wstring& path, ComingChange change,
+                                           FileKind kind);
   [[nodiscard]] SystemCode NoteMissingParents(const std::wstring& path);
   [[nodiscard]] SystemCode NoteMove(const std::wstring& from, const std::wstring& to,
                                     std::vector<std::wstring>& noted);
-  void NoteTree(const std::wstring& path);
+  void NoteTree(const std::wstring& path, FileKind kind);
+  void NoteReplacement(const std::wstring& path);
+  bool IsNoted(const std::wstring& path) const;
   void NoteKey(RegistryHive hive, const std::wstring& keyPath,
                const std::vector<std::wstring>& setting);
   void NoteThatChangesAreOver();
+  void EndOpenChanges();
+  bool ChangedNothing();
+  bool IsAsBefore(const std::wstring& path, const NotedFile& file);
+  bool IsAsBefore(const NotedKey& key);
 
   [[nodiscard]] SystemCode KeepCopy(const std::wstring& path, NotedFile& file);
   [[nodiscard]] SystemCode MoveIntoPoint(const std::wstring& path, NotedFile& file);
   KeyImage ImageOfKey(RegistryHive hive, const std::wstring& keyPath) const;
   std::wstring NextCopyName();
-  std::wstring PartNameFor(const std::wstring& path) const;
+  std::wstring PartNameFor(const std::wstring& path);
 
   // The path with its last name as the folder or the key has it.
   std::wstring AsSpelled(const std::wstring& path);
@@ -153,12 +180,12 @@ class ChangeRecorder {
   std::wstring id_;
   JournalWriter journal_;
   std::map<std::wstring, NotedFile, NameLess> notedFiles_;
-  std::set<std::wstring, NameLess> notedKeys_;  // with their root's name
-  std::vector<std::wstring> unsafeCopies_;      // made since the last flush
-  bool hasUnsafeMoves_ = false;                 // into the restore point, since then
+  std::map<std::wstring, NotedKey, NameLess> notedKeys_;  // by path with the root's name
+  std::vector<std::wstring> unsafeCopies_;                // made since the last flush
+  bool hasUnsafeMoves_ = false;                           // into the restore point, since then
   // Of changes that were made, but of which no line says so yet.
-  std::set<std::wstring, NameLess> changedFiles_;
-  std::vector<NotedKey> changedKeys_;
+  std::map<std::wstring, std::optional<FileImage>, NameLess> changedFiles_;
+  std::vector<ChangedKey> changedKeys_;
   std::vector<std::wstring> scratch_;
   SpelledNames fileNames_;
   SpelledNames userKeyNames_;
@@ -167,21 +194,25 @@ class ChangeRecorder {
 };
 
 // Makes one change of what lies at a path, noted before and after. Gives what `change` gives, or
-// `refusal` of the code when it could not be noted, in which case it is not made.
-template <typename Change, typename Refusal>
+// `refusal` of the code when it could not be noted, in which case it is not made. A change that
+// succeeds leaves `made`, where that is known.
+template <typename Change, std::invocable<SystemCode> Refusal>
 auto MakeRecorded(ChangeRecorder& recorder, const std::wstring& path, Change change,
-                  Refusal refusal) {
+                  Refusal refusal, const std::optional<FileImage>& made = std::nullopt) {
   if (recorder.IsScratch(path)) return change();
   if (const SystemCode code = recorder.FileChanges(path); code != kSystemOk) return refusal(code);
   auto result = change();
-  recorder.FileChanged(path);
+  const bool succeeded = result == decltype(result){};
+  recorder.FileChanged(path, succeeded ? made : std::nullopt);
   return result;
 }
 
 // The same for an operation whose result is a code.
 template <typename Change>
-SystemCode MakeRecorded(ChangeRecorder& recorder, const std::wstring& path, Change change) {
-  return MakeRecorded(recorder, path, change, [](SystemCode code) { return code; });
+SystemCode MakeRecorded(ChangeRecorder& recorder, const std::wstring& path, Change change,
+                        const std::optional<FileImage>& made = std::nullopt) {
+  return MakeRecorded(
+      recorder, path, change, [](SystemCode code) { return code; }, made);
 }
 
 }  // namespace carrovan

@@ -22,14 +22,14 @@ void RemoveLeftovers(FileSystem& files, const std::wstring& root) {
   }
 }
 
+}  // namespace
+
 // The new name is on the disk before anything of the point is lost.
-bool RemovePoint(FileSystem& files, const std::wstring& root, const std::wstring& id) {
+bool RemoveRestorePoint(FileSystem& files, const std::wstring& root, const std::wstring& id) {
   const std::wstring removed = root + L"\\" + id + std::wstring(kRemoved);
   if (files.MoveTo(root + L"\\" + id, removed) != kSystemOk) return false;
   return files.Flush({&root, 1}) == kSystemOk && WipeFolder(files, removed);
 }
-
-}  // namespace
 
 PruneReport PruneRestorePoints(FileSystem& files, const Clock& clock, const std::wstring& root,
                                const PruneChoice& choice) {
@@ -41,7 +41,7 @@ PruneReport PruneRestorePoints(FileSystem& files, const Clock& clock, const std:
   for (std::size_t i = choice.keep; i < ids.size(); ++i) {
     if (choice.olderThanDays && ids[i] >= oldest) continue;
     const std::uint64_t bytes = TreeBytes(files, root + L"\\" + ids[i]);
-    if (RemovePoint(files, root, ids[i])) {
+    if (RemoveRestorePoint(files, root, ids[i])) {
       report.removed.push_back({ids[i], bytes});
     } else {
       report.failed.push_back(ids[i]);

@@ -26,8 +26,12 @@ struct PruneReport {
   std::vector<std::wstring> failed;  // ids of those that could not be removed whole
 };
 
-// Removes restore points, newest first, and what an earlier pruning that was cut short has left. A
-// point goes in one step: however the pruning ends, it can be undone or is not listed any more.
+// Removes one restore point in one step: however that ends, it can be undone or is not listed any
+// more. False when not all of it could be removed.
+bool RemoveRestorePoint(FileSystem& files, const std::wstring& root, const std::wstring& id);
+
+// Removes restore points, newest first, and what an earlier pruning that was cut short has
+// left.
 PruneReport PruneRestorePoints(FileSystem& files, const Clock& clock, const std::wstring& root,
                                const PruneChoice& choice);
 

@@ -40,10 +40,17 @@ class Reader : public ArchiveReader {
   std::optional<ArchiveItem> Item(std::size_t index) const override { return reader_->Item(index); }
   ArchiveResult Extract(std::size_t index, const std::wstring& targetPath) override {
     return MakeRecorded(
-        recorder_, targetPath, [&] { return reader_->Extract(index, targetPath); }, ResultOf);
+        recorder_, targetPath, [&] { return reader_->Extract(index, targetPath); }, ResultOf,
+        ImageOf(index));
   }
 
  private:
+  std::optional<FileImage> ImageOf(std::size_t index) const {
+    const auto item = reader_->Item(index);
+    if (!item || !item->crc32 || EndsInSeparator(item->name)) return std::nullopt;
+    return FileImage{FileKind::kFile, item->sizeBytes, *item->crc32};
+  }
+
   std::unique_ptr<ArchiveReader> reader_;
   ChangeRecorder& recorder_;
 };
@@ -72,17 +79,26 @@ class RecordedReplacement : public FileReplacement {
       : recorder_(recorder), path_(std::move(path)), file_(std::move(file)) {}
   ~RecordedReplacement() override {
     file_.reset();
-    recorder_.FileChanged(path_);
+    recorder_.FileChanged(path_, isComplete_ ? std::optional(content_.Image()) : std::nullopt);
   }
   RecordedReplacement(const RecordedReplacement&) = delete;
   RecordedReplacement& operator=(const RecordedReplacement&) = delete;
 
-  SystemCode Append(std::string_view part) override { return file_->Append(part); }
-  SystemCode Complete() override { return file_->Complete(); }
+  SystemCode Append(std::string_view part) override {
+    content_.Add(part);
+    return file_->Append(part);
+  }
+  SystemCode Complete() override {
+    const SystemCode code = file_->Complete();
+    isComplete_ = code == kSystemOk;
+    return code;
+  }
 
  private:
   ChangeRecorder& recorder_;
   std::wstring path_;
+  ContentSum content_;
+  bool isComplete_ = false;
   std::unique_ptr<FileReplacement> file_;
 };
 
@@ -96,26 +112,30 @@ SystemCode RecordedFiles::CreateFolder(const std::wstring& path) {
 }
 
 SystemCode RecordedFiles::CreateEmptyFile(const std::wstring& path) {
-  return MakeRecorded(recorder_, path, [&] { return ForwardingFiles::CreateEmptyFile(path); });
+  return MakeRecorded(
+      recorder_, path, [&] { return ForwardingFiles::CreateEmptyFile(path); }, ImageOfBytes({}));
 }
 
 SystemCode RecordedFiles::RemoveFile(const std::wstring& path) {
-  if (IsLink(path) && !recorder_.IsScratch(path)) return recorder_.TakeLink(path);
-  if (recorder_.IsScratch(path) || KindAt(*this, path) != FileKind::kFile) {
-    return ForwardingFiles::RemoveFile(path);
-  }
+  if (recorder_.IsScratch(path)) return ForwardingFiles::RemoveFile(path);
+  const FileKind kind = KindAt(*this, path);
+  if (kind == FileKind::kLink) return recorder_.TakeLink(path);
+  if (kind != FileKind::kFile) return ForwardingFiles::RemoveFile(path);
   const SystemCode code = recorder_.TakeFile(path);
-  recorder_.FileChanged(path);
+  recorder_.FileChanged(path, code == kSystemOk ? std::optional(FileImage()) : std::nullopt);
   return code;
 }
 
 SystemCode RecordedFiles::RemoveFolder(const std::wstring& path) {
   if (IsLink(path) && !recorder_.IsScratch(path)) return recorder_.TakeLink(path);
-  return MakeRecorded(recorder_, path, [&] { return ForwardingFiles::RemoveFolder(path); });
+  return MakeRecorded(
+      recorder_, path, [&] { return ForwardingFiles::RemoveFolder(path); }, FileImage());
 }
 
 SystemCode RecordedFiles::WriteBytes(const std::wstring& path, std::string_view bytes) {
-  return MakeRecorded(recorder_, path, [&] { return ForwardingFiles::WriteBytes(path, bytes); });
+  return MakeRecorded(
+      recorder_, path, [&] { return ForwardingFiles::WriteBytes(path, bytes); },
+      ImageOfBytes(bytes));
 }
 
 SystemCode RecordedFiles::BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,

@@ -90,7 +90,8 @@ class TarvikReader : public ArchiveReader {
     if (functions_.getZipItem(zip_, static_cast<std::uint32_t>(index), &entry) != 0) {
       return std::nullopt;
     }
-    return ArchiveItem{TextFromTarvik(entry.name), entry.sizeBytes, entry.packedSizeBytes};
+    return ArchiveItem{TextFromTarvik(entry.name), entry.sizeBytes, entry.packedSizeBytes,
+                       std::nullopt};
   }
 
   ArchiveResult Extract(std::size_t index, const std::wstring& targetPath) override {

@@ -198,6 +198,7 @@ class ZipReader::Archive {
     std::replace(item.name.begin(), item.name.end(), L'/', L'\\');
     item.sizeBytes = facts.size;
     item.packedSizeBytes = facts.comp_size;
+    if ((facts.valid & ZIP_STAT_CRC) != 0) item.crc32 = facts.crc;
     return item;
   }
 

@@ -57,6 +57,7 @@ class LegacyImportTest(failures.BadImportTest):
             self.assertEqual((done.returncode, done.stderr.count("\n")), (3, 1), done.stderr)
             self.assertIn("No option was imported: ", done.stderr)
             self.assert_unchanged()
+            self.assertFalse((self.machine.sandbox.local / "Carrovan").exists())
         done = self.run_import("--all")
         self.assertIn("Options set: 0\n", done.stdout)
 

@@ -147,10 +147,20 @@ class UndoTest(RestoreCase):
         self.assertNotIn("Restore point", done.stdout)
         self.assertEqual(self.points(), [])
 
-    def test_a_refused_import_leaves_no_restore_point(self):
+    def test_a_refused_import_leaves_nothing(self):
         self.run_verb("export", "--version", "2025", "--all", "--output", self.package)
         self.run_verb("import", self.package, "--to", "2024", "--all", status=1)
-        self.assertEqual(self.points(), [])
+        self.assertFalse((self.sandbox.local / "Carrovan").exists())
+
+    def test_a_run_that_changes_nothing_leaves_no_restore_point(self):
+        self.import_all()
+        self.run_verb("reset", "--all", "--yes")
+        points = self.points()
+        done = self.run_verb("reset", "--all", "--yes")
+        self.assertNotIn("Restore point", done.stdout)
+        self.assertEqual(self.points(), points)
+        done = self.run_verb("reset", "--all", "--yes", "--json")
+        self.assertIsNone(json.loads(done.stdout)["restorePoint"])
 
     def test_without_room_for_a_restore_point_nothing_is_imported(self):
         self.run_verb("export", "--version", "2025", "--all", "--output", self.package)
@@ -164,6 +174,7 @@ class UndoTest(RestoreCase):
     def test_prune_keeps_the_newest(self):
         for _ in range(3):
             self.run_verb("reset", "--category", "Options", "--yes")
+            self.run_verb("undo")
         ids = [point["id"] for point in self.points()]
         self.assertEqual(len(ids), 3)
         done = self.run_verb("prune", "--keep", "1")

@@ -21,13 +21,15 @@ class MemoryArchive : public ArchiveExaminer {
 
   void Add(std::wstring name, std::string content, ArchiveResult state = ArchiveResult::kDone) {
     sizeBytes_ += content.size() / 2;
-    items_.push_back({{std::move(name), content.size(), content.size() / 2}, content, state});
+    items_.push_back(
+        {{std::move(name), content.size(), content.size() / 2, std::nullopt}, content, state});
   }
 
   // An item of which only the directory says.
   void Declare(std::wstring name, std::uint64_t sizeBytes, std::uint64_t packedSizeBytes) {
     sizeBytes_ += packedSizeBytes;
-    items_.push_back({{std::move(name), sizeBytes, packedSizeBytes}, {}, ArchiveResult::kDamaged});
+    items_.push_back(
+        {{std::move(name), sizeBytes, packedSizeBytes, std::nullopt}, {}, ArchiveResult::kDamaged});
   }
 
   std::optional<ArchiveItem> Item(std::size_t index) const override {

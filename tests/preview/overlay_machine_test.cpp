@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/file_operations.h"
 #include "platform/registry_tool.h"
 #include "tests/support/machine_snapshot.h"
 #include "text/text.h"
@@ -86,9 +87,12 @@ TEST_F(OverlayMachineTest, TheRegistryToolImportsAFileOfTheOverlay) {
   EXPECT_FALSE(Ports().registryTool->ImportFile(L"C:\\none.reg")->WaitForEnd());
 }
 
-TEST_F(OverlayMachineTest, ArchivesAreWrittenAndReadInTheOverlay) {
+class OverlayArchivesTest : public OverlayMachineTest,
+                            public testing::WithParamInterface<ArchivePurpose> {};
+
+TEST_P(OverlayArchivesTest, AreWrittenAndReadInTheOverlay) {
   EXPECT_EQ(Ports().files->WriteBytes(L"C:\\source", "content"), kSystemOk);
-  const auto writer = Ports().archives->Create(L"C:\\a.zip", ArchivePurpose::kUnpackAtOnce);
+  const auto writer = Ports().archives->Create(L"C:\\a.zip", GetParam());
   ASSERT_TRUE(writer);
   EXPECT_EQ(writer->Add(L"sub\\x", L"C:\\source"), ArchiveResult::kDone);
   EXPECT_NE(writer->Add(L"y", L"C:\\none"), ArchiveResult::kDone);
@@ -105,6 +109,41 @@ TEST_F(OverlayMachineTest, ArchivesAreWrittenAndReadInTheOverlay) {
   EXPECT_FALSE(machine_.files.Exists(L"C:\\a.zip"));
   EXPECT_FALSE(Ports().archives->Create(L"C:\\made", ArchivePurpose::kKeep));
   EXPECT_FALSE(Ports().archives->Open(L"C:\\none.zip"));
+}
+
+INSTANTIATE_TEST_SUITE_P(OfBothPurposes, OverlayArchivesTest,
+                         testing::Values(ArchivePurpose::kKeep, ArchivePurpose::kUnpackAtOnce));
+
+TEST_F(OverlayMachineTest, AnArchiveThatIsUnpackedAtOnceHoldsNoContentOfItsOwn) {
+  EXPECT_EQ(Ports().files->WriteBytes(L"C:\\source", std::string(5000, 'x')), kSystemOk);
+  const auto bytes = [this] { return TreeBytes(machine_.files, L"C:"); };
+  const std::uint64_t before = bytes();
+  const auto writer = Ports().archives->Create(L"C:\\a.zip", ArchivePurpose::kUnpackAtOnce);
+  EXPECT_EQ(writer->Add(L"x", L"C:\\source"), ArchiveResult::kDone);
+  EXPECT_EQ(writer->Close(), ArchiveResult::kDone);
+  EXPECT_TRUE(Ports().files->Exists(L"C:\\a.zip"));
+  const auto reader = Ports().archives->Open(L"C:\\a.zip");
+  EXPECT_EQ(reader->Item(0)->sizeBytes, 5000u);
+  EXPECT_EQ(reader->Extract(0, L"C:\\y"), ArchiveResult::kDone);
+  EXPECT_EQ(Ports().files->FileBytes(L"C:\\y"), 5000u);
+  EXPECT_EQ(bytes(), before);
+  const MachineChanges changes = overlay_->Changes();
+  EXPECT_GT(bytes(), before) << "an archive that a run leaves is reported as it would be left";
+  EXPECT_GT(changes.files.at(0).after.sizeBytes, 5000u);
+}
+
+TEST_F(OverlayMachineTest, AnArchiveThatIsUnpackedAtOnceRefusesWhatAZipArchiveRefuses) {
+  EXPECT_EQ(Ports().files->WriteBytes(L"C:\\source", "content"), kSystemOk);
+  EXPECT_EQ(Ports().files->CreateFolder(L"C:\\folder"), kSystemOk);
+  const auto writer = Ports().archives->Create(L"C:\\a.zip", ArchivePurpose::kUnpackAtOnce);
+  EXPECT_EQ(writer->Add(L"sub/x", L"C:\\source"), ArchiveResult::kDone);
+  for (const wchar_t* name : {L"", L"SUB\\X", L"..\\x", L"folder\\"}) {
+    EXPECT_EQ(writer->Add(name, L"C:\\source"), ArchiveResult::kNameRefused) << ToUtf8(name);
+  }
+  EXPECT_EQ(writer->Add(L"y", L"C:\\none"), ArchiveResult::kSourceMissing);
+  EXPECT_EQ(writer->Add(L"y", L"C:\\folder"), ArchiveResult::kSourceUnreadable);
+  EXPECT_EQ(writer->Close(), ArchiveResult::kDone);
+  EXPECT_FALSE(Ports().archives->Open(L"C:\\a.zip")->Item(1));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "restore/change_recorder.h"
 
 #include <algorithm>
+#include <functional>
 
 #include "tests/restore/restore_fixture.h"
 
@@ -179,11 +180,127 @@ TEST_F(ChangeRecorderTest, TakesAFolderOfSomebodyElseInTheTemporaryPathForHis) {
   EXPECT_TRUE(Point().scratch.empty());
 }
 
-TEST_F(ChangeRecorderTest, LeavesNoRestorePointOfARunThatChangedNothing) {
+TEST_F(ChangeRecorderTest, NotesWhatAChangeLeftWithoutReadingIt) {
+  machine.files.Put(kData + L"from.txt", "unpacked");
+  const auto writer =
+      machine.Ports().archives->Create(kLocal + L"Temp\\x.zip", ArchivePurpose::kKeep);
+  ASSERT_EQ(writer->Add(L"c.txt", kData + L"from.txt"), ArchiveResult::kDone);
+  ASSERT_EQ(writer->Close(), ArchiveResult::kDone);
+  const auto archive = run->archives->Open(kLocal + L"Temp\\x.zip");
+  std::size_t reads = 0;
+  machine.files.fault = [&](const std::string& operation, const std::wstring&) {
+    reads += operation == "read" ? 1 : 0;
+    return kSystemOk;
+  };
+  EXPECT_EQ(archive->Extract(0, kData + L"c.txt"), ArchiveResult::kDone);
+  EXPECT_EQ(run->files->WriteBytes(kData + L"d.txt", "written"), kSystemOk);
+  std::unique_ptr<FileReplacement> part;
+  EXPECT_EQ(run->files->BeginReplacement(kData + L"e.txt", 5, part), kSystemOk);
+  EXPECT_EQ(part->Append("in "), kSystemOk);
+  EXPECT_EQ(part->Append("parts"), kSystemOk);
+  EXPECT_EQ(part->Complete(), kSystemOk);
+  part.reset();
+  EXPECT_TRUE(recorder->End());
+  EXPECT_EQ(reads, 0u);
+  const RestorePoint point = Point();
+  ASSERT_EQ(point.files.size(), 3u);
+  EXPECT_EQ(point.files[0].after, ImageOfBytes("unpacked"));
+  EXPECT_EQ(point.files[1].after, ImageOfBytes("written"));
+  EXPECT_EQ(point.files[2].after, ImageOfBytes("in parts"));
+  EXPECT_TRUE(Undo().IsComplete());
+}
+
+TEST_F(ChangeRecorderTest, NotesWhatIsThereAfterAChangeThatFailed) {
+  machine.files.fault = [](const std::string& operation, const std::wstring& path) {
+    return operation == "write" && path == kData + L"a.txt" ? kSystemDiskFull : kSystemOk;
+  };
+  EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "after"), kSystemDiskFull);
+  EXPECT_EQ(run->files->WriteBytes(kData + L"new.txt", "new"), kSystemOk);
+  EXPECT_TRUE(recorder->End());
+  EXPECT_EQ(Point().files[0].after, ImageOfBytes("before"));
+}
+
+TEST_F(ChangeRecorderTest, LeavesNothingOfARunThatChangedNothing) {
   EXPECT_EQ(run->files->CreateFolder(kLocal + L"Temp\\01234567-89AB-CDEF-0123-456789abcdef"),
             kSystemOk);
   EXPECT_FALSE(recorder->End());
-  EXPECT_TRUE(RestorePointIds(machine.files, Root()).empty());
+  EXPECT_FALSE(machine.files.Has(Root()));
+}
+
+TEST_F(ChangeRecorderTest, LeavesNothingOfARunThatLeftEverythingAsItWas) {
+  const std::wstring before = State();
+  EXPECT_EQ(run->files->CreateFolder(kData + L"new"), kSystemOk);
+  EXPECT_EQ(run->files->WriteBytes(kData + L"new\\c.txt", "c"), kSystemOk);
+  EXPECT_TRUE(WipeFolder(*run->files, kData + L"new"));
+  EXPECT_TRUE(WipeFolder(*run->files, kData + L"sub"));
+  EXPECT_EQ(run->files->CreateFolder(kData + L"sub"), kSystemOk);
+  EXPECT_EQ(run->files->WriteBytes(kData + L"sub\\b.txt", "b"), kSystemOk);
+  EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "before"), kSystemOk);
+  EXPECT_EQ(run->registry->SetValues(kUserHive, kKey, {MakeStringValue(L"Text", L"before")}),
+            kSystemOk);
+  EXPECT_EQ(run->registry->CreateKey(kUserHive, kKey + L"\\New"), kSystemOk);
+  EXPECT_EQ(run->registry->DeleteTree(kUserHive, kKey + L"\\New"), kSystemOk);
+  EXPECT_FALSE(recorder->End());
+  EXPECT_FALSE(machine.files.Has(Root()));
+  EXPECT_EQ(State(), before);
+}
+
+TEST_F(ChangeRecorderTest, LeavesNothingOfARunThatWasNotLetRemoveAFile) {
+  machine.files.MakeReadOnly(kData + L"a.txt");
+  EXPECT_EQ(run->files->RemoveFile(kData + L"a.txt"), kAccessDenied);
+  EXPECT_FALSE(recorder->End());
+  EXPECT_FALSE(machine.files.Has(Root()));
+}
+
+TEST_F(ChangeRecorderTest, KeepsTheRestorePointOfARunThatChangedOneThing) {
+  const std::vector<std::function<void()>> changes = {
+      [&] { EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "after!"), kSystemOk); },
+      [&] { EXPECT_EQ(run->files->RemoveFolder(kData + L"empty"), kSystemOk); },
+      [&] {
+        EXPECT_EQ(run->registry->SetValues(kUserHive, kKey, {MakeStringValue(L"Text", L"after")}),
+                  kSystemOk);
+      },
+      [&] { EXPECT_EQ(run->registry->CreateKey(kUserHive, kKey + L"\\New"), kSystemOk); },
+      [&] { EXPECT_EQ(run->registry->DeleteTree(kUserHive, kKey + L"\\Sub"), kSystemOk); },
+  };
+  for (const auto& change : changes) {
+    Begin();
+    change();
+    EXPECT_TRUE(recorder->End());
+    EXPECT_EQ(Point().state, PointState::kFinished);
+    EXPECT_TRUE(Undo().IsComplete());
+  }
+}
+
+TEST_F(ChangeRecorderTest, KeepsTheRestorePointOfARunThatSpelledAFileAnew) {
+  EXPECT_EQ(run->files->RemoveFile(kData + L"a.txt"), kSystemOk);
+  EXPECT_EQ(run->files->WriteBytes(kData + L"A.TXT", "before"), kSystemOk);
+  EXPECT_TRUE(recorder->End());
+}
+
+TEST_F(ChangeRecorderTest, KeepsTheRestorePointOfARunThatSpelledAKeyAnew) {
+  EXPECT_EQ(run->registry->DeleteTree(kUserHive, kKey + L"\\Sub"), kSystemOk);
+  EXPECT_EQ(run->registry->CreateKey(kUserHive, kKey + L"\\SUB"), kSystemOk);
+  EXPECT_EQ(run->registry->SetValues(kUserHive, kKey + L"\\SUB", {MakeDwordValue(L"Number", 1)}),
+            kSystemOk);
+  EXPECT_TRUE(recorder->End());
+}
+
+TEST_F(ChangeRecorderTest, KeepsTheRestorePointWhenItIsNotKnownWhatTheDiskHolds) {
+  EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "before"), kSystemOk);
+  machine.files.fault = [](const std::string& operation, const std::wstring&) {
+    return operation == "flush" ? kGeneralFailure : kSystemOk;
+  };
+  EXPECT_TRUE(recorder->End());
+}
+
+TEST_F(ChangeRecorderTest, LeavesTheRestorePointsOfOtherRunsAlone) {
+  EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "after!"), kSystemOk);
+  EXPECT_TRUE(recorder->End());
+  const std::wstring first = recorder->Id();
+  Begin();
+  EXPECT_FALSE(recorder->End());
+  EXPECT_EQ(machine.files.Names(Root()), std::vector<std::wstring>{first});
 }
 
 TEST_F(ChangeRecorderTest, GivesTwoRunsOfOneSecondTwoNames) {

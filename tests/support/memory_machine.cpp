@@ -1,5 +1,6 @@
 #include "tests/support/memory_machine.h"
 
+#include "platform/file_operations.h"
 #include "platform/registry_file.h"
 #include "platform/registry_tool.h"
 #include "registry_text/registry_file_writer.h"
@@ -81,7 +82,8 @@ class Reader : public ArchiveReader {
 
   std::optional<ArchiveItem> Item(std::size_t index) const override {
     if (index >= items_.size()) return std::nullopt;
-    return ArchiveItem{items_[index].name, items_[index].bytes.size(), items_[index].bytes.size()};
+    const std::string& bytes = items_[index].bytes;
+    return ArchiveItem{items_[index].name, bytes.size(), bytes.size(), ImageOfBytes(bytes).crc32};
   }
 
   ArchiveResult Extract(std::size_t index, const std::wstring& targetPath) override {
