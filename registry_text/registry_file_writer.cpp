@@ -13,6 +13,7 @@ namespace {
 // it stays within 80 columns.
 constexpr std::size_t kWrapBehindColumn = 76;
 
+constexpr std::wstring_view kHeader = L"Windows Registry Editor Version 5.00\r\n";
 constexpr std::wstring_view kLineEnd = L"\r\n";
 constexpr std::wstring_view kContinuation = L"\\\r\n  ";
 
@@ -76,8 +77,12 @@ bool FitsQuotes(const RegistryValue& value, const std::wstring& text, RegistryFi
   return form == RegistryFileForm::kExport || MakeStringValue(value.name, text).data == value.data;
 }
 
+std::wstring NameAndEquals(const std::wstring& name) {
+  return name.empty() ? L"@=" : Quoted(name) + L"=";
+}
+
 std::wstring ValueLine(const RegistryValue& value, RegistryFileForm form) {
-  std::wstring line = value.name.empty() ? L"@=" : Quoted(value.name) + L"=";
+  std::wstring line = NameAndEquals(value.name);
   if (value.type == kRegSz) {
     const std::wstring text = TextOf(value);
     if (FitsQuotes(value, text, form)) return line + Quoted(text);
@@ -97,7 +102,7 @@ std::wstring RegistryValueText(const RegistryValue& value) {
 
 std::wstring WriteRegistryFile(RegistryHive hive, const std::wstring& keyPath,
                                const RegistryKey& key, RegistryFileForm form) {
-  std::wstring text = L"Windows Registry Editor Version 5.00\r\n";
+  std::wstring text(kHeader);
   const std::wstring root = RootName(hive);
   std::vector<std::pair<std::wstring, const RegistryKey*>> pending;
   pending.emplace_back(keyPath.empty() ? root : root + L"\\" + keyPath, &key);
@@ -115,6 +120,23 @@ std::wstring WriteRegistryFile(RegistryHive hive, const std::wstring& keyPath,
     }
   }
   return text.append(kLineEnd);
+}
+
+std::wstring WriteRegistryChanges(const RegistryFile& file, RegistryHive hive) {
+  std::wstring text(kHeader);
+  const std::wstring root = RootName(hive);
+  for (const RegistryKeyChange& key : file.keys) {
+    if (key.hive != hive) continue;
+    text.append(kLineEnd).append(key.remove ? L"[-" : L"[").append(root);
+    if (!key.keyPath.empty()) text.append(L"\\").append(key.keyPath);
+    text.append(L"]").append(kLineEnd);
+    for (const RegistryValueChange& change : key.values) {
+      text.append(change.remove ? NameAndEquals(change.value.name) + L"-"
+                                : ValueLine(change.value, RegistryFileForm::kLossless));
+      text.append(kLineEnd);
+    }
+  }
+  return text;
 }
 
 }  // namespace carrovan

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "registry_text/registry_file_parser.h"
 #include "registry_text/registry_key.h"
 
 namespace carrovan {
@@ -19,6 +20,10 @@ enum class RegistryFileForm {
 // hive and is written as it is given.
 std::wstring WriteRegistryFile(RegistryHive hive, const std::wstring& keyPath,
                                const RegistryKey& key, RegistryFileForm form);
+
+// The text of a registry file that says of this hive what the given one does, in the same order.
+// Nothing is lost.
+std::wstring WriteRegistryChanges(const RegistryFile& file, RegistryHive hive);
 
 // A value as it stands in such a file behind its name, on one line however long it is: "text",
 // dword:00000001, hex:01,02. Nothing is lost.

@@ -1,40 +1,34 @@
 #include "platform/sandbox/sandbox_registry.h"
 
-#include <algorithm>
 #include <utility>
 
-#include "platform/posix/host_access.h"
-#include "platform/posix/host_file_system.h"
 #include "platform/registry_file.h"
-#include "registry_text/registry_file_writer.h"
-#include "support/files/part_file.h"
-#include "text/text.h"
 
 namespace carrovan {
 namespace {
 
-std::size_t IndexOf(RegistryHive hive) { return static_cast<std::size_t>(hive); }
-
 constexpr RegistryHive kHives[] = {RegistryHive::kCurrentUser, RegistryHive::kLocalMachine};
 
-// What keeps a text from being the whole content of one hive.
-std::optional<std::wstring> ProblemOf(const std::optional<RegistryFile>& file, RegistryHive hive) {
-  if (!file) return L"not a registry file";
-  if (!file->problems.empty()) {
-    const RegistryFileProblem& first = file->problems.front();
-    return L"line " + std::to_wstring(first.line) + L": " + first.text;
+std::vector<RegistryValueChange> SettingOf(const std::vector<const RegistryValue*>& values) {
+  std::vector<RegistryValueChange> changes;
+  for (const RegistryValue* value : values) changes.push_back({*value, false});
+  return changes;
+}
+
+// What makes a key with everything below it at another place.
+void AddCopy(const RegistryKey& source, RegistryHive hive, const std::wstring& path,
+             RegistryFile& changes) {
+  changes.keys.push_back({hive, path, false, SettingOf(source.AllValues())});
+  for (const auto& [name, subkey] : source.AllSubkeys()) {
+    AddCopy(*subkey, hive, JoinKey(path, name), changes);
   }
-  for (const RegistryHive other : kHives) {
-    if (other != hive && Concerns(*file, other)) return L"keys of another root";
-  }
-  return std::nullopt;
 }
 
 }  // namespace
 
 std::optional<std::wstring> SandboxRegistry::Load() {
-  for (const RegistryHive hive : kHives) {
-    if (auto problem = LoadHive(hive, hives_[IndexOf(hive)])) return problem;
+  for (SandboxHive& hive : hives_) {
+    if (auto problem = hive.Load()) return problem;
   }
   return std::nullopt;
 }
@@ -62,26 +56,17 @@ std::optional<std::vector<RegistryValue>> SandboxRegistry::Values(
 }
 
 const RegistryKey* SandboxRegistry::Find(RegistryHive hive, std::wstring_view keyPath) const {
-  return hives_[IndexOf(hive)].Find(keyPath);
+  return hives_[static_cast<std::size_t>(hive)].Root().Find(keyPath);
 }
 
 bool SandboxRegistry::Change(RegistryHive hive, const std::function<void(RegistryKey&)>& change) {
-  RegistryKey root;
-  if (LoadHive(hive, root)) return false;
-  change(root);
-  const std::wstring text = WriteRegistryFile(hive, L"", root, RegistryFileForm::kLossless);
-  if (MakeFolders(folder_) != FileStatus::kDone) return false;
-  if (ReplaceHostFile(FileOf(hive), EncodeText({text, true})) != FileStatus::kDone) return false;
-  hives_[IndexOf(hive)] = std::move(root);
-  return true;
+  return Of(hive).Rewrite(change) == kSystemOk;
 }
 
 bool SandboxRegistry::Merge(const RegistryFile& file) {
   bool merged = true;
   for (const RegistryHive hive : kHives) {
-    if (!Concerns(file, hive)) continue;
-    merged =
-        Change(hive, [&](RegistryKey& root) { ApplyRegistryFile(file, hive, root); }) && merged;
+    if (Concerns(file, hive)) merged = Of(hive).Apply(file) == kSystemOk && merged;
   }
   return merged;
 }
@@ -100,64 +85,51 @@ std::optional<std::uint32_t> SandboxRegistry::ValueType(RegistryHive hive,
 
 SystemCode SandboxRegistry::SetValues(RegistryHive hive, const std::wstring& keyPath,
                                       const std::vector<RegistryValue>& values) {
-  return ChangeKey(hive, keyPath, [&](RegistryKey& root) {
-    RegistryKey& key = root.Make(keyPath);
-    for (const RegistryValue& value : values) key.SetValue(value);
-  });
+  RegistryKeyChange change{hive, keyPath, false, {}};
+  for (const RegistryValue& value : values) change.values.push_back({value, false});
+  return ChangeKey(std::move(change));
 }
 
 SystemCode SandboxRegistry::CreateKey(RegistryHive hive, const std::wstring& keyPath) {
   if (Find(hive, keyPath) != nullptr) return kSystemOk;
-  return Change(hive, [&](RegistryKey& root) { root.Make(keyPath); }) ? kSystemOk : kAccessDenied;
+  return Apply({hive, keyPath, false, {}});
 }
 
 SystemCode SandboxRegistry::DeleteValue(RegistryHive hive, const std::wstring& keyPath,
                                         const std::wstring& name) {
   if (!ValueType(hive, keyPath, name)) return kFileNotFound;
-  return ChangeKey(hive, keyPath, [&](RegistryKey& root) { root.Make(keyPath).RemoveValue(name); });
+  return ChangeKey({hive, keyPath, false, {{{name, kRegNone, {}}, true}}});
 }
 
 SystemCode SandboxRegistry::DeleteTree(RegistryHive hive, const std::wstring& keyPath) {
-  if (keyPath.empty()) return kInvalidName;
-  return ChangeKey(hive, keyPath, [&](RegistryKey& root) { root.Remove(keyPath); });
+  std::wstring_view path = keyPath;
+  if (TakeKeyName(path).empty()) return kInvalidName;
+  return ChangeKey({hive, keyPath, true, {}});
 }
 
 SystemCode SandboxRegistry::CopyTree(RegistryHive sourceHive, const std::wstring& sourcePath,
                                      RegistryHive targetHive, const std::wstring& targetPath) {
   const RegistryKey* const source = Find(sourceHive, sourcePath);
   if (source == nullptr) return kFileNotFound;
-  RegistryKey copy;  // the target may lie below the source
-  copy.CopyFrom(*source);
-  const bool copied =
-      Change(targetHive, [&](RegistryKey& root) { root.Make(targetPath).CopyFrom(copy); });
-  return copied ? kSystemOk : kAccessDenied;
+  RegistryFile changes;
+  AddCopy(*source, targetHive, targetPath, changes);
+  return Of(targetHive).Apply(changes);
 }
 
-SystemCode SandboxRegistry::ChangeKey(RegistryHive hive, const std::wstring& keyPath,
-                                      const std::function<void(RegistryKey&)>& change) {
-  if (Find(hive, keyPath) == nullptr) return kFileNotFound;
-  return Change(hive, change) ? kSystemOk : kAccessDenied;
+SystemCode SandboxRegistry::ChangeKey(RegistryKeyChange change) {
+  if (Find(change.hive, change.keyPath) == nullptr) return kFileNotFound;
+  return Apply(std::move(change));
 }
 
-// The file's content was flushed before it took its name.
-SystemCode SandboxRegistry::Flush(RegistryHive /*hive*/) {
-  return FlushPath(folder_) == FileStatus::kDone ? kSystemOk : kAccessDenied;
+SystemCode SandboxRegistry::Apply(RegistryKeyChange change) {
+  const RegistryHive hive = change.hive;
+  RegistryFile file;
+  file.keys.push_back(std::move(change));
+  return Of(hive).Apply(file);
 }
 
-std::filesystem::path SandboxRegistry::FileOf(RegistryHive hive) const {
-  return folder_ / HostPathFromText(RootName(hive) + L".reg");
-}
-
-std::optional<std::wstring> SandboxRegistry::LoadHive(RegistryHive hive, RegistryKey& root) const {
-  std::vector<std::uint8_t> content;
-  const FileStatus status = ReadHostFile(FileOf(hive), content);
-  if (status == FileStatus::kMissing) return std::nullopt;
-  const std::wstring name = RootName(hive) + L".reg: ";
-  if (status != FileStatus::kDone) return name + L"the file cannot be read";
-  const auto file = ParseRegistryFile(DecodeText(content).text);
-  if (auto problem = ProblemOf(file, hive)) return name + *problem;
-  ApplyRegistryFile(*file, hive, root);
-  return std::nullopt;
+SystemCode SandboxRegistry::Flush(RegistryHive hive) {
+  return Of(hive).Flush() == FileStatus::kDone ? kSystemOk : kAccessDenied;
 }
 
 }  // namespace carrovan

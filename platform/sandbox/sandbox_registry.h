@@ -8,16 +8,18 @@
 #include <vector>
 
 #include "platform/registry.h"
+#include "platform/sandbox/sandbox_hive.h"
 #include "registry_text/registry_file_parser.h"
 #include "registry_text/registry_key.h"
 
 namespace carrovan {
 
 // The registry of a machine in a folder: one registry file per hive, "HKEY_CURRENT_USER.reg" and
-// "HKEY_LOCAL_MACHINE.reg". A missing file is an empty hive.
+// "HKEY_LOCAL_MACHINE.reg", which hold what was changed here once this is destroyed.
 class SandboxRegistry : public RegistryEditor {
  public:
-  explicit SandboxRegistry(std::filesystem::path folder) : folder_(std::move(folder)) {}
+  explicit SandboxRegistry(const std::filesystem::path& folder)
+      : hives_{{{folder, RegistryHive::kCurrentUser}, {folder, RegistryHive::kLocalMachine}}} {}
 
   // Reads both hives. Nothing on success, otherwise one line that names the file and what is wrong
   // with it. Until then both hives are empty.
@@ -45,22 +47,21 @@ class SandboxRegistry : public RegistryEditor {
   // Null when the key is missing.
   const RegistryKey* Find(RegistryHive hive, std::wstring_view keyPath) const;
 
-  // Changes a hive as its file has it now, so that nothing is lost that somebody else wrote, and
-  // saves it in one step. False, with file and hive as they were, when that fails.
+  // Any change of a hive, for whoever fills the machine: its whole file is written. False, with
+  // file and hive as they were, when that fails.
   [[nodiscard]] bool Change(RegistryHive hive, const std::function<void(RegistryKey&)>& change);
 
   // Does what a registry file says. False when a hive that it concerns could not be changed.
   [[nodiscard]] bool Merge(const RegistryFile& file);
 
  private:
-  std::filesystem::path FileOf(RegistryHive hive) const;
-  // Changes a key that must be there.
-  [[nodiscard]] SystemCode ChangeKey(RegistryHive hive, const std::wstring& keyPath,
-                                     const std::function<void(RegistryKey&)>& change);
-  std::optional<std::wstring> LoadHive(RegistryHive hive, RegistryKey& root) const;
+  SandboxHive& Of(RegistryHive hive) { return hives_[static_cast<std::size_t>(hive)]; }
 
-  std::filesystem::path folder_;
-  std::array<RegistryKey, 2> hives_;  // by RegistryHive
+  // Changes a key that must be there.
+  [[nodiscard]] SystemCode ChangeKey(RegistryKeyChange change);
+  [[nodiscard]] SystemCode Apply(RegistryKeyChange change);
+
+  std::array<SandboxHive, 2> hives_;  // by RegistryHive
 };
 
 }  // namespace carrovan

@@ -118,7 +118,8 @@ FileStatus OsFile::CreateOrTakeOver(const std::filesystem::path& path) {
 
 FileStatus OsFile::OpenAlone(const std::filesystem::path& path, bool make) {
   Close();
-  handle_ = OpenHandle(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_DELETE,
+  // Who wants to write it too is kept out.
+  handle_ = OpenHandle(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE,
                        make ? OPEN_ALWAYS : OPEN_EXISTING,
                        FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT);
   if (!IsOpen() && GetLastError() == ERROR_SHARING_VIOLATION) return FileStatus::kInUse;

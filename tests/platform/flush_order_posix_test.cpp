@@ -59,6 +59,18 @@ int rename(const char* from, const char* to) noexcept {
   Note("name " + std::filesystem::path(to).filename().string());
   return Real<int (*)(const char*, const char*)>("rename")(from, to);
 }
+
+int ftruncate(int descriptor, off_t length) noexcept {
+  const std::string name = NameOf(descriptor);
+  if (name.ends_with(".changes")) Note("empty " + name);
+  return Real<int (*)(int, off_t)>("ftruncate")(descriptor, length);
+}
+
+int unlink(const char* path) noexcept {
+  const std::string name = std::filesystem::path(path).filename().string();
+  if (name.ends_with(".changes")) Note("remove " + name);
+  return Real<int (*)(const char*)>("unlink")(path);
+}
 }
 
 namespace carrovan {
@@ -71,6 +83,7 @@ class FlushOrder : public testing::Test {
   FlushOrder() { noted = &calls_; }
   ~FlushOrder() override { noted = nullptr; }
 
+  std::string FolderName() const { return folder_.Path().filename().string(); }
   std::wstring Path(const wchar_t* name) const { return (folder_.Path() / name).wstring(); }
 
   Calls calls_;
@@ -114,12 +127,23 @@ TEST_F(FlushOrder, HasAPackageOnTheDiskBeforeItTakesItsName) {
   EXPECT_EQ(calls_, (Calls{"flush a.zip.part", "name a.zip"}));
 }
 
-TEST_F(FlushOrder, HasARegistryOnTheDiskBeforeItTakesItsName) {
+TEST_F(FlushOrder, HasChangesOfARegistryOnTheDiskWhenTheyAreFlushed) {
   SandboxRegistry registry(folder_.Path());
   ASSERT_EQ(registry.CreateKey(RegistryHive::kCurrentUser, L"SOFTWARE"), kSystemOk);
+  calls_.clear();
   ASSERT_EQ(registry.Flush(RegistryHive::kCurrentUser), kSystemOk);
-  EXPECT_EQ(calls_, (Calls{"flush ~carrovan0.part", "name HKEY_CURRENT_USER.reg",
-                           "flush " + folder_.Path().filename().string()}));
+  EXPECT_EQ(calls_, (Calls{"flush HKEY_CURRENT_USER.changes", "flush " + FolderName()}));
+}
+
+TEST_F(FlushOrder, HasARegistryOnTheDiskBeforeItTakesItsNameAndBeforeItsLogGoes) {
+  {
+    SandboxRegistry registry(folder_.Path());
+    ASSERT_EQ(registry.CreateKey(RegistryHive::kCurrentUser, L"SOFTWARE"), kSystemOk);
+    calls_.clear();
+  }
+  EXPECT_EQ(calls_,
+            (Calls{"flush ~carrovan0.part", "name HKEY_CURRENT_USER.reg", "flush " + FolderName(),
+                   "empty HKEY_CURRENT_USER.changes", "remove HKEY_CURRENT_USER.changes"}));
 }
 
 }  // namespace

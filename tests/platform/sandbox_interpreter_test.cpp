@@ -28,6 +28,16 @@ class SandboxInterpreterTest : public testing::Test {
     PutHostFile(folder_.Path() / "C" / name, bytes);
   }
 
+  // What the registry's files hold, the logs of changes included.
+  std::vector<std::optional<std::string>> RegistryBytes() const {
+    std::vector<std::optional<std::string>> bytes;
+    for (const char* name : {"HKEY_CURRENT_USER.reg", "HKEY_CURRENT_USER.changes",
+                             "HKEY_LOCAL_MACHINE.reg", "HKEY_LOCAL_MACHINE.changes"}) {
+      bytes.push_back(HostFileBytes(folder_.Path() / "registry" / name));
+    }
+    return bytes;
+  }
+
   void Run(const std::wstring& parameters) {
     const auto command = interpreter_.Start(parameters);
     ASSERT_NE(command, nullptr) << ToUtf8(parameters);
@@ -64,7 +74,7 @@ TEST_F(SandboxInterpreterTest, ImportsATextWithLineEnds) {
 }
 
 TEST_F(SandboxInterpreterTest, DoesNothingOnAnyOtherCommand) {
-  const auto before = HostFileBytes(folder_.Path() / "registry" / "HKEY_CURRENT_USER.reg");
+  const auto before = RegistryBytes();
   for (const wchar_t* parameters : {
            L"",
            L"/C",
@@ -88,7 +98,7 @@ TEST_F(SandboxInterpreterTest, DoesNothingOnAnyOtherCommand) {
     Run(parameters);
     EXPECT_EQ(Bytes("k.reg"), std::nullopt) << ToUtf8(parameters);
   }
-  EXPECT_EQ(HostFileBytes(folder_.Path() / "registry" / "HKEY_CURRENT_USER.reg"), before);
+  EXPECT_EQ(RegistryBytes(), before);
 }
 
 TEST_F(SandboxInterpreterTest, LeavesTheFileAloneWhenTheKeyIsMissing) {
@@ -122,12 +132,12 @@ TEST_F(SandboxInterpreterTest, ImportsAFileInEveryEncoding) {
 }
 
 TEST_F(SandboxInterpreterTest, ImportsNothingFromAFileOfAnotherKind) {
-  const auto before = HostFileBytes(folder_.Path() / "registry" / "HKEY_CURRENT_USER.reg");
+  const auto before = RegistryBytes();
   for (const char* bytes :
        {"", "<xml/>", "[HKEY_CURRENT_USER\\I]\r\n\"v\"=\"1\"\r\n", "\xFF\xFE"}) {
     Put("i.reg", bytes);
     Run(L"/C reg import \"C:\\i.reg\"");
-    EXPECT_EQ(HostFileBytes(folder_.Path() / "registry" / "HKEY_CURRENT_USER.reg"), before);
+    EXPECT_EQ(RegistryBytes(), before);
   }
 }
 

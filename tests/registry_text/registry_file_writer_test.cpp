@@ -211,6 +211,19 @@ TEST(RegistryFileWriter, LosesNothingWhenItIsAskedTo) {
   EXPECT_EQ(found, expected);
 }
 
+TEST(RegistryFileWriter, WritesTheChangesOfOneHive) {
+  const auto file =
+      ParseRegistryFile(Lines({L"REGEDIT4", L"[HKCU\\Software]", L"\"a\\\"\"=-", L"@=-",
+                               L"\"b\"=\"c\\\\\"", L"@=hex(7):61,00", L"[-HKCU\\Software\\Gone]",
+                               L"[HKLM\\Other]", L"\"x\"=\"y\"", L"[HKCU]"}));
+  const std::wstring text = WriteRegistryChanges(*file, kUser);
+  EXPECT_EQ(text,
+            Lines({L"Windows Registry Editor Version 5.00", L"", L"[HKEY_CURRENT_USER\\Software]",
+                   L"\"a\\\"\"=-", L"@=-", L"\"b\"=\"c\\\\\"", L"@=hex(7):61,00,00,00", L"",
+                   L"[-HKEY_CURRENT_USER\\Software\\Gone]", L"", L"[HKEY_CURRENT_USER]"}));
+  EXPECT_EQ(WriteRegistryChanges(*ParseRegistryFile(text), kUser), text);
+}
+
 TEST(RegistryFileWriter, WritesAStringInQuotesWhereTheyHoldIt) {
   EXPECT_EQ(ValueLine(MakeStringValue(L"a", L"x"), RegistryFileForm::kLossless), L"\"a\"=\"x\"");
   EXPECT_EQ(ValueLine(Text(L"a", u"x"), RegistryFileForm::kLossless), L"\"a\"=hex(1):78,00");
