@@ -62,20 +62,25 @@ constexpr std::size_t kLongestPart = 255;
 // A path has 32,767 units at most; the rest is for the folder in front.
 constexpr std::size_t kLongestName = 32'000;
 
+// No program keeps its settings as deep, and every folder takes far more room than its name.
+constexpr std::size_t kMostFolders = 512;
+
 // Why no file at all can have the name.
 std::optional<std::wstring> RefusalOfLength(std::wstring_view name) {
   const std::u16string units = ToUtf16(name);
   if (units.size() > kLongestName) {
     return L"has more than " + std::to_wstring(kLongestName) + L" characters";
   }
-  for (std::size_t at = 0; at < units.size();) {
+  std::size_t parts = 0;
+  for (std::size_t at = 0; at < units.size(); ++parts) {
     const std::size_t end = std::min(units.find_first_of(u"\\/", at), units.size());
     if (end - at > kLongestPart) {
       return L"has a part of more than " + std::to_wstring(kLongestPart) + L" characters";
     }
     at = end + 1;
   }
-  return std::nullopt;
+  if (parts <= kMostFolders + 1) return std::nullopt;
+  return L"lies in more than " + std::to_wstring(kMostFolders) + L" folders";
 }
 
 std::optional<std::wstring> RefusalOfItemName(std::wstring_view name) {

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <limits>
-#include <set>
+#include <map>
 #include <span>
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "package/package_opening.h"
 #include "package/registry_file_scan.h"
@@ -28,28 +30,77 @@ constexpr std::wstring_view kProfileHalves[] = {L"Local", L"LocalLow", L"Roaming
 // The 2D drafting settings lie below their own maker's name.
 constexpr std::wstring_view kDraftingCompany = L"ORMA";
 
-// The names of a package's items, as the file system will distinguish them.
+// The names of a package's items, as the file system will distinguish them. They are sorted and
+// looked at side by side, so that what is below a name costs nothing but itself.
 class StoredNames {
  public:
-  // Why a name, in which nothing else is wrong, cannot stand beside those that were taken before.
-  std::optional<std::wstring> Take(const std::wstring& name) {
-    if (!items_.insert(name).second) {
-      return L"the name is there already, but for the case of its letters";
+  // A name in which nothing else is wrong.
+  void Add(std::size_t item, std::wstring_view name) {
+    std::u16string folded = FoldedName(name);
+    // Then a name is followed by those below it.
+    std::ranges::replace(folded, u'\\', kSeparator);
+    names_.push_back({std::move(folded), item});
+  }
+
+  // Why an item cannot stand beside those in front of it, by item.
+  std::map<std::size_t, std::wstring> FindClashes() {
+    std::ranges::sort(names_, {},
+                      [](const Name& name) { return std::tie(name.folded, name.item); });
+    for (std::size_t i = 0; i < names_.size(); ++i) {
+      if (i > 0 && names_[i].folded == names_[i - 1].folded) {
+        clashes_[names_[i].item] = L"the name is there already, but for the case of its letters";
+      } else {
+        Open(names_[i]);
+      }
     }
-    bool mixed = false;
-    for (std::size_t at = name.find(L'\\'); at != std::wstring::npos;
-         at = name.find(L'\\', at + 1)) {
-      mixed = mixed || items_.contains(name.substr(0, at));
-      folders_.insert(name.substr(0, at));
-    }
-    if (mixed || folders_.contains(name)) return L"the name is a file's and a folder's";
-    return std::nullopt;
+    while (!open_.empty()) CloseLast();
+    return std::move(clashes_);
   }
 
  private:
-  using Names = std::set<std::wstring, NameLess>;
-  Names items_;
-  Names folders_;  // those that lie in the names, without trailing backslash
+  static constexpr char16_t kSeparator = u'\0';  // less than any other unit
+
+  struct Name {
+    std::u16string folded;
+    std::size_t item;
+  };
+
+  // A name below which the ones of the moment lie, with the first item of all on the way to it and
+  // the first of all below it.
+  struct Folder {
+    const Name* name;
+    std::size_t firstAbove;
+    std::size_t firstBelow;
+  };
+
+  static bool IsBelow(const std::u16string& name, const std::u16string& folder) {
+    return name.starts_with(folder) && name.size() > folder.size() &&
+           name[folder.size()] == kSeparator;
+  }
+
+  void Open(const Name& name) {
+    while (!open_.empty() && !IsBelow(name.folded, open_.back().name->folded)) CloseLast();
+    const std::size_t firstAbove = open_.empty() ? kNone : open_.back().firstAbove;
+    if (firstAbove < name.item) NoteMixed(name);
+    open_.push_back({&name, std::min(firstAbove, name.item), kNone});
+  }
+
+  void CloseLast() {
+    const Folder closed = open_.back();
+    open_.pop_back();
+    if (closed.firstBelow < closed.name->item) NoteMixed(*closed.name);
+    if (open_.empty()) return;
+    std::size_t& first = open_.back().firstBelow;
+    first = std::min({first, closed.firstBelow, closed.name->item});
+  }
+
+  void NoteMixed(const Name& name) { clashes_[name.item] = L"the name is a file's and a folder's"; }
+
+  static constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
+
+  std::vector<Name> names_;
+  std::vector<Folder> open_;
+  std::map<std::size_t, std::wstring> clashes_;
 };
 
 std::uint64_t SaturatedSum(std::uint64_t a, std::uint64_t b) {
@@ -110,6 +161,26 @@ std::optional<std::wstring> RefusalOfRegistryFile(ArchiveExaminer& archive, std:
   return L"its keys cannot be told: " + DescribeArchiveResult(result);
 }
 
+// What is wrong with names, by item.
+struct NameProblems {
+  std::map<std::size_t, std::wstring> unfit;    // on their own
+  std::map<std::size_t, std::wstring> clashes;  // beside others
+};
+
+NameProblems FindProblemsOfNames(ArchiveExaminer& archive) {
+  NameProblems problems;
+  StoredNames names;
+  for (std::size_t index = 0; const auto item = archive.Item(index); ++index) {
+    if (const auto refusal = RefusalOfPackageItem(archive, index, item->name)) {
+      problems.unfit[index] = L"the name " + *refusal;
+    } else {
+      names.Add(index, item->name);
+    }
+  }
+  problems.clashes = names.FindClashes();
+  return problems;
+}
+
 // Of a file that cannot be read, nothing is unpacked in any case. A folder is made unread.
 std::optional<std::wstring> ProblemOfHeaders(ArchiveExaminer& archive, std::size_t index,
                                              const std::wstring& name) {
@@ -159,15 +230,17 @@ std::optional<std::wstring> RefusalOfIdentity(const std::wstring& company,
 std::vector<RefusedItem> ReasonsForDistrust(ArchiveExaminer& archive, PackageKind kind,
                                             const std::wstring& company) {
   if (const auto absurd = RefusalOfSize(archive)) return {*absurd};
+  const NameProblems problems = FindProblemsOfNames(archive);
   std::vector<RefusedItem> reasons;
-  StoredNames names;
   for (std::size_t index = 0; const auto item = archive.Item(index); ++index) {
     const std::wstring& name = item->name;
-    if (const auto refusal = RefusalOfPackageItem(archive, index, name)) {
-      reasons.push_back({name, L"the name " + *refusal});
+    if (const auto unfit = problems.unfit.find(index); unfit != problems.unfit.end()) {
+      reasons.push_back({name, unfit->second});
       continue;
     }
-    if (const auto clash = names.Take(name)) reasons.push_back({name, *clash});
+    if (const auto clash = problems.clashes.find(index); clash != problems.clashes.end()) {
+      reasons.push_back({name, clash->second});
+    }
     if (const auto problem = ProblemOfHeaders(archive, index, name))
       reasons.push_back({name, *problem});
     if (kind == PackageKind::kLegacy) continue;

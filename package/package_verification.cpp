@@ -11,7 +11,7 @@
 #include "package/package_trust.h"
 #include "package/package_writer.h"
 #include "package/registry_file_scan.h"
-#include "registry_text/registry_file_parser.h"
+#include "registry_text/registry_file_form.h"
 #include "text/text.h"
 
 namespace carrovan {
@@ -27,7 +27,6 @@ class Verification {
  private:
   void TakeInspection();
   void CheckItem(std::size_t index, const ArchiveItem& item);
-  void CheckWhole(std::size_t index, const ArchiveItem& item);
   void CheckRegistryFile(std::size_t index, const ArchiveItem& item);
   void CheckDocument(const ArchiveItem& item);
   void NoteCategoriesWithoutData();
@@ -83,37 +82,28 @@ void Verification::CheckItem(std::size_t index, const ArchiveItem& item) {
   if (!isRegistryFile && !isDocument) return;
   if (!inspection_.contentWasRead || unreadable_.contains(item.name)) return;
   // What is not to be trusted was looked through for that, and says no more here.
-  const bool isUnchecked = isRegistryFile && !distrusted_.contains(item.name);
+  if (isRegistryFile && !distrusted_.contains(item.name)) CheckRegistryFile(index, item);
+  if (!isDocument) return;
   if (item.sizeBytes > ArchiveFiles::kLongestFileBytes) {
     result_.notes.push_back({item.name, L"too large to be parsed here"});
-    if (isUnchecked) CheckWhole(index, item);
-    return;
+  } else {
+    CheckDocument(item);
   }
-  if (isUnchecked) CheckRegistryFile(index, item);
-  if (isDocument) CheckDocument(item);
 }
 
+// Also for what was not looked through for trust, since no registry tool takes it for a registry
+// file, and for one that lacks its end.
 void Verification::CheckRegistryFile(std::size_t index, const ArchiveItem& item) {
-  const auto bytes = archive_.Read(index, ArchiveFiles::kLongestFileBytes);
-  if (!bytes) return Find(item.name, L"the data is damaged");
-  const auto file = ParseRegistryFile(DecodeText(*bytes).text);
-  if (!file) return Find(item.name, L"this is not a registry file");
-  if (file->problems.empty()) return CheckWhole(index, item);
-  const RegistryFileProblem& first = file->problems.front();
-  std::wstring reason = L"line " + std::to_wstring(first.line) + L": " + first.text;
-  if (const std::size_t more = file->problems.size() - 1; more > 0) {
-    reason += L" (and " + std::to_wstring(more) + L" more)";
-  }
-  Find(item.name, reason);
-}
-
-// A file of any size that lacks its end, which the parser would take for one that ends there.
-void Verification::CheckWhole(std::size_t index, const ArchiveItem& item) {
   RegistryFileCheck check;
-  const ArchiveResult result =
-      archive_.ReadInParts(index, [&check](std::string_view part) { check.Take(part); });
+  RegistryFormScan form;
+  const ArchiveResult result = archive_.ReadInParts(index, [&](std::string_view part) {
+    check.Take(part);
+    form.Take(part);
+  });
   if (result != ArchiveResult::kDone) return Find(item.name, DescribeArchiveResult(result));
-  if (const auto problem = check.Finish()) Find(item.name, *problem);
+  const auto lack = check.Finish();
+  if (!check.HasHeader()) return Find(item.name, L"this is not a registry file");
+  if (const auto problem = lack ? lack : form.Finish()) Find(item.name, *problem);
 }
 
 // A session for each document, so that what one held is gone before the next.

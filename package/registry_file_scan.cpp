@@ -161,7 +161,7 @@ void RegistryFileCheck::Take(std::string_view part) {
 std::optional<std::wstring> RegistryFileCheck::Finish() {
   if (bytes_ == 0) return L"is empty";
   if (units_.IsCutShort()) return L"ends within a character";
-  if (!IsHeader(header_)) return L"does not begin as a registry file";
+  if (!HasHeader()) return L"does not begin as a registry file";
   if (inHeader_) return L"ends without the end of its last line";
   switch (place_) {
     case Place::kLineStart:
@@ -174,6 +174,8 @@ std::optional<std::wstring> RegistryFileCheck::Finish() {
       return L"ends inside a value";
   }
 }
+
+bool RegistryFileCheck::HasHeader() const { return IsHeader(header_); }
 
 void RegistryFileCheck::TakeUnit(char16_t unit) {
   lastUnit_ = unit;

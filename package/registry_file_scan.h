@@ -117,6 +117,9 @@ class RegistryFileCheck {
   // nothing for a whole file. Called once, when all bytes were taken.
   std::optional<std::wstring> Finish();
 
+  // Whether the first line is that of a registry file. Called when all bytes were taken.
+  bool HasHeader() const;
+
  private:
   // Where in a line, or in a value that goes on over several, the text is.
   enum class Place {

@@ -326,8 +326,12 @@ bool Parser::ContinueOnNextLine() {
   return reader_.NextLine();
 }
 
+// A problem takes far more room than the shortest line that has one.
 bool Parser::Report(const wchar_t* problem) {
-  file_.problems.push_back({reader_.LineNumber(), problem});
+  constexpr std::size_t kMostProblems = 100;
+  if (file_.problems.size() < kMostProblems) {
+    file_.problems.push_back({reader_.LineNumber(), problem});
+  }
   return false;
 }
 

@@ -81,8 +81,8 @@ struct RegistryFileProblem {
 };
 
 struct RegistryFile {
-  std::vector<RegistryKeyChange> keys;  // in the order of the file
-  std::vector<RegistryFileProblem> problems;
+  std::vector<RegistryKeyChange> keys;        // in the order of the file
+  std::vector<RegistryFileProblem> problems;  // the first hundred
 };
 
 // True for the line with which a registry file begins.

@@ -219,10 +219,19 @@ TEST(RefusalOfPackageItem, RefusesWhatIsLongerThanAnyPathCanBe) {
   EXPECT_EQ(RefusalOfPackageItem(outside + L"a"), std::nullopt);
   EXPECT_EQ(RefusalOfPackageItem(outside + L"ab"), L"has a part of more than 255 characters");
 
-  std::wstring deep = L"a";
-  while (deep.size() < 31'999) deep += L"\\a";
-  EXPECT_EQ(RefusalOfPackageItem(deep + L"b"), std::nullopt);
-  EXPECT_EQ(RefusalOfPackageItem(deep + L"\\b"), L"has more than 32000 characters");
+  std::wstring longest(32'000, L'a');
+  for (std::size_t i = 100; i < longest.size(); i += 200) longest[i] = L'\\';
+  EXPECT_EQ(RefusalOfPackageItem(longest), std::nullopt);
+  EXPECT_EQ(RefusalOfPackageItem(longest + L"b"), L"has more than 32000 characters");
+}
+
+TEST(RefusalOfPackageItem, RefusesWhatLiesDeeperThanAnySettings) {
+  std::wstring name;
+  for (int i = 0; i < 512; ++i) name += i % 2 == 0 ? L"a\\" : L"b/";
+  EXPECT_EQ(RefusalOfPackageItem(name), std::nullopt);
+  EXPECT_EQ(RefusalOfPackageItem(name + L"file"), std::nullopt);
+  EXPECT_EQ(RefusalOfPackageItem(L"c\\" + name + L"file"), L"lies in more than 512 folders");
+  EXPECT_EQ(RefusalOfPackageItem(L"c\\d\\" + name), L"lies in more than 512 folders");
 }
 
 TEST(RefusalOfPackageItem, NamesTheReason) {

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 #include "tests/package/memory_archive.h"
 #include "tests/support/registry_bytes.h"
 #include "text/text.h"
@@ -148,6 +151,60 @@ TEST(PackageTrust, DistrustsNamesThatAreAFilesAndAFolders) {
     apart.Add(name, "x");
   }
   EXPECT_TRUE(Reasons(apart).empty());
+}
+
+bool IsBelow(const std::wstring& name, const std::wstring& folder) {
+  return name.size() > folder.size() && name[folder.size()] == L'\\' &&
+         CompareNames(name.substr(0, folder.size()), folder) == 0;
+}
+
+// Each name beside all in front of it.
+std::vector<RefusedItem> ClashesOf(const std::vector<std::wstring>& names) {
+  std::vector<RefusedItem> clashes;
+  std::vector<std::wstring> taken;
+  for (const std::wstring& name : names) {
+    const auto is = [&](auto relation) { return std::ranges::any_of(taken, relation); };
+    if (is([&](const std::wstring& each) { return CompareNames(each, name) == 0; })) {
+      clashes.push_back({name, L"the name is there already, but for the case of its letters"});
+      continue;
+    }
+    if (is([&](const std::wstring& each) { return IsBelow(each, name) || IsBelow(name, each); })) {
+      clashes.push_back({name, L"the name is a file's and a folder's"});
+    }
+    taken.push_back(name);
+  }
+  return clashes;
+}
+
+TEST(PackageTrust, FindsEveryNameThatClashesWithOneInFrontOfIt) {
+  constexpr const wchar_t* kParts[] = {L"a", L"A", L"b", L"a.b", L"\xE4", L"\xC4", L"[", L"a b"};
+  std::mt19937 random(1);
+  std::size_t found = 0;
+  for (int round = 0; round < 300; ++round) {
+    MemoryArchive archive;
+    std::vector<std::wstring> names;
+    for (std::size_t items = 1 + random() % 12; items > 0; --items) {
+      std::wstring name = kParts[random() % std::size(kParts)];
+      for (std::size_t below = random() % 4; below > 0; --below) {
+        name += L"\\";
+        name += kParts[random() % std::size(kParts)];
+      }
+      names.push_back(random() % 5 == 0 ? name + L"\\" : name);
+      archive.Add(names.back(), "x");
+    }
+    const auto reasons = Reasons(archive);
+    ASSERT_EQ(reasons, ClashesOf(names)) << "round " << round;
+    found += reasons.size();
+  }
+  EXPECT_GT(found, 100U);
+}
+
+TEST(PackageTrust, TakesManyDeepNames) {
+  MemoryArchive archive;
+  std::wstring deep;
+  for (int i = 0; i < 500; ++i) deep += L"d\\";
+  for (int i = 0; i < 5'000; ++i) archive.Add(L"Other\\" + std::to_wstring(i) + L"\\" + deep, "");
+  EXPECT_TRUE(Reasons(archive).empty());
 }
 
 TEST(PackageTrust, FoldersOfALegacyPackageMeanNothing) {

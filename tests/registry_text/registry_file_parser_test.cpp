@@ -110,6 +110,16 @@ TEST(RegistryFileParser, TakesLineEndsInNamesAndTextsAsTheyStand) {
   EXPECT_EQ(file.problems[0].line, 13u);
 }
 
+TEST(RegistryFileParser, KeepsTheFirstProblemsOfAFileThatHasNothingElse) {
+  std::wstring junk;
+  for (int i = 0; i < 100'000; ++i) junk += L"x\n";
+  const RegistryFile file = Parsed(junk + L"\"z\"=\"ok\"");
+  ASSERT_EQ(file.problems.size(), 100u);
+  EXPECT_EQ(file.problems.back().line, file.problems.front().line + 99);
+  ASSERT_EQ(file.keys.size(), 1u);
+  EXPECT_EQ(file.keys[0].values.size(), 1u);
+}
+
 TEST(RegistryFileParser, GoesOnBehindABackslash) {
   for (const wchar_t* body : {
            L"\"a\"=hex:01,\\\r\n  02,\\\r\n  03\r\n",
