@@ -81,6 +81,13 @@ std::optional<std::wstring> ReadIfThere(const fs::path& path,
   return TextFromHostName(path.filename().native()) + L": the file cannot be read";
 }
 
+// Nothing for a key that no registry can have, which would make the hive unreadable.
+std::optional<std::vector<std::uint8_t>> RecordOf(const RegistryFile& file, RegistryHive hive) {
+  const std::wstring text = WriteRegistryChanges(file, hive);
+  if (ProblemOf(ParseRegistryFile(text), hive)) return std::nullopt;
+  return ChangeRecord(EncodeText({text, true}));
+}
+
 // A process that was killed while it put the log into the file may have done so.
 std::size_t FirstUnsaved(const std::vector<LogRecord>& records, const FileImage& hiveFile) {
   for (std::size_t i = records.size(); i > 0; --i) {
@@ -119,13 +126,14 @@ std::optional<std::wstring> SandboxHive::Load() {
 
 SystemCode SandboxHive::Apply(const RegistryFile& file) {
   if (const SystemCode code = Begin(); code != kSystemOk) return code;
-  const std::wstring text = WriteRegistryChanges(file, hive_);
-  // A key that no registry can have would make the hive unreadable.
-  if (ProblemOf(ParseRegistryFile(text), hive_)) return kInvalidName;
-  const auto record = ChangeRecord(EncodeText({text, true}));
+  auto record = RecordOf(file, hive_);
+  if (!record) return kInvalidName;
   const auto apply = [&](RegistryKey& root) { ApplyRegistryFile(file, hive_, root); };
-  if (record.size() > kLongestRecord) return Rewrite(apply);
-  if (log_.Append(record) != FileStatus::kDone) return kAccessDenied;
+  if (record->size() > kLongestRecord) {
+    record.reset();
+    return Rewrite(apply);
+  }
+  if (log_.Append(*record) != FileStatus::kDone) return kAccessDenied;
   apply(root_);
   // Where this fails the log goes on.
   if (log_.Bytes() > std::clamp(fileBytes_, kShortLog, kLongLog)) static_cast<void>(Save(root_));

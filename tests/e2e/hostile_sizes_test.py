@@ -9,7 +9,9 @@ import hostile_zip
 from machines import RELEASE_CLI, SandboxTest, small_sandbox
 
 MEGABYTE = 1 << 20
-MEMORY_LIMIT_BYTES = 100 * MEGABYTE
+# Names are held more than once, in a wider form than they are stored in.
+MEMORY_BYTES = 100 * MEGABYTE
+MEMORY_FOR_EACH_BYTE = 5
 # Far more than is needed, unless something is done for each pair of what is many.
 SECONDS = 120
 KEY = r"HKEY_CURRENT_USER\SOFTWARE\Vantric\VANTRIC 28.0\General"
@@ -20,7 +22,7 @@ class HostileSizesTest(SandboxTest):
     def make(self, *entries):
         hostile_zip.make_package(self.package, [("config.ini", hostile_zip.CONFIG), *entries])
 
-    def run_measured(self, *arguments, status=0, limit=MEMORY_LIMIT_BYTES):
+    def run_measured(self, *arguments, status=0):
         """What it prints, standard error last, of a run that needs little memory."""
         report = self.folder / "peak"
         done = subprocess.run(["/usr/bin/time", "-q", "-f", "%M", "-o", report, RELEASE_CLI,
@@ -28,18 +30,13 @@ class HostileSizesTest(SandboxTest):
         texts = [text.decode() for text in (done.stdout, done.stderr)]
         self.assertEqual(done.returncode, status, texts[1][:2000])
         peak = int(report.read_text()) * 1024
+        limit = MEMORY_BYTES + MEMORY_FOR_EACH_BYTE * self.package.stat().st_size
         self.assertLess(peak, limit, arguments[:3])
         return texts[0] + texts[1]
 
     def run_reading_verbs(self, status=0):
         return [self.run_measured(verb, self.package, status=status)
                 for verb in ("inspect", "verify")]
-
-    def run_imports(self, *options, status=0, limit=MEMORY_LIMIT_BYTES):
-        machine = small_sandbox(self.folder / "machine")
-        return [self.run_measured("--root", machine.root, "import", self.package, "--to", "2026",
-                                  "--all", *more, *options, status=status, limit=limit)
-                for more in (("--dry-run",), ())]
 
     def test_names_that_no_file_can_have_are_named(self):
         for levels, why in ((32_700, "has more than 32000 characters"),
