@@ -9,9 +9,9 @@ import hostile_zip
 from machines import RELEASE_CLI, SandboxTest, small_sandbox
 
 MEGABYTE = 1 << 20
-# Names are held more than once, in a wider form than they are stored in.
+# A name is held up to eight times (as an entry, refused, found ...), in four bytes for each one.
 MEMORY_BYTES = 100 * MEGABYTE
-MEMORY_FOR_EACH_BYTE = 5
+MEMORY_FOR_EACH_BYTE = 20
 # Far more than is needed, unless something is done for each pair of what is many.
 SECONDS = 120
 KEY = r"HKEY_CURRENT_USER\SOFTWARE\Vantric\VANTRIC 28.0\General"
