@@ -1,34 +1,36 @@
 #include "merge/child_index.h"
 
 #include <algorithm>
-#include <functional>
+#include <bit>
 #include <utility>
 
 #include "merge/names_and_numbers.h"
+#include "text/scattered_hash.h"
 
 namespace carrovan {
 namespace {
 
 constexpr std::size_t kFewChildren = 16;
 
-// Numbers and addresses come in runs and in multiples; the multiplication spreads both.
-std::size_t Spread(std::uint64_t key) {
-  return static_cast<std::size_t>((key * 0x9E3779B97F4A7C15ULL) >> 32);
-}
+// The steps of a visit that one old child is worth. A name takes as many as it has bytes.
+constexpr std::size_t kStepsOfOldChild = 64;
 
 // The DOM keeps every name once.
 bool IsSameName(std::string_view a, std::string_view b) { return a.data() == b.data(); }
 
 std::size_t HashOfName(std::string_view name) {
-  return Spread(std::hash<const void*>()(name.data()));
+  return static_cast<std::size_t>(ScatteredHash(std::bit_cast<std::uintptr_t>(name.data())));
 }
 
-std::size_t HashOfId(std::int32_t id) { return Spread(static_cast<std::uint32_t>(id)); }
+std::size_t HashOfId(std::int32_t id) {
+  return static_cast<std::size_t>(ScatteredHash(static_cast<std::uint32_t>(id)));
+}
 
 }  // namespace
 
 ChildIndex::ChildIndex(const XmlNode& element, std::string_view name)
-    : element_(element), numbersContainers_(HoldsNumberedContainers(name)) {}
+    : element_(element),
+      summary_(HoldsNumberedContainers(name) ? std::make_unique<SummaryReader>() : nullptr) {}
 
 ChildIndex::Position ChildIndex::First(const ChildKey& key) {
   const auto matches = [&](const Child& child) {
@@ -41,17 +43,28 @@ ChildIndex::Position ChildIndex::First(const ChildKey& key) {
   return found;
 }
 
+XmlNode ChildIndex::NextElement() {
+  while (true) {
+    XmlNode node = lastVisited_ ? lastVisited_.NextSibling() : element_.FirstChild();
+    if (!node) return node;
+    lastVisited_ = node;
+    ++steps_;
+    if (node.IsElement()) return node;
+  }
+}
+
 bool ChildIndex::VisitNext() {
-  XmlNode child =
-      ThisOrNextElement(lastVisited_ ? lastVisited_.NextSibling() : element_.FirstChild());
+  XmlNode child = NextElement();
   if (!child) return false;
-  lastVisited_ = child;
   const std::string_view name = child.Name();
-  const ElementIdReading id = ReadIdText(child, name);
-  if (numbersContainers_) summary_.Take(child, name, id);
-  if (!idElement_ && name == kIdElementName) idElement_ = child;
+  steps_ += name.size();
+  const XmlNode idOfChild = FirstIdChild(child, name);
+  const ElementIdReading id = ReadIdChild(idOfChild);
+  if (summary_ != nullptr) summary_->Take(child, name, id);
+  if (!idChild_ && name == kIdElementName) idChild_ = child;
+  if (ContainerKindOf(name) != ContainerKind::kNone) holdsContainers_ = true;
   const bool canBeFound = FirstNamed(name) == kNone || (id.id && FirstWithId(*id.id) == kNone);
-  if (canBeFound) Add({std::move(child), name, id.id});
+  if (canBeFound) Add({std::move(child), name, id.id, static_cast<bool>(idOfChild)});
   return true;
 }
 
@@ -107,40 +120,41 @@ void ChildIndex::EnterId(Position position) {
       [&](Position other) { return HashOfId(*children_[other].id); });
 }
 
-XmlNode ChildIndex::IdElement() {
-  while (!idElement_ && VisitNext()) {
+XmlNode ChildIndex::IdChild() {
+  while (!idChild_ && VisitNext()) {
   }
-  return idElement_;
+  return idChild_;
 }
 
 std::optional<ContainerSummary> ChildIndex::Summary() {
-  if (!numbersContainers_) return std::nullopt;
+  if (summary_ == nullptr) return std::nullopt;
   while (VisitNext()) {
   }
-  return summary_.Result();
+  return summary_->Result();
 }
 
-void ChildIndex::ReadIdAgain(Position position) {
+void ChildIndex::LearnId(Position position, ChildIndex& childrenOfChild) {
   Child& child = children_[position];
-  if (child.id || ContainerKindOf(child.name) == ContainerKind::kNone) return;
-  // A kept index finds the ID of a child that is matched again and again without a walk.
-  const auto kept = kept_.find(position);
-  const ElementIdReading reading = kept == kept_.end() ? ReadIdText(child.node, child.name)
-                                                       : ReadIdChild(kept->second->IdElement());
-  if (numbersContainers_) summary_.TakeLateId(reading);
+  if (child.idIsSettled || ContainerKindOf(child.name) == ContainerKind::kNone) return;
+  const XmlNode idChild = childrenOfChild.IdChild();
+  if (!idChild) return;
+  const ElementIdReading reading = ReadIdChild(idChild);
+  if (summary_ != nullptr) summary_->TakeLateId(reading);
+  child.idIsSettled = true;
   child.id = reading.id;
   if (tables_ != nullptr) EnterId(position);
 }
 
-ChildIndex* ChildIndex::KeptIndexOf(Position position) {
-  if (askedBefore_.size() <= position) askedBefore_.resize(children_.size());
-  if (!askedBefore_[position]) {
-    askedBefore_[position] = true;
-    return nullptr;
-  }
-  std::unique_ptr<ChildIndex>& kept = kept_[position];
-  if (kept == nullptr) kept = std::make_unique<ChildIndex>(Node(position), Name(position));
-  return kept.get();
+// What a walk takes at containers and sizes is not bounded by their number: their texts may be
+// long, and an ID may stand behind any number of others.
+bool ChildIndex::IsWorthKeeping(std::size_t oldChildren) const {
+  return keepsIndexes_ || holdsContainers_ || summary_ != nullptr ||
+         steps_ > kStepsOfOldChild * oldChildren;
+}
+
+void ChildIndex::NoteKeptIndexOf(Position position, ChildIndex* index) {
+  children_[position].kept = index;
+  keepsIndexes_ = true;
 }
 
 }  // namespace carrovan

@@ -4,7 +4,6 @@
 #include <memory>
 #include <optional>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "merge/container.h"
@@ -21,7 +20,7 @@ struct ChildKey {
 // The child elements of one element of the new document, found by name and by ID. The children are
 // walked once, no further than the searches need; appended ones are met in their turn. Of children
 // with the same name and ID only the first is kept, because no search finds another. Stays right as
-// long as every ID gained by a child is reported.
+// long as LearnId is called for every child that may have gained an ID.
 class ChildIndex {
  public:
   using Position = std::uint32_t;  // ascends in document order
@@ -37,28 +36,36 @@ class ChildIndex {
 
   // Of the element, its appended children included.
   std::optional<ContainerSummary> Summary();
-  void NoteSizeWritten() { summary_.NoteSizeWritten(); }
+  void NoteSizeWritten(std::int32_t size) { summary_->NoteSizeWritten(size); }
 
-  // To be called when a child's own children may have changed.
-  void ReadIdAgain(Position position);
+  // To be called, with the index of a child's own children, when these may have become more.
+  void LearnId(Position position, ChildIndex& childrenOfChild);
 
-  // The index of a child's own children, kept here from the second time on that it is asked for;
-  // null the first time. Children that are merged into once, as nearly all are, cost no memory.
-  ChildIndex* KeptIndexOf(Position position);
+  // An element may be merged into as often as there are old elements, and then must not be walked
+  // each time. False when a walk costs no more than the old children that it was done for are
+  // worth, so that the few indexes kept are those that many visits would pay for.
+  bool IsWorthKeeping(std::size_t oldChildren) const;
+
+  // The index of a child's own children, kept elsewhere; null when there is none.
+  ChildIndex* KeptIndexOf(Position position) const { return children_[position].kept; }
+  void NoteKeptIndexOf(Position position, ChildIndex* index);
 
  private:
   struct Child {
     XmlNode node;
     std::string_view name;
     std::optional<std::int32_t> id;
+    bool idIsSettled = false;  // by the first "ID" child, whatever it says
+    ChildIndex* kept = nullptr;
   };
   struct Tables {
     PositionTable byName;
     PositionTable byId;
   };
 
-  bool VisitNext();     // false behind the last child
-  XmlNode IdElement();  // the first child named "ID"; none when there is none
+  bool VisitNext();  // false behind the last child
+  XmlNode NextElement();
+  XmlNode IdChild();  // the first child named "ID"; none when there is none
   Position FirstNamed(std::string_view name) const;
   Position FirstWithId(std::int32_t id) const;
   void Add(Child child);
@@ -66,14 +73,14 @@ class ChildIndex {
   void EnterId(Position position);
 
   XmlNode element_;
-  XmlNode lastVisited_;
-  XmlNode idElement_;  // none until it is visited
-  bool numbersContainers_;
-  SummaryReader summary_;
-  std::vector<Child> children_;     // of those visited, the ones that can be found
+  XmlNode lastVisited_;    // of any kind
+  XmlNode idChild_;        // none until it is visited
+  std::size_t steps_ = 0;  // what visiting took
+  bool holdsContainers_ = false;
+  bool keepsIndexes_ = false;
+  std::unique_ptr<SummaryReader> summary_;  // null for an element that numbers no containers
+  std::vector<Child> children_;             // of those visited, the ones that can be found
   std::unique_ptr<Tables> tables_;  // null while the children are few enough to look at each
-  std::vector<bool> askedBefore_;   // by position; a child behind the end was not
-  std::unordered_map<Position, std::unique_ptr<ChildIndex>> kept_;
 };
 
 }  // namespace carrovan

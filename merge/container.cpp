@@ -1,6 +1,7 @@
 #include "merge/container.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "merge/names_and_numbers.h"
 
@@ -22,18 +23,18 @@ XmlNode LeadingText(const XmlNode& element) {
   return first && first.IsText() ? first : XmlNode();
 }
 
-ElementIdReading ReadIdText(const XmlNode& element, std::string_view name) {
+XmlNode FirstIdChild(const XmlNode& element, std::string_view name) {
   if (ContainerKindOf(name) == ContainerKind::kNone) return {};
-  return ReadIdChild(FirstChildElement(element, kIdElementName));
+  return FirstChildElement(element, kIdElementName);
 }
 
-ElementIdReading ReadIdChild(const XmlNode& idElement) {
-  if (!idElement || !LeadingText(idElement)) return {};
-  return {true, ReadWholeInteger(idElement.Text())};
+ElementIdReading ReadIdChild(const XmlNode& idChild) {
+  if (!idChild || !LeadingText(idChild)) return {};
+  return {true, ReadWholeInteger(idChild.Text())};
 }
 
 std::optional<std::int32_t> ReadElementId(const XmlNode& element) {
-  return ReadIdText(element, element.Name()).id;
+  return ReadIdChild(FirstIdChild(element, element.Name())).id;
 }
 
 XmlNode FindContainerSizeText(const XmlNode& element) {
@@ -76,24 +77,25 @@ void SummaryReader::TakeLateId(const ElementIdReading& id) {
 void SummaryReader::TakeSize(const XmlNode& child) {
   const XmlNode content = child.FirstChild();
   if (!content) return;
-  const bool isText = content.IsText();
-  if (!foundSizePlace_ && isText) sizeText_ = content;
-  if (isText) {
-    ReadSize(child);
-    hasSize_ = true;
-    sizeElement_ = child;
-  }
-  foundSizePlace_ = true;
-}
-
-void SummaryReader::ReadSize(const XmlNode& sizeElement) {
-  const std::optional<std::int32_t> size = ReadWholeInteger(sizeElement.Text());
+  const bool isFirst = !std::exchange(foundSizePlace_, true);
+  if (!content.IsText()) return;
+  const std::wstring text = child.Text();
+  const std::optional<std::int32_t> size = ReadWholeInteger(text);
   spoiled_ = spoiled_ || !size;
   size_ = size.value_or(0);
+  hasSize_ = true;
+  writtenSizeCounts_ = isFirst;
+  if (!isFirst) return;
+  sizeText_ = content;
+  behindSizeText_ = text.substr(content.Text().size());
 }
 
-void SummaryReader::NoteSizeWritten() {
-  if (sizeElement_) ReadSize(sizeElement_);
+void SummaryReader::NoteSizeWritten(std::int32_t size) {
+  if (spoiled_) return;
+  const std::optional<std::int32_t> read =
+      ReadWholeInteger(std::to_wstring(size) + behindSizeText_);
+  spoiled_ = !read;
+  if (read && writtenSizeCounts_) size_ = *read;
 }
 
 std::optional<ContainerSummary> SummaryReader::Result() const {
@@ -107,7 +109,7 @@ std::optional<ContainerSummary> ReadContainerSummary(const XmlNode& element) {
   for (XmlNode child = ThisOrNextElement(element.FirstChild()); child;
        child = ThisOrNextElement(child.NextSibling())) {
     const std::string_view name = child.Name();
-    reader.Take(child, name, ReadIdText(child, name));
+    reader.Take(child, name, ReadIdChild(FirstIdChild(child, name)));
   }
   return reader.Result();
 }

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -66,16 +67,15 @@ XmlNode LeadingText(const XmlNode& element);
 
 inline constexpr std::string_view kIdElementName = "ID";
 
-// What the first "ID" child of a container says. Other elements have no ID. The name is the
-// element's.
+// The first "ID" child of a container; none of other elements. The name is the element's.
+XmlNode FirstIdChild(const XmlNode& element, std::string_view name);
+
+// What that child says.
 struct ElementIdReading {
   bool hasText = false;            // the "ID" child begins with a text node,
   std::optional<std::int32_t> id;  // and all of its text reads as this number
 };
-ElementIdReading ReadIdText(const XmlNode& element, std::string_view name);
-
-// The same, of the "ID" child itself or of none.
-ElementIdReading ReadIdChild(const XmlNode& idElement);
+ElementIdReading ReadIdChild(const XmlNode& idChild);  // or of none
 
 std::optional<std::int32_t> ReadElementId(const XmlNode& element);
 
@@ -107,7 +107,7 @@ class SummaryReader {
   void TakeLateId(const ElementIdReading& id);
 
   // A size was written to the place that the summary names.
-  void NoteSizeWritten();
+  void NoteSizeWritten(std::int32_t size);
 
   // Nothing without a size, without a numbered container that has an ID, or with one of these
   // numbers spoiled.
@@ -115,14 +115,14 @@ class SummaryReader {
 
  private:
   void TakeSize(const XmlNode& child);
-  void ReadSize(const XmlNode& sizeElement);
 
   static constexpr std::int32_t kNoSuffix = -10000;
 
   std::int32_t size_ = 0;
   std::int32_t highestSuffix_ = kNoSuffix;
   XmlNode sizeText_;
-  XmlNode sizeElement_;  // the one whose size counts, which may be another than the one written to
+  std::wstring behindSizeText_;     // in the same element
+  bool writtenSizeCounts_ = false;  // another element than the one written to may be what counts
   bool foundSizePlace_ = false;
   bool hasSize_ = false;
   bool hasId_ = false;

@@ -8,6 +8,7 @@
 #include "merge/container.h"
 #include "merge/names_and_numbers.h"
 #include "merge/ribbon_codec.h"
+#include "text/scattered_hash.h"
 
 namespace carrovan {
 namespace {
@@ -71,7 +72,7 @@ bool MergeRibbonPanel(const XmlNode& oldPanel, const XmlNode& newPanel, XmlDocum
 
 namespace {
 
-using Identifiers = std::unordered_set<std::uint32_t>;
+using Identifiers = std::unordered_set<std::uint32_t, ScatteredNumber>;
 
 void AddIdentifiers(const sRibbonElement& record, Identifiers& identifiers) {
   identifiers.insert(record.id);

@@ -1,8 +1,8 @@
 #include "merge/xml_merge.h"
 
+#include <deque>
 #include <memory>
 #include <optional>
-#include <stack>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,14 +25,18 @@ void CarryText(const XmlNode& oldText, const XmlNode& newElement) {
 struct Level {
   XmlNode oldChild;  // the next one to merge; none when the pair is done
   XmlNode newElement;
+  ChildIndex::Position position = ChildIndex::kNone;  // of the new element, in the pair above
+  std::size_t oldChildren = 0;                        // merged so far
   ChildIndex* newChildren = nullptr;
-  std::optional<ChildIndex> ownedChildren;  // none when another index keeps them
+  std::optional<ChildIndex> ownedChildren;  // none when it was kept from an earlier pair
   std::optional<ContainerSummary> summary;  // as it was at the start, counted on by this pair
-  ChildIndex::Position descendedInto = ChildIndex::kNone;
 };
 
 // The pairs above the one being merged wait on a stack of the merge's own, because documents may be
-// nested deeper than the program's stack.
+// nested deeper than the program's stack. No new element is met again behind the last child of the
+// lowest pair, which then gives its place away: a chain of any depth needs one place. An element
+// that several old ones match is met as often; where it is dear to walk, its index is kept, and
+// those of all elements above it, by which it is found again.
 class NodeMerge {
  public:
   explicit NodeMerge(XmlDocument& newDocument) : newDocument_(newDocument) {}
@@ -40,7 +44,7 @@ class NodeMerge {
   void Run(const XmlNode& oldElement, const XmlNode& newElement) {
     const std::string_view name = newElement.Name();
     XmlNode oldChild = MergeOwnValue(oldElement, newElement, name);
-    if (oldChild) Start(levels_.emplace(), std::move(oldChild), newElement, name, nullptr);
+    if (oldChild) Start(levels_.emplace_back(), std::move(oldChild), newElement, name, nullptr);
     while (!levels_.empty()) MergeNextChild();
   }
 
@@ -51,13 +55,15 @@ class NodeMerge {
   static void Start(Level& level, XmlNode oldChild, const XmlNode& newElement,
                     std::string_view newName, ChildIndex* keptChildren);
   void MergeNextChild();
+  void Finish();
   void MergeChild(Level& level, const XmlNode& oldChild);
   void Descend(Level& level, const XmlNode& oldElement, ChildIndex::Position match);
   void AppendNumbered(Level& level, const XmlNode& oldChild, std::string_view oldName);
   static ChildKey KeyOf(const XmlNode& oldChild, std::string_view name, ContainerKind kind);
 
   XmlDocument& newDocument_;
-  std::stack<Level> levels_;
+  std::deque<Level> levels_;
+  std::deque<ChildIndex> kept_;
 };
 
 XmlNode NodeMerge::MergeOwnValue(const XmlNode& oldElement, const XmlNode& newElement,
@@ -72,22 +78,33 @@ void NodeMerge::Start(Level& level, XmlNode oldChild, const XmlNode& newElement,
                       std::string_view newName, ChildIndex* keptChildren) {
   level.oldChild = std::move(oldChild);
   level.newElement = newElement;
+  level.oldChildren = 0;
+  level.ownedChildren.reset();
   level.newChildren =
       keptChildren == nullptr ? &level.ownedChildren.emplace(newElement, newName) : keptChildren;
   level.summary = level.newChildren->Summary();
 }
 
 void NodeMerge::MergeNextChild() {
-  Level& level = levels_.top();
-  const ChildIndex::Position merged = std::exchange(level.descendedInto, ChildIndex::kNone);
-  if (merged != ChildIndex::kNone) level.newChildren->ReadIdAgain(merged);
-  if (!level.oldChild) {
-    levels_.pop();
-    return;
-  }
+  Level& level = levels_.back();
+  if (!level.oldChild) return Finish();
   XmlNode next = ThisOrNextElement(level.oldChild.NextSibling());
   const XmlNode oldChild = std::exchange(level.oldChild, std::move(next));
+  ++level.oldChildren;
   MergeChild(level, oldChild);
+}
+
+void NodeMerge::Finish() {
+  Level& level = levels_.back();
+  if (levels_.size() > 1) {
+    ChildIndex& above = *levels_[levels_.size() - 2].newChildren;
+    above.LearnId(level.position, *level.newChildren);
+    std::optional<ChildIndex>& owned = level.ownedChildren;
+    if (owned && owned->IsWorthKeeping(level.oldChildren)) {
+      above.NoteKeptIndexOf(level.position, &kept_.emplace_back(*std::move(owned)));
+    }
+  }
+  levels_.pop_back();
 }
 
 void NodeMerge::MergeChild(Level& level, const XmlNode& oldChild) {
@@ -108,7 +125,7 @@ void NodeMerge::MergeChild(Level& level, const XmlNode& oldChild) {
 
 ChildKey NodeMerge::KeyOf(const XmlNode& oldChild, std::string_view name, ContainerKind kind) {
   if (kind == ContainerKind::kNone) return {name, std::nullopt};
-  const std::optional<std::int32_t> id = ReadIdText(oldChild, name).id;
+  const std::optional<std::int32_t> id = ReadIdChild(FirstIdChild(oldChild, name)).id;
   return {kind == ContainerKind::kState ? name : std::string_view(), id};
 }
 
@@ -117,16 +134,11 @@ void NodeMerge::Descend(Level& level, const XmlNode& oldElement, ChildIndex::Pos
   const std::string_view name = level.newChildren->Name(match);
   XmlNode oldChild = MergeOwnValue(oldElement, newElement, name);
   if (!oldChild) return;
-  // Nothing is left to do on this level after its last child, so a chain of any depth needs no
-  // stack. An index that is kept must still learn of an ID that the child gains.
-  const bool lastOfLevel = !level.oldChild && level.ownedChildren.has_value();
-  if (lastOfLevel) {
-    Start(level, std::move(oldChild), newElement, name, nullptr);
-  } else {
-    level.descendedInto = match;
-    Start(levels_.emplace(), std::move(oldChild), newElement, name,
-          level.newChildren->KeptIndexOf(match));
-  }
+  ChildIndex* const kept = level.newChildren->KeptIndexOf(match);
+  const bool isMetForTheLastTime = levels_.size() == 1 && !level.oldChild;
+  Level& next = isMetForTheLastTime ? level : levels_.emplace_back();
+  next.position = match;
+  Start(next, std::move(oldChild), newElement, name, kept);
 }
 
 void NodeMerge::AppendNumbered(Level& level, const XmlNode& oldChild, std::string_view oldName) {
@@ -140,7 +152,7 @@ void NodeMerge::AppendNumbered(Level& level, const XmlNode& oldChild, std::strin
   if (!level.newElement.AppendChild(created)) return;
   // Without a place for the size the number stays free, and the next container takes it too.
   if (!summary.sizeText || !summary.sizeText.SetText(std::to_wstring(size))) return;
-  level.newChildren->NoteSizeWritten();
+  level.newChildren->NoteSizeWritten(size);
   summary.highestSuffix = suffix;
   summary.size = size;
 }

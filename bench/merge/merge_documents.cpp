@@ -1,5 +1,7 @@
 #include "bench/merge/merge_documents.h"
 
+#include <utility>
+
 #include "merge/ribbon_codec.h"
 #include "text/text.h"
 
@@ -59,6 +61,33 @@ DocumentPair Deep(int elements) {
   return pair;
 }
 
+// Half of the elements are the new document's last ones.
+DocumentPair Tree(int elements) {
+  std::string tree = "<a><b/></a>";
+  std::string chain = "<a>";
+  for (int i = 0; i < elements / 2; ++i) chain += "<c" + std::to_string(i) + "/>";
+  chain += "</a>";
+  for (int i = 8; i <= elements; i *= 2) {
+    tree = "<a>" + tree + tree + "</a>";
+    chain = "<a>" + chain + "</a>";
+  }
+  return {tree, chain};
+}
+
+DocumentPair Swapped(DocumentPair pair) {
+  std::swap(pair.oldXml, pair.newXml);
+  return pair;
+}
+
+DocumentPair States(int elements) {
+  DocumentPair pair{"<r>", "<r><EyeRibbonState-1><a/>"};
+  for (int i = 0; i < elements; ++i) {
+    pair.oldXml += Element("EyeRibbonState-1", "<a/>");
+    pair.newXml += "<!--comment-->";
+  }
+  return {pair.oldXml + "</r>", pair.newXml + "</EyeRibbonState-1></r>"};
+}
+
 std::string RibbonContent() {
   sRibbonElement record;
   record.id = 1234;
@@ -76,6 +105,9 @@ DocumentPair MakePair(const std::string& shape, int elements) {
   if (shape == "names") return SameName(elements);
   if (shape == "panels") return Panels(elements, Element("Caption", "text"));
   if (shape == "ribbon") return Panels(elements, RibbonContent());
+  if (shape == "tree") return Tree(elements);
+  if (shape == "tree swapped") return Swapped(Tree(elements));
+  if (shape == "states") return States(elements);
   return Deep(elements);
 }
 

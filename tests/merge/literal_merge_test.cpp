@@ -50,10 +50,26 @@ class RandomXml {
     if (Below(3) == 0) xml += Pick(kTexts);
     if (depth > 2) return;
     if (Below(3) > 0) AddElement(xml, "Size", depth + 1);
+    if (Below(20) == 0) AddFillers(xml);
+    if (depth < 2 && Below(depth == 0 ? 4 : 16) == 0) AddRun(xml, depth + 1);
     const int many = Below(12) == 0 ? 40 : 6;
     for (int i = Below(depth == 0 ? many + 2 : many - depth); i > 0; --i) {
       if (Below(10) == 0) xml += Pick(kTexts);
       AddElement(xml, ElementName(), depth + 1);
+    }
+  }
+
+  // More different children than a parent's are looked through one by one.
+  void AddFillers(std::string& xml) {
+    for (int i = Below(24); i >= 0; --i) xml += "<f" + std::to_string(i) + "/>";
+  }
+
+  // Elements that all match one, most often a state, whose ID may come late and differ.
+  void AddRun(std::string& xml, int depth) {
+    const std::string& name = Pick(kRunNames);
+    for (int i = 4 + Below(5); i > 0; --i) {
+      AddElement(xml, name, depth);
+      if (Below(6) == 0) AddElement(xml, ElementName(), depth);
     }
   }
 
@@ -73,16 +89,28 @@ class RandomXml {
                         "b",
                         "c",
                         "RibbonElement-1"};
+  const Names kRunNames = {"EyeRibbonState-1", "EyeRibbonState-2", "EyeRibbonState", "a"};
   const Names kSuffixes = {"1", "2", "3", "4", "7", "x", "12", "1-2"};
-  const Names kNumbers = {"1",          "2",
-                          "3",          "4",
-                          "5",          "6",
-                          " 7",         "8 ",
-                          "x",          "<!--c-->9",
-                          "-1",         "+2",
-                          "1<!--c-->2", "<![CDATA[1]]>",
-                          "",           "1<?p i?>",
-                          "4<x>5</x>",  "1<![CDATA[2]]>"};
+  const Names kNumbers = {"1",
+                          "2",
+                          "3",
+                          "4",
+                          "5",
+                          "6",
+                          " 7",
+                          "8 ",
+                          "x",
+                          "<!--c-->9",
+                          "-1",
+                          "+2",
+                          "1<!--c-->2",
+                          "<![CDATA[1]]>",
+                          "",
+                          "1<?p i?>",
+                          "4<x>5</x>",
+                          "1<![CDATA[2]]>",
+                          "0<!--c-->000000005",
+                          "-<?p i?>1"};
   const Names kTexts = {"t", "u v", "<!--c-->", "<?p i?>", "<![CDATA[d]]>", "&amp;"};
   std::mt19937 random_;
 };

@@ -363,6 +363,17 @@ TEST(MergeXmlNodes, CountsOnInAnElementThatSeveralOldOnesMatch) {
   }
 }
 
+TEST(MergeXmlNodes, StopsNumberingOnceAWrittenSizeNoLongerReads) {
+  const std::string oldXml =
+      "<r>" + State("<b/>") + State(Panel(5, 7)) + State(Panel(5, 8)) + "<z/></r>";
+  for (const std::string last : {"<Size>5</Size>", ""}) {
+    const std::string behind = "<!--c-->000000005</Size>" + last + Panel(1, 1) + "<b/>";
+    DomBench bench;
+    EXPECT_EQ(bench.MergeXml(oldXml, "<r>" + State("<Size>0" + behind) + "</r>"),
+              "<r>" + State("<Size>6" + behind + Panel(2, 7) + Panel(5, 8)) + "<z/></r>");
+  }
+}
+
 TEST(MergeXmlNodes, LearnsOfAnIdThatAnElementGainsWhileItIsMerged) {
   const std::string newXml = "<r>" + State("<Size>1</Size><EyeRibbonState-2/>") + "</r>";
   const auto gaining = [](const std::string& id) {
