@@ -11,6 +11,7 @@
 
 #include "merge/container.h"
 #include "merge/names_and_numbers.h"
+#include "text/scattered_hash.h"
 #include "text/text.h"
 
 namespace carrovan {
@@ -172,7 +173,7 @@ bool ReplaceByMerged(const std::wstring& oldPath, const std::wstring& newPath,
 
 std::vector<AcceleratorRecord> RecordsToAdd(const AcceleratorTable& oldTable,
                                             const AcceleratorTable& newTable) {
-  std::unordered_set<std::uint64_t> taken;
+  std::unordered_set<std::uint64_t, ScatteredNumber> taken;
   for (const auto& [command, record] : newTable) taken.insert(Combination(record));
   std::vector<AcceleratorRecord> added;
   for (auto it = oldTable.begin(); it != oldTable.end();) {

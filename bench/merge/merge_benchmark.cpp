@@ -82,7 +82,7 @@ long PeakKilobytes(const DocumentPair& pair, const Work& work) {
 constexpr int kElements[] = {1'000, 10'000, 100'000, 500'000};
 constexpr int kEntries[] = {100, 1'000, 10'000, 100'000};
 constexpr const char* kShapes[] = {"wide",   "deep", "numbered",     "names", "panels",
-                                   "ribbon", "tree", "tree swapped", "states"};
+                                   "ribbon", "tree", "tree-swapped", "states"};
 
 void RegisterAll() {
   for (const std::string shape : kShapes) {

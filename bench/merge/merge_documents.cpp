@@ -106,7 +106,7 @@ DocumentPair MakePair(const std::string& shape, int elements) {
   if (shape == "panels") return Panels(elements, Element("Caption", "text"));
   if (shape == "ribbon") return Panels(elements, RibbonContent());
   if (shape == "tree") return Tree(elements);
-  if (shape == "tree swapped") return Swapped(Tree(elements));
+  if (shape == "tree-swapped") return Swapped(Tree(elements));
   if (shape == "states") return States(elements);
   return Deep(elements);
 }

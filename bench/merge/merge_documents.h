@@ -15,7 +15,7 @@ struct DocumentPair {
 // parser's own dictionary of names is slow at), "names" (one name for all), "deep" (each element
 // inside the one before), "panels" (numbered panels with IDs under one category, every tenth
 // unmatched), "ribbon" (such panels with ribbon records), "tree" (elements of one name that branch
-// in two, which all match one chain of such elements, its last with many children), "tree swapped",
+// in two, which all match one chain of such elements, its last with many children), "tree-swapped",
 // "states" (states that all match one, which ends with as many comments).
 DocumentPair MakePair(const std::string& shape, int elements);
 

@@ -1,16 +1,14 @@
 #include <libxml/parser.h>
 
-#include <libxml/dict.h>
-#include <libxml/xmlsave.h>
+#include <libxml/tree.h>
 
 #include <algorithm>
 #include <limits>
-#include <new>
 #include <string_view>
 
 #include "platform/posix/iconv_encoder.h"
 #include "platform/posix/libxml2_reading.h"
-#include "platform/posix/libxml2_writing.h"
+#include "platform/posix/xml_tree.h"
 #include "platform/xml_dom.h"
 #include "text/text.h"
 #include "text/xml_text.h"
@@ -18,38 +16,18 @@
 namespace carrovan {
 namespace {
 
-constexpr xmlChar kNoText[] = "";
-constexpr xmlChar kDetachedName[] = "detached";
-
-using DictOwner = std::unique_ptr<xmlDict, Freer<xmlDictFree>>;
 using DocOwner = std::unique_ptr<xmlDoc, Freer<xmlFreeDoc>>;
-using NodeOwner = std::unique_ptr<xmlNode, Freer<xmlFreeNode>>;
-struct TextFreer {
-  void operator()(xmlChar* text) const { xmlFree(text); }
-};
-using TextOwner = std::unique_ptr<xmlChar, TextFreer>;
 
-xmlNode* AsNode(XmlNodeOperations::Handle handle) { return static_cast<xmlNode*>(handle); }
+XmlTreeNode& AsNode(XmlNodeOperations::Handle handle) { return *static_cast<XmlTreeNode*>(handle); }
 
-const xmlChar* ContentOf(const xmlNode& text) {
-  return text.content == nullptr ? kNoText : text.content;
-}
+XmlNodeOperations::Handle AsHandle(XmlTreeNode* node) { return node; }
 
-bool HoldsText(const xmlNode& node) {
-  return node.type == XML_TEXT_NODE || node.type == XML_CDATA_SECTION_NODE;
-}
-
-// The next node of the tree below `top` in document order; null after the last.
-const xmlNode* NextBelow(const xmlNode& top, const xmlNode* node) {
-  if (node->type == XML_ELEMENT_NODE && node->children != nullptr) return node->children;
-  while (node != &top && node->next == nullptr) node = node->parent;
-  return node == &top ? nullptr : node->next;
-}
-
-std::string TextBelow(const xmlNode& top) {
+std::string TextBelow(const XmlTreeElement& top) {
   std::string text;
-  for (const xmlNode* node = NextBelow(top, &top); node != nullptr; node = NextBelow(top, node)) {
-    if (HoldsText(*node)) text.append(AsChars(ContentOf(*node)));
+  for (const XmlTreeNode* node = NextBelow(top, &top); node != nullptr;
+       node = NextBelow(top, node)) {
+    const bool holdsText = node->kind == XmlTreeKind::kText || node->kind == XmlTreeKind::kCdata;
+    if (holdsText) text.append(node->text);
   }
   return text;
 }
@@ -64,32 +42,6 @@ std::wstring ProblemOf(xmlParserCtxt& parser, bool hasTypeDefinition) {
   return L"line " + std::to_wstring(error->line) + L": " + text;
 }
 
-// A parser that keeps its names in the given dictionary; null when there is no memory.
-ParserOwner NewParser(xmlDict& names) {
-  ParserOwner parser(xmlNewParserCtxt());
-  if (parser == nullptr) return nullptr;
-  xmlDictFree(parser->dict);
-  parser->dict = &names;
-  xmlDictReference(&names);
-  return parser;
-}
-
-// Says what is wrong when there is no document.
-DocOwner Parse(std::string_view bytes, xmlDict& names, std::wstring& problem) {
-  problem = L"the document cannot be held in memory";
-  if (bytes.size() > std::size_t{std::numeric_limits<int>::max()}) return nullptr;
-  const ParserOwner parser = NewParser(names);
-  if (parser == nullptr) return nullptr;
-  ParserTextFilter filter;
-  filter.AttachTo(*parser);
-  DocOwner document(ReadDocument(*parser, bytes));
-  const bool accepted = parser->wellFormed != 0 && parser->nsWellFormed != 0 &&
-                        !filter.SawTypeDefinition() && document != nullptr;
-  if (accepted) return document;
-  problem = ProblemOf(*parser, filter.SawTypeDefinition());
-  return nullptr;
-}
-
 XmlDeclaration DeclarationOf(const xmlDoc& document) {
   constexpr int kNoDeclaration = -1;
   XmlDeclaration declaration;
@@ -100,21 +52,33 @@ XmlDeclaration DeclarationOf(const xmlDoc& document) {
   return declaration;
 }
 
-int AppendToString(void* target, const char* bytes, int length) {
-  static_cast<std::string*>(target)->append(bytes, static_cast<std::size_t>(length));
-  return length;
-}
+// A document that was read.
+struct ReadXml {
+  explicit ReadXml(XmlNames& names) : tree(names) {}
 
-// Appends the document without its declaration, as UTF-8.
-bool AppendBody(xmlDoc& document, std::string& text) {
-  xmlOutputBuffer* const out = xmlOutputBufferCreateIO(AppendToString, nullptr, &text, nullptr);
-  if (out == nullptr) return false;
-  for (xmlNode* node = document.children; node != nullptr; node = node->next) {
-    xmlNodeDumpOutput(out, &document, node, 0, 0, "UTF-8");
-    xmlOutputBufferWriteString(out, "\n");
+  XmlTree tree;
+  XmlDeclaration declaration;
+  bool hasEncoding = false;
+};
+
+// Says what is wrong when there is no document.
+std::unique_ptr<ReadXml> Parse(std::string_view bytes, XmlNames& names, std::wstring& problem) {
+  problem = L"the document cannot be held in memory";
+  if (bytes.size() > std::size_t{std::numeric_limits<int>::max()}) return nullptr;
+  auto read = std::make_unique<ReadXml>(names);
+  TreeBuilder builder(read->tree);
+  const ParserOwner parser(xmlNewParserCtxt());
+  if (parser == nullptr || !builder.AttachTo(*parser)) return nullptr;
+  const DocOwner document(ReadDocument(*parser, bytes));
+  const bool accepted = parser->wellFormed != 0 && parser->nsWellFormed != 0 &&
+                        !builder.SawTypeDefinition() && document != nullptr;
+  if (!accepted) {
+    problem = ProblemOf(*parser, builder.SawTypeDefinition());
+    return nullptr;
   }
-  const int error = out->error;
-  return xmlOutputBufferClose(out) >= 0 && error == 0;
+  read->declaration = DeclarationOf(*document);
+  read->hasEncoding = document->encoding != nullptr;
+  return read;
 }
 
 class LibXml2Saving : public SavingSystem {
@@ -131,7 +95,7 @@ class LibXml2Saving : public SavingSystem {
 
 class LibXml2Document : private XmlNodeOperations, public XmlDocument {
  public:
-  LibXml2Document(FileSystem& files, xmlDict& names) : files_(files), names_(names) {}
+  LibXml2Document(FileSystem& files, XmlNames& names) : files_(files), names_(names) {}
 
   bool Load(const std::wstring& path) override {
     std::string bytes;
@@ -139,37 +103,33 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
       problem_ = DescribeSystemCode(code);
       return false;
     }
-    detached_.reset();
     document_ = Parse(bytes, names_, problem_);
     loadedBytes_ = bytes.size();
-    if (document_ == nullptr) return false;
-    detached_.reset(NewElement(*document_, kDetachedName));
-    return detached_ != nullptr;
+    return document_ != nullptr;
   }
 
   std::wstring LoadProblem() const override { return problem_; }
 
   XmlNode Root() override {
-    return {*this, document_ == nullptr ? nullptr : xmlDocGetRootElement(document_.get())};
+    return {*this, document_ == nullptr ? nullptr : AsHandle(document_->tree.Root())};
   }
 
   XmlNode CreateElement(std::string_view name) override {
     if (document_ == nullptr) return {};
     const std::string terminated(name);
     if (xmlValidateName(AsXmlText(terminated), 0) != 0) return {};
-    xmlNode* const element = NewElement(*document_, AsXmlText(terminated));
-    if (element != nullptr) LinkAsLastChild(*detached_, *element);
-    return {*this, element};
+    return {*this, AsHandle(&document_->tree.NewElement(name))};
   }
 
   bool Save(const std::wstring& path) override {
+    if (document_ == nullptr) return false;
     std::string body;
     // Growing step by step would copy it often; room that stays empty takes no memory.
     body.reserve(2 * loadedBytes_);
-    if (document_ == nullptr || !AppendBody(*document_, body)) return false;
+    AppendXml(document_->tree, !document_->hasEncoding, body);
     LibXml2Saving system;
     const std::optional<std::string> bytes =
-        BytesToSave(DeclarationOf(*document_), std::move(body), system);
+        BytesToSave(document_->declaration, std::move(body), system);
     return bytes && files_.WriteBytes(path, *bytes) == kSystemOk;
   }
 
@@ -178,10 +138,10 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
   void DropReference(Handle) const override {}
 
   XmlNodeKind Kind(Handle handle) const override {
-    switch (AsNode(handle)->type) {
-      case XML_ELEMENT_NODE:
+    switch (AsNode(handle).kind) {
+      case XmlTreeKind::kElement:
         return XmlNodeKind::kElement;
-      case XML_TEXT_NODE:
+      case XmlTreeKind::kText:
         return XmlNodeKind::kText;
       default:
         return XmlNodeKind::kOther;
@@ -189,86 +149,86 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
   }
 
   std::string_view Name(Handle handle) const override {
-    const xmlNode& node = *AsNode(handle);
-    if (node.type == XML_TEXT_NODE) return "#text";
-    if (node.type == XML_COMMENT_NODE) return "#comment";
-    if (node.type == XML_CDATA_SECTION_NODE) return "#cdata-section";
-    if (node.type != XML_ELEMENT_NODE || node.ns == nullptr || node.ns->prefix == nullptr) {
-      return AsChars(node.name);
+    const XmlTreeNode& node = AsNode(handle);
+    switch (node.kind) {
+      case XmlTreeKind::kElement:
+        return node.text;
+      case XmlTreeKind::kText:
+        return "#text";
+      case XmlTreeKind::kCdata:
+        return "#cdata-section";
+      case XmlTreeKind::kComment:
+        return "#comment";
+      case XmlTreeKind::kInstruction:
+        return static_cast<const XmlTreeInstruction&>(node).target;
     }
-    const std::string name = std::string(AsChars(node.ns->prefix)) + ":" + AsChars(node.name);
-    const xmlChar* const kept = xmlDictLookup(&names_, AsXmlText(name), -1);
-    if (kept == nullptr) throw std::bad_alloc();
-    return AsChars(kept);
+    return {};
   }
 
   Handle FirstChild(Handle handle) const override {
-    const xmlNode& node = *AsNode(handle);
-    return node.type == XML_ELEMENT_NODE ? node.children : nullptr;
+    const XmlTreeElement* const element = AsElement(&AsNode(handle));
+    return element == nullptr ? nullptr : AsHandle(element->first);
   }
 
-  Handle NextSibling(Handle handle) const override { return AsNode(handle)->next; }
+  Handle NextSibling(Handle handle) const override { return AsHandle(AsNode(handle).next); }
 
   std::wstring Text(Handle handle) const override {
-    const xmlNode& node = *AsNode(handle);
-    return node.type == XML_ELEMENT_NODE ? FromUtf8(TextBelow(node))
-                                         : FromUtf8(AsChars(ContentOf(node)));
+    const XmlTreeNode& node = AsNode(handle);
+    const XmlTreeElement* const element = AsElement(&node);
+    return FromUtf8(element == nullptr ? std::string(node.text) : TextBelow(*element));
   }
 
   std::optional<std::wstring> Attribute(Handle handle, std::string_view name) const override {
-    const std::string terminated(name);
-    const TextOwner value(xmlGetNoNsProp(AsNode(handle), AsXmlText(terminated)));
-    if (value == nullptr) return std::nullopt;
-    return FromUtf8(AsChars(value.get()));
+    const XmlTreeElement* const element = AsElement(&AsNode(handle));
+    const XmlTreeAttribute* attribute = element == nullptr ? nullptr : element->attributes;
+    while (attribute != nullptr && attribute->name != name) attribute = attribute->next;
+    return attribute == nullptr ? std::nullopt : std::optional(FromUtf8(attribute->value));
   }
 
   bool SetText(Handle handle, std::wstring_view text) const override {
-    xmlNode& node = *AsNode(handle);
+    XmlTreeNode& node = AsNode(handle);
     const std::string utf8 = ToUtf8(text);
-    if (node.type != XML_ELEMENT_NODE) {
-      xmlNodeSetContent(&node, AsXmlText(utf8));
+    XmlTree& tree = document_->tree;
+    XmlTreeElement* const element = AsElement(&node);
+    if (element == nullptr) {
+      tree.SetText(node, utf8);
       return true;
     }
-    xmlNode* const content = xmlNewDocText(node.doc, AsXmlText(utf8));
-    if (content == nullptr) return false;
-    MoveChildrenOut(node);
-    LinkAsLastChild(node, *content);
+    while (element->first != nullptr) XmlTree::TakeOut(*element->first);
+    XmlTree::Append(*element, tree.NewNode(XmlTreeKind::kText, utf8));
     return true;
   }
 
   bool CopyText(Handle target, Handle source) const override {
-    xmlNode& to = *AsNode(target);
-    const xmlChar* const text = ContentOf(*AsNode(source));
-    if (!xmlStrEqual(ContentOf(to), text)) xmlNodeSetContent(&to, text);
+    XmlTreeNode& to = AsNode(target);
+    const std::string_view text = AsNode(source).text;
+    if (to.text != text) document_->tree.SetText(to, text);
     return true;
   }
 
   bool AppendChild(Handle parent, Handle child) const override {
-    xmlUnlinkNode(AsNode(child));
-    LinkAsLastChild(*AsNode(parent), *AsNode(child));
-    return true;
+    XmlTreeElement* const element = AsElement(&AsNode(parent));
+    if (element != nullptr) XmlTree::Append(*element, AsNode(child));
+    return element != nullptr;
   }
 
   bool AppendCopy(Handle parent, Handle source) const override {
-    return AppendDeepCopy(*AsNode(parent), *AsNode(source)) != nullptr;
+    XmlTreeElement* const element = AsElement(&AsNode(parent));
+    if (element != nullptr) document_->tree.AppendCopy(*element, AsNode(source));
+    return element != nullptr;
   }
 
   bool RemoveChild(Handle parent, Handle child) const override {
-    if (AsNode(child)->parent != AsNode(parent)) return false;
-    return AppendChild(detached_.get(), child);
-  }
-
-  // Nodes that somebody may still refer to stay alive with the document.
-  void MoveChildrenOut(xmlNode& element) const {
-    while (element.children != nullptr) AppendChild(detached_.get(), element.children);
+    if (AsNode(child).parent != &AsNode(parent)) return false;
+    XmlTree::TakeOut(AsNode(child));
+    return true;
   }
 
   FileSystem& files_;
-  xmlDict& names_;
+  XmlNames& names_;
   std::size_t loadedBytes_ = 0;
   std::wstring problem_;
-  DocOwner document_;
-  NodeOwner detached_;  // parent of the elements that are in no tree; freed before the document
+  std::unique_ptr<ReadXml> document_;
 };
 
 // libxml2 prints what is wrong with an encoding even when it is asked to be silent. While this
@@ -289,18 +249,18 @@ class SilentErrors {
 
 class LibXml2Session : public XmlSession {
  public:
-  explicit LibXml2Session(FileSystem& files) : files_(files), names_(xmlDictCreate()) {}
+  explicit LibXml2Session(FileSystem& files) : files_(files) {}
 
-  bool Started() const override { return names_ != nullptr; }
+  bool Started() const override { return true; }
 
   std::unique_ptr<XmlDocument> NewDocument() override {
-    return Started() ? std::make_unique<LibXml2Document>(files_, *names_) : nullptr;
+    return std::make_unique<LibXml2Document>(files_, names_);
   }
 
  private:
   SilentErrors silentErrors_;
   FileSystem& files_;
-  DictOwner names_;  // of all documents, so that each name is there once
+  XmlNames names_;  // of all documents, so that each name is there once
 };
 
 class LibXml2Dom : public XmlDom {

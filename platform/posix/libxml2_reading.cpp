@@ -1,6 +1,5 @@
 #include "platform/posix/libxml2_reading.h"
 
-#include <libxml/SAX2.h>
 #include <limits>
 #include <optional>
 #include <string_view>
@@ -17,71 +16,176 @@ std::optional<std::string_view> SpaceAmong(const xmlChar** attributes, int count
   return std::nullopt;
 }
 
+// The parser has an end tag of fewer bytes in its buffer when it compares the name.
+constexpr std::size_t kLongName = 200;
+
+bool IsLong(const xmlChar* name, const xmlChar* prefix) {
+  return ViewOf(name).size() + ViewOf(prefix).size() >= kLongName;
+}
+
+// The value of an attribute. The parser leaves each "&" in it as a reference, so that there is no
+// other "&".
+std::string_view WithoutReferences(std::string_view value, std::string& room) {
+  constexpr std::string_view kReference = "&#38;";
+  std::size_t at = value.find('&');
+  if (at == value.npos) return value;
+  room.clear();
+  for (; at != value.npos; at = value.find('&')) {
+    room.append(value, 0, at + 1);
+    value.remove_prefix(at + kReference.size());
+  }
+  return room.append(value);
+}
+
 }  // namespace
 
-void ParserTextFilter::AttachTo(xmlParserCtxt& context) {
-  context._private = this;
-  context.sax->startElementNs = OnStartElement;
-  context.sax->endElementNs = OnEndElement;
-  context.sax->characters = OnCharacters;
-  context.sax->ignorableWhitespace = OnCharacters;
-  context.sax->cdataBlock = OnCdata;
-  context.sax->comment = OnComment;
-  context.sax->processingInstruction = OnInstruction;
-  context.sax->internalSubset = OnTypeDefinition;
+bool ShortDictionary::AttachTo(xmlParserCtxt& parser) {
+  parser_ = &parser;
+  lasting_.reset(parser.dict);
+  parser.dict = xmlDictCreateSub(lasting_.get());
+  // These too are compared by address.
+  return parser.dict != nullptr && xmlDictLookup(lasting_.get(), AsXmlText("xml"), -1) != nullptr &&
+         xmlDictLookup(lasting_.get(), AsXmlText("xmlns"), -1) != nullptr &&
+         xmlDictLookup(lasting_.get(), XML_XML_NAMESPACE, -1) != nullptr;
 }
 
-ParserTextFilter& ParserTextFilter::Of(void* context) {
-  return *static_cast<ParserTextFilter*>(static_cast<xmlParserCtxt*>(context)->_private);
+void ShortDictionary::EnterElement(const xmlChar* name, const xmlChar* prefix) {
+  if (IsLong(name, prefix)) ++longNamesOpen_;
+  RenewWhenFull();
 }
 
-void ParserTextFilter::OnStartElement(void* context, const xmlChar* name, const xmlChar* prefix,
-                                      const xmlChar* uri, int namespaceCount,
-                                      const xmlChar** namespaces, int attributeCount,
-                                      int defaultedCount, const xmlChar** attributes) {
-  Of(context).rule_.EnterElement(SpaceAmong(attributes, attributeCount));
-  xmlSAX2StartElementNs(context, name, prefix, uri, namespaceCount, namespaces, attributeCount,
-                        defaultedCount, attributes);
+void ShortDictionary::LeaveElement(const xmlChar* name, const xmlChar* prefix) {
+  if (IsLong(name, prefix)) --longNamesOpen_;
 }
 
-void ParserTextFilter::OnEndElement(void* context, const xmlChar* name, const xmlChar* prefix,
-                                    const xmlChar* uri) {
-  Of(context).rule_.LeaveElement();
-  xmlSAX2EndElementNs(context, name, prefix, uri);
+void ShortDictionary::RenewWhenFull() {
+  const auto names = static_cast<std::size_t>(xmlDictSize(parser_->dict));
+  const auto lasting = static_cast<std::size_t>(xmlDictSize(lasting_.get()));
+  if (names - lasting >= kMostNames && longNamesOpen_ == 0) Renew();
 }
 
-void ParserTextFilter::OnCharacters(void* context, const xmlChar* text, int length) {
-  const std::string_view kept = Of(context).rule_.Take(ViewOf(text, length));
-  if (!kept.empty()) {
-    xmlSAX2Characters(context, AsXmlText(kept.data()), static_cast<int>(kept.size()));
+void ShortDictionary::Renew() {
+  DictOwner renewed(xmlDictCreateSub(lasting_.get()));
+  if (renewed == nullptr || !KeepOpenNamespaces()) return;  // it is slower with the former one
+  former_.emplace_back(parser_->dict);
+  parser_->dict = renewed.release();
+}
+
+bool ShortDictionary::KeepOpenNamespaces() {
+  for (int i = 0; i < parser_->nsNr; ++i) {
+    const xmlChar*& text = parser_->nsTab[i];
+    if (text == nullptr) continue;
+    const xmlChar* const kept = xmlDictLookup(lasting_.get(), text, -1);
+    if (kept == nullptr) return false;
+    text = kept;
+  }
+  return true;
+}
+
+bool TreeBuilder::AttachTo(xmlParserCtxt& parser) {
+  parser._private = this;
+  xmlSAXHandler& handlers = *parser.sax;
+  handlers.startElementNs = OnStartElement;
+  handlers.endElementNs = OnEndElement;
+  handlers.characters = OnCharacters;
+  handlers.ignorableWhitespace = OnCharacters;
+  handlers.cdataBlock = OnCdata;
+  handlers.comment = OnComment;
+  handlers.processingInstruction = OnInstruction;
+  handlers.internalSubset = OnTypeDefinition;
+  return dictionary_.AttachTo(parser);
+}
+
+TreeBuilder& TreeBuilder::Of(void* context) {
+  return *static_cast<TreeBuilder*>(static_cast<xmlParserCtxt*>(context)->_private);
+}
+
+void TreeBuilder::OnStartElement(void* context, const xmlChar* name, const xmlChar* prefix,
+                                 const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
+                                 int attributeCount, int, const xmlChar** attributes) {
+  TreeBuilder& builder = Of(context);
+  builder.rule_.EnterElement(SpaceAmong(attributes, attributeCount));
+  builder.EndText();
+  XmlTreeElement& element =
+      builder.tree_.NewElement(builder.FullName(ViewOf(prefix), ViewOf(name)));
+  builder.AddNode(element);
+  builder.AddNamespaces(element, namespaces, namespaceCount);
+  if (uri != nullptr) element.space = XmlTree::FindNamespace(element, ViewOf(prefix));
+  builder.AddAttributes(element, attributes, attributeCount);
+  builder.place_ = &element;
+  builder.dictionary_.EnterElement(name, prefix);
+}
+
+void TreeBuilder::OnEndElement(void* context, const xmlChar* name, const xmlChar* prefix,
+                               const xmlChar*) {
+  TreeBuilder& builder = Of(context);
+  builder.rule_.LeaveElement();
+  builder.EndText();
+  builder.place_ = builder.place_->parent;
+  builder.dictionary_.LeaveElement(name, prefix);
+}
+
+void TreeBuilder::OnCharacters(void* context, const xmlChar* text, int length) {
+  Of(context).text_ += Of(context).rule_.Take(ViewOf(text, length));
+}
+
+void TreeBuilder::OnCdata(void* context, const xmlChar* text, int length) {
+  TreeBuilder& builder = Of(context);
+  builder.rule_.EndText();
+  builder.EndText();
+  builder.AddNode(builder.tree_.NewNode(XmlTreeKind::kCdata, ViewOf(text, length)));
+}
+
+void TreeBuilder::OnComment(void* context, const xmlChar* text) {
+  TreeBuilder& builder = Of(context);
+  builder.rule_.EndText();
+  builder.EndText();
+  builder.AddNode(builder.tree_.NewNode(XmlTreeKind::kComment, ViewOf(text)));
+}
+
+void TreeBuilder::OnInstruction(void* context, const xmlChar* target, const xmlChar* data) {
+  TreeBuilder& builder = Of(context);
+  builder.rule_.EndText();
+  builder.EndText();
+  builder.AddNode(builder.tree_.NewInstruction(ViewOf(target), ViewOf(data), data != nullptr));
+  builder.dictionary_.RenewWhenFull();
+}
+
+void TreeBuilder::OnTypeDefinition(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
+  Of(context).sawTypeDefinition_ = true;
+  xmlStopParser(static_cast<xmlParserCtxt*>(context));
+}
+
+std::string_view TreeBuilder::FullName(std::string_view prefix, std::string_view name) {
+  if (prefix.empty()) return name;
+  fullName_.assign(prefix).append(":").append(name);
+  return fullName_;
+}
+
+void TreeBuilder::AddNamespaces(XmlTreeElement& element, const xmlChar** namespaces, int count) {
+  XmlNamespace* last = nullptr;
+  for (int i = 0; i < count; ++i) {
+    tree_.AddNamespace(element, last, ViewOf(namespaces[2 * i]), ViewOf(namespaces[2 * i + 1]));
   }
 }
 
-// The library's own handler would join two sections when what lay between them was left out.
-void ParserTextFilter::OnCdata(void* context, const xmlChar* text, int length) {
-  Of(context).rule_.EndText();
-  auto& parser = *static_cast<xmlParserCtxt*>(context);
-  xmlNode* const section = xmlNewCDataBlock(parser.myDoc, text, length);
-  if (section != nullptr && xmlAddChild(parser.node, section) != nullptr) return;
-  xmlFreeNode(section);
-  parser.wellFormed = 0;
-  xmlStopParser(&parser);
+void TreeBuilder::AddAttributes(XmlTreeElement& element, const xmlChar** attributes, int count) {
+  XmlTreeAttribute* last = nullptr;
+  for (int i = 0; i < count; ++i) {
+    const ParsedAttribute attribute(attributes, i);
+    const XmlNamespace* const space =
+        attribute.Prefix().empty() ? nullptr : XmlTree::FindNamespace(element, attribute.Prefix());
+    tree_.AddAttribute(element, last, FullName(attribute.Prefix(), attribute.Name()),
+                       WithoutReferences(attribute.Value(), value_), space);
+  }
 }
 
-void ParserTextFilter::OnComment(void* context, const xmlChar* text) {
-  Of(context).rule_.EndText();
-  xmlSAX2Comment(context, text);
-}
+void TreeBuilder::AddNode(XmlTreeNode& node) { XmlTree::Append(*place_, node); }
 
-void ParserTextFilter::OnInstruction(void* context, const xmlChar* target, const xmlChar* data) {
-  Of(context).rule_.EndText();
-  xmlSAX2ProcessingInstruction(context, target, data);
-}
-
-void ParserTextFilter::OnTypeDefinition(void* context, const xmlChar*, const xmlChar*,
-                                        const xmlChar*) {
-  Of(context).sawTypeDefinition_ = true;
-  xmlStopParser(static_cast<xmlParserCtxt*>(context));
+void TreeBuilder::EndText() {
+  if (text_.empty()) return;
+  AddNode(tree_.NewNode(XmlTreeKind::kText, text_));
+  text_.clear();
 }
 
 namespace {
@@ -119,10 +223,41 @@ void RemoveHandlers(xmlSAXHandler& handlers) {
   handlers.internalSubset = OnTypeDefinition;
 }
 
+// Does nothing with what the parser reports.
+class Reading {
+ public:
+  [[nodiscard]] bool AttachTo(xmlParserCtxt& parser) {
+    parser._private = this;
+    RemoveHandlers(*parser.sax);
+    parser.sax->startElementNs = OnStartElement;
+    parser.sax->endElementNs = OnEndElement;
+    parser.sax->processingInstruction = OnInstruction;
+    return dictionary_.AttachTo(parser);
+  }
+
+ private:
+  static ShortDictionary& DictionaryOf(void* context) {
+    return static_cast<Reading*>(static_cast<xmlParserCtxt*>(context)->_private)->dictionary_;
+  }
+  static void OnStartElement(void* context, const xmlChar* name, const xmlChar* prefix,
+                             const xmlChar*, int, const xmlChar**, int, int, const xmlChar**) {
+    DictionaryOf(context).EnterElement(name, prefix);
+  }
+  static void OnEndElement(void* context, const xmlChar* name, const xmlChar* prefix,
+                           const xmlChar*) {
+    DictionaryOf(context).LeaveElement(name, prefix);
+  }
+  static void OnInstruction(void* context, const xmlChar*, const xmlChar*) {
+    DictionaryOf(context).RenewWhenFull();
+  }
+
+  ShortDictionary dictionary_;
+};
+
 // Sums up what the parser reports.
 class Fingerprint {
  public:
-  void AttachTo(xmlParserCtxt& parser) {
+  [[nodiscard]] bool AttachTo(xmlParserCtxt& parser) {
     parser._private = this;
     xmlSAXHandler& handlers = *parser.sax;
     RemoveHandlers(handlers);
@@ -133,6 +268,7 @@ class Fingerprint {
     handlers.cdataBlock = OnCdata;
     handlers.comment = OnComment;
     handlers.processingInstruction = OnInstruction;
+    return dictionary_.AttachTo(parser);
   }
 
   std::uint64_t Sum() const { return sum_; }
@@ -156,10 +292,13 @@ class Fingerprint {
       print.AddField(attribute.Name());
       print.AddField(attribute.Value());
     }
+    print.dictionary_.EnterElement(name, prefix);
   }
 
-  static void OnEndElement(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
+  static void OnEndElement(void* context, const xmlChar* name, const xmlChar* prefix,
+                           const xmlChar*) {
     Of(context).Begin('>');
+    Of(context).dictionary_.LeaveElement(name, prefix);
   }
 
   // One text may come in pieces.
@@ -183,6 +322,7 @@ class Fingerprint {
     Of(context).Begin('?');
     Of(context).AddField(ViewOf(target));
     Of(context).AddField(ViewOf(data));
+    Of(context).dictionary_.RenewWhenFull();
   }
 
   // No text holds the characters that end a field and begin a node.
@@ -202,6 +342,7 @@ class Fingerprint {
     sum_ = (sum_ ^ static_cast<std::uint8_t>(c)) * std::uint64_t{0x100000001B3};
   }
 
+  ShortDictionary dictionary_;
   std::uint64_t sum_ = 0xCBF29CE484222325;
   char last_ = '\0';  // kind of the node that came last
 };
@@ -212,19 +353,20 @@ xmlDoc* ReadDocument(xmlParserCtxt& parser, std::string_view document) {
   return xmlCtxtReadIO(&parser, ReadOn, nullptr, &document, nullptr, nullptr, kParseOptions);
 }
 
+// The handlers are there until the parser is gone.
 bool DocumentLoads(std::string_view document) {
+  Reading reading;
   const ParserOwner parser(xmlNewParserCtxt());
-  if (parser == nullptr) return false;
-  RemoveHandlers(*parser->sax);
-  return ReadsWell(*parser, document);
+  return parser != nullptr && reading.AttachTo(*parser) && ReadsWell(*parser, document);
 }
 
 std::optional<std::uint64_t> DocumentFingerprint(std::string_view document) {
-  const ParserOwner parser(xmlNewParserCtxt());
-  if (parser == nullptr) return std::nullopt;
   Fingerprint print;
-  print.AttachTo(*parser);
-  return ReadsWell(*parser, document) ? std::optional(print.Sum()) : std::nullopt;
+  const ParserOwner parser(xmlNewParserCtxt());
+  if (parser == nullptr || !print.AttachTo(*parser) || !ReadsWell(*parser, document)) {
+    return std::nullopt;
+  }
+  return print.Sum();
 }
 
 }  // namespace carrovan

@@ -6,37 +6,12 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "platform/posix/xml_tree.h"
 #include "text/xml_text.h"
 
 namespace carrovan {
-
-// Stands between the parser and its tree builder and keeps text of nothing but white space out of
-// the tree. Must outlive the parser context that it is attached to.
-class ParserTextFilter {
- public:
-  // Replaces the context's handlers, and refuses document type definitions.
-  void AttachTo(xmlParserCtxt& context);
-
-  bool SawTypeDefinition() const { return sawTypeDefinition_; }
-
- private:
-  static ParserTextFilter& Of(void* context);
-  static void OnStartElement(void* context, const xmlChar* name, const xmlChar* prefix,
-                             const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
-                             int attributeCount, int defaultedCount, const xmlChar** attributes);
-  static void OnEndElement(void* context, const xmlChar* name, const xmlChar* prefix,
-                           const xmlChar* uri);
-  static void OnCharacters(void* context, const xmlChar* text, int length);
-  static void OnCdata(void* context, const xmlChar* text, int length);
-  static void OnComment(void* context, const xmlChar* text);
-  static void OnInstruction(void* context, const xmlChar* target, const xmlChar* data);
-  static void OnTypeDefinition(void* context, const xmlChar* name, const xmlChar* externalId,
-                               const xmlChar* systemId);
-
-  BlankTextFilter<char> rule_;
-  bool sawTypeDefinition_ = false;
-};
 
 template <auto kFree>
 struct Freer {
@@ -46,6 +21,7 @@ struct Freer {
   }
 };
 using ParserOwner = std::unique_ptr<xmlParserCtxt, Freer<xmlFreeParserCtxt>>;
+using DictOwner = std::unique_ptr<xmlDict, Freer<xmlDictFree>>;
 
 // The library's characters are unsigned; the bytes are the same.
 inline const xmlChar* AsXmlText(const char* text) {
@@ -79,8 +55,77 @@ class ParsedAttribute {
   const xmlChar** fields_;
 };
 
-// Has a parser read a document; the result is null unless the parser's handlers build a tree. The
-// parser knows whether the document is well formed.
+// Keeps the parser's own dictionary of names short: its table has some thousand places and does not
+// grow, so that the hundred thousandth name would cost a walk along hundreds. Once it is full, the
+// parser gets an empty one. What the parser compares by address is kept for good: the prefixes and
+// namespaces that are open. It compares the name of an end tag by its characters when the whole tag
+// has been read; of a longer one it may not have, so that no new dictionary begins inside of such.
+class ShortDictionary {
+ public:
+  // False when there is no memory. Must live as long as the parser.
+  [[nodiscard]] bool AttachTo(xmlParserCtxt& parser);
+
+  // To be called by the handlers of elements, as their last action, and of instructions.
+  void EnterElement(const xmlChar* name, const xmlChar* prefix);
+  void LeaveElement(const xmlChar* name, const xmlChar* prefix);
+  void RenewWhenFull();
+
+  static constexpr std::size_t kMostNames = 8000;
+
+ private:
+  void Renew();
+  bool KeepOpenNamespaces();
+
+  xmlParserCtxt* parser_ = nullptr;
+  DictOwner lasting_;              // looked into behind each of the others
+  std::vector<DictOwner> former_;  // open elements still refer to them
+  std::size_t longNamesOpen_ = 0;
+};
+
+// Builds a tree from what a parser reads, and keeps text of nothing but white space out of it. Must
+// live as long as the parser.
+class TreeBuilder {
+ public:
+  explicit TreeBuilder(XmlTree& tree) : tree_(tree), place_(&tree.Top()) {}
+
+  // Replaces the parser's handlers, and refuses document type definitions. False when there is no
+  // memory.
+  [[nodiscard]] bool AttachTo(xmlParserCtxt& parser);
+
+  bool SawTypeDefinition() const { return sawTypeDefinition_; }
+
+ private:
+  static TreeBuilder& Of(void* context);
+  static void OnStartElement(void* context, const xmlChar* name, const xmlChar* prefix,
+                             const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
+                             int attributeCount, int defaultedCount, const xmlChar** attributes);
+  static void OnEndElement(void* context, const xmlChar* name, const xmlChar* prefix,
+                           const xmlChar* uri);
+  static void OnCharacters(void* context, const xmlChar* text, int length);
+  static void OnCdata(void* context, const xmlChar* text, int length);
+  static void OnComment(void* context, const xmlChar* text);
+  static void OnInstruction(void* context, const xmlChar* target, const xmlChar* data);
+  static void OnTypeDefinition(void* context, const xmlChar* name, const xmlChar* externalId,
+                               const xmlChar* systemId);
+
+  std::string_view FullName(std::string_view prefix, std::string_view name);
+  void AddNamespaces(XmlTreeElement& element, const xmlChar** namespaces, int count);
+  void AddAttributes(XmlTreeElement& element, const xmlChar** attributes, int count);
+  void AddNode(XmlTreeNode& node);
+  void EndText();  // a text comes in pieces
+
+  XmlTree& tree_;
+  XmlTreeElement* place_;
+  ShortDictionary dictionary_;
+  BlankTextFilter<char> rule_;
+  std::string text_;
+  std::string fullName_;
+  std::string value_;
+  bool sawTypeDefinition_ = false;
+};
+
+// Has a parser read a document. The result says what its declaration said and has no nodes; it is
+// null when the parser's handlers make none. The parser knows whether the document is well formed.
 xmlDoc* ReadDocument(xmlParserCtxt& parser, std::string_view document);
 
 // Whether a document loads. No tree is built.

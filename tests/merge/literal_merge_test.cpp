@@ -50,8 +50,8 @@ class RandomXml {
     if (Below(3) == 0) xml += Pick(kTexts);
     if (depth > 2) return;
     if (Below(3) > 0) AddElement(xml, "Size", depth + 1);
-    if (Below(20) == 0) AddFillers(xml);
-    if (depth < 2 && Below(depth == 0 ? 4 : 16) == 0) AddRun(xml, depth + 1);
+    if (Below(40) == 0) AddFillers(xml);
+    if (depth < 2 && Below(depth == 0 ? 5 : 30) == 0) AddRun(xml, depth + 1);
     const int many = Below(12) == 0 ? 40 : 6;
     for (int i = Below(depth == 0 ? many + 2 : many - depth); i > 0; --i) {
       if (Below(10) == 0) xml += Pick(kTexts);

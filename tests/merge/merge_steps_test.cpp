@@ -61,7 +61,7 @@ DocumentPair ManyInto(const std::string& oldElement, int times, const std::strin
 
 TEST(MergeSteps, GrowWithTheDocumentsOfEveryMeasuredShape) {
   for (const std::string shape :
-       {"wide", "numbered", "names", "panels", "ribbon", "tree", "tree swapped", "states"}) {
+       {"wide", "numbered", "names", "panels", "ribbon", "tree", "tree-swapped", "states"}) {
     ExpectLinear(
         shape.c_str(), [&](int size) { return MakePair(shape, size); }, 512);
   }

@@ -84,5 +84,29 @@ TEST_F(LibXml2Dom, SavesNothingThatDoesNotComeBackWhateverTheEncoding) {
   }
 }
 
+TEST_F(LibXml2Dom, RefersToCharactersOfAttributesWhenNoEncodingIsNamed) {
+  const auto document = Load("<r k='\xC3\xA9&lt;\xF0\x9F\x98\x80&#10;'>\xC3\xA9</r>");
+  ASSERT_NE(document, nullptr);
+  ASSERT_TRUE(document->Save(kSaved));
+  EXPECT_EQ(files_.Bytes(kSaved), "<r k=\"&#xE9;&lt;&#x1F600;&#10;\">\xC3\xA9</r>\n");
+}
+
+// What is looked for in an element that was put into the tree is found around it.
+TEST_F(LibXml2Dom, DeclaresNoNamespaceThatIsKnownAroundAnAppendedElement) {
+  const auto source = Load("<s xmlns:p='u' xmlns:q='w'><p:a/><q:b/></s>");
+  files_.Put(kPath, "<r xmlns:p='u'/>");
+  const auto target = session_->NewDocument();
+  ASSERT_TRUE(source != nullptr && target->Load(kPath));
+  const XmlNode created = target->CreateElement("c");
+  ASSERT_TRUE(created.AppendCopy(source->Root().FirstChild()));
+  const XmlNode inner = created.FirstChild();
+  ASSERT_TRUE(target->Root().AppendChild(created));
+  ASSERT_TRUE(created.AppendCopy(source->Root().FirstChild()));
+  ASSERT_TRUE(inner.AppendCopy(source->Root().FirstChild().NextSibling()));
+  ASSERT_TRUE(target->Save(kSaved));
+  EXPECT_EQ(files_.Bytes(kSaved),
+            "<r xmlns:p=\"u\"><c><p:a xmlns:p=\"u\"><q:b xmlns:q=\"w\"/></p:a><p:a/></c></r>\n");
+}
+
 }  // namespace
 }  // namespace carrovan
