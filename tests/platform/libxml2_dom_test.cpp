@@ -91,21 +91,24 @@ TEST_F(LibXml2Dom, RefersToCharactersOfAttributesWhenNoEncodingIsNamed) {
   EXPECT_EQ(files_.Bytes(kSaved), "<r k=\"&#xE9;&lt;&#x1F600;&#10;\">\xC3\xA9</r>\n");
 }
 
-// What is looked for in an element that was put into the tree is found around it.
+// What is looked for below an element that was put into the tree is found around it.
 TEST_F(LibXml2Dom, DeclaresNoNamespaceThatIsKnownAroundAnAppendedElement) {
-  const auto source = Load("<s xmlns:p='u' xmlns:q='w'><p:a/><q:b/></s>");
+  const auto source = Load("<s xmlns:p='u' xmlns:q='w'><p:a/><q:b/><x/></s>");
   files_.Put(kPath, "<r xmlns:p='u'/>");
   const auto target = session_->NewDocument();
   ASSERT_TRUE(source != nullptr && target->Load(kPath));
+  const XmlNode known = source->Root().FirstChild();
+  const XmlNode unknown = known.NextSibling();
   const XmlNode created = target->CreateElement("c");
-  ASSERT_TRUE(created.AppendCopy(source->Root().FirstChild()));
-  const XmlNode inner = created.FirstChild();
+  ASSERT_TRUE(created.AppendCopy(known));
+  ASSERT_TRUE(created.AppendCopy(unknown.NextSibling()));
   ASSERT_TRUE(target->Root().AppendChild(created));
-  ASSERT_TRUE(created.AppendCopy(source->Root().FirstChild()));
-  ASSERT_TRUE(inner.AppendCopy(source->Root().FirstChild().NextSibling()));
+  const XmlNode inner = created.FirstChild().NextSibling();
+  ASSERT_TRUE(inner.AppendCopy(known));
+  ASSERT_TRUE(inner.AppendCopy(unknown));
   ASSERT_TRUE(target->Save(kSaved));
   EXPECT_EQ(files_.Bytes(kSaved),
-            "<r xmlns:p=\"u\"><c><p:a xmlns:p=\"u\"><q:b xmlns:q=\"w\"/></p:a><p:a/></c></r>\n");
+            "<r xmlns:p=\"u\"><c><p:a xmlns:p=\"u\"/><x><p:a/><q:b xmlns:q=\"w\"/></x></c></r>\n");
 }
 
 }  // namespace
