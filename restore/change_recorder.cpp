@@ -269,6 +269,8 @@ std::wstring ChangeRecorder::NextCopyName() {
 
 SystemCode ChangeRecorder::TakeFile(const std::wstring& path) {
   const std::wstring tidy = TidyPath(path);
+  const bool isFile = notedFiles_.contains(tidy) || KindAt(files_, tidy) == FileKind::kFile;
+  if (!isFile) return files_.RemoveFile(tidy);
   if (files_.IsReadOnly(tidy)) return kAccessDenied;
   SystemCode code = NoteFile(tidy, ComingChange::kRemoval);
   if (code == kSystemOk) code = FlushNotes(ComingChange::kRemoval);
@@ -292,7 +294,8 @@ void ChangeRecorder::FileChanged(const std::wstring& path, const std::optional<F
 SystemCode ChangeRecorder::FlushChanges() {
   std::set<std::wstring, NameLess> paths;
   for (const auto& [path, now] : changedFiles_) {
-    paths.insert(path);
+    // Of what is gone the folder alone says so.
+    if (!now || now->kind != FileKind::kAbsent) paths.insert(path);
     paths.insert(RemoveFileSpec(path));
   }
   SystemCode code = files_.Flush(std::vector<std::wstring>(paths.begin(), paths.end()));

@@ -183,7 +183,7 @@ class PointCheck {
     FileImage copy;
     FileImage now;
     const bool isWhole = copyKind == FileKind::kFile &&
-                         ReadFileImage(*machine_.files, file.copy, copy) == kSystemOk &&
+                         ReadFileImage(*machine_.files, file.copy, copyKind, copy) == kSystemOk &&
                          copy == file.before;
     if (isWhole ||
         (ReadFileImage(*machine_.files, file.path, now) == kSystemOk && now == file.before)) {

@@ -118,9 +118,7 @@ SystemCode RecordedFiles::CreateEmptyFile(const std::wstring& path) {
 
 SystemCode RecordedFiles::RemoveFile(const std::wstring& path) {
   if (recorder_.IsScratch(path)) return ForwardingFiles::RemoveFile(path);
-  const FileKind kind = KindAt(*this, path);
-  if (kind == FileKind::kLink) return recorder_.TakeLink(path);
-  if (kind != FileKind::kFile) return ForwardingFiles::RemoveFile(path);
+  if (IsLink(path)) return recorder_.TakeLink(path);
   const SystemCode code = recorder_.TakeFile(path);
   recorder_.FileChanged(path, code == kSystemOk ? std::optional(FileImage()) : std::nullopt);
   return code;

@@ -34,8 +34,8 @@ class FileUndo {
     PutLinksBack();
     ChooseFiles();
     NoteWhatIsPutBack();
-    for (const FileHistory* file : chosen_) RemoveMadeFile(*file);
-    for (auto file = chosen_.rbegin(); file != chosen_.rend(); ++file) RemoveMadeFolder(**file);
+    for (const FileHistory* file : inTheWay_) RemoveMadeFile(*file);
+    for (auto file = inTheWay_.rbegin(); file != inTheWay_.rend(); ++file) RemoveMadeFolder(**file);
     for (const FileHistory* file : chosen_) MakeFolder(*file);
     for (const FileHistory* file : chosen_) PutBack(*file);
     SpellAsBefore();
@@ -69,7 +69,8 @@ class FileUndo {
     }
     SortOutermostFirst(links);
     for (const FileHistory* link : links) {
-      if (!IsBehindMissingLink(*link) && MayChange(*link)) PutLinkBack(*link);
+      FileImage now;
+      if (!IsBehindMissingLink(*link) && MayChange(*link, now)) PutLinkBack(*link);
       if (KindAt(files_, link->path) != FileKind::kLink) missingLinks_.push_back(link->path);
     }
   }
@@ -141,14 +142,17 @@ class FileUndo {
     for (const FileHistory& file : point_.files) {
       if (file.before.kind == FileKind::kLink || !IsIncluded(file)) continue;
       if (WasMadeInPlaceOfLink(file) || IsBehindMissingLink(file)) continue;
-      if (MayChange(file)) chosen_.push_back(&file);
+      FileImage now;
+      if (!MayChange(file, now)) continue;
+      chosen_.push_back(&file);
+      if (now.kind != FileKind::kAbsent && now.kind != file.before.kind) inTheWay_.push_back(&file);
     }
     SortOutermostFirst(chosen_);
+    SortOutermostFirst(inTheWay_);
   }
 
-  // False for what is as it was, and for what somebody else changed since.
-  bool MayChange(const FileHistory& file) {
-    FileImage now;
+  // False for what is as it was, and for what somebody else changed since. Fills what is there.
+  bool MayChange(const FileHistory& file, FileImage& now) {
     if (const SystemCode code = ReadFileImage(files_, file.path, now); code != kSystemOk) {
       return Fail(file.path, code);
     }
@@ -199,9 +203,7 @@ class FileUndo {
     for (const FileHistory* file : chosen_) {
       if (file->before.kind != FileKind::kFile) continue;
       FileChanging begun{file->path, std::nullopt, {}, {}};
-      if (!files_.Exists(RemoveFileSpec(file->path) + L"\\" + PartName(0))) {
-        begun.part = PartName(0);
-      }
+      if (!spelled_.Has(RemoveFileSpec(file->path), PartName(0))) begun.part = PartName(0);
       journal_.Add(begun);
     }
     static_cast<void>(journal_.Flush());
@@ -290,6 +292,7 @@ class FileUndo {
   UndoReport& report_;
   SpelledNames spelled_;  // before anything is put back
   std::vector<const FileHistory*> chosen_;
+  std::vector<const FileHistory*> inTheWay_;  // those of another kind than before
   std::vector<const FileHistory*> restored_;
   std::vector<std::wstring> missingLinks_;
 };
