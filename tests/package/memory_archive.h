@@ -20,16 +20,13 @@ class MemoryArchive : public ArchiveExaminer {
   std::map<std::wstring, std::wstring> headerProblems;  // by name
 
   void Add(std::wstring name, std::string content, ArchiveResult state = ArchiveResult::kDone) {
-    sizeBytes_ += content.size() / 2;
-    items_.push_back(
-        {{std::move(name), content.size(), content.size() / 2, std::nullopt}, content, state});
+    const std::uint64_t packedSizeBytes = content.size() / 2;
+    Put(std::move(name), content.size(), packedSizeBytes, std::move(content), state);
   }
 
   // An item of which only the directory says.
   void Declare(std::wstring name, std::uint64_t sizeBytes, std::uint64_t packedSizeBytes) {
-    sizeBytes_ += packedSizeBytes;
-    items_.push_back(
-        {{std::move(name), sizeBytes, packedSizeBytes, std::nullopt}, {}, ArchiveResult::kDamaged});
+    Put(std::move(name), sizeBytes, packedSizeBytes, {}, ArchiveResult::kDamaged);
   }
 
   std::optional<ArchiveItem> Item(std::size_t index) const override {
@@ -71,6 +68,18 @@ class MemoryArchive : public ArchiveExaminer {
     std::string content;
     ArchiveResult state;
   };
+
+  void Put(std::wstring name, std::uint64_t sizeBytes, std::uint64_t packedSizeBytes,
+           std::string content, ArchiveResult state) {
+    Stored stored;
+    stored.item.name = std::move(name);
+    stored.item.sizeBytes = sizeBytes;
+    stored.item.packedSizeBytes = packedSizeBytes;
+    stored.content = std::move(content);
+    stored.state = state;
+    items_.push_back(std::move(stored));
+    sizeBytes_ += packedSizeBytes;
+  }
 
   std::vector<Stored> items_;
   std::uint64_t sizeBytes_ = 22;
