@@ -20,8 +20,8 @@ class MemoryArchive : public ArchiveExaminer {
   std::map<std::wstring, std::wstring> headerProblems;  // by name
 
   void Add(std::wstring name, std::string content, ArchiveResult state = ArchiveResult::kDone) {
-    const std::uint64_t packedSizeBytes = content.size() / 2;
-    Put(std::move(name), content.size(), packedSizeBytes, std::move(content), state);
+    const std::uint64_t sizeBytes = content.size();
+    Put(std::move(name), sizeBytes, sizeBytes / 2, std::move(content), state);
   }
 
   // An item of which only the directory says.
