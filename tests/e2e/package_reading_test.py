@@ -201,7 +201,7 @@ class HostilePackageTest(SandboxTest):
 
     LONG_NAMES = {"Local\\Vantric\\" + "x" * 300: "a part of more than 255 characters",
                   "Local\\Vantric\\" + "deep\\" * 1000 + "x": "more than 512 folders",
-                  "Local\\Vantric\\" + "deep folder\\" * 400 + "x": "longer than this system allows",
+                  "Local\\Vantric\\" + "directory\\" * 450 + "x": "longer than this system allows",
                   "Local\\Vantric\\" + "\u87ba" * 100: "longer than this system allows"}
 
     def test_names_that_are_too_long_are_named_and_leave_no_folder(self):
