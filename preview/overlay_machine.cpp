@@ -70,7 +70,8 @@ class ListWriter : public ArchiveWriter {
   ArchiveResult Close() override {
     ArchiveList list{path_, {}};
     for (const auto& [name, path] : sources_) {
-      if (TryToRead(path) != kSystemOk) return ArchiveResult::kSourceUnreadable;
+      const bool isThere = files_.Exists(path) && !files_.IsFolder(path);
+      if (!isThere) return ArchiveResult::kSourceUnreadable;
       list.files.push_back({name, files_.Locate(path), files_.FileBytes(path)});
     }
     if (files_.WriteBytes(path_, {}) != kSystemOk) return ArchiveResult::kTargetNotWritable;
