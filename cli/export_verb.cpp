@@ -43,24 +43,37 @@ void NameWhatFailed(const Session& session, const ExportReport& report) {
 
 bool IsComplete(const ExportReport& report) {
   return report.package.skipped.empty() && report.package.misplaced.empty() &&
-         report.registryFileProblems.empty() && report.missingKeys.empty() &&
-         report.emptyCategories.empty();
+         report.registryFileProblems.empty() && report.missingKeys.empty();
 }
 
-ExitStatus Conclude(const Session& session, const ExportReport& report) {
+// Categories of which the version has nothing. Only one that was asked for by its name is missing
+// from the package; of every category that is there, it is none. False when one is missing.
+bool NameEmptyCategories(const Session& session, const ExportReport& report,
+                         const CategoryChoice& choice) {
+  for (const SettingCategory category : report.emptyCategories) {
+    const auto* record = FindCategory(static_cast<int>(category));
+    const std::wstring finding =
+        L"\"" + std::wstring(Text(record->label)) + L"\": this version has nothing of it";
+    if (choice.all) {
+      session.Print(L"Empty: " + finding);
+    } else {
+      session.Complain(L"Not stored: " + finding);
+    }
+  }
+  return choice.all || report.emptyCategories.empty();
+}
+
+ExitStatus Conclude(const Session& session, const ExportReport& report,
+                    const CategoryChoice& choice) {
   const ArchiveResult outcome = report.package.outcome;
   if (outcome == ArchiveResult::kDone || !report.refusal.empty()) NameWhatFailed(session, report);
   if (outcome != ArchiveResult::kDone) {
     return session.Fail(L"The package " + report.archivePath + L" was not written: " +
                         (report.refusal.empty() ? DescribeArchiveResult(outcome) : report.refusal));
   }
-  for (const SettingCategory category : report.emptyCategories) {
-    const auto* record = FindCategory(static_cast<int>(category));
-    session.Complain(L"Not stored: \"" + std::wstring(Text(record->label)) +
-                     L"\": this version has nothing of it");
-  }
+  const bool nothingMissing = NameEmptyCategories(session, report, choice);
   session.Print(ExportFinishText(report.archivePath));
-  return IsComplete(report) ? ExitStatus::kDone : ExitStatus::kPartly;
+  return nothingMissing && IsComplete(report) ? ExitStatus::kDone : ExitStatus::kPartly;
 }
 
 ExitStatus ExportVersion(const Session& session, const ExportOptions& options,
@@ -81,8 +94,8 @@ ExitStatus ExportVersion(const Session& session, const ExportOptions& options,
 
   PacedRegistryTool tool(*machine.registryTool, *machine.clock, RegistryToolPace::kWaitForEnd);
   RunObserver observer;
-  return Conclude(session,
-                  RunExport({context, machine, tool, observer}, categories.chosen, output));
+  return Conclude(session, RunExport({context, machine, tool, observer}, categories.chosen, output),
+                  options.categories);
 }
 
 }  // namespace

@@ -61,9 +61,18 @@ class RunOutput {
     ComplainOf(outcome.refusals);
     if (!outcome.refusals.empty()) return ExitStatus::kFailed;
     ComplainOf(outcome.report.problems);
+    ComplainOfEmptied();
     ComplainOf(report_.differences);
-    const bool whole = outcome.report.IsComplete() && report_.differences.empty();
+    const bool whole = outcome.report.IsComplete() && outcome.report.emptied.empty() &&
+                       report_.differences.empty();
     return whole ? ExitStatus::kDone : ExitStatus::kPartly;
+  }
+
+  void ComplainOfEmptied() const {
+    const std::wstring what = choice_.dryRun ? L": would be emptied" : L": emptied";
+    for (const SettingCategory category : report_.outcome.report.emptied) {
+      session_.Complain(LabelOf(category) + what + L", since the package holds nothing of it");
+    }
   }
 
   void PrintTrial(const Machine& machine, ExitStatus status) const {
@@ -109,7 +118,16 @@ class RunOutput {
             {"package", ToUtf8(report_.about.package)},
             {"dryRun", choice_.dryRun},
             {"exitStatus", static_cast<int>(status)},
-            {"problems", TextsToJson(report_.outcome.report.problems)}};
+            {"problems", TextsToJson(report_.outcome.report.problems)},
+            {"emptied", EmptiedLabels()}};
+  }
+
+  nlohmann::json EmptiedLabels() const {
+    nlohmann::json labels = nlohmann::json::array();
+    for (const SettingCategory category : report_.outcome.report.emptied) {
+      labels.push_back(ToUtf8(LabelOf(category)));
+    }
+    return labels;
   }
 
   nlohmann::json Document(ExitStatus status, const std::vector<std::wstring>& log) const {
