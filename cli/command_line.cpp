@@ -54,10 +54,14 @@ void AddExport(CLI::App& app, ExportOptions& options, Verb& chosen) {
 }
 
 void AddRunChoice(CLI::App& verb, RunChoice& choice) {
-  verb.add_flag("--dry-run", choice.dryRun, "Change nothing; print what would change");
+  CLI::Option* dryRun =
+      verb.add_flag("--dry-run", choice.dryRun, "Change nothing; print what would change");
+  verb.add_flag("--details", choice.details, "With --dry-run, also each file, key and value")
+      ->needs(dryRun);
   verb.add_flag("--verify", choice.verify, "Read back every file and value that was to change");
   verb.add_flag("--no-restore-point", choice.noRestorePoint,
                 "Keep nothing with which the run could be undone");
+  verb.add_flag("--verbose", choice.verbose, "Also print what the run reports while it works");
   AddJson(verb, choice.json);
 }
 

@@ -98,6 +98,15 @@ void PrintLines(const Session& session, const Items& items) {
   for (const auto& item : items) session.Print(LineOf(item));
 }
 
+void PrintItems(const Session& session, const PreviewedCategory& category) {
+  session.Print(L"");
+  session.Print(category.label);
+  PrintLines(session, category.files);
+  PrintLines(session, category.keys);
+  PrintLines(session, category.values);
+  PrintLines(session, category.dropped);
+}
+
 // For programs.
 
 json TextOrNull(const std::optional<RegistryValue>& value) {
@@ -153,16 +162,19 @@ json ListOf(const Items& items) {
 
 }  // namespace
 
-void PrintPreview(const Session& session, const PreviewReport& report) {
+void PrintPreview(const Session& session, const PreviewReport& report, bool details) {
   for (const PreviewedCategory& category : report.categories) {
     session.Print(category.label + L": " + SummaryText(category.summary));
-    PrintLines(session, category.files);
-    PrintLines(session, category.keys);
-    PrintLines(session, category.values);
-    PrintLines(session, category.dropped);
   }
-  session.Print(report.categories.empty() ? L"Nothing was changed; a run would change nothing."
-                                          : L"Nothing was changed; a run would do the above.");
+  if (report.categories.empty()) {
+    return session.Print(L"Nothing was changed; a run would change nothing.");
+  }
+  if (!details) {
+    return session.Print(
+        L"Nothing was changed; a run would do the above, of which --details lists each item.");
+  }
+  for (const PreviewedCategory& category : report.categories) PrintItems(session, category);
+  session.Print(L"Nothing was changed; a run would do the above.");
 }
 
 json DroppedJson(const std::vector<DroppedValue>& dropped) { return ListOf(dropped); }

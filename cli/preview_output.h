@@ -26,8 +26,8 @@ void PrintPreviewJson(const Session& session, const PreviewReport& report, nlohm
 // The list "dropped" of such a document.
 nlohmann::json DroppedJson(const std::vector<DroppedValue>& dropped);
 
-// A heading with the numbers for each category, one line for each item, and a last line which says
-// that nothing was changed.
-void PrintPreview(const Session& session, const PreviewReport& report);
+// One line with the numbers for each category; with `details` then the categories again, each with
+// one line for each item; and a last line which says that nothing was changed.
+void PrintPreview(const Session& session, const PreviewReport& report, bool details);
 
 }  // namespace carrovan

@@ -18,6 +18,11 @@ class CollectedLog : public LineLog {
   std::vector<std::wstring> lines;
 };
 
+class NoLog : public LineLog {
+ public:
+  void WriteLine(std::wstring_view) override {}
+};
+
 // What is printed of one run.
 class RunOutput {
  public:
@@ -82,7 +87,7 @@ class RunOutput {
     if (choice_.json) {
       PrintPreviewJson(session_, preview, Heading(status));
     } else {
-      PrintPreview(session_, preview);
+      PrintPreview(session_, preview, choice_.details);
     }
   }
 
@@ -171,7 +176,9 @@ ExitStatus RunAndPrint(const Session& session, const RunChoice& choice, const Po
                        const CategoryWords& words, const Machine& machine, const Run& run) {
   ConsoleLog console(session);
   CollectedLog collected;
-  LineLog& log = choice.json ? static_cast<LineLog&>(collected) : console;
+  NoLog none;
+  LineLog& shown = choice.verbose ? static_cast<LineLog&>(console) : none;
+  LineLog& log = choice.json ? static_cast<LineLog&>(collected) : shown;
   const GuardReport report = RunGuarded(machine, choice, about, log, run);
   return RunOutput(session, choice, words, report).Print(machine, collected.lines);
 }

@@ -10,6 +10,8 @@ namespace carrovan {
 // How an import or a reset is run and what is printed of it.
 struct RunChoice : GuardChoice {
   bool json = false;
+  bool verbose = false;  // also what a run reports while it works
+  bool details = false;  // of a run that is only tried out, each single item
 };
 
 // The words for what was done with a category.

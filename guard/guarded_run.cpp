@@ -16,13 +16,30 @@ class NoLog : public LineLog {
   void WriteLine(std::wstring_view) override {}
 };
 
+// Passes the lines on and keeps them.
+class KeptLog : public LineLog {
+ public:
+  explicit KeptLog(LineLog& next) : next_(next) {}
+
+  void WriteLine(std::wstring_view line) override {
+    next_.WriteLine(line);
+    lines.emplace_back(line);
+  }
+
+  std::vector<std::wstring> lines;
+
+ private:
+  LineLog& next_;
+};
+
 // A legacy package names its version itself, which is known only when it has run.
 void TakeVersion(GuardReport& report) {
   if (report.about.version.empty()) report.about.version = report.outcome.context.selectedVersion;
 }
 
 // What the run would change; nothing, with the reason in the report, without a place to try it out.
-std::optional<MachineChanges> TryOut(const Machine& machine, const Run& run, GuardReport& report) {
+std::optional<MachineChanges> TryOut(const Machine& machine, const Run& run, LineLog& log,
+                                     GuardReport& report) {
   const OrReason<OverlayMachine> opened = OverlayMachine::Open(machine);
   if (!opened.object) {
     report.failure = GuardFailure::kNoPlaceForTrial;
@@ -30,7 +47,6 @@ std::optional<MachineChanges> TryOut(const Machine& machine, const Run& run, Gua
     return std::nullopt;
   }
   OverlayMachine& overlay = *opened.object;
-  NoLog log;
   report.outcome = run(overlay.Ports(), log);
   return overlay.Changes();
 }
@@ -58,7 +74,8 @@ std::wstring LackOfRoom(const Machine& machine, const Run& run,
                         const std::optional<MachineChanges>& foreseen) {
   if (HasPlentyOfRoom(machine)) return {};
   GuardReport trial;
-  const auto changes = foreseen ? foreseen : TryOut(machine, run, trial);
+  NoLog log;
+  const auto changes = foreseen ? foreseen : TryOut(machine, run, log, trial);
   return changes ? RoomThatLacks(machine, *changes) : trial.reason;
 }
 
@@ -83,17 +100,18 @@ void RunRecorded(const Machine& machine, const GuardChoice& choice, const Run& r
     return;
   }
   RecordedMachine recorded(machine, recorder);
-  report.outcome = run(recorded.Ports(), log);
+  KeptLog kept(log);
+  report.outcome = run(recorded.Ports(), kept);
   if (report.WasCarriedOut() && report.about.version.empty()) {
     TakeVersion(report);
     recorder.Describe(report.about);
   }
-  if (recorder.End()) report.restorePoint = recorder.Id();
+  if (recorder.End(kept.lines)) report.restorePoint = recorder.Id();
 }
 
-void RunDry(const Machine& machine, const GuardChoice& choice, const Run& run,
+void RunDry(const Machine& machine, const GuardChoice& choice, const Run& run, LineLog& log,
             GuardReport& report) {
-  std::optional<MachineChanges> foreseen = TryOut(machine, run, report);
+  std::optional<MachineChanges> foreseen = TryOut(machine, run, log, report);
   if (!foreseen) return;
   if (!choice.ownFolder.empty()) ForgetFilesIn(choice.ownFolder, *foreseen);
   report.changes = std::move(*foreseen);
@@ -104,7 +122,8 @@ void RunInEarnest(const Machine& machine, const GuardChoice& choice, const Run& 
                   GuardReport& report) {
   std::optional<MachineChanges> foreseen;
   if (choice.verify) {
-    foreseen = TryOut(machine, run, report);
+    NoLog noLog;
+    foreseen = TryOut(machine, run, noLog, report);
     if (!foreseen) return;
   }
   if (choice.noRestorePoint) {
@@ -127,7 +146,7 @@ GuardReport RunGuarded(const Machine& machine, const GuardChoice& choice, const 
   GuardReport report;
   report.about = about;
   if (choice.dryRun) {
-    RunDry(machine, choice, run, report);
+    RunDry(machine, choice, run, log, report);
     return report;
   }
   const OrReason<RunLock> lock = RunLock::Take(machine, about.verb);

@@ -64,7 +64,8 @@ struct GuardReport {
 };
 
 // Runs in the chosen way, alone among the user's runs unless it is only tried out. What killed runs
-// left in the temporary path goes first. `about` is what a restore point says of the run.
+// left in the temporary path goes first. `about` is what a restore point says of the run. The lines
+// of the run's log go to `log`, and stay in the restore point.
 GuardReport RunGuarded(const Machine& machine, const GuardChoice& choice, const PointBegun& about,
                        LineLog& log, const Run& run);
 

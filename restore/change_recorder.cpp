@@ -402,7 +402,7 @@ void ChangeRecorder::KeyChanged(RegistryHive hive, const std::wstring& keyPath) 
   changedKeys_.push_back({hive, keyPath});
 }
 
-bool ChangeRecorder::End() {
+bool ChangeRecorder::End(const std::vector<std::wstring>& log) {
   EndOpenChanges();
   if (ChangedNothing()) {
     RemoveRestorePoint(files_, root_, id_);
@@ -410,10 +410,19 @@ bool ChangeRecorder::End() {
   }
   if (!files_.IsFolder(Folder())) return false;
   // The last line vouches for all in front of it.
-  static_cast<void>(journal_.Flush());
+  static_cast<void>(journal_.Flush(WriteLog(log)));
   journal_.Add(RunEnded{});
   static_cast<void>(journal_.Flush());
   return true;
+}
+
+// Gives what is to be flushed of it. An undo needs none of it, so that a failure is no matter.
+std::vector<std::wstring> ChangeRecorder::WriteLog(const std::vector<std::wstring>& log) {
+  std::string text;
+  for (const std::wstring& line : log) text += ToUtf8(line) + "\r\n";
+  const std::wstring path = Folder() + L"\\" + kLogName;
+  if (text.empty() || files_.AppendBytes(path, text) != kSystemOk) return {};
+  return {path, Folder()};
 }
 
 // What was announced may not have changed at all.

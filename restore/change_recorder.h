@@ -112,8 +112,8 @@ class ChangeRecorder {
 
   // The run is over, and what it did is safe from a loss of power. When everything is as it was
   // before, the restore point is removed, and the folder of them with the last; gives whether it
-  // remains.
-  bool End();
+  // remains. The log's lines stay in it as far as they can be written.
+  bool End(const std::vector<std::wstring>& log = {});
 
  private:
   // What is known of a path that was noted.
@@ -159,6 +159,7 @@ class ChangeRecorder {
                const std::vector<std::wstring>& setting);
   void NoteThatChangesAreOver();
   void EndOpenChanges();
+  std::vector<std::wstring> WriteLog(const std::vector<std::wstring>& log);
   bool ChangedNothing();
   bool IsAsBefore(const std::wstring& path, const NotedFile& file);
   bool IsAsBefore(const NotedKey& key);

@@ -13,9 +13,11 @@
 namespace carrovan {
 
 // Where restore points lie: one folder each, named by the UTC time at which its run began, with the
-// journal in it and copies of what the run changed or removed.
+// journal in it, copies of what the run changed or removed, and the lines of its log.
 
 inline constexpr wchar_t kJournalName[] = L"journal.jsonl";
+// What the run reported while it worked, for people. Nothing reads it.
+inline constexpr wchar_t kLogName[] = L"log.txt";
 inline constexpr wchar_t kCopiesFolder[] = L"files";
 
 // Folders of the application data in which a run changes what it does. No run begins for a product

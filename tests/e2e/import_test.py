@@ -1,5 +1,7 @@
 """Whole imports and resets: what a machine holds afterwards is exactly what it should."""
 
+import json
+import re
 import zipfile
 
 import expected_package
@@ -57,10 +59,23 @@ class WholeRunTest(SandboxTest):
         self.run_verb("export", "--version", "2026", "--all", "--output", self.package)
         done = self.run_verb("import", self.package, "--to", "2026", "--all")
         self.assertEqual(done.stderr, "")
-        for label in expected_package.LABELS:
-            self.assertIn(f"\n{label}: imported\n", done.stdout)
+        self.assertEqual(done.stdout.splitlines()[:len(expected_package.LABELS)],
+                         [f"{label}: imported" for label in expected_package.LABELS])
         self.assertTrue(done.stdout.endswith(
             "Your settings have been successfully imported to  VANTRIC 2026.\n"), done.stdout)
+
+    def test_what_an_import_reports_stays_in_the_restore_point_and_is_printed_when_asked_for(self):
+        self.run_verb("export", "--version", "2025", "--all", "--output", self.package)
+        arguments = ("import", self.package, "--to", "2026", "--all")
+        result = r"Options: imported\n(.*\n)*"
+        self.assertRegex(self.run_verb(*arguments).stdout, rf"\A{result}\Z")
+        point, = json.loads(self.run_verb("restore-points", "--json").stdout)
+        log = next(self.sandbox.local.glob("Carrovan/Restore/*/log.txt")).read_text("utf-8")
+        self.assertIn("\nSuccessfully replaced 5 user paths\n", log)
+        self.run_verb("undo")
+        printed = self.run_verb(*arguments, "--verbose", "--no-restore-point").stdout
+        self.assertRegex(printed, rf"\A{re.escape(log)}{result}\Z")
+        self.assertEqual(point["state"], "finished")
 
     def test_reset_names_every_category_and_what_was_done_with_it(self):
         done = self.run_verb("reset", "--category", "Cosmetic Thread", "--yes")

@@ -50,10 +50,19 @@ class PreviewTest(SandboxTest):
 
     def test_dry_run_is_told_for_people_too(self):
         self.run_verb("export", "--version", "2025", "--all", "--output", self.package)
-        done = self.dry_run("import", self.package, "--to", "2026", "--all")
+        arguments = ("import", self.package, "--to", "2026", "--all")
+        summary = self.dry_run(*arguments).stdout.splitlines()
+        self.assertTrue(summary.pop().endswith("of which --details lists each item."))
+        labels = [category["label"] for category in self.foreseen(*arguments)["categories"]]
+        self.assertEqual([line.split(":")[0] for line in summary], labels)
+        done = self.dry_run(*arguments, "--details")
+        self.assertEqual(done.stdout.splitlines()[:len(summary) + 2], [*summary, "", labels[0]])
         for word in ("added", "replaced", "merged", "removed", "value changed", "value dropped"):
             self.assertIn(f"  {word} ", done.stdout)
         self.assertTrue(done.stdout.splitlines()[-1].startswith("Nothing was changed"))
+
+    def test_details_are_those_of_a_dry_run_only(self):
+        self.assertEqual(self.machine.run("reset", "--all", "--yes", "--details").returncode, 2)
 
     def test_dry_run_of_a_refused_import_is_refused(self):
         self.run_verb("export", "--version", "2026", "--all", "--output", self.package)

@@ -16,9 +16,11 @@ const std::wstring kLocal = L"C:\\Users\\u\\AppData\\Local";
 const std::wstring kData = kLocal + L"\\Vantric\\a.txt";
 const std::wstring kAbandoned = kLocal + L"\\Temp\\00112233-4455-6677-8899-AABBCCDDEEFF";
 
-class SilentLog : public LineLog {
+class CollectedLog : public LineLog {
  public:
-  void WriteLine(std::wstring_view) override {}
+  void WriteLine(std::wstring_view line) override { lines.emplace_back(line); }
+
+  std::vector<std::wstring> lines;
 };
 
 class GuardedRunTest : public testing::Test {
@@ -31,8 +33,10 @@ class GuardedRunTest : public testing::Test {
 
   GuardReport RunChanging(const GuardChoice& choice) {
     return RunGuarded(machine_.Ports(), choice, {L"import", L"2026", L"x.ucex"}, log_,
-                      [&](const Machine& ports, LineLog&) {
+                      [&](const Machine& ports, LineLog& log) {
                         sawOther_.push_back(OtherIsRefused());
+                        log.WriteLine(L"\x4E2D 1");
+                        log.WriteLine(L"line 2");
                         EXPECT_EQ(ports.files->WriteBytes(kData, "after"), kSystemOk);
                         return RunOutcome();
                       });
@@ -41,7 +45,7 @@ class GuardedRunTest : public testing::Test {
   bool OtherIsRefused() { return RunLock::Take(machine_.Ports(), L"reset").object == nullptr; }
 
   MemoryMachine machine_;
-  SilentLog log_;
+  CollectedLog log_;
   std::vector<bool> sawOther_;  // for each time that the run was run: whether others were kept out
 };
 
@@ -117,6 +121,36 @@ TEST_F(GuardedRunTest, LetsOthersInWhenItBreaksOff) {
                           }),
                std::runtime_error);
   EXPECT_FALSE(OtherIsRefused());
+}
+
+TEST_F(GuardedRunTest, LogGoesOnAndStaysInTheRestorePoint) {
+  const std::vector<std::wstring> lines{L"\x4E2D 1", L"line 2"};
+  const GuardReport report = RunChanging({});
+  EXPECT_EQ(log_.lines, lines);
+  const std::wstring point = *RestoreRoot(machine_.folders) + L"\\" + report.restorePoint;
+  EXPECT_EQ(machine_.files.Bytes(point + L"\\log.txt"), "\xE4\xB8\xAD 1\r\nline 2\r\n");
+}
+
+TEST_F(GuardedRunTest, LogThatCannotBeKeptDoesNotHarmTheRestorePoint) {
+  machine_.files.fault = [](const std::string& operation, const std::wstring& path) {
+    return operation == "append" && path.ends_with(L"log.txt") ? kSystemDiskFull : kSystemOk;
+  };
+  const GuardReport report = RunChanging({});
+  const auto point =
+      ReadRestorePoint(machine_.files, *RestoreRoot(machine_.folders), report.restorePoint);
+  ASSERT_TRUE(point);
+  EXPECT_EQ(point->state, PointState::kFinished);
+}
+
+TEST_F(GuardedRunTest, LogOfATrialGoesOnOnce) {
+  GuardChoice choice;
+  choice.dryRun = true;
+  RunChanging(choice);
+  EXPECT_EQ(log_.lines.size(), 2u);
+  choice = {};
+  choice.verify = true;
+  RunChanging(choice);
+  EXPECT_EQ(log_.lines.size(), 4u);
 }
 
 TEST_F(GuardedRunTest, RestorePointHoldsNothingOfTheLock) {

@@ -75,9 +75,23 @@ TEST_F(PreviewReportTest, EveryChangeIsThatOfItsCategory) {
   EXPECT_EQ(report.categories[4].summary, (PreviewSummary{.filesRemoved = 1}));
 }
 
-TEST_F(PreviewReportTest, IsPrintedLineByLine) {
+TEST_F(PreviewReportTest, IsPrintedAsOneLineForEachCategory) {
   Fill();
-  PrintPreview(Session(console_), Report());
+  PrintPreview(Session(console_), Report(), false);
+  EXPECT_EQ(
+      console_.out,
+      L"Options: 1 value added, 1 value dropped\n"
+      L"Register: 1 value changed, 1 value removed\n"
+      L"Shortcut key: 1 file replaced, 1 file merged\n"
+      L"Custom Parts Library: 1 file added\n"
+      L"Other: 1 file removed\n"
+      L"Nothing was changed; a run would do the above, of which --details lists each item.\n");
+}
+
+TEST_F(PreviewReportTest, DetailsArePrintedLineByLineBehindTheSummary) {
+  Fill();
+  PrintPreview(Session(console_), Report(), true);
+  EXPECT_TRUE(Contains(console_.out, L"\nOther: 1 file removed\n\nOptions\n  key added"));
   const std::wstring key = L"HKEY_CURRENT_USER\\" + kLive;
   for (const std::wstring& line :
        {std::wstring(L"Options: 1 value added, 1 value dropped\n"),
@@ -98,7 +112,7 @@ TEST_F(PreviewReportTest, IsPrintedLineByLine) {
 }
 
 TEST_F(PreviewReportTest, SaysThatThereIsNothingToDo) {
-  PrintPreview(Session(console_), Report());
+  PrintPreview(Session(console_), Report(), true);
   EXPECT_EQ(console_.out, L"Nothing was changed; a run would change nothing.\n");
 }
 
