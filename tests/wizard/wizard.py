@@ -260,16 +260,28 @@ class Wizard:
 
 def list_windows(screen, prefix, program):
     """The visible windows of a program, the uppermost first, each with its visible controls."""
-    answer = run_limited(
-        [ROOT / "tools" / "wine", PROGRAMS / "tests" / "window_probe.exe", program],
-        env={**screen.environment(), "WINEPREFIX": str(prefix)}, check=True).stdout
     windows = []
-    for facts in json.loads(answer):
+    for facts in json.loads(_probe(screen, prefix, program)):
         if facts["depth"] == 0:
             windows.append(Control(facts))
         elif facts["visible"]:
             windows[-1].controls.append(Control(facts))
     return windows
+
+
+PROBE_ATTEMPTS = 3
+
+
+def _probe(screen, prefix, program):
+    """What the probe prints. It only looks and never fails by itself; but on a busy machine Wine
+    now and then ends a program before its first line, and then it is started again."""
+    command = [ROOT / "tools" / "wine", PROGRAMS / "tests" / "window_probe.exe", program]
+    for _ in range(PROBE_ATTEMPTS):
+        done = run_limited(command, env={**screen.environment(), "WINEPREFIX": str(prefix)})
+        if done.returncode == 0:
+            return done.stdout
+    raise RuntimeError(f"{program}'s windows could not be listed in {PROBE_ATTEMPTS} attempts; the "
+                       f"last ended with {done.returncode}: {done.stdout + done.stderr}")
 
 
 def processes_in_prefix(prefix, names):
