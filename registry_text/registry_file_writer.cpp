@@ -59,12 +59,13 @@ std::uint32_t NumberOf(const RegistryValue& value) {
   return number;
 }
 
-void AppendBytes(std::wstring& line, const RegistryValue& value) {
-  line.append(value.type == kRegBinary ? L"hex:" : L"hex(" + Hex(value.type, 1) + L"):");
+}  // namespace
+
+void AppendHexList(std::wstring& line, std::span<const std::uint8_t> data) {
   std::size_t column = ToUtf16(line).size();
-  for (std::size_t i = 0; i < value.data.size(); ++i) {
-    line.append(Hex(value.data[i], 2));
-    if (i + 1 == value.data.size()) break;
+  for (std::size_t i = 0; i < data.size(); ++i) {
+    line.append(Hex(data[i], 2));
+    if (i + 1 == data.size()) break;
     line.push_back(L',');
     column += 3;
     if (column <= kWrapBehindColumn) continue;
@@ -72,6 +73,8 @@ void AppendBytes(std::wstring& line, const RegistryValue& value) {
     column = 2;
   }
 }
+
+namespace {
 
 bool FitsQuotes(const RegistryValue& value, const std::wstring& text, RegistryFileForm form) {
   return form == RegistryFileForm::kExport || MakeStringValue(value.name, text).data == value.data;
@@ -89,7 +92,8 @@ std::wstring ValueLine(const RegistryValue& value, RegistryFileForm form) {
   } else if (value.type == kRegDword && value.data.size() == sizeof(std::uint32_t)) {
     return line + L"dword:" + Hex(NumberOf(value), 8);
   }
-  AppendBytes(line, value);
+  line.append(value.type == kRegBinary ? L"hex:" : L"hex(" + Hex(value.type, 1) + L"):");
+  AppendHexList(line, value.data);
   return line;
 }
 

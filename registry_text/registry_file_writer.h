@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <span>
 #include <string>
 
 #include "registry_text/registry_file_parser.h"
@@ -24,6 +26,10 @@ std::wstring WriteRegistryFile(RegistryHive hive, const std::wstring& keyPath,
 // The text of a registry file that says of this hive what the given one does, in the same order.
 // Nothing is lost.
 std::wstring WriteRegistryChanges(const RegistryFile& file, RegistryHive hive);
+
+// Adds bytes to the line of a value that ends in "hex:" or the like, and goes on in further lines
+// where the tool does.
+void AppendHexList(std::wstring& line, std::span<const std::uint8_t> data);
 
 // A value as it stands in such a file behind its name, on one line however long it is: "text",
 // dword:00000001, hex:01,02. Nothing is lost.

@@ -171,14 +171,19 @@ bool DeclaresUtf8(std::u16string_view text) {
 
 }  // namespace
 
+SystemCode DecodeDocument(std::string_view bytes, const CodePage& codePage, std::u16string& text,
+                          bool& holdsAnyCharacter) {
+  const TextForm form = TextForm::OfDocument(bytes, codePage);
+  if (IsInAnotherEncoding(form, bytes)) return kInvalidData;
+  text = form.Decode(form.Body(bytes));
+  holdsAnyCharacter = form.IsUtf16() || (form.IsUnicode() && DeclaresUtf8(text));
+  return kSystemOk;
+}
+
 SystemCode DocumentText::Load(const std::wstring& file) {
   file_ = file;
   if (const SystemCode code = files_.ReadBytes(file, bytes_); code != kSystemOk) return code;
-  const TextForm form = TextForm::OfDocument(bytes_, codePage_);
-  if (IsInAnotherEncoding(form, bytes_)) return kInvalidData;
-  text_ = form.Decode(form.Body(bytes_));
-  holdsAnyCharacter_ = form.IsUtf16() || (form.IsUnicode() && DeclaresUtf8(text_));
-  return kSystemOk;
+  return DecodeDocument(bytes_, codePage_, text_, holdsAnyCharacter_);
 }
 
 SystemCode DocumentText::Save(std::u16string_view text) {

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/file_system.h"
 #include "platform/system_facts.h"
@@ -21,6 +23,32 @@ std::size_t FindUnits(std::u16string_view text, std::u16string_view search, std:
 // text is not touched when there is none. An empty search text replaces nothing.
 std::size_t ReplaceUnits(std::u16string& text, std::u16string_view search,
                          std::u16string_view replacement);
+
+// Replaces in what stands between texts that stay as they are. `replace` gets each stretch, changes
+// it and gives the number of replacements. Without such texts it gets the whole.
+template <typename Replace>
+std::size_t ReplaceBetween(std::u16string& text, const std::vector<std::u16string>& stay,
+                           Replace replace) {
+  if (stay.empty()) return replace(text);
+  std::u16string result;
+  std::size_t count = 0;
+  for (std::size_t from = 0; from <= text.size();) {
+    std::size_t at = text.size();
+    std::size_t length = 0;
+    for (const std::u16string& each : stay) {
+      const std::size_t hit = std::min(FindUnits(text, each, from), text.size());
+      if (hit > at || (hit == at && each.size() <= length)) continue;
+      at = hit;
+      length = hit == text.size() ? 0 : each.size();
+    }
+    std::u16string stretch = text.substr(from, at - from);
+    count += replace(stretch);
+    result.append(stretch).append(text, at, length);
+    from = at == text.size() ? at + 1 : at + length;
+  }
+  if (count > 0) text.swap(result);
+  return count;
+}
 
 // How the bytes of a text file stand for text: UTF-16 little-endian behind the mark FF FE, or 8-bit
 // text. Whatever is not edited comes back byte for byte.
@@ -68,6 +96,11 @@ std::string_view TakeWholeLines(std::string_view& body, std::size_t leastBytes,
 
 // Behind the last line end at or behind `from`; 0 when there is none.
 std::size_t LastLineEnd(std::string_view body, std::size_t from, std::size_t unitBytes);
+
+// The text of a document's bytes. kInvalidData for one in another encoding, which would not
+// survive. `holdsAnyCharacter` becomes whether the document's encoding has every character.
+[[nodiscard]] SystemCode DecodeDocument(std::string_view bytes, const CodePage& codePage,
+                                        std::u16string& text, bool& holdsAnyCharacter);
 
 // An XML document as text. Its 8-bit text is UTF-8 where its bytes allow that, else text in the
 // machine's code page.

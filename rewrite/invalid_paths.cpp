@@ -2,12 +2,36 @@
 
 #include <algorithm>
 
+#include "rewrite/path_map.h"
+#include "rewrite/path_search.h"
 #include "text/path_text.h"
 #include "text/text.h"
 
 namespace carrovan {
+namespace {
+
+// A map of which only the beginnings count.
+std::vector<PathMapping> FromEach(const std::vector<std::wstring>& beginnings) {
+  std::vector<PathMapping> mappings;
+  for (const std::wstring& beginning : beginnings) mappings.push_back({beginning, beginning});
+  return mappings;
+}
+
+}  // namespace
 
 bool PathChecker::Exists(std::u16string_view spelling) {
+  return ExistsWhole(spelling) || BeginsWithMapped(spelling);
+}
+
+bool PathChecker::BeginsWithMapped(std::u16string_view spelling) const {
+  if (mappedTo_.empty()) return false;
+  const auto found = FindPath(spelling, PathSpelling::kRegistry);
+  if (!found || found->begin != 0 || found->end == spelling.size()) return false;
+  const std::wstring path = FromUtf16(found->path);
+  return PathMap(FromEach(mappedTo_)).Find(path) != nullptr && files_.Exists(path);
+}
+
+bool PathChecker::ExistsWhole(std::u16string_view spelling) {
   const std::size_t front = spelling.find_last_of(u"\\/") + 1;  // 0 when there is none
   const std::u16string_view name = spelling.substr(front);
   const bool isPlain = !name.empty() && name.find(u"..") == std::u16string_view::npos;

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
+#include <vector>
 
 #include "platform/file_system.h"
 #include "rewrite/document_text.h"
@@ -16,7 +18,10 @@ namespace carrovan {
 // nothing in a folder that is not there.
 class PathChecker {
  public:
-  explicit PathChecker(const FileReader& files) : files_(files) {}
+  // Behind a path that begins with one of these, the text may go on with something else, such as
+  // the arguments of a program.
+  explicit PathChecker(const FileReader& files, std::vector<std::wstring> mappedTo = {})
+      : files_(files), mappedTo_(std::move(mappedTo)) {}
 
   // `spelling` is the path as it stands in the file, with its escaping.
   bool Exists(std::u16string_view spelling);
@@ -27,9 +32,12 @@ class PathChecker {
     using is_transparent = void;
   };
 
+  bool ExistsWhole(std::u16string_view spelling);
+  bool BeginsWithMapped(std::u16string_view spelling) const;
   bool FolderMayHold(std::wstring path);
 
   const FileReader& files_;
+  const std::vector<std::wstring> mappedTo_;
   std::unordered_map<std::u16string, bool, Hash, std::equal_to<>> paths_;  // by spelling
   std::unordered_map<std::wstring, bool> folders_;
   // Fronts of paths, with the last separator, whose folder is not there. Most paths that lead to

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "rewrite/registry_rewrite.h"
+#include "rewrite/user_paths.h"
 #include "rewrite/xml_rewrite.h"
 #include "text/path_text.h"
 #include "text/text.h"
@@ -47,6 +48,13 @@ SystemCode RenameFolderPart(std::wstring& path, std::wstring_view oldText,
 }
 
 namespace {
+
+std::vector<Replacement> RegistryReplacements(const RewriteInputs& in) {
+  return {{in.productName + L" " + in.packageInternalVersion,
+           in.productName + L" " + in.targetInternalVersion},
+          {in.packageInternalVersion + L"\\", in.targetInternalVersion + L"\\"},
+          {in.packageReleaseVersion, in.targetReleaseYear}};
+}
 
 bool HasExtension(const std::wstring& path, std::wstring_view extension) {
   return path.size() >= extension.size() &&
@@ -129,22 +137,16 @@ class TreeRewriter {
   void RewriteXml(const std::wstring& path) {
     const SystemCode code =
         ReplaceInXmlLines(path, inputs_.packageReleaseVersion, inputs_.targetReleaseYear,
-                          ports_.files, ports_.codePage);
+                          ports_.files, ports_.codePage, ports_.stay);
     Note(path, code);
     if (code != kSystemOk) return;
     Note(path, RetargetLegacyVersion(path, ReplaceAll(inputs_.productName, L" ", L""),
-                                     inputs_.targetInternalVersion, ports_.files, ports_.codePage));
+                                     inputs_.targetInternalVersion, ports_.files, ports_.codePage,
+                                     ports_.stay));
   }
 
   void RewriteReg(const std::wstring& path) {
-    const RewriteInputs& in = inputs_;
-    const std::vector<Replacement> replacements = {
-        {in.productName + L" " + in.packageInternalVersion,
-         in.productName + L" " + in.targetInternalVersion},
-        {in.packageInternalVersion + L"\\", in.targetInternalVersion + L"\\"},
-        {in.packageReleaseVersion, in.targetReleaseYear},
-    };
-    Note(path, RewriteRegistryFile(path, replacements, ports_));
+    Note(path, RewriteRegistryFile(path, RegistryReplacements(inputs_), ports_));
   }
 
   void Note(const std::wstring& path, SystemCode code) {
@@ -158,6 +160,23 @@ class TreeRewriter {
 };
 
 }  // namespace
+
+std::wstring RewrittenInRegistryFile(const std::wstring& path, const RewriteInputs& inputs,
+                                     const UserIdentity& user) {
+  std::u16string text = ToUtf16(ReplaceAll(path, L"\\", L"\\\\"));
+  for (const Replacement& each : RegistryReplacements(inputs)) {
+    ReplaceUnits(text, ToUtf16(each.search), ToUtf16(each.replacement));
+  }
+  if (const auto known = RegUserOf(user)) {
+    ReplaceUserNames(text, known->rule);
+    if (!known->profile.empty()) ReplaceUnits(text, u"%USERPROFILE%", known->profile);
+  }
+  return ReplaceAll(FromUtf16(text), L"\\\\", L"\\");
+}
+
+std::wstring RewrittenInDocument(const std::wstring& path, const RewriteInputs& inputs) {
+  return ReplaceAll(path, inputs.packageReleaseVersion, inputs.targetReleaseYear);
+}
 
 std::vector<RewriteFailure> RewritePackageTree(const std::wstring& folder,
                                                const RewriteInputs& inputs,

@@ -29,6 +29,12 @@ struct RewriteInputs {
   std::wstring firstDraftingFolder;  // the drafting product's folder on this machine
 };
 
+// What the rewriting of a package makes of a path in a registry file or in a document. The path has
+// one backslash between two names.
+std::wstring RewrittenInRegistryFile(const std::wstring& path, const RewriteInputs& inputs,
+                                     const UserIdentity& user);
+std::wstring RewrittenInDocument(const std::wstring& path, const RewriteInputs& inputs);
+
 // A file that was left as it is because it could not be read or written, or a folder that kept its
 // name.
 struct RewriteFailure {

@@ -77,15 +77,23 @@ bool RegistryTextStream::EditBlock(std::string_view block) {
 bool RegistryTextStream::Apply(std::u16string& text) {
   std::size_t count = 0;
   for (const UnitReplacement& each : passes_.replacements) {
-    count += ReplaceUnits(text, each.search, each.replacement);
+    count += ReplaceBetween(text, passes_.stay, [&each](std::u16string& stretch) {
+      return ReplaceUnits(stretch, each.search, each.replacement);
+    });
   }
   if (!passes_.user) return count > 0;
-  std::size_t users = ReplaceUserNames(text, passes_.user->rule);
-  if (!passes_.user->profile.empty()) {
-    users += ReplaceUnits(text, u"%USERPROFILE%", passes_.user->profile);
-  }
+  const std::size_t users =
+      ReplaceBetween(text, passes_.stay, [this](auto& stretch) { return ReplaceUsers(stretch); });
   userPaths_ += users;
   return count + users > 0;
+}
+
+std::size_t RegistryTextStream::ReplaceUsers(std::u16string& text) const {
+  std::size_t count = ReplaceUserNames(text, passes_.user->rule);
+  if (!passes_.user->profile.empty()) {
+    count += ReplaceUnits(text, u"%USERPROFILE%", passes_.user->profile);
+  }
+  return count;
 }
 
 template <typename Char>
@@ -166,10 +174,12 @@ SystemCode Edit(const std::wstring& file, RegistryTextStream& text, FileSystem& 
 }
 
 SystemCode Rewrite(const std::wstring& file, const FilePasses& wanted, const RewritePorts& ports) {
-  PathChecker paths(ports.files);
-  TextPasses passes{InUnits(wanted.replacements), std::nullopt};
+  PathChecker paths(ports.files, ports.mappedTo);
+  TextPasses passes;
+  passes.replacements = InUnits(wanted.replacements);
   if (wanted.userPaths) passes.user = RegUserOf(ports.user);
-  if (wanted.invalidPaths) passes.paths = &paths;
+  if (wanted.invalidPaths && !ports.keepsDeadPaths) passes.paths = &paths;
+  passes.stay = ports.stay;
   std::vector<DroppedLine> dropped;
   ReportDroppedLine report;
   if (ports.dropped != nullptr) {

@@ -24,7 +24,8 @@ struct UnitReplacement {
 struct TextPasses {
   std::vector<UnitReplacement> replacements;
   std::optional<RegUser> user;
-  PathChecker* paths = nullptr;  // set: lines with invalid paths are dropped
+  PathChecker* paths = nullptr;           // set: lines with invalid paths are dropped
+  std::vector<std::u16string> stay = {};  // texts that neither of the first two changes
 };
 
 // What becomes of a registry file, from the least on.
@@ -70,6 +71,7 @@ class RegistryTextStream {
   bool EditLines(std::string_view lines);
   bool EditBlock(std::string_view block);
   bool Apply(std::u16string& text);
+  std::size_t ReplaceUsers(std::u16string& text) const;
   template <typename Char>
   bool Emit(std::basic_string_view<Char> lines, bool edited);
 

@@ -23,6 +23,11 @@ struct RewritePorts {
   const CodePage& codePage;
   LineLog& log;
   std::vector<DroppedLine>* dropped = nullptr;  // gets every line that was dropped
+  bool keepsDeadPaths = false;                  // no line is dropped
+  // Beginnings of paths that were mapped. Behind such a path a value may go on with something else.
+  std::vector<std::wstring> mappedTo = {};
+  // As they are spelled in files. They are the user's own words and are not rewritten.
+  std::vector<std::u16string> stay = {};
 };
 
 }  // namespace carrovan

@@ -14,13 +14,16 @@
 namespace carrovan {
 
 std::u16string ReplacedInLines(std::u16string_view text, std::u16string_view search,
-                               std::u16string_view replacement) {
+                               std::u16string_view replacement,
+                               const std::vector<std::u16string>& stay) {
   std::u16string result;
   result.reserve(text.size() + text.size() / 16);
   std::u16string line;
   while (!text.empty()) {
     line = TakeLine(text);
-    ReplaceUnits(line, search, replacement);
+    ReplaceBetween(line, stay, [&](std::u16string& stretch) {
+      return ReplaceUnits(stretch, search, replacement);
+    });
     result.append(line).append(u"\r\n");
   }
   return result;
@@ -28,10 +31,11 @@ std::u16string ReplacedInLines(std::u16string_view text, std::u16string_view sea
 
 SystemCode ReplaceInXmlLines(const std::wstring& file, const std::wstring& search,
                              const std::wstring& replacement, FileSystem& files,
-                             const CodePage& codePage) {
+                             const CodePage& codePage, const std::vector<std::u16string>& stay) {
   DocumentText document(files, codePage);
   if (const SystemCode code = document.Load(file); code != kSystemOk) return code;
-  return document.Save(ReplacedInLines(document.Text(), ToUtf16(search), ToUtf16(replacement)));
+  return document.Save(
+      ReplacedInLines(document.Text(), ToUtf16(search), ToUtf16(replacement), stay));
 }
 
 SystemCode ReplaceUserPathsInXml(const std::wstring& file, const RewritePorts& ports) {
@@ -39,7 +43,10 @@ SystemCode ReplaceUserPathsInXml(const std::wstring& file, const RewritePorts& p
   if (const SystemCode code = document.Load(file); code != kSystemOk) return code;
   const std::optional<UserPathRule> rule = XmlUserOf(ports.user, document.HoldsAnyCharacter());
   std::u16string text = document.Text();
-  if (!rule || ReplaceUserNames(text, *rule) == 0) return kSystemOk;
+  if (!rule) return kSystemOk;
+  const std::size_t count = ReplaceBetween(
+      text, ports.stay, [&rule](auto& stretch) { return ReplaceUserNames(stretch, *rule); });
+  if (count == 0) return kSystemOk;
   return document.Save(text);
 }
 
@@ -93,7 +100,8 @@ bool ParseNumber(std::wstring_view text, double& value) {
 
 SystemCode RetargetLegacyVersion(const std::wstring& xmlPath, const std::wstring& productKey,
                                  const std::wstring& targetVersion, FileSystem& files,
-                                 const CodePage& codePage) {
+                                 const CodePage& codePage,
+                                 const std::vector<std::u16string>& stay) {
   double target = 0;
   if (productKey.empty() || !ParseNumber(targetVersion, target)) return kSystemOk;
   DocumentText document(files, codePage);
@@ -102,7 +110,7 @@ SystemCode RetargetLegacyVersion(const std::wstring& xmlPath, const std::wstring
   const std::u16string largest = LargestVersion(document.Text(), key);
   if (largest.empty()) return kSystemOk;
   return document.Save(
-      ReplacedInLines(document.Text(), key + largest, key + ToUtf16(targetVersion)));
+      ReplacedInLines(document.Text(), key + largest, key + ToUtf16(targetVersion), stay));
 }
 
 std::wstring ReadLegacyTargetVersion(const std::wstring& xmlPath, XmlDom& dom) {
