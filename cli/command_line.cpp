@@ -65,6 +65,16 @@ void AddRunChoice(CLI::App& verb, RunChoice& choice) {
   AddJson(verb, choice.json);
 }
 
+void AddPathOptions(CLI::App& verb, PathOptions& options) {
+  AddTexts(verb, "--map", options.maps,
+           "Put NEW in the place of OLD at the front of the package's paths; may be repeated")
+      ->type_name("OLD=NEW");
+  AddText(verb, "--map-file", options.mapFile, "A file with a line OLD=NEW for each")
+      ->type_name("FILE");
+  verb.add_flag("--keep-dead-paths", options.keepDeadPaths,
+                "Import values also if they name a path that does not exist here");
+}
+
 void AddImport(CLI::App& app, ImportOptions& options, Verb& chosen) {
   CLI::App* verb = app.add_subcommand(
       "import", "Bring a package's settings into an installed version, merged with what is there");
@@ -76,6 +86,7 @@ void AddImport(CLI::App& app, ImportOptions& options, Verb& chosen) {
                 "Every category that the package holds; the only choice for a .ucx package");
   verb->add_flag("--trust", options.trust,
                  "Take the package even if there are reasons not to trust it; inspect lists them");
+  AddPathOptions(*verb, options.paths);
   AddRunChoice(*verb, options.run);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunImportVerb(session, options); };
@@ -97,6 +108,12 @@ void AddInspect(CLI::App& app, InspectOptions& options, Verb& chosen) {
   CLI::App* verb = app.add_subcommand(
       "inspect", "Show what a package holds, what an import would refuse and why not to trust it");
   AddText(*verb, "PACKAGE", options.package, "The package (.ucex or .ucx)")->required();
+  CLI::Option* paths =
+      verb->add_flag("--paths", options.paths, "List the absolute paths that the package names");
+  AddText(*verb, "--to", options.year,
+          "Release year of the version for which paths are looked up; the newest without it")
+      ->type_name("YEAR")
+      ->needs(paths);
   AddJson(*verb, options.json);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunInspectVerb(session, options); };

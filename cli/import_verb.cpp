@@ -22,13 +22,14 @@ RunOutcome Refused(RunOutcome outcome, std::vector<std::wstring> refusals) {
 // One import on one machine.
 class Import {
  public:
-  Import(const ImportOptions& options, const Machine& machine, LineLog& log)
+  Import(const ImportOptions& options, const PathRules& rules, const Machine& machine, LineLog& log)
       : options_(options),
         machine_(machine),
+        paths_(rules, machine_),
         tool_(*machine.registryTool, *machine.clock, RegistryToolPace::kWaitForEnd),
         dom_(OpenXmlDom(*machine.files)),
-        run_{outcome_.context, state_.package, machine_, tool_, *dom_, log,
-             observer_,        outcome_.report} {}
+        run_{outcome_.context, state_.package,  machine_, tool_, *dom_, log,
+             observer_,        outcome_.report, &paths_} {}
 
   RunOutcome Run() {
     ProductContext& context = outcome_.context;
@@ -94,6 +95,7 @@ class Import {
 
   const ImportOptions& options_;
   const Machine& machine_;
+  PackagePaths paths_;
   PacedRegistryTool tool_;
   std::unique_ptr<XmlDom> dom_;
   RunObserver observer_;
@@ -102,10 +104,11 @@ class Import {
   ImportRun run_;
 };
 
-RunOutcome ImportOn(const ImportOptions& options, Machine machine, LineLog& log) {
+RunOutcome ImportOn(const ImportOptions& options, const PathRules& rules, Machine machine,
+                    LineLog& log) {
   PackageRegistryTool tool(machine, options.trust);
   machine.registryTool = &tool.Tool();
-  RunOutcome outcome = Import(options, machine, log).Run();
+  RunOutcome outcome = Import(options, rules, machine, log).Run();
   tool.ReportUnforeseen(outcome.report);
   return outcome;
 }
@@ -120,6 +123,12 @@ ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
   if (IsLegacyPackageName(options.package) && !options.categories.all) {
     return session.Misused(L"--all is needed: a .ucx package holds one document, not categories");
   }
+  const auto files = session.OpenFiles();
+  if (!files) return ExitStatus::kFailed;
+  PathRulesOrRefusal paths = RulesOf(options.paths, files->Files());
+  if (paths.misuse) return session.Misused(*paths.misuse);
+  if (paths.refusal) return session.Fail(*paths.refusal);
+  paths.rules.listsPaths = options.run.dryRun || !paths.rules.map.IsEmpty();
   const auto owned = session.OpenMachine();
   if (!owned) return ExitStatus::kFailed;
   Machine machine = owned->Ports();
@@ -128,15 +137,13 @@ ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
   if (IsProductRunning(*machine.processes)) {
     return session.Fail(TextOf(RunRefusal::kProductRunning));
   }
-  const auto files = session.OpenFiles();
-  if (!files) return ExitStatus::kFailed;
   if (const auto refusal = RefusalOfPackage(*files, options.package, options.trust, machine)) {
     return session.Fail(*refusal);
   }
-  return RunAndPrint(
-      session, options.run, {L"import", options.year, options.package}, {L"imported", L"left out"},
-      machine,
-      [&options](const Machine& ports, LineLog& log) { return ImportOn(options, ports, log); });
+  return RunAndPrint(session, options.run, {L"import", options.year, options.package},
+                     {L"imported", L"left out"}, machine, [&](const Machine& ports, LineLog& log) {
+                       return ImportOn(options, paths.rules, ports, log);
+                     });
 }
 
 }  // namespace carrovan

@@ -2,6 +2,7 @@
 #include <numeric>
 
 #include "cli/json_text.h"
+#include "cli/paths_output.h"
 #include "cli/verbs.h"
 #include "package/package_inspection.h"
 #include "package/package_opening.h"
@@ -99,6 +100,7 @@ ExitStatus RunInspectVerb(const Session& session, const InspectOptions& options)
   if (!archive) return session.Fail(DescribeNoPackage(files->Files(), options.package));
 
   const auto inspection = InspectPackage(*archive, IsLegacyPackageName(options.package));
+  if (options.paths) return InspectPaths(session, options, *archive, inspection);
   if (options.json) {
     PrintJsonText(session, ToJson(inspection));
   } else {

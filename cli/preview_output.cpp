@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "cli/json_text.h"
+#include "cli/paths_output.h"
 #include "registry_text/registry_file_writer.h"
 #include "registry_text/registry_key.h"
 
@@ -166,6 +167,7 @@ void PrintPreview(const Session& session, const PreviewReport& report, bool deta
   for (const PreviewedCategory& category : report.categories) {
     session.Print(category.label + L": " + SummaryText(category.summary));
   }
+  PrintImportedPathCounts(session, report.paths);
   if (report.categories.empty()) {
     return session.Print(L"Nothing was changed; a run would change nothing.");
   }
@@ -174,6 +176,7 @@ void PrintPreview(const Session& session, const PreviewReport& report, bool deta
         L"Nothing was changed; a run would do the above, of which --details lists each item.");
   }
   for (const PreviewedCategory& category : report.categories) PrintItems(session, category);
+  PrintImportedPaths(session, report.paths);
   session.Print(L"Nothing was changed; a run would do the above.");
 }
 

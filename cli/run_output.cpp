@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/json_text.h"
+#include "cli/paths_output.h"
 #include "cli/preview_output.h"
 #include "environment/version_folders.h"
 #include "text/text.h"
@@ -113,6 +114,7 @@ class RunOutput {
     if (const auto count = report_.outcome.report.optionsSet) {
       session_.Print(L"Options set: " + std::to_wstring(*count));
     }
+    PrintImportedPathCounts(session_, report_.outcome.report.paths);
     session_.Print(report_.outcome.finishText);
   }
 
@@ -124,7 +126,8 @@ class RunOutput {
             {"dryRun", choice_.dryRun},
             {"exitStatus", static_cast<int>(status)},
             {"problems", TextsToJson(report_.outcome.report.problems)},
-            {"emptied", EmptiedLabels()}};
+            {"emptied", EmptiedLabels()},
+            {"paths", ImportedPathsJson(report_.outcome.report.paths)}};
   }
 
   nlohmann::json EmptiedLabels() const {

@@ -37,6 +37,11 @@ std::unique_ptr<OwnedMachine> Session::OpenMachine() const {
   return std::move(opened.object);
 }
 
+bool Session::OpenMachineIfAny(std::unique_ptr<OwnedMachine>& machine) const {
+  machine = root.empty() ? OpenNativeMachine().object : OpenMachine();
+  return root.empty() || machine;
+}
+
 std::unique_ptr<HostFiles> Session::OpenFiles() const {
   if (root.empty()) return OpenHostFiles();
   FilesOrReason opened = OpenSandboxFiles(root);

@@ -38,6 +38,10 @@ class Session {
   // The machine with its CAD product, or null after saying why there is none.
   std::unique_ptr<OwnedMachine> OpenMachine() const;
 
+  // The same for a verb that does without one: null where there is none, and on a system that has
+  // no product only a sandbox that is named must be there. False when that is missing.
+  bool OpenMachineIfAny(std::unique_ptr<OwnedMachine>& machine) const;
+
   // Files and archives without a product, or null after saying why there are none.
   std::unique_ptr<HostFiles> OpenFiles() const;
 

@@ -10,6 +10,19 @@ CLI::Option* AddText(CLI::App& app, const std::string& name, std::wstring& targe
       name, [&target](const std::string& value) { target = FromUtf8(value); }, description);
 }
 
+CLI::Option* AddTexts(CLI::App& app, const std::string& name, std::vector<std::wstring>& targets,
+                      const std::string& description) {
+  return app
+      .add_option_function<std::vector<std::string>>(
+          name,
+          [&targets](const std::vector<std::string>& values) {
+            for (const std::string& value : values) targets.push_back(FromUtf8(value));
+          },
+          description)
+      ->expected(1)
+      ->take_all();
+}
+
 CLI::Option* AddLabels(CLI::App& app, CategoryChoice& choice, const std::string& description) {
   return app
       .add_option_function<std::vector<std::string>>(

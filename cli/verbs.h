@@ -5,6 +5,7 @@
 #include <string>
 
 #include "cli/category_choice.h"
+#include "cli/path_options.h"
 #include "cli/run_output.h"
 #include "cli/session.h"
 
@@ -30,6 +31,7 @@ struct ImportOptions {
   std::wstring year;  // may be empty for a legacy package, which names its version itself
   CategoryChoice categories;
   bool trust = false;  // take even a package that there are reasons not to trust
+  PathOptions paths;
   RunChoice run;
 };
 ExitStatus RunImportVerb(const Session& session, const ImportOptions& options);
@@ -43,6 +45,8 @@ ExitStatus RunResetVerb(const Session& session, const ResetOptions& options);
 
 struct InspectOptions {
   std::wstring package;
+  bool paths = false;  // list them
+  std::wstring year;   // of the version that they are looked up for; empty for the newest
   bool json = false;
 };
 ExitStatus RunInspectVerb(const Session& session, const InspectOptions& options);
@@ -67,6 +71,10 @@ using Verb = std::function<ExitStatus(const Session&)>;
 // CLI11 keeps text as UTF-8; it is turned into the program's own text as it is stored.
 CLI::Option* AddText(CLI::App& app, const std::string& name, std::wstring& target,
                      const std::string& description);
+
+// The same for an option that may be given several times.
+CLI::Option* AddTexts(CLI::App& app, const std::string& name, std::vector<std::wstring>& targets,
+                      const std::string& description);
 
 // "--category LABEL..."
 CLI::Option* AddLabels(CLI::App& app, CategoryChoice& choice, const std::string& description);

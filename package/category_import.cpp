@@ -166,9 +166,9 @@ void TakeIn(const ImportRun& run, const CategoryRecord& record) {
 // Values that would not be imported anyway.
 void LeaveOutRegistryFolder(const ImportRun& run, const std::wstring& name) {
   WipeOrReport(*run.machine.files, run.context.stagingFolder + name, run.report);
-  std::erase_if(run.report.dropped, [&name](const DroppedValue& value) {
-    return value.file.starts_with(name + L"\\");
-  });
+  const auto isIn = [&name](const auto& found) { return found.file.starts_with(name + L"\\"); };
+  std::erase_if(run.report.dropped, isIn);
+  std::erase_if(run.report.paths, isIn);
 }
 
 void LeaveOut(const ImportRun& run, const CategoryRecord& record) {

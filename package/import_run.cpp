@@ -11,6 +11,7 @@
 #include "package/staging_folder.h"
 #include "rewrite/package_tree.h"
 #include "text/path_text.h"
+#include "text/text.h"
 
 namespace carrovan {
 namespace {
@@ -35,26 +36,52 @@ std::wstring KeyOf(const std::wstring& keyLine) {
   return keyLine.size() < 2 ? L"" : keyLine.substr(1, keyLine.rfind(L']') - 1);
 }
 
+// The path between the quotes behind a line's "=".
+std::wstring PathOf(const std::wstring& line) {
+  const std::wstring quoted = line.substr(line.find(L'=') + 1);
+  const std::size_t begin = quoted.find(L'"') + 1;
+  const std::wstring path = quoted.substr(begin, quoted.rfind(L'"') - begin);
+  return ReplaceAll(ReplaceAll(path, L"\\\\", L"\\"), L"\\\"", L"\"");
+}
+
 void NoteDropped(const ImportRun& run, const std::vector<DroppedLine>& lines) {
+  PathLookup lookup(*run.machine.files);
   for (const DroppedLine& dropped : lines) {
-    run.report.dropped.push_back({dropped.file.substr(run.context.stagingFolder.size()),
-                                  KeyOf(dropped.keyLine), ValueNameOf(dropped.line),
-                                  L"names a path that does not exist here: " +
-                                      dropped.line.substr(dropped.line.find(L'=') + 1)});
+    const std::wstring file = dropped.file.substr(run.context.stagingFolder.size());
+    const std::wstring key = KeyOf(dropped.keyLine);
+    const std::wstring name = ValueNameOf(dropped.line);
+    const std::wstring path = PathOf(dropped.line);
+    const PathState state = lookup.StateOf(path);
+    run.report.dropped.push_back(
+        {file, key, name,
+         (state == PathState::kNoAnswer ? L"names a network path that does not answer here: "
+                                        : L"names a path that does not exist here: ") +
+             dropped.line.substr(dropped.line.find(L'=') + 1)});
+    if (run.paths == nullptr || !run.paths->ListsPaths()) continue;
+    run.report.paths.push_back({PathFate::kDropped, path, {}, file, key, name, 0, state});
   }
 }
 
-void MendPackage(const ImportRun& run) {
+RewriteInputs RewriteInputsOf(const ImportRun& run) {
   const PackageState& package = run.package;
-  const RewriteInputs inputs{.packageReleaseVersion = package.releaseVersion,
-                             .packageInternalVersion = package.internalVersion,
-                             .targetReleaseYear = run.context.selectedVersion,
-                             .targetInternalVersion = package.targetInternalVersion,
-                             .productName = package.product,
-                             .firstDraftingFolder = package.draftingFolder};
+  return {.packageReleaseVersion = package.releaseVersion,
+          .packageInternalVersion = package.internalVersion,
+          .targetReleaseYear = run.context.selectedVersion,
+          .targetInternalVersion = package.targetInternalVersion,
+          .productName = package.product,
+          .firstDraftingFolder = package.draftingFolder};
+}
+
+void MendPackage(const ImportRun& run) {
+  const RewriteInputs inputs = RewriteInputsOf(run);
   std::vector<DroppedLine> dropped;
   RewritePorts ports = RewritePortsOf(run);
   ports.dropped = &dropped;
+  if (run.paths != nullptr) {
+    ports.keepsDeadPaths = run.paths->KeepsDeadPaths();
+    ports.stay = run.paths->WordsThatStay(inputs);
+    ports.mappedTo = run.paths->NewBeginnings();
+  }
   const auto failures =
       RewritePackageTree(WithoutTrailingBackslashes(run.context.stagingFolder), inputs, ports);
   NoteDropped(run, dropped);
@@ -131,6 +158,7 @@ ImportPreparation RunImportPreparation(const ImportRun& run) {
   context.localFolder.clear();
   BuildLocalFolder(context, run.machine);
   run.package.draftingFolder = context.localFolder;
+  if (run.paths != nullptr) run.paths->MapBelow(context.stagingFolder, run.report);
   if (NeedsMending(run)) MendPackage(run);
 
   context.localRoot.clear();
@@ -146,6 +174,18 @@ ImportPreparation RunImportPreparation(const ImportRun& run) {
   return preparation;
 }
 
+namespace {
+
+// What is now in the package is what the machine gets.
+void ReportPaths(const ImportRun& run) {
+  if (run.paths == nullptr) return;
+  const RewriteInputs inputs = RewriteInputsOf(run);
+  run.paths->ReportBelow(run.context.stagingFolder, NeedsMending(run) ? &inputs : nullptr,
+                         run.report);
+}
+
+}  // namespace
+
 void ApplyPackage(const ImportRun& run, const CategorySet& offered, const CategorySet& chosen) {
   // From here on the staging folder may hold the only copy of what is merged and taken away.
   KeepRunFolder(*run.machine.files, WithoutTrailingBackslashes(run.context.stagingFolder));
@@ -153,6 +193,7 @@ void ApplyPackage(const ImportRun& run, const CategorySet& offered, const Catego
     run.observer.OnCategory(category);
     ApplyCategory(run, category, chosen.contains(category));
   }
+  ReportPaths(run);
   PutInPlace(
       {run.context, run.package.applicationDataRoot, run.machine, run.registryTool, run.observer},
       run.report);

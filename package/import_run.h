@@ -2,6 +2,7 @@
 
 #include "environment/wizard_state.h"
 #include "package/paced_registry_tool.h"
+#include "package/package_paths.h"
 #include "package/run_report.h"
 #include "platform/console.h"
 #include "platform/xml_dom.h"
@@ -22,7 +23,8 @@ struct ImportRun {
   XmlDom& dom;
   LineLog& log;
   RunObserver& observer;
-  RunReport& report;  // of all steps from the opening of the package on
+  RunReport& report;              // of all steps from the opening of the package on
+  PackagePaths* paths = nullptr;  // what the user wants of the package's paths; null for nothing
 };
 
 RewritePorts RewritePortsOf(const ImportRun& run);

@@ -43,7 +43,9 @@ void PlaceCustomization(const ImportRun& run, const std::wstring& suffix) {
 
 void MigrateOptions(const ImportRun& run) {
   const PackageState& package = run.package;
-  if (const SystemCode code = ReplaceUserPathsInXml(package.legacyXmlPath, RewritePortsOf(run));
+  RewritePorts ports = RewritePortsOf(run);
+  if (run.paths != nullptr) ports.stay = run.paths->WordsThatStay({});
+  if (const SystemCode code = ReplaceUserPathsInXml(package.legacyXmlPath, ports);
       code != kSystemOk) {
     run.report.problems.push_back(L"Not mended: " + package.legacyXmlPath + L": " +
                                   DescribeSystemCode(code));
@@ -131,6 +133,7 @@ LegacyOpening OpenLegacyPackage(const ImportRun& run, const std::wstring& path) 
 
 void ImportLegacyCustomization(const ImportRun& run) {
   const std::wstring& document = run.package.legacyXmlPath;
+  if (run.paths != nullptr) run.paths->MapFile(document, run.report);
   if (!PrepareVersionFolders(run.context, run.machine)) {
     run.report.problems.push_back(L"The folders of version " + run.context.selectedVersion +
                                   L" cannot be told");
@@ -142,6 +145,9 @@ void ImportLegacyCustomization(const ImportRun& run) {
     MigrateOptions(run);
   } else {
     run.report.problems.push_back(L"Not imported: this kind of document has no place: " + document);
+  }
+  if (run.paths != nullptr) {
+    run.paths->ReportBelow(run.context.stagingFolder, nullptr, run.report);
   }
   DeleteStagingFolder(run.context, run.machine);
 }

@@ -33,6 +33,28 @@ struct DroppedValue {
   std::wstring why;
 };
 
+// How a path is on this machine.
+enum class PathState {
+  kThere,
+  kGone,
+  kNoAnswer,  // on a share that cannot be looked into: nobody knows
+  kVariable,  // behind a variable such as %TEMP%, which only the program that uses it resolves
+};
+
+enum class PathFate { kKept, kMapped, kDropped };
+
+// A path that an import brings, or does not.
+struct ImportedPath {
+  PathFate fate = PathFate::kKept;
+  std::wstring path;     // as it is imported; one that is dropped, as it would have been
+  std::wstring was;      // what the package has in its place, for one that was mapped
+  std::wstring file;     // of the package
+  std::wstring key;      // of a registry file, with its hive spelled out
+  std::wstring name;     // of the value
+  std::size_t line = 0;  // of a document, from 1
+  PathState state = PathState::kThere;
+};
+
 // How an import or a reset went.
 struct RunReport {
   std::vector<std::wstring> problems;     // one line each, in the order of the run
@@ -46,6 +68,9 @@ struct RunReport {
 
   std::vector<std::wstring> merged;   // files of the profile whose new content came of a merge
   std::vector<DroppedValue> dropped;  // in the order of the run
+
+  // Of an import that was asked to list them: in the order of the files, what is dropped first.
+  std::vector<ImportedPath> paths;
 
   bool IsComplete() const { return problems.empty() && unextracted.empty(); }
 };

@@ -93,7 +93,9 @@ PreviewReport MakePreviewReport(const MachineChanges& changes, const RunReport& 
   for (const KeyChange& change : changes.keys) sorter.Take(change);
   for (const ValueChange& change : changes.values) sorter.Take(change);
   for (const DroppedValue& value : run.dropped) sorter.Take(value);
-  return sorter.Report();
+  PreviewReport report = sorter.Report();
+  report.paths = run.paths;
+  return report;
 }
 
 }  // namespace carrovan

@@ -45,6 +45,7 @@ struct PreviewedCategory {
 // comes last, as "Other".
 struct PreviewReport {
   std::vector<PreviewedCategory> categories;
+  std::vector<ImportedPath> paths;  // of an import
 };
 
 PreviewReport MakePreviewReport(const MachineChanges& changes, const RunReport& run,
