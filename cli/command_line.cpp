@@ -48,6 +48,7 @@ void AddExport(CLI::App& app, ExportOptions& options, Verb& chosen) {
           "Package to write (.ucex); one that is there is replaced")
       ->required()
       ->type_name("FILE");
+  AddThreads(*verb, options.threads);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunExportVerb(session, options); };
   });
@@ -87,6 +88,7 @@ void AddImport(CLI::App& app, ImportOptions& options, Verb& chosen) {
   verb->add_flag("--trust", options.trust,
                  "Take the package even if there are reasons not to trust it; inspect lists them");
   AddPathOptions(*verb, options.paths);
+  AddThreads(*verb, options.threads);
   AddRunChoice(*verb, options.run);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunImportVerb(session, options); };
@@ -135,6 +137,7 @@ void AddExtract(CLI::App& app, ExtractOptions& options, Verb& chosen) {
   AddText(*verb, "PACKAGE", options.package, "The package (.ucex or .ucx)")->required();
   AddText(*verb, "FOLDER", options.folder, "Folder to unpack into; created when it is missing")
       ->required();
+  AddThreads(*verb, options.threads);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunExtractVerb(session, options); };
   });

@@ -108,6 +108,7 @@ ExitStatus RunExportVerb(const Session& session, const ExportOptions& options) {
   const auto owned = session.OpenMachine();
   if (!owned) return ExitStatus::kFailed;
   Machine machine = owned->Ports();
+  machine.archives->UseThreads(options.threads);
   ProgressArchives archives(*machine.archives, session.console());
   machine.archives = &archives;
   SweepRunFolders(machine);

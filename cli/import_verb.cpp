@@ -132,6 +132,7 @@ ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
   const auto owned = session.OpenMachine();
   if (!owned) return ExitStatus::kFailed;
   Machine machine = owned->Ports();
+  machine.archives->UseThreads(options.threads);
   ProgressArchives archives(*machine.archives, session.console());
   machine.archives = &archives;
   if (IsProductRunning(*machine.processes)) {

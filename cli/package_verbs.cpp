@@ -115,6 +115,7 @@ ExitStatus RunInspectVerb(const Session& session, const InspectOptions& options)
 ExitStatus RunExtractVerb(const Session& session, const ExtractOptions& options) {
   const auto files = session.OpenFiles();
   if (!files) return ExitStatus::kFailed;
+  files->Archives().UseThreads(options.threads);
   RunObserver observer;
   const ExtractReport report =
       ExtractArchive(files->Archives(), files->Files(), observer, options.package,

@@ -16,6 +16,8 @@ class ProgressWriter : public ArchiveWriter {
   ProgressWriter(const ProgressWriter&) = delete;
   ProgressWriter& operator=(const ProgressWriter&) = delete;
 
+  void Expect(const std::wstring& sourcePath) override { writer_->Expect(sourcePath); }
+
   ArchiveResult Add(const std::wstring& entryName, const std::wstring& sourcePath) override {
     if (count_++ % kFilesPerUpdate == 0) {
       console_.Err(L"\r" + std::to_wstring(count_) + L" files ");

@@ -8,6 +8,7 @@
 #include "cli/path_options.h"
 #include "cli/run_output.h"
 #include "cli/session.h"
+#include "cli/threads.h"
 
 namespace carrovan {
 
@@ -23,6 +24,7 @@ struct ExportOptions {
   std::wstring year;
   CategoryChoice categories;
   std::wstring output;
+  unsigned threads = DefaultThreads();
 };
 ExitStatus RunExportVerb(const Session& session, const ExportOptions& options);
 
@@ -32,6 +34,7 @@ struct ImportOptions {
   CategoryChoice categories;
   bool trust = false;  // take even a package that there are reasons not to trust
   PathOptions paths;
+  unsigned threads = DefaultThreads();
   RunChoice run;
 };
 ExitStatus RunImportVerb(const Session& session, const ImportOptions& options);
@@ -60,6 +63,7 @@ ExitStatus RunVerifyVerb(const Session& session, const VerifyOptions& options);
 struct ExtractOptions {
   std::wstring package;
   std::wstring folder;
+  unsigned threads = DefaultThreads();
 };
 ExitStatus RunExtractVerb(const Session& session, const ExtractOptions& options);
 

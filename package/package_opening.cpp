@@ -109,6 +109,29 @@ std::vector<std::wstring> TargetsOf(const ArchiveReader& archive,
   }
 }
 
+// So many items may be unpacked before it is their turn.
+constexpr std::size_t kItemsAhead = 256;
+
+// States which items will be extracted, some ahead of the one that is.
+class ItemsToCome {
+ public:
+  ItemsToCome(ArchiveReader& archive, Refusal refusalOf)
+      : archive_(archive), refusalOf_(refusalOf) {}
+
+  void LookAhead(std::size_t index) {
+    for (; next_ <= index + kItemsAhead; ++next_) {
+      const auto item = archive_.Item(next_);
+      if (!item) return;
+      if (!refusalOf_(item->name) && !EndsInSeparator(item->name)) archive_.Expect(next_);
+    }
+  }
+
+ private:
+  ArchiveReader& archive_;
+  Refusal refusalOf_;
+  std::size_t next_ = 0;
+};
+
 ExtractReport ExtractItems(ArchiveLibrary& archives, FileSystem& files, RunObserver& observer,
                            const std::wstring& archivePath, const std::wstring& destinationFolder,
                            Refusal refusalOf) {
@@ -117,9 +140,11 @@ ExtractReport ExtractItems(ArchiveLibrary& archives, FileSystem& files, RunObser
   if (!archive) return report;
   report.opened = true;
   files.Announce(TargetsOf(*archive, destinationFolder, refusalOf), ComingChange::kReplacement);
+  ItemsToCome coming(*archive, refusalOf);
   for (std::size_t index = 0;; ++index) {
     const auto item = archive->Item(index);
     if (!item) return report;
+    coming.LookAhead(index);
     const std::wstring target = destinationFolder + item->name;
     observer.OnItem(target);
     if (!refusalOf(item->name) &&

@@ -1,6 +1,8 @@
 #include "package/package_writer.h"
 
 #include <algorithm>
+#include <deque>
+#include <functional>
 #include <set>
 #include <utility>
 
@@ -134,7 +136,11 @@ class ProfileNames {
   std::vector<std::pair<std::wstring, std::wstring>> halves_;  // folder, and what stands for it
 };
 
-// One archive on its way: adds sources and keeps the report.
+// So many steps may be known before the first of them is done.
+constexpr std::size_t kStepsAhead = 256;
+
+// One archive on its way: adds sources and keeps the report. The folders are read some files ahead,
+// so that the archive can be told which are to come.
 class PackageInProgress {
  public:
   PackageInProgress(const ProductContext& context, const Machine& machine, ArchiveWriter& archive,
@@ -147,13 +153,18 @@ class PackageInProgress {
         report_(report) {}
 
   void AddSource(const std::wstring& path) {
-    report_.storedPerSource.push_back(0);
+    Plan([this] { report_.storedPerSource.push_back(0); });
     if (!files_.Exists(path)) return;
     if (files_.IsFolder(path)) {
       AddFolderToPackage(path, false);
     } else if (!Contains(path, kNeverStored)) {
-      AddFile(EntryNameOfFile(context_, path), path);
+      PlanFile(EntryNameOfFile(context_, path), path, false);
     }
+  }
+
+  // Does what the sources have left to do.
+  void Finish() {
+    while (!steps_.empty() && !Failed()) DoFirst();
   }
 
   // True when nothing more can be stored, so that going on would only lose files.
@@ -161,12 +172,35 @@ class PackageInProgress {
   ArchiveResult Failure() const { return failure_; }
 
  private:
+  using Step = std::function<void()>;
+
+  void Plan(Step step) {
+    steps_.push_back(std::move(step));
+    if (steps_.size() > kStepsAhead && !Failed()) DoFirst();
+  }
+
+  void PlanFile(const std::wstring& entryName, const std::wstring& path, bool isInFolder) {
+    archive_.Expect(path);
+    Plan([this, entryName, path, isInFolder] {
+      AddFile(entryName, path);
+      if (isInFolder) NoteMisplaced(entryName, path);
+    });
+  }
+
+  void PlanSkip(const std::wstring& path) {
+    Plan([this, path] { report_.skipped.push_back({path, ArchiveResult::kSourceUnreadable}); });
+  }
+
+  void DoFirst() {
+    const Step step = std::move(steps_.front());
+    steps_.pop_front();
+    step();
+  }
+
   void AddFolderToPackage(const std::wstring& folder, bool isBelowLink) {
     if (!files_.IsFolder(folder)) return;
     std::vector<FolderEntry> entries;
-    if (files_.ReadFolder(folder, entries) != kSystemOk) {
-      report_.skipped.push_back({folder, ArchiveResult::kSourceUnreadable});
-    }
+    if (files_.ReadFolder(folder, entries) != kSystemOk) PlanSkip(folder);
     for (const FolderEntry& entry : entries) {
       if (Failed()) return;
       AddEntry(entry, folder + L"\\" + entry.name, isBelowLink);
@@ -175,13 +209,12 @@ class PackageInProgress {
 
   void AddEntry(const FolderEntry& entry, const std::wstring& path, bool isBelowLink) {
     if (entry.isFolder && entry.isLink && isBelowLink) {
-      report_.skipped.push_back({path, ArchiveResult::kSourceUnreadable});
+      PlanSkip(path);
     } else if (entry.isFolder) {
       AddFolderToPackage(path, isBelowLink || entry.isLink);
     } else if (const auto entryName = EntryNameInFolder(context_, path);
                !Contains(entryName, kNeverStored)) {
-      AddFile(entryName, path);
-      NoteMisplaced(entryName, path);
+      PlanFile(entryName, path, true);
     }
   }
 
@@ -211,6 +244,7 @@ class PackageInProgress {
   ArchiveWriter& archive_;
   RunObserver& observer_;
   PackageReport& report_;
+  std::deque<Step> steps_;  // in their order, not yet done
   ArchiveResult failure_ = ArchiveResult::kDone;
 };
 
@@ -265,11 +299,12 @@ PackageReport WritePackage(const ProductContext& context, const Machine& machine
   if (!archive) return report;
   PackageInProgress package(context, machine, *archive, observer, report);
   for (const std::wstring& source : sources) {
-    package.AddSource(source);
-    if (package.Failed()) {
-      report.outcome = package.Failure();
-      return report;
-    }
+    if (!package.Failed()) package.AddSource(source);
+  }
+  package.Finish();
+  if (package.Failed()) {
+    report.outcome = package.Failure();
+    return report;
   }
   if (mayTakePlace && !mayTakePlace(report)) return report;
   report.outcome = archive->Close();

@@ -44,6 +44,11 @@ class ArchiveWriter {
  public:
   virtual ~ArchiveWriter() = default;
 
+  // States that a file will be added after those that were expected before it, so that it may be
+  // read and packed already. The archive and what Add gives are the same without; a file that is
+  // never added does no harm.
+  virtual void Expect(const std::wstring& /*sourcePath*/) {}
+
   // Stores a file under a name with backslashes. A file that cannot be read is not stored, and the
   // writer goes on. The file is read whole before this returns, but for an archive that is unpacked
   // at once not before Close, which fails when the file is gone then.
@@ -61,6 +66,11 @@ class ArchiveReader {
 
   // The item at a position, in stored order from 0; nothing past the last one.
   virtual std::optional<ArchiveItem> Item(std::size_t index) const = 0;
+
+  // States that an item will be extracted after those that were expected before it, so that it may
+  // be unpacked into memory already. What Extract does is the same without; an item that is never
+  // extracted does no harm.
+  virtual void Expect(std::size_t /*index*/) {}
 
   // Writes an item to a file, creating missing parent folders; an existing file is replaced only by
   // complete data. Refuses an item whose stored name would leave a destination folder. An item that
@@ -104,6 +114,10 @@ enum class ArchivePurpose {
 class ArchiveLibrary {
  public:
   virtual ~ArchiveLibrary() = default;
+
+  // How many threads may work on what is expected, in archives that are opened or created from now
+  // on; 1 at first. A wish: a library may work in one thread always.
+  virtual void UseThreads(unsigned /*threads*/) {}
 
   // Null when an archive cannot be created at the path; a file that is there is not touched yet.
   virtual std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath,

@@ -21,6 +21,10 @@ class Writer : public ArchiveWriter {
         spoolFile_(std::move(spoolFile)),
         writer_(std::move(writer)) {}
 
+  void Expect(const std::wstring& sourcePath) override {
+    writer_->Expect(files_.Locate(sourcePath));
+  }
+
   ArchiveResult Add(const std::wstring& entryName, const std::wstring& sourcePath) override {
     const bool isFolder = files_.IsFolder(sourcePath);
     return isFolder ? ArchiveResult::kSourceUnreadable
@@ -130,6 +134,7 @@ class SpoolingReader : public Reader {
       : Reader(files), reader_(std::move(reader)) {}
 
   std::optional<ArchiveItem> Item(std::size_t index) const override { return reader_->Item(index); }
+  void Expect(std::size_t index) override { reader_->Expect(index); }
 
  protected:
   ArchiveResult FindContent(std::size_t index, std::wstring& file) override {

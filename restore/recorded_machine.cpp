@@ -18,6 +18,7 @@ class Writer : public ArchiveWriter {
   Writer(std::unique_ptr<ArchiveWriter> writer, std::wstring path, ChangeRecorder& recorder)
       : writer_(std::move(writer)), path_(std::move(path)), recorder_(recorder) {}
 
+  void Expect(const std::wstring& sourcePath) override { writer_->Expect(sourcePath); }
   ArchiveResult Add(const std::wstring& entryName, const std::wstring& sourcePath) override {
     return writer_->Add(entryName, sourcePath);
   }
@@ -38,6 +39,7 @@ class Reader : public ArchiveReader {
       : reader_(std::move(reader)), recorder_(recorder) {}
 
   std::optional<ArchiveItem> Item(std::size_t index) const override { return reader_->Item(index); }
+  void Expect(std::size_t index) override { reader_->Expect(index); }
   ArchiveResult Extract(std::size_t index, const std::wstring& targetPath) override {
     return MakeRecorded(
         recorder_, targetPath, [&] { return reader_->Extract(index, targetPath); }, ResultOf,

@@ -16,6 +16,11 @@ class MappedWriter : public ArchiveWriter {
   MappedWriter(const PathMapper& paths, std::unique_ptr<ZipWriter> writer)
       : paths_(paths), writer_(std::move(writer)) {}
 
+  void Expect(const std::wstring& sourcePath) override {
+    const auto source = paths_.ToHost(sourcePath);
+    if (source && OwnerMayRead(*source)) writer_->Expect(*source);
+  }
+
   ArchiveResult Add(const std::wstring& entryName, const std::wstring& sourcePath) override {
     const auto source = paths_.ToHost(sourcePath);
     if (!source) return ArchiveResult::kSourceMissing;
@@ -36,6 +41,8 @@ class MappedReader : public ArchiveExaminer {
       : paths_(paths), reader_(std::move(reader)) {}
 
   std::optional<ArchiveItem> Item(std::size_t index) const override { return reader_->Item(index); }
+
+  void Expect(std::size_t index) override { reader_->Expect(index); }
 
   ArchiveResult Extract(std::size_t index, const std::wstring& targetPath) override {
     const auto target = paths_.ToHost(targetPath);
@@ -80,6 +87,7 @@ std::unique_ptr<ArchiveWriter> ZipArchiveLibrary::Create(const std::wstring& arc
   if (!archive || !paths_.MayBeMade(archivePath)) return nullptr;
   auto writer = ZipWriter::Create(*archive);
   if (!writer) return nullptr;
+  writer->UseThreads(threads_);
   if (purpose == ArchivePurpose::kUnpackAtOnce) writer->StoreUncompressed();
   return std::make_unique<MappedWriter>(paths_, std::move(writer));
 }
@@ -93,6 +101,7 @@ std::unique_ptr<ArchiveExaminer> ZipArchiveLibrary::Examine(const std::wstring& 
   if (!archive || !OwnerMayRead(*archive)) return nullptr;
   auto reader = ZipReader::Open(*archive);
   if (!reader) return nullptr;
+  reader->UseThreads(threads_);
   return std::make_unique<MappedReader>(paths_, std::move(reader));
 }
 

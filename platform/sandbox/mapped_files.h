@@ -16,6 +16,7 @@ class ZipArchiveLibrary : public ArchiveLibrary {
  public:
   explicit ZipArchiveLibrary(const PathMapper& paths) : paths_(paths) {}
 
+  void UseThreads(unsigned threads) override { threads_ = threads; }
   std::unique_ptr<ArchiveWriter> Create(const std::wstring& archivePath,
                                         ArchivePurpose purpose) override;
   std::unique_ptr<ArchiveReader> Open(const std::wstring& archivePath) override;
@@ -25,6 +26,7 @@ class ZipArchiveLibrary : public ArchiveLibrary {
 
  private:
   const PathMapper& paths_;
+  unsigned threads_ = 1;
 };
 
 // Files and archives where a mapper says that they lie.

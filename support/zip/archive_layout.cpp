@@ -13,7 +13,6 @@
 
 #include "support/files/part_file.h"
 #include "support/zip/zip_source.h"
-#include "support/zip/zip_writer.h"
 
 namespace carrovan {
 namespace {

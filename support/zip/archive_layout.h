@@ -17,6 +17,13 @@ namespace carrovan {
 // much memory an archive needs.
 inline constexpr std::size_t kBufferBytes = std::size_t{24} << 20;
 
+// What a failure to write a file means to whoever asked for the file.
+inline ArchiveResult ResultOfWriting(FileStatus status) {
+  if (status == FileStatus::kDone) return ArchiveResult::kDone;
+  return status == FileStatus::kDiskFull ? ArchiveResult::kDiskFull
+                                         : ArchiveResult::kTargetNotWritable;
+}
+
 // A file's content on its way into an archive: packed, and lying in the spool; or as it is, and
 // still where it came from.
 struct StoredEntry {

@@ -1,116 +1,23 @@
 #include "support/zip/zip_reader.h"
 
-#include <libdeflate.h>
 #include <zip.h>
 
 #include <algorithm>
+#include <mutex>
 #include <new>
+#include <span>
 #include <string>
 #include <utility>
 
 #include "support/files/os_file.h"
 #include "support/files/part_file.h"
 #include "support/zip/archive_layout.h"
+#include "support/zip/item_unpacker.h"
 #include "support/zip/zip_source.h"
-#include "support/zip/zip_writer.h"
 #include "text/path_text.h"
 #include "text/text.h"
 
 namespace carrovan {
-namespace {
-
-using OpenItem = std::unique_ptr<zip_file_t, decltype(&zip_fclose)>;
-
-ArchiveResult ResultOf(zip_error_t* error) {
-  return zip_error_code_zip(error) == ZIP_ER_MEMORY ? ArchiveResult::kOutOfMemory
-                                                    : ArchiveResult::kDamaged;
-}
-
-// Whether an item is one that can be unpacked at all.
-ArchiveResult CheckKind(const zip_stat_t& item) {
-  constexpr zip_uint64_t kNeeded =
-      ZIP_STAT_SIZE | ZIP_STAT_COMP_SIZE | ZIP_STAT_COMP_METHOD | ZIP_STAT_ENCRYPTION_METHOD;
-  if ((item.valid & kNeeded) != kNeeded) return ArchiveResult::kDamaged;
-  if (item.encryption_method != ZIP_EM_NONE) return ArchiveResult::kEncrypted;
-  if (item.comp_method == ZIP_CM_DEFLATE) return ArchiveResult::kDone;
-  if (item.comp_method != ZIP_CM_STORE) return ArchiveResult::kMethodUnsupported;
-  return item.size == item.comp_size ? ArchiveResult::kDone : ArchiveResult::kDamaged;
-}
-
-}  // namespace
-
-// An archive of small items, of which there may be many to look at, takes little memory.
-std::uint8_t* ItemUnpacker::Buffer::Of(std::uint64_t bytes) {
-  if (!bytes_ || bytes > size_) {
-    bytes_.reset();
-    size_ = std::clamp<std::uint64_t>(2 * size_, std::max<std::uint64_t>(bytes, 1), kBufferBytes);
-    bytes_ = std::make_unique_for_overwrite<std::uint8_t[]>(static_cast<std::size_t>(size_));
-  }
-  return bytes_.get();
-}
-
-ItemUnpacker::ItemUnpacker(zip_t* zip)
-    : zip_(zip), decompressor_(libdeflate_alloc_decompressor(), libdeflate_free_decompressor) {
-  if (!decompressor_) throw std::bad_alloc();
-}
-
-ItemUnpacker::~ItemUnpacker() = default;
-
-ArchiveResult ItemUnpacker::Unpack(zip_uint64_t index, const Sink& sink) {
-  zip_stat_t item = {};
-  if (zip_stat_index(zip_, index, 0, &item) != 0) return ArchiveResult::kDamaged;
-  const ArchiveResult kind = CheckKind(item);
-  if (kind != ArchiveResult::kDone) return kind;
-  const bool fits = item.size <= kBufferBytes && item.comp_size <= kBufferBytes;
-  try {
-    return fits ? UnpackWhole(item, sink) : UnpackStream(item, sink);
-  } catch (const std::bad_alloc&) {
-    return ArchiveResult::kOutOfMemory;
-  }
-}
-
-ArchiveResult ItemUnpacker::UnpackWhole(const zip_stat_t& item, const Sink& sink) {
-  const OpenItem file(zip_fopen_index(zip_, item.index, ZIP_FL_COMPRESSED), zip_fclose);
-  if (!file) return ResultOf(zip_get_error(zip_));
-  std::uint8_t* const packed = packed_.Of(item.comp_size);
-  const zip_int64_t length = zip_fread(file.get(), packed, item.comp_size);
-  if (length < 0) return ResultOf(zip_file_get_error(file.get()));
-  if (static_cast<zip_uint64_t>(length) != item.comp_size) return ArchiveResult::kDamaged;
-
-  std::uint8_t* content = packed;
-  if (item.comp_method == ZIP_CM_DEFLATE) {
-    content = content_.Of(item.size);
-    // Without a place for the actual size, content of any other size than this is a failure.
-    if (libdeflate_deflate_decompress(decompressor_.get(), packed, item.comp_size, content,
-                                      item.size, nullptr) != LIBDEFLATE_SUCCESS) {
-      return ArchiveResult::kDamaged;
-    }
-  }
-  if (libdeflate_crc32(0, content, item.size) != item.crc) return ArchiveResult::kDamaged;
-  if (item.size == 0) return ArchiveResult::kDone;
-  return sink({content, static_cast<std::size_t>(item.size)});
-}
-
-ArchiveResult ItemUnpacker::UnpackStream(const zip_stat_t& item, const Sink& sink) {
-  const OpenItem file(zip_fopen_index(zip_, item.index, 0), zip_fclose);
-  if (!file) return ResultOf(zip_get_error(zip_));
-  std::uint8_t* const content = content_.Of(kBufferBytes);
-  zip_uint64_t done = 0;
-  std::uint32_t checksum = 0;
-  for (;;) {
-    const zip_int64_t read = zip_fread(file.get(), content, kBufferBytes);
-    if (read < 0) return ResultOf(zip_file_get_error(file.get()));
-    if (read == 0) break;
-    const auto length = static_cast<std::size_t>(read);
-    if (length > item.size - done) return ArchiveResult::kDamaged;
-    checksum = libdeflate_crc32(checksum, content, length);
-    done += length;
-    const ArchiveResult taken = sink({content, length});
-    if (taken != ArchiveResult::kDone) return taken;
-  }
-  return done == item.size && checksum == item.crc ? ArchiveResult::kDone : ArchiveResult::kDamaged;
-}
-
 namespace {
 
 using Zip = std::unique_ptr<zip_t, decltype(&zip_discard)>;
@@ -184,13 +91,19 @@ class TargetFile {
 class ZipReader::Archive {
  public:
   Archive(std::unique_ptr<ArchiveInput> input, Zip zip)
-      : input_(std::move(input)), zip_(std::move(zip)), unpacker_(zip_.get()) {}
+      : input_(std::move(input)), zip_(std::move(zip)), unpacker_(zip_.get(), access_) {}
+
+  void UseThreads(unsigned threads) { unpacker_.UseThreads(threads); }
+
+  void Expect(std::size_t index) { unpacker_.Expect(index); }
 
   bool Has(std::size_t index) const {
+    const std::lock_guard lock(access_);
     return index < static_cast<zip_uint64_t>(zip_get_num_entries(zip_.get(), 0));
   }
 
   ArchiveItem Item(std::size_t index) const {
+    const std::lock_guard lock(access_);
     zip_stat_t facts = {};
     if (zip_stat_index(zip_.get(), index, 0, &facts) != 0) return {};
     ArchiveItem item;
@@ -211,7 +124,7 @@ class ZipReader::Archive {
     const ArchiveResult result = unpacker_.Unpack(
         index, [&](std::span<const std::uint8_t> piece) { return file.Append(piece); });
     if (result != ArchiveResult::kDone) return result;
-    return file.Complete(ModifiedSeconds(zip_.get(), index));
+    return file.Complete(Modified(index));
   }
 
   std::optional<std::vector<std::uint8_t>> Read(std::size_t index, std::size_t limitBytes) {
@@ -240,7 +153,13 @@ class ZipReader::Archive {
   std::uint64_t SizeBytes() const { return input_->SizeBytes(); }
 
  private:
+  std::int64_t Modified(std::size_t index) const {
+    const std::lock_guard lock(access_);
+    return ModifiedSeconds(zip_.get(), index);
+  }
+
   std::vector<std::wstring> CompareAllHeaders() const {
+    const std::lock_guard lock(access_);
     const auto items = static_cast<std::size_t>(zip_get_num_entries(zip_.get(), 0));
     const auto facts = input_->File().Facts();
     const auto layout = FindArchive(input_->File(), facts ? facts->sizeBytes : 0);
@@ -250,8 +169,9 @@ class ZipReader::Archive {
 
   std::unique_ptr<ArchiveInput> input_;
   Zip zip_;
-  ItemUnpacker unpacker_;
   std::vector<std::wstring> headerProblems_;  // by item, once they are asked for
+  mutable std::mutex access_;                 // to libzip, while items are unpacked ahead
+  ItemUnpacker unpacker_;                     // last: its threads use the archive
 };
 
 ZipReader::ZipReader(std::unique_ptr<Archive> archive) : archive_(std::move(archive)) {}
@@ -271,6 +191,16 @@ std::unique_ptr<ZipReader> ZipReader::Open(const std::filesystem::path& archive)
 std::optional<ArchiveItem> ZipReader::Item(std::size_t index) const {
   if (!archive_->Has(index)) return std::nullopt;
   return archive_->Item(index);
+}
+
+void ZipReader::UseThreads(unsigned threads) { archive_->UseThreads(threads); }
+
+void ZipReader::Expect(std::size_t index) {
+  try {
+    if (archive_->Has(index)) archive_->Expect(index);
+  } catch (const std::bad_alloc&) {
+    // Extracting the item finds that out again.
+  }
 }
 
 ArchiveResult ZipReader::Extract(std::size_t index, const std::filesystem::path& target) {

@@ -3,57 +3,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <optional>
-#include <span>
 #include <vector>
 
 #include "platform/archive_library.h"
 
-struct libdeflate_decompressor;
-struct zip;
-struct zip_stat;
-
 namespace carrovan {
-
-// Reads items' content out of an open archive and proves it against the declared size and checksum.
-// Never holds more than two buffers, which grow with the items up to kBufferBytes each, and never
-// hands on more than an item declares.
-class ItemUnpacker {
- public:
-  // Takes content piece by piece; what it returns, if not kDone, ends the item.
-  using Sink = std::function<ArchiveResult(std::span<const std::uint8_t>)>;
-
-  explicit ItemUnpacker(zip* zip);
-  ~ItemUnpacker();
-  ItemUnpacker(const ItemUnpacker&) = delete;
-  ItemUnpacker& operator=(const ItemUnpacker&) = delete;
-
-  // An empty item is no piece at all. Only the result says whether what the sink was given is the
-  // item's content.
-  [[nodiscard]] ArchiveResult Unpack(std::uint64_t index, const Sink& sink);
-
- private:
-  // Bytes that are written before they are read. It grows with what it is asked for.
-  class Buffer {
-   public:
-    // Room for as many bytes, up to kBufferBytes; what was in it may be lost.
-    std::uint8_t* Of(std::uint64_t bytes);
-
-   private:
-    std::unique_ptr<std::uint8_t[]> bytes_;
-    std::uint64_t size_ = 0;
-  };
-
-  ArchiveResult UnpackWhole(const struct zip_stat& item, const Sink& sink);
-  ArchiveResult UnpackStream(const struct zip_stat& item, const Sink& sink);
-
-  zip* zip_;
-  Buffer packed_;
-  Buffer content_;
-  std::unique_ptr<libdeflate_decompressor, void (*)(libdeflate_decompressor*)> decompressor_;
-};
 
 // Reads a zip archive that may come from a stranger: no size or name that it declares is believed.
 // Items are numbered from 0 in stored order.
@@ -68,6 +24,14 @@ class ZipReader {
 
   // Nothing past the last item. The sizes are those that the archive declares.
   std::optional<ArchiveItem> Item(std::size_t index) const;
+
+  // How many threads unpack items that are expected; 1 at first. The files are the same with any
+  // number. Called before anything is read.
+  void UseThreads(unsigned threads);
+
+  // The item will be extracted after those that were expected before it, so it may be unpacked into
+  // memory already. One that never is does no harm.
+  void Expect(std::size_t index);
 
   // Writes an item to a file with its modification time, creating missing parent folders. A file
   // that is there is replaced only once the item is complete and its checksum matches; a read-only

@@ -37,6 +37,25 @@ class LargeFilesTest(SandboxTest):
         peak = self.peak_memory("inspect", self.package)
         self.assertLess(peak, MEMORY_LIMIT_BYTES)
 
+    def test_many_threads_and_large_files_need_little_memory(self):
+        machine = small_sandbox(self.folder / "machine")
+        folder = machine.product_local / "en-us/CosmeticThread"
+        # Each just fits into what is packed in one call, and none becomes smaller.
+        for number in range(8):
+            (folder / f"large {number}.bin").write_bytes(os.urandom((24 << 20) - 1 - number))
+        for number in range(200):
+            (folder / f"small {number}.bin").write_bytes(os.urandom(400_000))
+        (folder / "streamed.bin").write_bytes(os.urandom(30 << 20))
+        for threads in ("1", "2", "64"):
+            with self.subTest(threads=threads):
+                peak = self.peak_memory("--root", machine.root, "export", "--version", "2026",
+                                        "--category", "Cosmetic Thread", "--output", self.package,
+                                        "--threads", threads)
+                self.assertLess(peak, MEMORY_LIMIT_BYTES)
+                peak = self.peak_memory("extract", self.package, self.folder / threads,
+                                        "--threads", threads)
+                self.assertLess(peak, MEMORY_LIMIT_BYTES)
+
     def peak_memory(self, *arguments):
         """In bytes, of a run that must succeed."""
         report = self.folder / "peak"

@@ -204,6 +204,7 @@ class FaultyWriter : public ArchiveWriter {
  public:
   FaultyWriter(std::unique_ptr<ArchiveWriter> writer, Fault& fault)
       : writer_(std::move(writer)), fault_(fault) {}
+  void Expect(const std::wstring& sourcePath) override { writer_->Expect(sourcePath); }
   ArchiveResult Add(const std::wstring& entryName, const std::wstring& sourcePath) override {
     if (fault_.Strikes(Port::kArchives)) return ArchiveResult::kSourceUnreadable;
     return writer_->Add(entryName, sourcePath);
@@ -222,6 +223,7 @@ class FaultyReader : public ArchiveReader {
   FaultyReader(std::unique_ptr<ArchiveReader> reader, Fault& fault)
       : reader_(std::move(reader)), fault_(fault) {}
   std::optional<ArchiveItem> Item(std::size_t index) const override { return reader_->Item(index); }
+  void Expect(std::size_t index) override { reader_->Expect(index); }
   ArchiveResult Extract(std::size_t index, const std::wstring& targetPath) override {
     if (fault_.Strikes(Port::kArchives)) return ArchiveResult::kDiskFull;
     return reader_->Extract(index, targetPath);

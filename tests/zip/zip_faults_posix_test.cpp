@@ -127,6 +127,34 @@ TEST(ZipFaults, SkipsAFileThatFillsTheDiskAndStoresTheNext) {
   EXPECT_EQ(ContentOf(folder / L"a.zip", 0), "small");
 }
 
+// Which files did not fit, one digit for each, as several threads packed them.
+int FilesThatDoNotFit(const fs::path& archive, const std::vector<fs::path>& files,
+                      unsigned threads) {
+  return RunOnFullDisk(100'000, [&] {
+    const auto writer = ZipWriter::Create(archive);
+    writer->UseThreads(threads);
+    for (const fs::path& file : files) writer->Expect(file);
+    int digits = 0;
+    for (std::size_t i = 0; i < files.size(); ++i) {
+      const ArchiveResult result = writer->Add(std::to_wstring(i), files[i]);
+      if (result != ArchiveResult::kDone && result != ArchiveResult::kDiskFull) return -1;
+      digits = 2 * digits + (result == ArchiveResult::kDiskFull ? 1 : 0);
+    }
+    return digits;
+  });
+}
+
+TEST(ZipFaults, FailsForTheSameFilesOnAFullDiskWithAnyNumberOfThreads) {
+  const TempFolder folder;
+  std::vector<fs::path> files;
+  for (const std::size_t size : {40'000, 30'000, 50'000, 10'000, 40'000, 5'000, 20'000}) {
+    files.push_back(folder.Put(std::to_wstring(files.size()), RandomBytes(size)));
+  }
+  for (const unsigned threads : {1U, 2U, 8U}) {
+    EXPECT_EQ(FilesThatDoNotFit(folder / L"a.zip", files, threads), 0b0010101) << threads;
+  }
+}
+
 TEST(ZipFaults, LeavesTheOldArchiveWhenTheDiskIsFullAtTheEnd) {
   const TempFolder folder;
   folder.Put(L"a.zip", "old");
