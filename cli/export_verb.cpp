@@ -92,7 +92,8 @@ ExitStatus ExportVersion(const Session& session, const ExportOptions& options,
   for (const std::wstring& refusal : categories.refusals) session.Complain(refusal);
   if (!categories.refusals.empty()) return ExitStatus::kFailed;
 
-  PacedRegistryTool tool(*machine.registryTool, *machine.clock, RegistryToolPace::kWaitForEnd);
+  PacedRegistryTool tool(*machine.registryTool, *machine.clock, RegistryToolPace::kWaitForEnd,
+                         options.threads);
   RunObserver observer;
   return Conclude(session, RunExport({context, machine, tool, observer}, categories.chosen, output),
                   options.categories);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <memory>
+#include <utility>
 
 #include "environment/string_table.h"
 #include "environment/version_folders.h"
@@ -84,19 +86,52 @@ std::optional<std::wstring> ProblemOfExport(const PacedRegistryTool& tool, const
   return WhatRegistryFileLacks(files, file);
 }
 
+// The export of a key, of which the first attempt runs already.
+struct KeyExport {
+  std::wstring key;
+  std::wstring file;
+  std::unique_ptr<RunningTool> running;
+};
+
+std::unique_ptr<RunningTool> StartAttempt(const ExportRun& run, const std::wstring& key,
+                                          const std::wstring& file) {
+  // What an unpacked package left there would be taken for the key's own.
+  static_cast<void>(ClearPath(*run.machine.files, file));
+  return run.registryTool.StartExport(key, file);
+}
+
+// Starts the tool for the keys from one on, for as many as may run at a time. No two of them write
+// one file.
+std::vector<KeyExport> StartExports(const ExportRun& run, const std::vector<std::wstring>& keys,
+                                    std::size_t first) {
+  std::vector<KeyExport> exports;
+  for (std::size_t i = first; i < keys.size() && exports.size() < run.registryTool.ExportsAtATime();
+       ++i) {
+    const std::wstring file = RegistryFileOf(run.context, keys[i]);
+    if (std::ranges::any_of(
+            exports, [&](const KeyExport& other) { return CompareNames(other.file, file) == 0; })) {
+      break;
+    }
+    run.observer.OnItem(keys[i]);
+    exports.push_back({keys[i], file, StartAttempt(run, keys[i], file)});
+  }
+  return exports;
+}
+
 // Has the tool write the file of a key; the result is what is wrong with the file. A tool that is
 // waited for gets further attempts at a key that is there: on a busy machine it may end before it
 // has written a word.
-std::optional<std::wstring> ExportRegistryKey(const Machine& machine, PacedRegistryTool& tool,
-                                              const std::wstring& key, const std::wstring& file) {
+std::optional<std::wstring> FinishExport(const ExportRun& run, KeyExport started) {
+  const auto& [key, file, running] = started;
+  const FileSystem& files = *run.machine.files;
+  PacedRegistryTool& tool = run.registryTool;
   std::optional<std::wstring> problem;
   for (int attempt = 0; attempt < kRegistryToolAttempts; ++attempt) {
-    // What an unpacked package left there would be taken for the key's own.
-    static_cast<void>(ClearPath(*machine.files, file));
-    tool.RegExportKey(key, file);
-    problem = ProblemOfExport(tool, *machine.files, file);
-    const bool isWhole = !problem && machine.files->Exists(file);
-    if (!tool.IsDoneWithFiles() || isWhole || !IsKeyThere(*machine.registry, key)) break;
+    if (attempt > 0) started.running = StartAttempt(run, key, file);
+    tool.FinishExport(std::move(started.running));
+    problem = ProblemOfExport(tool, files, file);
+    const bool isWhole = !problem && files.Exists(file);
+    if (!tool.IsDoneWithFiles() || isWhole || !IsKeyThere(*run.machine.registry, key)) break;
   }
   return problem;
 }
@@ -119,13 +154,17 @@ RegistryFileProblems ExportRegistryKeys(const ExportRun& run,
                                         const std::vector<std::wstring>& keys) {
   RegistryFileProblems problems;
   std::vector<std::wstring> sources;
-  for (const std::wstring& key : keys) {
-    run.observer.OnItem(key);
-    const std::wstring file = RegistryFileOf(run.context, key);
-    if (const auto problem = ExportRegistryKey(run.machine, run.registryTool, key, file)) {
-      problems.emplace(key, *problem);
-    } else {
-      sources.push_back(file);
+  for (std::size_t first = 0; first < keys.size();) {
+    auto exports = StartExports(run, keys, first);
+    first += exports.size();
+    for (KeyExport& started : exports) {
+      const std::wstring key = started.key;
+      std::wstring file = started.file;
+      if (const auto problem = FinishExport(run, std::move(started))) {
+        problems.emplace(key, *problem);
+      } else {
+        sources.push_back(std::move(file));
+      }
     }
   }
   std::ranges::move(sources, std::back_inserter(run.context.packageSources));

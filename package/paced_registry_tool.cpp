@@ -12,13 +12,21 @@ constexpr std::chrono::milliseconds kPauseAfterImports{1000};
 }  // namespace
 
 bool PacedRegistryTool::RegExportKey(const std::wstring& keyPath, const std::wstring& filePath) {
-  const auto running = tool_.ExportKey(keyPath, filePath);
+  FinishExport(StartExport(keyPath, filePath));
+  return true;
+}
+
+std::unique_ptr<RunningTool> PacedRegistryTool::StartExport(const std::wstring& keyPath,
+                                                            const std::wstring& filePath) {
+  return tool_.ExportKey(keyPath, filePath);
+}
+
+void PacedRegistryTool::FinishExport(std::unique_ptr<RunningTool> running) {
   if (pace_ == RegistryToolPace::kFixedPause) {
     clock_.Pause(kPauseAfterExport);
   } else {
     lastExportFailed_ = !running || !running->WaitForEnd();
   }
-  return true;
 }
 
 bool PacedRegistryTool::RegImportFile(const std::wstring& filePath) {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
+#include <memory>
 #include <string>
 
 #include "platform/registry_tool.h"
@@ -10,7 +13,7 @@ namespace carrovan {
 // How the program keeps step with the registry tool, which runs as a process of its own.
 enum class RegistryToolPace {
   kFixedPause,  // 100 ms after each export, 1 s after all imports: a window must stay alive
-  kWaitForEnd,  // each tool has ended before the next one starts: nothing is missed
+  kWaitForEnd,  // each tool is waited for before its work is used: nothing is missed
 };
 
 // How often a tool that is waited for is started for one key or file before it counts as failed.
@@ -19,15 +22,28 @@ inline constexpr int kRegistryToolAttempts = 3;
 // The registry tool at one of these paces.
 class PacedRegistryTool {
  public:
-  // Both outlive it.
-  PacedRegistryTool(RegistryTool& tool, Clock& clock, RegistryToolPace pace)
-      : tool_(tool), clock_(clock), pace_(pace) {}
+  // Both outlive it. `exportsAtATime` is how many exports may run side by side where they are
+  // waited for.
+  PacedRegistryTool(RegistryTool& tool, Clock& clock, RegistryToolPace pace,
+                    std::size_t exportsAtATime = 1)
+      : tool_(tool), clock_(clock), pace_(pace), exportsAtATime_(exportsAtATime) {}
 
   // `keyPath` begins with its hive's full name. An existing file is overwritten. Always true.
   bool RegExportKey(const std::wstring& keyPath, const std::wstring& filePath);
 
-  // True when the last export is known to have failed, which with fixed pauses is never known. A
-  // file that it left behind is then not to be trusted.
+  // RegExportKey in two halves: other exports may be started in between, as many in all as may run
+  // at a time. What was started goes to the second half, and is null when it could not be.
+  std::unique_ptr<RunningTool> StartExport(const std::wstring& keyPath,
+                                           const std::wstring& filePath);
+  void FinishExport(std::unique_ptr<RunningTool> running);
+
+  // How many exports may run side by side; 1 with fixed pauses.
+  std::size_t ExportsAtATime() const {
+    return IsDoneWithFiles() ? std::max<std::size_t>(exportsAtATime_, 1) : 1;
+  }
+
+  // True when the last export that was finished is known to have failed, which with fixed pauses is
+  // never known. A file that it left behind is then not to be trusted.
   bool LastExportFailed() const { return lastExportFailed_; }
 
   // True when what an export has written can be looked at, since the tool has ended.
@@ -45,6 +61,7 @@ class PacedRegistryTool {
   RegistryTool& tool_;
   Clock& clock_;
   RegistryToolPace pace_;
+  std::size_t exportsAtATime_;
   bool lastExportFailed_ = false;
 };
 
