@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "cli/diff_verb.h"
 #include "cli/merge_verbs.h"
 #include "cli/restore_verbs.h"
 #include "cli/rewrite_verbs.h"
@@ -23,6 +24,7 @@ constexpr char kExamples[] =
     "  carrovan-cli inspect settings.ucex\n"
     "  carrovan-cli verify settings.ucex\n"
     "  carrovan-cli extract settings.ucex folder\n"
+    "  carrovan-cli diff old.ucex settings.ucex\n"
     "\n"
     "Exit status: 0 done; 1 failed or refused; 2 wrong usage; 3 done in part, with each item that\n"
     "was skipped named on standard error. 'carrovan-cli VERB --help' explains one verb.";
@@ -309,6 +311,7 @@ ExitStatus ParseAndRun(const std::vector<std::wstring>& arguments, Console& cons
   InspectOptions inspect;
   VerifyOptions verify;
   ExtractOptions extract;
+  DiffOptions diff;
   MergeOptions merge;
   RewritingOptions rewriting;
   RestoreOptions restore;
@@ -321,6 +324,7 @@ ExitStatus ParseAndRun(const std::vector<std::wstring>& arguments, Console& cons
   AddInspect(app, inspect, chosen);
   AddVerify(app, verify, chosen);
   AddExtract(app, extract, chosen);
+  AddDiff(app, diff, chosen);
   AddMerges(app, merge, chosen);
   AddRewriting(app, rewriting, chosen);
   AddRibbon(app, chosen);

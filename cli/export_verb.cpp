@@ -24,6 +24,8 @@ bool IsPackageName(const std::wstring& path) {
   return name != kPackageExtension && EndsWithIgnoringAsciiCase(name, kPackageExtension);
 }
 
+}  // namespace
+
 void NameWhatFailed(const Session& session, const ExportReport& report) {
   for (const SkippedItem& item : report.package.skipped) {
     session.Complain(L"Not stored: " + item.path + L": " + DescribeArchiveResult(item.reason));
@@ -40,6 +42,8 @@ void NameWhatFailed(const Session& session, const ExportReport& report) {
     session.Complain(L"Not stored: " + key + L": the registry tool could not export the key");
   }
 }
+
+namespace {
 
 bool IsComplete(const ExportReport& report) {
   return report.package.skipped.empty() && report.package.misplaced.empty() &&

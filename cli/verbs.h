@@ -9,6 +9,7 @@
 #include "cli/run_output.h"
 #include "cli/session.h"
 #include "cli/threads.h"
+#include "package/export_run.h"
 
 namespace carrovan {
 
@@ -27,6 +28,9 @@ struct ExportOptions {
   unsigned threads = DefaultThreads();
 };
 ExitStatus RunExportVerb(const Session& session, const ExportOptions& options);
+
+// One line on standard error for each file and key that is there and was not stored.
+void NameWhatFailed(const Session& session, const ExportReport& report);
 
 struct ImportOptions {
   std::wstring package;

@@ -5,10 +5,17 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "platform/file_system.h"
 
 namespace carrovan {
+
+// Its name comes with its prefix.
+struct XmlAttribute {
+  std::wstring name;
+  std::wstring value;
+};
 
 enum class XmlNodeKind { kElement, kText, kOther };
 
@@ -27,6 +34,7 @@ class XmlNodeOperations {
   virtual Handle NextSibling(Handle node) const = 0;
   virtual std::wstring Text(Handle node) const = 0;
   virtual std::optional<std::wstring> Attribute(Handle node, std::string_view name) const = 0;
+  virtual std::vector<XmlAttribute> Attributes(Handle node) const = 0;
   [[nodiscard]] virtual bool SetText(Handle node, std::wstring_view text) const = 0;
   [[nodiscard]] virtual bool CopyText(Handle target, Handle source) const = 0;
   [[nodiscard]] virtual bool AppendChild(Handle parent, Handle child) const = 0;
@@ -79,6 +87,10 @@ class XmlNode {
   std::optional<std::wstring> Attribute(std::string_view name) const {
     return operations_->Attribute(handle_, name);
   }
+
+  // All attributes of an element, without the declarations of namespaces. Their order is that of
+  // the document as far as the DOM keeps it.
+  std::vector<XmlAttribute> Attributes() const { return operations_->Attributes(handle_); }
 
   // Replaces the content of a text node, or all children of an element.
   [[nodiscard]] bool SetText(std::wstring_view text) const {

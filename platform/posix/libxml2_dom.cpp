@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <limits>
 #include <string_view>
+#include <vector>
 
 #include "platform/posix/iconv_encoder.h"
 #include "platform/posix/libxml2_reading.h"
@@ -183,6 +184,16 @@ class LibXml2Document : private XmlNodeOperations, public XmlDocument {
     const XmlTreeAttribute* attribute = element == nullptr ? nullptr : element->attributes;
     while (attribute != nullptr && attribute->name != name) attribute = attribute->next;
     return attribute == nullptr ? std::nullopt : std::optional(FromUtf8(attribute->value));
+  }
+
+  std::vector<XmlAttribute> Attributes(Handle handle) const override {
+    std::vector<XmlAttribute> attributes;
+    const XmlTreeElement* const element = AsElement(&AsNode(handle));
+    const XmlTreeAttribute* attribute = element == nullptr ? nullptr : element->attributes;
+    for (; attribute != nullptr; attribute = attribute->next) {
+      attributes.push_back({FromUtf8(attribute->name), FromUtf8(attribute->value)});
+    }
+    return attributes;
   }
 
   bool SetText(Handle handle, std::wstring_view text) const override {

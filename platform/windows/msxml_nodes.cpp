@@ -109,6 +109,24 @@ std::optional<std::wstring> MsXmlNodeOperations::Attribute(Handle node,
   return value;
 }
 
+std::vector<XmlAttribute> MsXmlNodeOperations::Attributes(Handle node) const {
+  std::vector<XmlAttribute> attributes;
+  ComPointer<IXMLDOMNamedNodeMap> map;
+  if (AsNode(node)->get_attributes(map.Receive()) != S_OK) return attributes;
+  for (;;) {
+    NodePointer attribute;
+    if (map.Get()->nextNode(attribute.Receive()) != S_OK || !attribute) return attributes;
+    Bstr name;
+    attribute.Get()->get_nodeName(name.Receive());
+    const std::wstring_view view = ViewOf(name.Get());
+    // This DOM counts declarations of namespaces among the attributes.
+    if (view == L"xmlns" || view.starts_with(L"xmlns:")) continue;
+    std::wstring value;
+    AppendValue(attribute.Get(), value);
+    attributes.push_back({std::wstring(view), std::move(value)});
+  }
+}
+
 bool MsXmlNodeOperations::SetText(Handle node, std::wstring_view text) const {
   Variant value;
   value.Edit().bstrVal = NewBstr(text).Release();

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "platform/xml_dom.h"
 
@@ -23,6 +24,7 @@ class MsXmlNodeOperations : public XmlNodeOperations {
   Handle NextSibling(Handle node) const override;
   std::wstring Text(Handle node) const override;
   std::optional<std::wstring> Attribute(Handle node, std::string_view name) const override;
+  std::vector<XmlAttribute> Attributes(Handle node) const override;
   [[nodiscard]] bool SetText(Handle node, std::wstring_view text) const override;
   [[nodiscard]] bool CopyText(Handle target, Handle source) const override;
   [[nodiscard]] bool AppendChild(Handle parent, Handle child) const override;

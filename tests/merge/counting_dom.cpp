@@ -1,6 +1,7 @@
 #include "tests/merge/counting_dom.h"
 
 #include <utility>
+#include <vector>
 
 namespace carrovan {
 namespace {
@@ -55,6 +56,9 @@ class CountingOperations : public XmlNodeOperations {
   }
   std::optional<std::wstring> Attribute(Handle handle, std::string_view name) const override {
     return Counted(handle).Attribute(name);
+  }
+  std::vector<XmlAttribute> Attributes(Handle handle) const override {
+    return Counted(handle).Attributes();
   }
   bool SetText(Handle handle, std::wstring_view text) const override {
     steps_ += text.size();

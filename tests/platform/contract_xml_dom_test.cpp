@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -270,6 +271,17 @@ TEST_F(XmlDomContract, GivesTextAsStored) {
   EXPECT_EQ(document->Root().FirstChild().Text(), L"  a");
   const auto empty = Load("<r/>");
   EXPECT_EQ(empty->Root().Text(), L"");
+}
+
+TEST_F(XmlDomContract, ListsAttributesWithoutDeclarationsOfNamespaces) {
+  const auto document = Load("<a xmlns='u:d' xmlns:p='u:p' p:b='1' c='&lt;\xE4\xB8\xAD'>t</a>");
+  ASSERT_TRUE(document);
+  std::map<std::wstring, std::wstring> found;
+  for (const XmlAttribute& attribute : document->Root().Attributes()) {
+    found.emplace(attribute.name, attribute.value);
+  }
+  EXPECT_EQ(found, (std::map<std::wstring, std::wstring>{{L"p:b", L"1"}, {L"c", L"<\x4E2D"}}));
+  EXPECT_TRUE(document->Root().FirstChild().Attributes().empty());
 }
 
 TEST_F(XmlDomContract, GivesAttributesByTheirName) {
