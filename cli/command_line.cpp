@@ -51,6 +51,9 @@ void AddExport(CLI::App& app, ExportOptions& options, Verb& chosen) {
       ->required()
       ->type_name("FILE");
   AddThreads(*verb, options.threads);
+  verb->add_flag(
+      "--share", options.share,
+      "Leave out what is personal, such as recent files and the user's name, and say so");
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunExportVerb(session, options); };
   });
@@ -119,6 +122,8 @@ void AddInspect(CLI::App& app, InspectOptions& options, Verb& chosen) {
       ->type_name("YEAR")
       ->needs(paths);
   AddJson(*verb, options.json);
+  verb->add_flag("--private", options.findPrivate,
+                 "Show what is personal in it: what 'export --share' would leave out");
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunInspectVerb(session, options); };
   });

@@ -1,10 +1,12 @@
 #include "cli/category_choice.h"
 #include "cli/progress.h"
+#include "cli/share_output.h"
 #include "cli/verbs.h"
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
 #include "environment/wizard_state.h"
 #include "package/export_run.h"
+#include "package/shared_package.h"
 #include "package/staging_folder.h"
 #include "text/path_text.h"
 #include "text/text.h"
@@ -99,8 +101,15 @@ ExitStatus ExportVersion(const Session& session, const ExportOptions& options,
   PacedRegistryTool tool(*machine.registryTool, *machine.clock, RegistryToolPace::kWaitForEnd,
                          options.threads);
   RunObserver observer;
-  return Conclude(session, RunExport({context, machine, tool, observer}, categories.chosen, output),
-                  options.categories);
+  SharingArchives sharing(machine, context.stagingFolder);
+  Machine target = machine;
+  if (options.share) target.archives = &sharing;
+  const ExportReport report =
+      RunExport({context, target, tool, observer}, categories.chosen, output);
+  const ExitStatus status = Conclude(session, report, options.categories);
+  const bool isWritten = report.package.outcome == ArchiveResult::kDone;
+  if (options.share && isWritten) PrintLeftOut(session, sharing.LeftOut());
+  return status;
 }
 
 }  // namespace

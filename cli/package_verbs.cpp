@@ -3,6 +3,7 @@
 
 #include "cli/json_text.h"
 #include "cli/paths_output.h"
+#include "cli/share_output.h"
 #include "cli/verbs.h"
 #include "package/package_inspection.h"
 #include "package/package_opening.h"
@@ -37,6 +38,7 @@ nlohmann::json ToJson(const PackageInspection& inspection) {
           {"company", ToUtf8(inspection.company)},
           {"releaseVersion", ToUtf8(inspection.releaseVersion)},
           {"internalVersion", ToUtf8(inspection.internalVersion)},
+          {"shared", inspection.shared},
           {"categories", TextsToJson(inspection.categories)},
           {"entries", EntriesToJson(inspection)},
           {"refused", ItemsToJson(inspection.refused, "reason")},
@@ -57,6 +59,7 @@ void PrintDescription(const Session& session, const PackageInspection& inspectio
   session.Print(L"Product     " + inspection.company + L" " + inspection.product);
   session.Print(L"Version     " + inspection.releaseVersion + L" (" + inspection.internalVersion +
                 L")");
+  if (inspection.shared) session.Print(L"Shared      yes, what is personal was left out");
   session.Print(L"Categories");
   for (const std::wstring& label : inspection.categories) session.Print(L"  " + label);
 }
@@ -99,6 +102,7 @@ ExitStatus RunInspectVerb(const Session& session, const InspectOptions& options)
   const auto archive = files->Examine(options.package);
   if (!archive) return session.Fail(DescribeNoPackage(files->Files(), options.package));
 
+  if (options.findPrivate) return RunPrivateInspection(session, options, *archive);
   const auto inspection = InspectPackage(*archive, IsLegacyPackageName(options.package));
   if (options.paths) return InspectPaths(session, options, *archive, inspection);
   if (options.json) {

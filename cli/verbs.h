@@ -26,6 +26,7 @@ struct ExportOptions {
   CategoryChoice categories;
   std::wstring output;
   unsigned threads = DefaultThreads();
+  bool share = false;  // leave out what is personal
 };
 ExitStatus RunExportVerb(const Session& session, const ExportOptions& options);
 
@@ -54,6 +55,7 @@ struct InspectOptions {
   std::wstring package;
   bool paths = false;  // list them
   std::wstring year;   // of the version that they are looked up for; empty for the newest
+  bool findPrivate = false;  // say what is personal instead of what it holds
   bool json = false;
 };
 ExitStatus RunInspectVerb(const Session& session, const InspectOptions& options);

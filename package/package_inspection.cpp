@@ -8,6 +8,7 @@
 #include "package/package_description.h"
 #include "package/package_opening.h"
 #include "package/package_trust.h"
+#include "package/shared_package.h"
 #include "text/path_text.h"
 #include "text/profile_text.h"
 #include "text/text.h"
@@ -74,6 +75,7 @@ void ReadDescription(const std::wstring& text, PackageInspection& inspection) {
   read(kProductKey, inspection.product);
   read(kReleaseVersionKey, inspection.releaseVersion);
   read(kInternalVersionKey, inspection.internalVersion);
+  inspection.shared = ProfileValue(text, kSharingSection, kSharedKey) == L"1";
   for (const CategoryRecord& record : CategoryTable()) {
     if (ProfileValue(text, kSelectedSection, Text(record.label)) == L"1") {
       inspection.categories.emplace_back(Text(record.label));

@@ -23,6 +23,7 @@ struct PackageInspection {
   std::wstring product;
   std::wstring releaseVersion;
   std::wstring internalVersion;
+  bool shared = false;                          // it says that it was made to be shared
   std::vector<std::wstring> categories;         // labels that the package marks
   std::vector<std::wstring> unknownCategories;  // keys in their section that are no labels
   std::vector<ArchiveItem> entries;             // in stored order

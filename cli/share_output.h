@@ -1,0 +1,23 @@
+#pragma once
+
+#include <vector>
+
+#include "cli/session.h"
+#include "package/registry_privacy.h"
+#include "platform/machine.h"
+
+namespace carrovan {
+
+// What is personal in a package, for people and programs. Nothing in a line is obeyed by a
+// terminal.
+
+// What an export left out, one line each, and how much that is.
+void PrintLeftOut(const Session& session, const std::vector<PrivateItem>& leftOut);
+
+struct InspectOptions;
+
+// "inspect PACKAGE --private": what of this package would be left out of one to be shared.
+ExitStatus RunPrivateInspection(const Session& session, const InspectOptions& options,
+                                ArchiveExaminer& archive);
+
+}  // namespace carrovan
