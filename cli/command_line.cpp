@@ -123,7 +123,8 @@ void AddInspect(CLI::App& app, InspectOptions& options, Verb& chosen) {
       ->needs(paths);
   AddJson(*verb, options.json);
   verb->add_flag("--private", options.findPrivate,
-                 "Show what is personal in it: what 'export --share' would leave out");
+                 "Show what is personal in it: what 'export --share' would leave out")
+      ->excludes(paths);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunInspectVerb(session, options); };
   });
