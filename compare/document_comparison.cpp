@@ -185,12 +185,12 @@ class DocumentComparison {
         level.pairs.emplace_back(i, *partners[i]);
         taken[*partners[i]] = true;
       } else {
-        Add({Difference::kOnlyInFirst, PathTo(level.children->Step(i)), L"", {}, {}});
+        AddChild(Difference::kOnlyInFirst, *level.children, i);
       }
     }
     for (std::size_t i = 0; i < taken.size(); ++i) {
       if (taken[i]) continue;
-      Add({Difference::kOnlyInSecond, PathTo(level.others->Step(i)), L"", {}, {}});
+      AddChild(Difference::kOnlyInSecond, *level.others, i);
     }
     const auto place = [](const auto& pair) { return pair.second; };
     if (!std::ranges::is_sorted(level.pairs, {}, place)) {
@@ -220,12 +220,19 @@ class DocumentComparison {
     Add({Difference::kChanged, Path(), attribute, first, second});
   }
 
+  bool HasRoom() {
+    if (item_.nodes.size() < ItemDifference::kMostDetails) return true;
+    ++item_.omitted;
+    return false;
+  }
+
   void Add(NodeDifference difference) {
-    if (item_.nodes.size() < ItemDifference::kMostDetails) {
-      item_.nodes.push_back(std::move(difference));
-    } else {
-      ++item_.omitted;
-    }
+    if (HasRoom()) item_.nodes.push_back(std::move(difference));
+  }
+
+  // There may be millions of them.
+  void AddChild(Difference kind, const Children& children, std::size_t index) {
+    if (HasRoom()) item_.nodes.push_back({kind, PathTo(children.Step(index)), L"", {}, {}});
   }
 
   // Of a very deep element only the end of the way, so that all paths together stay short.

@@ -103,6 +103,6 @@ struct ComparedPackage {
 PackageDifference ComparePackages(const ComparedPackage& first, const ComparedPackage& second);
 
 // Longer registry files and documents are compared byte by byte.
-inline constexpr std::uint64_t kMostUnderstoodBytes = std::uint64_t{16} << 20;
+inline constexpr std::uint64_t kMostUnderstoodBytes = std::uint64_t{8} << 20;
 
 }  // namespace carrovan

@@ -25,7 +25,8 @@ void FuzzXmlRetarget(const std::string& input);
 // file may come to lie outside the destination.
 void FuzzArchive(const std::string& input);
 
-// A registry file that passes must name no key that the sandbox would take outside its company.
+// A registry file that passes must name no key that the sandbox would take outside its company, and
+// be one also without what is personal.
 void FuzzRegistryScan(const std::string& input);
 
 // A package's description must read, and change one value without another.

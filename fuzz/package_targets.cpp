@@ -9,6 +9,7 @@
 #include "package/package_verification.h"
 #include "package/package_writer.h"
 #include "package/registry_file_scan.h"
+#include "package/registry_privacy.h"
 #include "platform/machine.h"
 #include "registry_text/registry_file_form.h"
 #include "registry_text/registry_file_parser.h"
@@ -149,12 +150,40 @@ void FuzzArchive(const std::string& input) {
   CheckVerification(*examiner);
 }
 
+namespace {
+
+std::string WithoutPrivateItems(const std::string& input, std::vector<PrivateItem>& found) {
+  const PrivateNames names{{L"ada"}, L"workshop"};
+  const PrivacyJudge judge(names);
+  std::string kept;
+  RegistryPrivacyFilter filter(judge, L"Options\\a.reg", found,
+                               [&kept](std::string_view bytes) { kept.append(bytes); });
+  filter.Take(input);
+  filter.Finish();
+  return kept;
+}
+
+// Of a file as the registry tool writes it, what is left is one, too.
+void CheckPrivacy(const std::string& input, bool isUnderstood) {
+  std::vector<PrivateItem> found;
+  const std::string kept = WithoutPrivateItems(input, found);
+  if (!isUnderstood) return;
+  Require(!found.empty() || kept == input, "a file is changed for no reason");
+  Require(!RefusalBy(RegistryFormScan(), kept), "what is left is no registry file");
+  std::vector<PrivateItem> left;
+  Require(WithoutPrivateItems(kept, left) == kept, "what is left changes again");
+  Require(left.empty(), "something personal is left");
+}
+
+}  // namespace
+
 void FuzzRegistryScan(const std::string& input) {
   const auto refusal = RefusalBy(RegistryFileScan(L"Vantric"), input);
   const bool isUnderstood = !RefusalBy(RegistryFormScan(), input);
   const auto file =
       ParseRegistryFile(DecodeText(std::vector<std::uint8_t>(input.begin(), input.end())).text);
   if (isUnderstood) Require(file && file->problems.empty(), "the parser reads it otherwise");
+  CheckPrivacy(input, isUnderstood);
   if (refusal || !file) return;
   for (const RegistryKeyChange& key : file->keys) {
     Require(IsOfCompany(key, L"Vantric"), "a key outside is let through");

@@ -43,14 +43,18 @@ constexpr PrivacyRule kRules[] = {
     {kDocument, L"", L"names users' profile folders, which become those of Public"},
 };
 
-// A pattern has few stars, and names are short.
-bool Matches(std::u16string_view name, std::u16string_view pattern) {
+char16_t UpperCase(wchar_t ascii) {
+  return static_cast<char16_t>(ascii >= L'a' && ascii <= L'z' ? ascii - L'a' + L'A' : ascii);
+}
+
+// Of a folded name. A pattern has few stars and is ASCII.
+bool Matches(std::u16string_view name, std::wstring_view pattern) {
   if (pattern.empty()) return name.empty();
-  if (pattern.front() != u'*') {
-    return !name.empty() && name.front() == pattern.front() &&
+  if (pattern.front() != L'*') {
+    return !name.empty() && name.front() == UpperCase(pattern.front()) &&
            Matches(name.substr(1), pattern.substr(1));
   }
-  const std::u16string_view rest = pattern.substr(1);
+  const std::wstring_view rest = pattern.substr(1);
   for (std::size_t skipped = 0; skipped <= name.size(); ++skipped) {
     if (Matches(name.substr(skipped), rest)) return true;
   }
@@ -60,7 +64,7 @@ bool Matches(std::u16string_view name, std::u16string_view pattern) {
 const PrivacyRule* RuleForName(PrivacyRuleKind kind, std::wstring_view name) {
   const std::u16string folded = FoldedName(name);
   const auto at = std::ranges::find_if(kRules, [&](const PrivacyRule& rule) {
-    return rule.kind == kind && Matches(folded, FoldedName(rule.pattern));
+    return rule.kind == kind && Matches(folded, rule.pattern);
   });
   return at == std::end(kRules) ? nullptr : &*at;
 }

@@ -23,7 +23,7 @@ bool Holds(const std::wstring& text, const wchar_t* part) {
 TEST_F(CommandLine, HelpNamesEveryVerbAndTheExitStatuses) {
   EXPECT_EQ(Run({L"--help"}), ExitStatus::kDone);
   for (const wchar_t* part :
-       {L"versions", L"export", L"inspect", L"verify", L"extract", L"rewrite", L"retarget",
+       {L"versions", L"export", L"inspect", L"verify", L"extract", L"diff", L"rewrite", L"retarget",
         L"migrate-options", L"--root", L"Examples:", L"Exit status: 0 done"}) {
     EXPECT_TRUE(Holds(console_.out, part)) << testing::PrintToString(part);
   }
@@ -49,6 +49,7 @@ TEST_F(CommandLine, WrongUsageIsStatusTwoWithAWordOnStandardError) {
       {L"--root"},
       {L"inspect"},
       {L"verify"},
+      {L"diff", L"only-one"},
       {L"extract", L"only-one"},
       {L"export", L"--version", L"2026", L"--output", L"x.ucex"},
       {L"export", L"--all", L"--output", L"x.ucex"},

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "package/shared_package.h"
+#include "registry_text/registry_file_form.h"
 #include "tests/package/memory_archive.h"
 #include "tests/support/registry_bytes.h"
 #include "text/text.h"
@@ -195,6 +198,51 @@ TEST_F(RegistryPrivacy, FileComesOutWholeWhereverItsPartsEnd) {
   for (const std::size_t part : {1, 2, 3, 1000}) EXPECT_EQ(Filtered(file, part), expected);
   EXPECT_EQ(Filtered("REGEDIT4\r\n\r\n" + kKey + "\"v\"=\"ada\"\r\n\"w\"=\"x\"\r\n"),
             "REGEDIT4\r\n\r\n" + kKey + "\"w\"=\"x\"\r\n");
+}
+
+// Any file of such lines is one as the registry tool writes it.
+std::string RandomFile(std::mt19937& random) {
+  const std::string root = "[HKEY_CURRENT_USER\\SOFTWARE\\Vantric\\VANTRIC 28.0";
+  const std::string lines[] = {
+      root + "]\r\n",
+      root + "\\General]\r\n",
+      root + "\\Recent Files\\x]\r\n",
+      root + "\\of ada]\r\n",
+      "\r\n",
+      "\"v\"=\"ada\"\r\n",
+      "\"v\\\"=\"=\"x\\\\\"\r\n",
+      "\"[x]\"=\"adapter [\\\"@=\"\r\n",
+      "\"Users\"=hex(2):43,00,3a,00,\\\r\n  5c,00\r\n",
+      "@=\"C:\\\\Users\\\\x\"\r\n",
+      "\"MRU\"=dword:00000001\r\n",
+      "\"h\"=hex(7):61,00,64,00,61,\\\r\n  00,00,00\r\n",
+      "\"h\"=hex:\r\n",
+  };
+  std::string text = root + "]\r\n";
+  for (int i = 0; i < 12; ++i) text += lines[random() % std::size(lines)];
+  return RegistryFileBytes(text);
+}
+
+std::wstring WhatIsNotUnderstood(const std::string& file) {
+  RegistryFormScan form;
+  form.Take(file);
+  return form.Finish().value_or(L"");
+}
+
+TEST_F(RegistryPrivacy, WhatIsLeftIsARegistryFileWithNothingPersonal) {
+  std::mt19937 random(1);
+  std::size_t changed = 0;
+  for (int round = 0; round < 500; ++round) {
+    const std::string file = RandomFile(random);
+    ASSERT_EQ(WhatIsNotUnderstood(file), L"");
+    const std::string kept = Filtered(file, 1 + random() % 9);
+    EXPECT_EQ(kept == file, found_.empty());
+    changed += kept == file ? 0 : 1;
+    EXPECT_EQ(WhatIsNotUnderstood(kept), L"");
+    EXPECT_EQ(Filtered(kept), kept);
+    EXPECT_TRUE(found_.empty());
+  }
+  EXPECT_GT(changed, 100U);
 }
 
 TEST(DocumentPrivacy, NobodyTakesTheUsersPlace) {
