@@ -5,6 +5,7 @@
 
 #include "cli/diff_verb.h"
 #include "cli/merge_verbs.h"
+#include "cli/report_output.h"
 #include "cli/restore_verbs.h"
 #include "cli/rewrite_verbs.h"
 #include "cli/verbs.h"
@@ -69,6 +70,7 @@ void AddRunChoice(CLI::App& verb, RunChoice& choice) {
                 "Keep nothing with which the run could be undone");
   verb.add_flag("--verbose", choice.verbose, "Also print what the run reports while it works");
   AddJson(verb, choice.json);
+  AddReport(verb, choice.report);
 }
 
 void AddPathOptions(CLI::App& verb, PathOptions& options) {

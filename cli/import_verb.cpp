@@ -55,6 +55,7 @@ class Import {
     state_.package.path = options_.package;
     SelectTargetVersion(state_, outcome_.context, options_.year);
     OpenPackage(run_);
+    outcome_.packageVersion = state_.package.releaseVersion;
     if (const auto refusal = CheckTarget(run_)) return Refuse(*refusal);
     if (NeedsMending(run_)) {
       outcome_.notices.push_back(std::wstring(Text(StringId::kKeepPathFiles)));
@@ -136,10 +137,12 @@ ExitStatus RunImportVerb(const Session& session, const ImportOptions& options) {
   ProgressArchives archives(*machine.archives, session.console());
   machine.archives = &archives;
   if (IsProductRunning(*machine.processes)) {
-    return session.Fail(TextOf(RunRefusal::kProductRunning));
+    return RefuseRun(session, options.run, {L"import", options.year, options.package}, machine,
+                     TextOf(RunRefusal::kProductRunning));
   }
   if (const auto refusal = RefusalOfPackage(*files, options.package, options.trust, machine)) {
-    return session.Fail(*refusal);
+    return RefuseRun(session, options.run, {L"import", options.year, options.package}, machine,
+                     *refusal);
   }
   return RunAndPrint(session, options.run, {L"import", options.year, options.package},
                      {L"imported", L"left out"}, machine, [&](const Machine& ports, LineLog& log) {

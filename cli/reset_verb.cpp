@@ -51,10 +51,10 @@ ExitStatus RunResetVerb(const Session& session, const ResetOptions& options) {
   const auto owned = session.OpenMachine();
   if (!owned) return ExitStatus::kFailed;
   const Machine machine = owned->Ports();
-  if (IsProductRunning(*machine.processes)) {
-    return session.Fail(TextOf(RunRefusal::kProductRunning));
-  }
   const PointBegun about{L"reset", machine.product->HumanReadableVersion(), {}};
+  if (IsProductRunning(*machine.processes)) {
+    return RefuseRun(session, options.run, about, machine, TextOf(RunRefusal::kProductRunning));
+  }
   return RunAndPrint(
       session, options.run, about, {L"reset", L"kept"}, machine,
       [&options](const Machine& ports, LineLog&) { return ResetVersion(options, ports); });

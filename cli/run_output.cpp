@@ -5,11 +5,17 @@
 #include "cli/json_text.h"
 #include "cli/paths_output.h"
 #include "cli/preview_output.h"
+#include "cli/report_output.h"
 #include "environment/version_folders.h"
+#include "report/run_page.h"
 #include "text/text.h"
 
 namespace carrovan {
 namespace {
+
+std::wstring TextOfOtherRun(const std::wstring& otherRun) {
+  return L"Another run is at work: " + otherRun;
+}
 
 // Keeps the lines for a document that is printed in the end.
 class CollectedLog : public LineLog {
@@ -24,6 +30,24 @@ class NoLog : public LineLog {
   void WriteLine(std::wstring_view) override {}
 };
 
+// Why a run was not even begun.
+std::wstring TextOfFailure(const GuardReport& report) {
+  switch (report.failure) {
+    case GuardFailure::kAnotherRun:
+      return TextOfOtherRun(report.reason);
+    case GuardFailure::kNoRestorePoint:
+      return L"No restore point can be made: " + report.reason +
+             L"; --no-restore-point goes on without one";
+    default:
+      return report.reason;
+  }
+}
+
+RunFacts FactsOf(const RunChoice& choice, const PointBegun& about, const Machine& machine) {
+  return {about, choice.dryRun, choice.verify && !choice.dryRun, machine.clock->Now(),
+          NameOfProgram()};
+}
+
 // What is printed of one run.
 class RunOutput {
  public:
@@ -32,14 +56,7 @@ class RunOutput {
       : session_(session), choice_(choice), words_(words), report_(report) {}
 
   ExitStatus Print(const Machine& machine, const std::vector<std::wstring>& log) const {
-    if (report_.failure == GuardFailure::kAnotherRun) {
-      return RefuseBesides(session_, report_.reason);
-    }
-    if (report_.failure == GuardFailure::kNoRestorePoint) {
-      return session_.Fail(L"No restore point can be made: " + report_.reason +
-                           L"; --no-restore-point goes on without one");
-    }
-    if (report_.failure != GuardFailure::kNone) return session_.Fail(report_.reason);
+    if (report_.failure != GuardFailure::kNone) return session_.Fail(TextOfFailure(report_));
     const ExitStatus status = Complain();
     if (!report_.WasCarriedOut()) return status;
     if (choice_.dryRun) {
@@ -172,18 +189,36 @@ class RunOutput {
 }  // namespace
 
 ExitStatus RefuseBesides(const Session& session, const std::wstring& otherRun) {
-  return session.Fail(L"Another run is at work: " + otherRun);
+  return session.Fail(TextOfOtherRun(otherRun));
+}
+
+ExitStatus RefuseRun(const Session& session, const RunChoice& choice, const PointBegun& about,
+                     const Machine& machine, const std::wstring& reason) {
+  const ExitStatus status = session.Fail(reason);
+  return ReportFile(session, choice.report)
+      .Write(PageOfRefusal(FactsOf(choice, about, machine), {reason}), status);
 }
 
 ExitStatus RunAndPrint(const Session& session, const RunChoice& choice, const PointBegun& about,
                        const CategoryWords& words, const Machine& machine, const Run& run) {
+  const ReportFile page(session, choice.report);
+  if (const auto refusal = page.Refusal()) return session.Fail(*refusal);
+  SeenChanges changes;
+  GuardChoice guard = choice;
+  if (page.IsWanted()) guard.onTrial = [&](const Trial& trial) { changes = LookAt(trial); };
   ConsoleLog console(session);
   CollectedLog collected;
   NoLog none;
   LineLog& shown = choice.verbose ? static_cast<LineLog&>(console) : none;
   LineLog& log = choice.json ? static_cast<LineLog&>(collected) : shown;
-  const GuardReport report = RunGuarded(machine, choice, about, log, run);
-  return RunOutput(session, choice, words, report).Print(machine, collected.lines);
+  const GuardReport report = RunGuarded(machine, guard, about, log, run);
+  const ExitStatus status =
+      RunOutput(session, choice, words, report).Print(machine, collected.lines);
+  const RunFacts facts = FactsOf(choice, report.about, machine);
+  const bool wasBegun = report.failure == GuardFailure::kNone;
+  return page.Write(
+      wasBegun ? PageOfRun(facts, report, changes) : PageOfRefusal(facts, {TextOfFailure(report)}),
+      status);
 }
 
 }  // namespace carrovan

@@ -37,9 +37,17 @@ void TakeVersion(GuardReport& report) {
   if (report.about.version.empty()) report.about.version = report.outcome.context.selectedVersion;
 }
 
+void ForgetFilesIn(const std::wstring& path, MachineChanges& changes) {
+  const std::wstring folder = TidyPath(path);
+  for (auto* files : {&changes.files, &changes.rewrittenFiles}) {
+    std::erase_if(*files,
+                  [&folder](const FileChange& change) { return IsAtOrBelow(change.path, folder); });
+  }
+}
+
 // What the run would change; nothing, with the reason in the report, without a place to try it out.
-std::optional<MachineChanges> TryOut(const Machine& machine, const Run& run, LineLog& log,
-                                     GuardReport& report) {
+std::optional<MachineChanges> TryOut(const Machine& machine, const GuardChoice& choice,
+                                     const Run& run, LineLog& log, GuardReport& report) {
   const OrReason<OverlayMachine> opened = OverlayMachine::Open(machine);
   if (!opened.object) {
     report.failure = GuardFailure::kNoPlaceForTrial;
@@ -47,16 +55,14 @@ std::optional<MachineChanges> TryOut(const Machine& machine, const Run& run, Lin
     return std::nullopt;
   }
   OverlayMachine& overlay = *opened.object;
-  report.outcome = run(overlay.Ports(), log);
-  return overlay.Changes();
-}
-
-void ForgetFilesIn(const std::wstring& path, MachineChanges& changes) {
-  const std::wstring folder = TidyPath(path);
-  for (auto* files : {&changes.files, &changes.rewrittenFiles}) {
-    std::erase_if(*files,
-                  [&folder](const FileChange& change) { return IsAtOrBelow(change.path, folder); });
+  const Machine after = overlay.Ports();
+  report.outcome = run(after, log);
+  MachineChanges changes = overlay.Changes();
+  if (!choice.ownFolder.empty()) ForgetFilesIn(choice.ownFolder, changes);
+  if (choice.onTrial && report.WasCarriedOut()) {
+    choice.onTrial({changes, report.outcome, machine, after});
   }
+  return changes;
 }
 
 // What a run leaves there of its own has another name each time.
@@ -75,7 +81,7 @@ std::wstring LackOfRoom(const Machine& machine, const Run& run,
   if (HasPlentyOfRoom(machine)) return {};
   GuardReport trial;
   NoLog log;
-  const auto changes = foreseen ? foreseen : TryOut(machine, run, log, trial);
+  const auto changes = foreseen ? foreseen : TryOut(machine, {}, run, log, trial);
   return changes ? RoomThatLacks(machine, *changes) : trial.reason;
 }
 
@@ -111,9 +117,8 @@ void RunRecorded(const Machine& machine, const GuardChoice& choice, const Run& r
 
 void RunDry(const Machine& machine, const GuardChoice& choice, const Run& run, LineLog& log,
             GuardReport& report) {
-  std::optional<MachineChanges> foreseen = TryOut(machine, run, log, report);
+  std::optional<MachineChanges> foreseen = TryOut(machine, choice, run, log, report);
   if (!foreseen) return;
-  if (!choice.ownFolder.empty()) ForgetFilesIn(choice.ownFolder, *foreseen);
   report.changes = std::move(*foreseen);
   TakeVersion(report);
 }
@@ -121,9 +126,9 @@ void RunDry(const Machine& machine, const GuardChoice& choice, const Run& run, L
 void RunInEarnest(const Machine& machine, const GuardChoice& choice, const Run& run, LineLog& log,
                   GuardReport& report) {
   std::optional<MachineChanges> foreseen;
-  if (choice.verify) {
+  if (choice.verify || choice.onTrial) {
     NoLog noLog;
-    foreseen = TryOut(machine, run, noLog, report);
+    foreseen = TryOut(machine, choice, run, noLog, report);
     if (!foreseen) return;
   }
   if (choice.noRestorePoint) {
@@ -132,7 +137,7 @@ void RunInEarnest(const Machine& machine, const GuardChoice& choice, const Run& 
   } else {
     RunRecorded(machine, choice, run, log, foreseen, report);
   }
-  if (foreseen && report.WasCarriedOut()) {
+  if (choice.verify && report.WasCarriedOut()) {
     ForgetTemporaryFiles(machine, *foreseen);
     report.foreseen = CountForeseen(*foreseen);
     report.differences = UnfulfilledChanges(*foreseen, machine);

@@ -25,12 +25,21 @@ struct RunOutcome {
   std::wstring finishText;
   CategorySet offered;  // none for a legacy package
   CategorySet chosen;
-  ProductContext context;  // of the version that it worked on
+  ProductContext context;       // of the version that it worked on
+  std::wstring packageVersion;  // the release that a package is of; empty for a reset
 };
 
 // One run on a machine, which may be the real one or stand in front of it. The lines of its log go
 // to the log that it gets.
 using Run = std::function<RunOutcome(const Machine& machine, LineLog& log)>;
+
+// A run that was tried out: what it would change, and the machine as it would be then.
+struct Trial {
+  const MachineChanges& changes;
+  const RunOutcome& outcome;
+  const Machine& before;
+  const Machine& after;
+};
 
 struct GuardChoice {
   bool dryRun = false;  // only try it out
@@ -40,6 +49,10 @@ struct GuardChoice {
   // A folder of the run's own, named by a GUID in the temporary path, that was made before the run;
   // empty for none. What happens in it is nobody's data.
   std::wstring ownFolder;
+
+  // Looks at what the run changes; nothing for nobody. A run in earnest is tried out first, too.
+  // Not called when the run is refused.
+  std::function<void(const Trial&)> onTrial;
 };
 
 // Why the run was not even begun.

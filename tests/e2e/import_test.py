@@ -70,7 +70,7 @@ class WholeRunTest(SandboxTest):
         result = r"Options: imported\n(.*\n)*"
         self.assertRegex(self.run_verb(*arguments).stdout, rf"\A{result}\Z")
         point, = json.loads(self.run_verb("restore-points", "--json").stdout)
-        log = next(self.sandbox.local.glob("Carrovan/Restore/*/log.txt")).read_text("utf-8")
+        log = next(self.machine.sandbox.local.glob("Carrovan/Restore/*/log.txt")).read_text("utf-8")
         self.assertIn("\nSuccessfully replaced 5 user paths\n", log)
         self.run_verb("undo")
         printed = self.run_verb(*arguments, "--verbose", "--no-restore-point").stdout

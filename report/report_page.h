@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "report/document_tree.h"
+
+namespace carrovan {
+
+// A report that people look at: one page that needs nothing but itself. It can be read without its
+// script, which only filters, and a policy in it forbids everything else. Whatever a text of a
+// package holds is text on the page.
+
+enum class ItemKind {
+  kAdded,
+  kReplaced,
+  kChanged,
+  kMerged,
+  kRemoved,
+  kDropped,
+  kHeld,
+  kRefused,
+  kNotTrusted,
+};
+
+// "added", "not trusted"
+std::wstring WordOf(ItemKind kind);
+
+struct ReportItem {
+  ItemKind kind = ItemKind::kHeld;
+  std::wstring what;   // "file", "value"; a word of the program's own
+  std::wstring place;  // the folder or key in which it is; items of one place stand together
+  std::wstring name;
+  std::optional<std::wstring> before;  // a text that it had or has lost
+  std::optional<std::wstring> after;
+  std::wstring note;
+  std::optional<DocumentTree> tree;
+  bool counts = true;  // in the summary
+};
+
+struct ReportCategory {
+  std::wstring label;
+  std::vector<ReportItem> items;
+};
+
+struct ReportFact {
+  std::wstring name;   // "Package"; a word of the program's own
+  std::wstring value;  // none is shown for an empty one
+};
+
+// Lines of one kind: what was not done, what to know.
+struct ReportLines {
+  std::wstring heading;
+  std::vector<std::wstring> lines;  // nothing is shown without any
+};
+
+enum class ReportResult { kDone, kPartly, kRefused, kTrial, kNeutral };
+
+struct ReportPage {
+  std::wstring title;    // "Import", of the program's own
+  std::wstring subject;  // what it is about: a package, a version
+  ReportResult result = ReportResult::kNeutral;
+  std::wstring resultText;  // "Done", "Tried out only: nothing was changed"
+  std::vector<ReportFact> facts;
+  std::vector<ReportLines> lines;
+  std::wstring itemsHeading;  // "What changed"
+  std::wstring nothing;       // what stands there without any item
+  std::vector<ReportCategory> categories;
+  std::wstring program;  // which made it: "carrovan-cli 1.2.3"
+};
+
+// How much of a page is shown; a line says what is left out.
+struct PageLimits {
+  std::size_t items = 2000;   // of one category
+  std::size_t text = 400;     // characters of a value
+  std::size_t trees = 20000;  // elements of all trees together
+};
+
+// The page as UTF-8.
+std::string WritePage(const ReportPage& page, const PageLimits& limits = {});
+
+}  // namespace carrovan
