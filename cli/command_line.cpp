@@ -124,9 +124,12 @@ void AddInspect(CLI::App& app, InspectOptions& options, Verb& chosen) {
       ->type_name("YEAR")
       ->needs(paths);
   AddJson(*verb, options.json);
-  verb->add_flag("--private", options.findPrivate,
-                 "Show what is personal in it: what 'export --share' would leave out")
-      ->excludes(paths);
+  CLI::Option* personal =
+      verb->add_flag("--private", options.findPrivate,
+                     "Show what is personal in it: what 'export --share' would leave out")
+          ->excludes(paths);
+  // The page shows what inspect shows without either.
+  AddReport(*verb, options.report)->excludes(paths)->excludes(personal);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunInspectVerb(session, options); };
   });

@@ -3,12 +3,14 @@
 
 #include "cli/json_text.h"
 #include "cli/paths_output.h"
+#include "cli/report_output.h"
 #include "cli/share_output.h"
 #include "cli/verbs.h"
 #include "package/package_inspection.h"
 #include "package/package_opening.h"
 #include "package/package_verification.h"
 #include "package/package_writer.h"
+#include "report/inspection_page.h"
 #include "text/path_text.h"
 
 namespace carrovan {
@@ -97,6 +99,8 @@ ExitStatus Conclude(const Session& session, const PackageInspection& inspection)
 }  // namespace
 
 ExitStatus RunInspectVerb(const Session& session, const InspectOptions& options) {
+  const ReportFile page(session, options.report);
+  if (const auto refusal = page.Refusal()) return session.Fail(*refusal);
   const auto files = session.OpenFiles();
   if (!files) return ExitStatus::kFailed;
   const auto archive = files->Examine(options.package);
@@ -113,7 +117,8 @@ ExitStatus RunInspectVerb(const Session& session, const InspectOptions& options)
     PrintItems(session, L"Refused     ", inspection.refused);
     PrintItems(session, L"Not trusted ", inspection.untrusted);
   }
-  return Conclude(session, inspection);
+  return page.Write(PageOfInspection(options.package, inspection, NameOfProgram()),
+                    Conclude(session, inspection));
 }
 
 ExitStatus RunExtractVerb(const Session& session, const ExtractOptions& options) {

@@ -4,11 +4,15 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/json_text.h"
+#include "cli/preview_output.h"
+#include "cli/report_output.h"
 #include "cli/run_output.h"
+#include "cli/undo_trial.h"
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
 #include "environment/wizard_state.h"
 #include "guard/run_lock.h"
+#include "report/run_page.h"
 #include "restore/point_check.h"
 #include "restore/restore_point.h"
 #include "restore/undo_run.h"
@@ -83,7 +87,12 @@ void AddUndo(CLI::App& app, UndoOptions& options, Verb& chosen) {
   verb->add_flag("--force", options.force, "Overwrite also what was changed since");
   verb->add_flag("--trust", options.trust,
                  "Undo also what only an import with --trust can have changed");
+  CLI::Option* dryRun =
+      verb->add_flag("--dry-run", options.dryRun, "Change nothing; print what would change");
+  verb->add_flag("--details", options.details, "With --dry-run, also each file, key and value")
+      ->needs(dryRun);
   AddJson(*verb, options.json);
+  AddReport(*verb, options.report);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunUndoVerb(session, options); };
   });
@@ -183,17 +192,18 @@ bool IsChosen(const CategoryChoice& choice, const CategoryRecord* record) {
          });
 }
 
-// The places of the version that the run of the point worked on. Nothing after saying why.
-std::optional<CategoryPlaces> PlacesOf(const Session& session, const RestorePoint& point,
-                                       const Machine& machine) {
+// The places of the version that the run of the point worked on. Nothing, with the reason, when
+// they are not known.
+std::optional<CategoryPlaces> FindPlaces(const RestorePoint& point, const Machine& machine,
+                                         std::wstring& reason) {
   if (point.about.version.empty()) {
-    session.Fail(L"The run of " + point.id + L" ended before its version was known; it can be " +
-                 L"undone as a whole only");
+    reason = L"The run of " + point.id + L" ended before its version was known; it can be " +
+             L"undone as a whole only";
     return std::nullopt;
   }
   ProductContext context;
   if (!LoadProductContext(context, machine)) {
-    session.Fail(TextOf(RunRefusal::kUnknownProduct));
+    reason = TextOf(RunRefusal::kUnknownProduct);
     return std::nullopt;
   }
   EnumerateInstalledVersions(context, *machine.registry);
@@ -204,31 +214,43 @@ std::optional<CategoryPlaces> PlacesOf(const Session& session, const RestorePoin
     SelectVersion(context, point.about.version);
   }
   if (PrepareVersionFolders(context, machine)) return CategoryPlaces(context, machine);
-  session.Fail(L"The folders of version " + point.about.version + L" cannot be told");
+  reason = L"The folders of version " + point.about.version + L" cannot be told";
   return std::nullopt;
 }
 
-ExitStatus Conclude(const Session& session, const RestorePoint& point, const UndoReport& report,
-                    bool asJson) {
+void PrintReport(const Session& session, const UndoOptions& options, const UndoReport& report,
+                 const UndoTrial* trial, nlohmann::json document) {
+  if (options.dryRun && options.json) {
+    document["dryRun"] = true;
+    PrintPreviewJson(session, trial->changes, std::move(document));
+  } else if (options.dryRun) {
+    PrintPreview(session, trial->changes, options.details);
+  } else if (options.json) {
+    PrintJsonText(session, document);
+  } else {
+    session.Print(L"Restore point " + FromUtf8(document["restorePoint"].get<std::string>()) +
+                  L": " + std::to_wstring(report.restored) + L" put back, " +
+                  std::to_wstring(report.kept.size()) + L" kept");
+  }
+}
+
+ExitStatus Conclude(const Session& session, const RestorePoint& point, const UndoOptions& options,
+                    const UndoReport& report, const UndoTrial* trial) {
   for (const std::wstring& line : report.kept) session.Complain(line);
   for (const std::wstring& line : report.problems) session.Complain(line);
   const ExitStatus status = report.IsComplete() ? ExitStatus::kDone : ExitStatus::kPartly;
-  if (asJson) {
-    PrintJsonText(session, {{"restorePoint", ToUtf8(point.id)},
-                            {"exitStatus", static_cast<int>(status)},
-                            {"restored", report.restored},
-                            {"kept", TextsToJson(report.kept)},
-                            {"problems", TextsToJson(report.problems)}});
-    return status;
-  }
-  session.Print(L"Restore point " + point.id + L": " + std::to_wstring(report.restored) +
-                L" put back, " + std::to_wstring(report.kept.size()) + L" kept");
+  PrintReport(session, options, report, trial,
+              {{"restorePoint", ToUtf8(point.id)},
+               {"exitStatus", static_cast<int>(status)},
+               {"restored", report.restored},
+               {"kept", TextsToJson(report.kept)},
+               {"problems", TextsToJson(report.problems)}});
   return status;
 }
 
-// Nothing was played back.
-ExitStatus RefuseJournal(const Session& session, const RestorePoint& point,
-                         const std::vector<std::wstring>& reasons, const Machine& machine) {
+// Why nothing is played back.
+std::wstring TextOfDistrust(const RestorePoint& point, const std::vector<std::wstring>& reasons,
+                            const Machine& machine) {
   std::wstring line = L"The restore point " + point.id + L" is not to be trusted: " + reasons[0];
   if (const std::size_t more = reasons.size() - 1; more > 0) {
     line += L" (and " + std::to_wstring(more) + L" more)";
@@ -236,29 +258,78 @@ ExitStatus RefuseJournal(const Session& session, const RestorePoint& point,
   if (RefusalsOfPoint(point, true, machine).empty()) {
     line += L"; --trust undoes it all the same, as after an import with --trust";
   }
-  return session.Fail(line);
+  return line;
 }
+
+// The undo of one restore point.
+class Undoing {
+ public:
+  Undoing(const Session& session, const UndoOptions& options, const RestorePoint& point,
+          const Machine& machine)
+      : session_(session),
+        options_(options),
+        point_(point),
+        machine_(machine),
+        page_(session, options.report) {}
+
+  ExitStatus Run() {
+    std::wstring reason;
+    places_ = FindPlaces(point_, machine_, reason);
+    if (!options_.categories.labels.empty() && !places_) return Refuse(reason);
+    const UndoChoice choice = Choice();
+    OrReason<UndoTrial> trial;
+    if (options_.dryRun || page_.IsWanted()) {
+      trial = TryUndo(point_, choice, places_, machine_);
+      if (!trial.object) return Refuse(trial.reason);
+    }
+    const UndoReport report =
+        options_.dryRun ? trial.object->report : UndoChanges(point_, choice, machine_);
+    if (!report.refused.empty()) return Refuse(TextOfDistrust(point_, report.refused, machine_));
+    const ExitStatus status = Conclude(session_, point_, options_, report, trial.object.get());
+    if (!page_.IsWanted()) return status;
+    return page_.Write(PageOfUndo(Facts(), point_.id, report, trial.object->changes), status);
+  }
+
+ private:
+  UndoChoice Choice() const {
+    UndoChoice choice;
+    choice.force = options_.force;
+    choice.trusted = options_.trust;
+    if (options_.categories.labels.empty()) return choice;
+    choice.includesFile = [this](const FileHistory& file) {
+      return IsChosen(options_.categories, places_->OfFile(file.path));
+    };
+    choice.includesKey = [this](const KeyHistory& key) {
+      return IsChosen(options_.categories, places_->OfKey(key.hive, key.keyPath));
+    };
+    return choice;
+  }
+
+  RunFacts Facts() const {
+    RunFacts facts;
+    facts.about = point_.about;
+    facts.dryRun = options_.dryRun;
+    facts.time = machine_.clock->Now();
+    facts.program = NameOfProgram();
+    return facts;
+  }
+
+  ExitStatus Refuse(const std::wstring& reason) const {
+    const ExitStatus status = session_.Fail(reason);
+    return page_.Write(PageOfRefusedUndo(Facts(), point_.id, reason), status);
+  }
+
+  const Session& session_;
+  const UndoOptions& options_;
+  const RestorePoint& point_;
+  const Machine& machine_;
+  const ReportFile page_;
+  std::optional<CategoryPlaces> places_;
+};
 
 ExitStatus Undo(const Session& session, const UndoOptions& options, const Machine& machine) {
   const auto point = FindPoint(session, machine, options.id);
-  if (!point) return ExitStatus::kFailed;
-  UndoChoice choice;
-  choice.force = options.force;
-  choice.trusted = options.trust;
-  std::optional<CategoryPlaces> places;
-  if (!options.categories.labels.empty()) {
-    places = PlacesOf(session, *point, machine);
-    if (!places) return ExitStatus::kFailed;
-    choice.includesFile = [&](const FileHistory& file) {
-      return IsChosen(options.categories, places->OfFile(file.path));
-    };
-    choice.includesKey = [&](const KeyHistory& key) {
-      return IsChosen(options.categories, places->OfKey(key.hive, key.keyPath));
-    };
-  }
-  const UndoReport report = UndoChanges(*point, choice, machine);
-  if (!report.refused.empty()) return RefuseJournal(session, *point, report.refused, machine);
-  return Conclude(session, *point, report, options.json);
+  return point ? Undoing(session, options, *point, machine).Run() : ExitStatus::kFailed;
 }
 
 }  // namespace
@@ -271,6 +342,10 @@ ExitStatus RunUndoVerb(const Session& session, const UndoOptions& options) {
   if (IsProductRunning(*machine.processes)) {
     return session.Fail(TextOf(RunRefusal::kProductRunning));
   }
+  if (const auto refusal = ReportFile(session, options.report).Refusal()) {
+    return session.Fail(*refusal);
+  }
+  if (options.dryRun) return Undo(session, options, machine);
   const OrReason<RunLock> lock = RunLock::Take(machine, L"undo");
   if (!lock.object) return RefuseBesides(session, lock.reason);
   return Undo(session, options, machine);

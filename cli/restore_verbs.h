@@ -20,6 +20,9 @@ struct UndoOptions {
   bool force = false;
   bool trust = false;
   bool json = false;
+  bool dryRun = false;   // change nothing and print what would change
+  bool details = false;  // then: each single item
+  std::wstring report;   // a page to write about the undo; empty for none
 };
 ExitStatus RunUndoVerb(const Session& session, const UndoOptions& options);
 

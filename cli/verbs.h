@@ -57,6 +57,7 @@ struct InspectOptions {
   std::wstring year;   // of the version that they are looked up for; empty for the newest
   bool findPrivate = false;  // say what is personal instead of what it holds
   bool json = false;
+  std::wstring report;  // a page to write about the package; empty for none
 };
 ExitStatus RunInspectVerb(const Session& session, const InspectOptions& options);
 

@@ -1,5 +1,6 @@
 #include "report/run_page.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "environment/string_table.h"
@@ -124,6 +125,14 @@ void SetResult(const RunFacts& facts, bool isWhole, ReportPage& page) {
   page.nothing = L"Nothing was changed.";
 }
 
+void SetRefused(const std::vector<std::wstring>& refusals, ReportPage& page) {
+  page.result = ReportResult::kRefused;
+  page.resultText = L"Refused: nothing was changed";
+  page.lines.push_back({L"Why", refusals});
+  page.itemsHeading = L"What changed";
+  page.nothing = L"Nothing was changed.";
+}
+
 std::vector<std::wstring> ProblemsOf(const RunReport& report) {
   std::vector<std::wstring> lines;
   for (const std::wstring& path : report.unextracted) lines.push_back(TextOfUnextracted(path));
@@ -133,6 +142,7 @@ std::vector<std::wstring> ProblemsOf(const RunReport& report) {
 
 std::vector<std::wstring> NoticesOf(const RunOutcome& outcome) {
   std::vector<std::wstring> lines = outcome.notices;
+  for (std::wstring& line : lines) std::ranges::replace(line, L'\n', L' ');
   for (const SettingCategory category : outcome.report.emptied) {
     lines.push_back(std::wstring(Text(FindCategory(static_cast<int>(category))->label)) +
                     L": the package holds nothing of it");
@@ -175,11 +185,7 @@ ReportPage PageOfRefusal(const RunFacts& facts, const std::vector<std::wstring>&
   ReportPage page = PageFor(facts);
   page.facts.push_back({L"Version", facts.about.version});
   AddTime(facts, page);
-  page.result = ReportResult::kRefused;
-  page.resultText = L"Refused: nothing was changed";
-  page.lines.push_back({L"Why", refusals});
-  page.itemsHeading = L"What changed";
-  page.nothing = L"Nothing was changed.";
+  SetRefused(refusals, page);
   return page;
 }
 
@@ -204,20 +210,36 @@ ReportPage PageOfRun(const RunFacts& facts, const GuardReport& report, const See
   return page;
 }
 
-ReportPage PageOfUndo(const RunFacts& facts, const std::wstring& point, const UndoReport& report,
-                      const PreviewReport& changes) {
+namespace {
+
+ReportPage PageForUndo(const RunFacts& facts, const std::wstring& point) {
   ReportPage page = PageFor(facts);
   page.title = L"Undo of";
   page.subject = facts.about.verb + L" " + facts.about.version;
   page.facts.push_back({L"Version", facts.about.version});
   page.facts.push_back({L"Restore point", point});
   AddTime(facts, page);
+  return page;
+}
+
+}  // namespace
+
+ReportPage PageOfUndo(const RunFacts& facts, const std::wstring& point, const UndoReport& report,
+                      const PreviewReport& changes) {
+  ReportPage page = PageForUndo(facts, point);
   SetResult(facts, report.IsComplete(), page);
   page.facts.push_back(
       {facts.dryRun ? L"To be put back" : L"Put back", std::to_wstring(report.restored)});
   page.lines = {{L"Kept, since it was changed after the run", report.kept},
                 {L"What was not put back", report.problems}};
   page.categories = CategoriesOf({changes, {}});
+  return page;
+}
+
+ReportPage PageOfRefusedUndo(const RunFacts& facts, const std::wstring& point,
+                             const std::wstring& reason) {
+  ReportPage page = PageForUndo(facts, point);
+  SetRefused({reason}, page);
   return page;
 }
 

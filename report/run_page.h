@@ -46,4 +46,7 @@ ReportPage PageOfRun(const RunFacts& facts, const GuardReport& report, const See
 ReportPage PageOfUndo(const RunFacts& facts, const std::wstring& point, const UndoReport& report,
                       const PreviewReport& changes);
 
+ReportPage PageOfRefusedUndo(const RunFacts& facts, const std::wstring& point,
+                             const std::wstring& reason);
+
 }  // namespace carrovan
