@@ -1,7 +1,7 @@
 #include "report/document_tree.h"
 
 #include <algorithm>
-#include <iterator>
+#include <deque>
 #include <map>
 #include <memory>
 
@@ -29,36 +29,85 @@ Element Read(const XmlNode& node, std::size_t depth) {
   return element;
 }
 
-// The elements of one name, in their order.
-class Namesakes {
+// The name without the number that a merge gives anew.
+std::string_view BaseName(const Element& element) {
+  const std::string_view name = element.name;
+  const std::size_t end = name.find_last_not_of("0123456789");
+  const bool isNumbered = end != std::string_view::npos && end + 1 < name.size() && end > 0;
+  return isNumbered && name[end] == '-' ? name.substr(0, end) : name;
+}
+
+std::wstring TextBelow(const Element& element, std::string_view name) {
+  const auto found = std::ranges::find(element.below, name, &Element::name);
+  return found == element.below.end() ? std::wstring() : found->text;
+}
+
+// What an element is known by among those of its name, whatever else is in it; empty for none.
+std::wstring IdentityOf(const Element& element) {
+  const std::wstring id = TextBelow(element, "ID");
+  return id.empty() ? TextBelow(element, "Command") : id;
+}
+
+// Two of the same content have the same.
+std::wstring ContentOf(const Element& element) {
+  std::wstring content = element.text;
+  for (const Element& child : element.below) {
+    content += L'\x1' + FromUtf8(child.name) + L'\x2' + ContentOf(child) + L'\x3';
+  }
+  return content;
+}
+
+// Which of the earlier elements is the one before each of the later ones; null for a new one.
+class Matching {
  public:
-  explicit Namesakes(const std::vector<Element>& elements) {
-    for (const Element& element : elements) byName_[element.name].elements.push_back(&element);
+  Matching(const std::vector<Element>& before, const std::vector<Element>& after)
+      : before_(before), after_(after), taken_(before.size()), matches_(after.size()) {
+    // The same, wherever it stands now; then another content of the same thing.
+    Pair([](const Element& element) {
+      return FromUtf8(BaseName(element)) + L'\x1' + ContentOf(element);
+    });
+    Pair([](const Element& element) {
+      const std::wstring id = IdentityOf(element);
+      return id.empty() ? id : FromUtf8(BaseName(element)) + L'\x1' + id;
+    });
+    Pair([](const Element& element) {
+      return IdentityOf(element).empty() ? FromUtf8(element.name) : std::wstring();
+    });
   }
 
-  // The next one that was not taken; null without one.
-  const Element* Take(const std::string& name) {
-    const auto found = byName_.find(name);
-    if (found == byName_.end()) return nullptr;
-    List& list = found->second;
-    return list.next < list.elements.size() ? list.elements[list.next++] : nullptr;
-  }
+  const Element* Of(std::size_t later) const { return matches_[later]; }
 
+  // The earlier ones that are gone.
   std::vector<const Element*> Left() const {
     std::vector<const Element*> left;
-    for (const auto& [name, list] : byName_) {
-      left.insert(left.end(), list.elements.begin() + static_cast<std::ptrdiff_t>(list.next),
-                  list.elements.end());
+    for (std::size_t i = 0; i < before_.size(); ++i) {
+      if (!taken_[i]) left.push_back(&before_[i]);
     }
     return left;
   }
 
  private:
-  struct List {
-    std::vector<const Element*> elements;
-    std::size_t next = 0;
-  };
-  std::map<std::string, List> byName_;
+  // Those of the same key, in their order; an empty one is none.
+  void Pair(std::wstring (*keyOf)(const Element&)) {
+    std::map<std::wstring, std::deque<std::size_t>> waiting;
+    for (std::size_t i = 0; i < before_.size(); ++i) {
+      if (!taken_[i]) waiting[keyOf(before_[i])].push_back(i);
+    }
+    waiting.erase(std::wstring());
+    for (std::size_t i = 0; i < after_.size() && !waiting.empty(); ++i) {
+      if (matches_[i] != nullptr) continue;
+      const auto found = waiting.find(keyOf(after_[i]));
+      if (found == waiting.end() || found->second.empty()) continue;
+      matches_[i] = &before_[found->second.front()];
+      taken_[found->second.front()] = true;
+      found->second.pop_front();
+    }
+  }
+
+  const std::vector<Element>& before_;
+  const std::vector<Element>& after_;
+  std::vector<bool> taken_;
+  std::vector<const Element*> matches_;
 };
 
 class Comparison {
@@ -67,12 +116,13 @@ class Comparison {
 
   DocumentNode Compare(const Element& before, const Element& after) {
     DocumentNode node = Bare(after);
-    Namesakes earlier(before.below);
-    for (const Element& child : after.below) {
-      const Element* const same = earlier.Take(child.name);
+    const Matching matching(before.below, after.below);
+    for (std::size_t i = 0; i < after.below.size(); ++i) {
+      const Element& child = after.below[i];
+      const Element* const same = matching.Of(i);
       node.below.push_back(same != nullptr ? Compare(*same, child) : Only(child, NodeMark::kNew));
     }
-    for (const Element* gone : earlier.Left()) {
+    for (const Element* gone : matching.Left()) {
       node.below.push_back(Only(*gone, NodeMark::kRemoved));
     }
     if (before.text != after.text) {
@@ -91,7 +141,9 @@ class Comparison {
   DocumentNode Bare(const Element& element) const {
     DocumentNode node;
     node.name = FromUtf8(element.name);
-    node.text = CutText(element.text, limits_.text);
+    // Of one with elements below, its name for people.
+    const std::wstring& text = element.below.empty() ? element.text : TextBelow(element, "Name");
+    node.text = CutText(text, limits_.text);
     return node;
   }
 

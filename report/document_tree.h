@@ -22,7 +22,7 @@ enum class NodeMark {
 
 struct DocumentNode {
   std::wstring name;
-  std::wstring text;    // of an element without elements below
+  std::wstring text;    // of an element without elements below; of another, that of its <Name>
   std::wstring before;  // the text that it had, when it is changed
   NodeMark mark = NodeMark::kSame;
   std::vector<DocumentNode> below;
@@ -49,8 +49,9 @@ struct TreeLimits {
   std::uint64_t bytes = 4 << 20;  // of a document
 };
 
-// An element is the one before it that has the same name and comes in the same place among those of
-// its name. `before` and `after` read the two machines, on which the document has the same path.
+// An element was there before when an equal one was, whatever its number; else when one of its name
+// and its <ID> or <Command> was, or, of those that have none, the next one of its name. `before`
+// and `after` read the two machines, on which the document has the same path.
 DocumentTree CompareDocuments(const std::wstring& path, FileSystem& before, FileSystem& after,
                               const TreeLimits& limits = {});
 

@@ -9,7 +9,7 @@ namespace {
 // have to be.
 constexpr std::string_view kPolicy =
     "default-src 'none'; base-uri 'none'; form-action 'none'; "
-    "style-src 'sha256-9zCY2cfCzAegJ5QZzNjJ62yyUA8JkdlsArnWr7hfBAk='; "
+    "style-src 'sha256-RZguYQ9uV1G/fyoeAdNKiAJA0n/FBWqelLFm5luM2OA='; "
     "script-src 'sha256-lijMbNyevN/MU48Q5Nx7D07piUtghzxAMmFkZEy/d7c='";
 
 constexpr std::string_view kStyle = R"css(
@@ -137,7 +137,11 @@ summary { cursor: pointer; }
 .tree li { font-size: .82rem; padding: .08rem 0; }
 .tree li summary { font-size: .82rem; }
 .tree .leaf { padding-inline-start: 1.05rem; }
-.tree .k-added > .leaf bdi, .tree .k-added > details > summary > bdi { font-weight: 650; }
+.tree .k-added > .leaf > bdi:first-child, .tree .k-added > details > summary > bdi:first-child {
+  color: var(--tone); font-weight: 600;
+}
+.tree .k-removed > .leaf > bdi:first-child { text-decoration: line-through; }
+.tree small { color: var(--soft); }
 .mark {
   margin-inline-start: .5rem; padding: .02rem .4rem; border: 1px solid var(--tone);
   border-radius: 99px; color: var(--tone); font: 600 .72rem/1.4 system-ui, sans-serif;

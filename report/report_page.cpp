@@ -252,20 +252,22 @@ class PageWriter {
     html_ += "</ul></details>";
   }
 
-  void AddNode(const DocumentNode& node) {
+  void AddNode(const DocumentNode& node, NodeMark above = NodeMark::kTouched) {
     ++treeNodes_;
-    const bool isLeaf = node.below.empty() && node.hidden == 0;
+    const bool isClosed = node.below.empty() && node.hidden > 0 && node.mark == NodeMark::kSame;
     html_ += node.mark == NodeMark::kNew       ? "<li class=\"k-added\">"
              : node.mark == NodeMark::kChanged ? "<li class=\"k-changed\">"
              : node.mark == NodeMark::kRemoved ? "<li class=\"k-removed\">"
                                                : "<li>";
-    if (isLeaf) {
-      html_ += "<div class=\"leaf\">" + LineOf(node) + "</div></li>\n";
+    if (isClosed || (node.below.empty() && node.hidden == 0)) {
+      html_ += "<div class=\"leaf\">" + LineOf(node, above);
+      if (isClosed) html_ += " <small>" + Plural(node.hidden, "element", "elements") + "</small>";
+      html_ += "</div></li>\n";
       return;
     }
     html_ += node.mark == NodeMark::kSame ? "<details>" : "<details open>";
-    html_ += "<summary>" + LineOf(node) + "</summary><ul>\n";
-    for (const DocumentNode& child : node.below) AddNode(child);
+    html_ += "<summary>" + LineOf(node, above) + "</summary><ul>\n";
+    for (const DocumentNode& child : node.below) AddNode(child, node.mark);
     if (node.hidden > 0) {
       html_ += "<li class=\"cut\">" + Plural(node.hidden, "more element", "more elements");
       html_ += node.hiddenMarks > 0
@@ -276,10 +278,12 @@ class PageWriter {
     html_ += "</ul></details></li>\n";
   }
 
-  static std::string LineOf(const DocumentNode& node) {
+  // What is below a new element is new, too.
+  static std::string LineOf(const DocumentNode& node, NodeMark above) {
     std::string line = NameMarkup(node.name);
     if (node.mark == NodeMark::kChanged) line += ValueOf(node.before) + " \xE2\x86\x92";
     if (!node.text.empty() || node.mark == NodeMark::kChanged) line += ValueOf(node.text);
+    if (node.mark == above) return line;
     switch (node.mark) {
       case NodeMark::kNew:
         return line + "<span class=\"mark\">new</span>";

@@ -28,6 +28,15 @@ std::wstring SizeText(const FileImage& image) {
   return std::to_wstring(image.sizeBytes) + (image.sizeBytes == 1 ? L" byte" : L" bytes");
 }
 
+std::wstring SizesText(const FileChange& change) {
+  std::wstring text;
+  for (const FileImage& image : {change.before, change.after}) {
+    if (image.kind != FileKind::kFile) continue;
+    text += (text.empty() ? L"" : L" \x2192 ") + SizeText(image);
+  }
+  return text;
+}
+
 ItemKind KindOf(const PreviewedFile& file) {
   if (file.isMerged) return ItemKind::kMerged;
   constexpr ItemKind kKinds[] = {ItemKind::kAdded, ItemKind::kReplaced, ItemKind::kRemoved};
@@ -42,10 +51,7 @@ ReportItem ItemOf(const PreviewedFile& file, const SeenChanges& seen) {
   item.counts = !change.isFolder;
   item.place = RemoveFileSpec(change.path);
   item.name = FileNameOf(change.path);
-  if (!change.isFolder && change.before.kind == FileKind::kFile) {
-    item.before = SizeText(change.before);
-  }
-  if (!change.isFolder && change.after.kind == FileKind::kFile) item.after = SizeText(change.after);
+  if (!change.isFolder) item.note = SizesText(change);
   if (const auto tree = seen.trees.find(change.path); tree != seen.trees.end()) {
     item.tree = tree->second;
   }

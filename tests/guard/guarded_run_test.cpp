@@ -153,6 +153,27 @@ TEST_F(GuardedRunTest, LogOfATrialGoesOnOnce) {
   EXPECT_EQ(log_.lines.size(), 4u);
 }
 
+TEST_F(GuardedRunTest, TrialIsLookedAtOnceBeforeAnythingChanges) {
+  for (const bool dryRun : {true, false}) {
+    machine_.files.Put(kData, "before");
+    std::vector<std::string> seen;
+    GuardChoice choice;
+    choice.dryRun = dryRun;
+    choice.onTrial = [&](const Trial& trial) {
+      std::string before;
+      std::string after;
+      EXPECT_EQ(trial.before.files->ReadBytes(kData, before), kSystemOk);
+      EXPECT_EQ(trial.after.files->ReadBytes(kData, after), kSystemOk);
+      EXPECT_EQ(trial.changes.files.size(), 1u);
+      seen.push_back(before + " " + after);
+    };
+    const GuardReport report = RunChanging(choice);
+    EXPECT_EQ(seen, std::vector<std::string>{"before after"});
+    EXPECT_EQ(machine_.files.Bytes(kData), dryRun ? "before" : "after");
+    EXPECT_EQ(report.foreseen, 0u);
+  }
+}
+
 TEST_F(GuardedRunTest, RestorePointHoldsNothingOfTheLock) {
   const GuardReport report = RunChanging({});
   const auto point =
