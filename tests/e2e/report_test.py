@@ -1,4 +1,4 @@
-"""The page about a run: what it says, when it is written, and that nothing of a package acts in it."""
+"""The page about a run: what it says, when it is written, and that nothing in it acts."""
 
 import base64
 import hashlib
