@@ -1,6 +1,7 @@
 #include "report/document_tree.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <deque>
 #include <map>
 #include <memory>
@@ -18,14 +19,39 @@ struct Element {
   std::string name;
   std::wstring text;
   std::vector<Element> below;
+  std::uint64_t sum = 0;  // of its content; the same for equal ones
 };
 
+// FNV-1a. What is found by it is compared.
+void AddToSum(std::uint64_t value, std::uint64_t& sum) {
+  constexpr std::uint64_t kPrime = 0x100000001B3;
+  sum = (sum ^ value) * kPrime;
+}
+
+std::uint64_t SumOf(const Element& element) {
+  std::uint64_t sum = 0xCBF29CE484222325;
+  for (const wchar_t c : element.text) AddToSum(static_cast<std::uint64_t>(c), sum);
+  for (const Element& child : element.below) {
+    for (const char c : child.name) AddToSum(static_cast<unsigned char>(c), sum);
+    AddToSum(child.sum, sum);
+  }
+  return sum;
+}
+
+bool HaveSameContent(const Element& a, const Element& b) {
+  return a.sum == b.sum && a.text == b.text &&
+         std::ranges::equal(a.below, b.below, [](const Element& c, const Element& d) {
+           return c.name == d.name && HaveSameContent(c, d);
+         });
+}
+
 Element Read(const XmlNode& node, std::size_t depth) {
-  Element element{std::string(node.Name()), {}, {}};
+  Element element{std::string(node.Name()), {}, {}, 0};
   for (XmlNode child = node.FirstChild(); child && depth < kDeepest; child = child.NextSibling()) {
     if (child.IsElement()) element.below.push_back(Read(child, depth + 1));
   }
   if (element.below.empty()) element.text = node.Text();
+  element.sum = SumOf(element);
   return element;
 }
 
@@ -48,31 +74,29 @@ std::wstring IdentityOf(const Element& element) {
   return id.empty() ? TextBelow(element, "Command") : id;
 }
 
-// Two of the same content have the same.
-std::wstring ContentOf(const Element& element) {
-  std::wstring content = element.text;
-  for (const Element& child : element.below) {
-    content += L'\x1' + FromUtf8(child.name) + L'\x2' + ContentOf(child) + L'\x3';
-  }
-  return content;
-}
-
 // Which of the earlier elements is the one before each of the later ones; null for a new one.
 class Matching {
  public:
   Matching(const std::vector<Element>& before, const std::vector<Element>& after)
       : before_(before), after_(after), taken_(before.size()), matches_(after.size()) {
     // The same, wherever it stands now; then another content of the same thing.
-    Pair([](const Element& element) {
-      return FromUtf8(BaseName(element)) + L'\x1' + ContentOf(element);
-    });
-    Pair([](const Element& element) {
-      const std::wstring id = IdentityOf(element);
-      return id.empty() ? id : FromUtf8(BaseName(element)) + L'\x1' + id;
-    });
-    Pair([](const Element& element) {
-      return IdentityOf(element).empty() ? FromUtf8(element.name) : std::wstring();
-    });
+    Pair(
+        [](const Element& element) {
+          return FromUtf8(BaseName(element)) + L'\x1' + std::to_wstring(element.sum);
+        },
+        HaveSameContent);
+    const auto always = [](const Element&, const Element&) { return true; };
+    Pair(
+        [](const Element& element) {
+          const std::wstring id = IdentityOf(element);
+          return id.empty() ? id : FromUtf8(BaseName(element)) + L'\x1' + id;
+        },
+        always);
+    Pair(
+        [](const Element& element) {
+          return IdentityOf(element).empty() ? FromUtf8(element.name) : std::wstring();
+        },
+        always);
   }
 
   const Element* Of(std::size_t later) const { return matches_[later]; }
@@ -88,7 +112,8 @@ class Matching {
 
  private:
   // Those of the same key, in their order; an empty one is none.
-  void Pair(std::wstring (*keyOf)(const Element&)) {
+  void Pair(std::wstring (*keyOf)(const Element&),
+            bool (*isFit)(const Element& before, const Element& after)) {
     std::map<std::wstring, std::deque<std::size_t>> waiting;
     for (std::size_t i = 0; i < before_.size(); ++i) {
       if (!taken_[i]) waiting[keyOf(before_[i])].push_back(i);
@@ -98,6 +123,7 @@ class Matching {
       if (matches_[i] != nullptr) continue;
       const auto found = waiting.find(keyOf(after_[i]));
       if (found == waiting.end() || found->second.empty()) continue;
+      if (!isFit(before_[found->second.front()], after_[i])) continue;
       matches_[i] = &before_[found->second.front()];
       taken_[found->second.front()] = true;
       found->second.pop_front();
@@ -202,7 +228,7 @@ DocumentTree Compared(const Element& before, const Element& after, const TreeLim
   if (before.name == after.name) {
     tree.root = Comparison(tree, limits).Compare(before, after);
   } else {
-    tree.root = Comparison(tree, limits).Compare({after.name, {}, {}}, after);
+    tree.root = Comparison(tree, limits).Compare({after.name, {}, {}, 0}, after);
   }
   Cutting(limits).Cut(tree.root, 0);
   return tree;

@@ -26,7 +26,9 @@ ReportItem Named(ItemKind kind, const std::wstring& name) {
 // The categories of a page, in the order in which their first item came.
 class Sorter {
  public:
-  void Take(const std::wstring& label, ReportItem item) {
+  void Take(const std::wstring& wanted, ReportItem item) {
+    const bool fits = places_.contains(wanted) || places_.size() < kMostFolders;
+    const std::wstring& label = fits ? wanted : kOther;
     const auto [found, isNew] = places_.try_emplace(label, categories.size());
     if (isNew) categories.push_back({label, {}});
     categories[found->second].items.push_back(std::move(item));
@@ -35,6 +37,10 @@ class Sorter {
   std::vector<ReportCategory> categories;
 
  private:
+  // More than any export makes.
+  static constexpr std::size_t kMostFolders = 40;
+  const std::wstring kOther = L"Other folders";
+
   std::map<std::wstring, std::size_t> places_;
 };
 

@@ -9,7 +9,7 @@ namespace {
 // have to be.
 constexpr std::string_view kPolicy =
     "default-src 'none'; base-uri 'none'; form-action 'none'; "
-    "style-src 'sha256-RZguYQ9uV1G/fyoeAdNKiAJA0n/FBWqelLFm5luM2OA='; "
+    "style-src 'sha256-ViHThqXKf0712a4laDeo1wX/PRiRCBjdY65A8KKOb3s='; "
     "script-src 'sha256-lijMbNyevN/MU48Q5Nx7D07piUtghzxAMmFkZEy/d7c='";
 
 constexpr std::string_view kStyle = R"css(
@@ -60,6 +60,7 @@ dl {
   display: grid; grid-template-columns: repeat(auto-fill, minmax(14rem, 1fr)); gap: .9rem 1.75rem;
   margin: 1.4rem 0 0;
 }
+dl > .long { grid-column: 1 / -1; }
 dt { color: var(--soft); font-size: .82rem; }
 dd { margin: 0; font-weight: 500; }
 ul, ol { margin: 0; padding: 0; list-style: none; }

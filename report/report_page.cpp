@@ -88,6 +88,7 @@ class PageWriter {
 
  private:
   void AddHeader() {
+    constexpr std::size_t kLongFact = 60;
     html_ += "<header>\n<p class=\"brand\"><b>Carrovan</b> report</p>\n<h1>";
     html_ += MarkupOf(page_.title);
     if (!page_.subject.empty()) html_ += " " + NameMarkup(page_.subject);
@@ -100,8 +101,9 @@ class PageWriter {
     html_ += "<dl>\n";
     for (const ReportFact& fact : page_.facts) {
       if (fact.value.empty()) continue;
-      html_ += "<div><dt>" + MarkupOf(fact.name) + "</dt><dd>" + NameMarkup(fact.value) +
-               "</dd></div>\n";
+      html_ += fact.value.size() > kLongFact ? "<div class=\"long\">" : "<div>";
+      html_ +=
+          "<dt>" + MarkupOf(fact.name) + "</dt><dd>" + NameMarkup(fact.value) + "</dd></div>\n";
     }
     html_ += "</dl>\n</header>\n";
   }
@@ -154,6 +156,7 @@ class PageWriter {
   }
 
   void AddCategories() {
+    if (page_.itemsHeading.empty()) return;
     html_ += "<h2>" + MarkupOf(page_.itemsHeading) + "</h2>\n";
     if (page_.categories.empty()) {
       html_ += "<p>" + MarkupOf(page_.nothing) + "</p>\n";

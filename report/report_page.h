@@ -65,7 +65,7 @@ struct ReportPage {
   std::wstring resultText;  // "Done", "Tried out only: nothing was changed"
   std::vector<ReportFact> facts;
   std::vector<ReportLines> lines;
-  std::wstring itemsHeading;  // "What changed"
+  std::wstring itemsHeading;  // "What changed"; empty for a page that is not about items
   std::wstring nothing;       // what stands there without any item
   std::vector<ReportCategory> categories;
   std::wstring program;  // which made it: "carrovan-cli 1.2.3"

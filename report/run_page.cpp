@@ -135,8 +135,6 @@ void SetRefused(const std::vector<std::wstring>& refusals, ReportPage& page) {
   page.result = ReportResult::kRefused;
   page.resultText = L"Refused: nothing was changed";
   page.lines.push_back({L"Why", refusals});
-  page.itemsHeading = L"What changed";
-  page.nothing = L"Nothing was changed.";
 }
 
 std::vector<std::wstring> ProblemsOf(const RunReport& report) {

@@ -108,6 +108,18 @@ TEST_F(DocumentTreeTest, DeepTreeIsCut) {
   EXPECT_EQ(Drawn(tree.root), "~r\n+.a\n+..a\n+...a\n ....(197 hidden, 197 marked)\n");
 }
 
+TEST_F(DocumentTreeTest, LargeTextInADeepDocumentIsReadOnce) {
+  std::string open;
+  std::string close;
+  for (int i = 0; i < 190; ++i) {
+    open += "<a>";
+    close += "</a>";
+  }
+  const std::string text(3 << 20, 'x');
+  const std::string document = "<r>" + open + text + close + "</r>";
+  EXPECT_EQ(Compare(document, document).root.mark, NodeMark::kSame);
+}
+
 TEST_F(DocumentTreeTest, ReasonStandsForATreeThatCannotBe) {
   EXPECT_TRUE(Compare("<r>", "<r/>").failure.starts_with(L"The document cannot be read"));
   EXPECT_TRUE(Compare("<r/>", "<r>").failure.starts_with(L"The document cannot be read"));

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "report/inspection_page.h"
 #include "report/page_markup.h"
 #include "text/text.h"
 
@@ -170,6 +171,16 @@ TEST(ReportPageTest, PageWithoutChangesSaysSo) {
   const std::string html = WritePage(page);
   EXPECT_TRUE(Holds(html, "<p>Nothing was changed.</p>"));
   EXPECT_FALSE(Holds(html, "<form"));
+}
+
+TEST(InspectionPageTest, FoldersBeyondWhatAPageCanShowAreOneCategory) {
+  PackageInspection inspection;
+  for (int i = 0; i < 100; ++i) {
+    inspection.entries.push_back({std::to_wstring(i) + L"\\a.reg", 1, 1, {}});
+  }
+  const ReportPage page = PageOfInspection(L"x.ucex", inspection, L"p");
+  ASSERT_EQ(page.categories.size(), 41u);
+  EXPECT_EQ(page.categories.back().items.size(), 60u);
 }
 
 }  // namespace
