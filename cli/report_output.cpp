@@ -8,8 +8,8 @@
 
 namespace carrovan {
 
-void AddReport(CLI::App& verb, std::wstring& path) {
-  AddText(verb, "--report", path, "Also write a page about it, to be looked at in a browser")
+CLI::Option* AddReport(CLI::App& verb, std::wstring& path) {
+  return AddText(verb, "--report", path, "Also write a page about it, to be looked at in a browser")
       ->type_name("FILE.html")
       ->check([](const std::string& name) -> std::string {
         // A page in place of a package or of a setting would be a loss.

@@ -8,12 +8,13 @@
 
 namespace CLI {
 class App;
+class Option;
 }
 
 namespace carrovan {
 
 // "--report FILE.html"
-void AddReport(CLI::App& verb, std::wstring& path);
+CLI::Option* AddReport(CLI::App& verb, std::wstring& path);
 
 // What a page says of the program that made it.
 std::wstring NameOfProgram();

@@ -53,8 +53,8 @@ ExitStatus RunResetVerb(const Session& session, const ResetOptions& options);
 
 struct InspectOptions {
   std::wstring package;
-  bool paths = false;  // list them
-  std::wstring year;   // of the version that they are looked up for; empty for the newest
+  bool paths = false;        // list them
+  std::wstring year;         // of the version that they are looked up for; empty for the newest
   bool findPrivate = false;  // say what is personal instead of what it holds
   bool json = false;
   std::wstring report;  // a page to write about the package; empty for none
