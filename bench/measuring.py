@@ -66,6 +66,6 @@ def report(rows):
     for name, value, target, remark in rows:
         verdict = "" if target is None else "ok" if value <= target else "MISSED"
         missed = missed or verdict == "MISSED"
-        limit = "" if target is None else f"at most {target:6.1f}"
+        limit = "" if target is None else f"at most {target:6.2f}"
         print(f"{name:48} {value:8.2f}   {limit:14}   {verdict:7} {remark}".rstrip())
     return 1 if missed else 0

@@ -84,7 +84,7 @@ TEST_F(SideBySideExport, ThePackageHoldsTheSameInTheSameOrder) {
   const auto names = EntryNames();
   const auto entries = Entries();
   LateRegistryTool several(*Ports().registryTool, 0);
-  const auto report = ExportWith(several, 4);
+  const auto report = ExportWith(several, 26);
   EXPECT_TRUE(report.missingKeys.empty());
   EXPECT_EQ(several.started, one.started);
   EXPECT_EQ(EntryNames(), names);

@@ -343,10 +343,11 @@ class MeetingTask : public WorkAhead::Task {
   std::size_t Prepare() override { return 1; }
   std::size_t Run(std::span<std::uint8_t>) override {
     std::unique_lock lock(meeting_.mutex);
-    if (++meeting_.present == meeting_.wanted) meeting_.hasMet = true;
+    ++meeting_.present;
+    if (meeting_.present == meeting_.wanted && !meeting_.isOver) meeting_.hasMet = true;
     meeting_.changed.notify_all();
     const auto isEnough = [this] { return meeting_.hasMet || meeting_.isOver; };
-    meeting_.isOver = !meeting_.changed.wait_for(lock, std::chrono::minutes(1), isEnough);
+    meeting_.isOver = !meeting_.changed.wait_for(lock, std::chrono::seconds(30), isEnough);
     return 0;
   }
 
