@@ -5,12 +5,14 @@
 #include <utility>
 
 #include "cli/difference_output.h"
+#include "cli/report_output.h"
 #include "compare/package_difference.h"
 #include "environment/installed_versions.h"
 #include "environment/version_folders.h"
 #include "environment/wizard_state.h"
 #include "package/export_run.h"
 #include "package/staging_folder.h"
+#include "report/difference_page.h"
 #include "text/text.h"
 
 namespace carrovan {
@@ -163,6 +165,8 @@ ExitStatus RunDiffVerb(const Session& session, const DiffOptions& options) {
   if (options.packages.size() + options.years.size() != 2) {
     return session.Misused(L"diff compares two: packages, or versions that --version names");
   }
+  const ReportFile page(session, options.report);
+  if (const auto refusal = page.Refusal()) return session.Fail(*refusal);
   const auto files = session.OpenFiles();
   if (!files) return ExitStatus::kFailed;
   VersionPackages versions(session);
@@ -181,31 +185,20 @@ ExitStatus RunDiffVerb(const Session& session, const DiffOptions& options) {
   } else {
     PrintDifference(session, names, difference);
   }
-  return difference.IsEmpty() ? ExitStatus::kDone : ExitStatus::kPartly;
+  return page.Write(PageOfDifference(first.name, second.name, difference, NameOfProgram()),
+                    difference.IsEmpty() ? ExitStatus::kDone : ExitStatus::kPartly);
 }
-
-namespace {
-
-void AddTexts(CLI::App& verb, const std::string& name, std::vector<std::wstring>& target,
-              const std::string& typeName, const std::string& description) {
-  verb.add_option_function<std::vector<std::string>>(
-          name,
-          [&target](const std::vector<std::string>& texts) {
-            for (const std::string& text : texts) target.push_back(FromUtf8(text));
-          },
-          description)
-      ->type_name(typeName);
-}
-
-}  // namespace
 
 void AddDiff(CLI::App& app, DiffOptions& options, Verb& chosen) {
   CLI::App* verb = app.add_subcommand(
       "diff", "Compare two packages, or a package with what a version of this machine has now");
-  AddTexts(*verb, "PACKAGE", options.packages, "", "The packages (.ucex, or .ucx both)");
-  AddTexts(*verb, "--version", options.years, "YEAR",
-           "An installed version in place of a package; twice to compare two versions");
+  AddTexts(*verb, "PACKAGE", options.packages, "The packages (.ucex, or .ucx both)")
+      ->expected(0, 2);
+  AddTexts(*verb, "--version", options.years,
+           "An installed version in place of a package; twice to compare two versions")
+      ->type_name("YEAR");
   AddJson(*verb, options.json);
+  AddReport(*verb, options.report);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunDiffVerb(session, options); };
   });

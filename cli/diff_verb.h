@@ -12,6 +12,7 @@ struct DiffOptions {
   std::vector<std::wstring> packages;
   std::vector<std::wstring> years;  // versions of this machine
   bool json = false;
+  std::wstring report;  // a page to write besides; empty for none
 };
 ExitStatus RunDiffVerb(const Session& session, const DiffOptions& options);
 

@@ -16,15 +16,19 @@ struct KindLook {
   std::string_view tone;  // a class of the style
 };
 
-constexpr std::array<KindLook, 9> kLooks{{{"added", "added"},
-                                          {"replaced", "changed"},
-                                          {"changed", "changed"},
-                                          {"merged", "merged"},
-                                          {"removed", "removed"},
-                                          {"dropped", "dropped"},
-                                          {"held", "held"},
-                                          {"refused", "removed"},
-                                          {"not trusted", "dropped"}}};
+constexpr std::array<KindLook, 13> kLooks{{{"added", "added"},
+                                           {"replaced", "changed"},
+                                           {"changed", "changed"},
+                                           {"merged", "merged"},
+                                           {"removed", "removed"},
+                                           {"dropped", "dropped"},
+                                           {"held", "held"},
+                                           {"refused", "removed"},
+                                           {"not trusted", "dropped"},
+                                           {"kept", "held"},
+                                           {"mapped", "changed"},
+                                           {"only in first", "removed"},
+                                           {"only in second", "added"}}};
 
 const KindLook& LookOf(ItemKind kind) { return kLooks[static_cast<std::size_t>(kind)]; }
 

@@ -23,6 +23,10 @@ enum class ItemKind {
   kHeld,
   kRefused,
   kNotTrusted,
+  kKept,
+  kMapped,
+  kOnlyInFirst,
+  kOnlyInSecond,
 };
 
 // "added", "not trusted"

@@ -90,6 +90,35 @@ ReportItem ItemOf(const DroppedValue& value) {
   return item;
 }
 
+std::wstring NoteOf(PathState state) {
+  constexpr std::wstring_view kNotes[] = {L"exists here", L"does not exist here",
+                                          L"does not answer here", L"depends on a variable"};
+  return std::wstring(kNotes[static_cast<std::size_t>(state)]);
+}
+
+// A dropped one stands among its category's values.
+ReportItem ItemOf(const ImportedPath& path) {
+  ReportItem item;
+  item.kind = path.fate == PathFate::kMapped ? ItemKind::kMapped : ItemKind::kKept;
+  item.what = L"path";
+  item.place = path.key.empty() ? path.file : path.key;
+  item.name = path.key.empty()    ? L"line " + std::to_wstring(path.line)
+              : path.name.empty() ? L"(default)"
+                                  : path.name;
+  if (!path.was.empty()) item.before = path.was;
+  item.after = path.path;
+  item.note = NoteOf(path.state);
+  return item;
+}
+
+void AddPaths(const std::vector<ImportedPath>& paths, std::vector<ReportCategory>& categories) {
+  ReportCategory category{L"Paths in the package", {}};
+  for (const ImportedPath& path : paths) {
+    if (path.fate != PathFate::kDropped) category.items.push_back(ItemOf(path));
+  }
+  if (!category.items.empty()) categories.push_back(std::move(category));
+}
+
 std::vector<ReportCategory> CategoriesOf(const SeenChanges& seen) {
   std::vector<ReportCategory> categories;
   for (const PreviewedCategory& from : seen.preview.categories) {
@@ -100,6 +129,7 @@ std::vector<ReportCategory> CategoriesOf(const SeenChanges& seen) {
     for (const ValueChange& change : from.values) to.items.push_back(ItemOf(change));
     for (const DroppedValue& value : from.dropped) to.items.push_back(ItemOf(value));
   }
+  AddPaths(seen.preview.paths, categories);
   return categories;
 }
 

@@ -72,6 +72,27 @@ class ReportTest(SandboxTest):
     def import_all(self, year="2026"):
         return "import", self.package, "--to", year, "--all"
 
+    def test_page_of_a_comparison_shows_what_only_one_has_and_what_differs(self):
+        self.export()
+        done = json.loads(self.run_verb("diff", self.package, "--version", "2026", "--json",
+                                        status=3).stdout)
+        page = self.page("diff", self.package, "--version", "2026", status=3)
+        self.assertIn("They differ", page.all_text)
+        for kind in ("only in first", "only in second", "changed"):
+            values = [value for category in done["categories"] for item in category["items"]
+                      for value in item["values"] if value["change"] == kind]
+            self.assertGreaterEqual(len(page.items(kind)), min(len(values), 1))
+        self.assertTrue(page.items("changed"))
+        same = self.page("diff", self.package, self.package)
+        self.assertIn("No difference", same.all_text)
+
+    def test_page_of_an_import_names_its_paths(self):
+        self.export()
+        new_place = r"C:\Users"
+        page = self.page(*self.import_all(), "--dry-run", "--map", rf"D:\NoSuchFolder={new_place}")
+        self.assertIn("Paths in the package", page.all_text)
+        self.assertTrue(page.items("kept"))
+
     def test_page_of_a_dry_run_shows_every_change_and_its_kind(self):
         self.export()
         foreseen = json.loads(self.run_verb(*self.import_all(), "--dry-run", "--json").stdout)
