@@ -73,8 +73,9 @@ class VersionPackages {
     ProductContext context = product_;
     if (const auto refusal = RefusalOfYear(context, year)) return Refused(*refusal);
     SelectShownVersion(context, year);
-    const StagingFolder staging(context, machine_->Ports());
-    if (!staging.IsMade() || !PrepareVersionFolders(context, machine_->Ports())) {
+    const Machine machine = machine_->Ports();  // outlives the staging folder
+    const StagingFolder staging(context, machine);
+    if (!staging.IsMade() || !PrepareVersionFolders(context, machine)) {
       return Refused(L"The settings of version " + year + L" cannot be read");
     }
     return Exported(context, year, labels);
