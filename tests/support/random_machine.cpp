@@ -60,7 +60,24 @@ RandomMachine::RandomMachine(unsigned seed) : random_(seed) {
   if (kind_ == Run::kImport) MakePackage();
   if (kind_ == Run::kLegacyImport) MakeLegacyPackage();
   if (kind_ != Run::kReset) WriteArchive();
+  ChoosePaths(seed);
   files.changes.clear();
+}
+
+// From the seed itself, so that the machines are the same as without.
+void RandomMachine::ChoosePaths(unsigned seed) {
+  const PathMapping kMappings[] = {{L"D:\\none", kData + L"Local"},
+                                   {L"C:\\Users\\old", L"E:\\new 2025\\27.0"},
+                                   {L"c:\\users\\U\\appdata", L"\\\\server\\share"},
+                                   {L"D:", L"F:"}};
+  if (seed % 2 == 0) return;
+  std::vector<PathMapping> chosen;
+  for (unsigned i = 0; i < std::size(kMappings); ++i) {
+    if ((seed >> (1 + i)) % 2 == 1) chosen.push_back(kMappings[i]);
+  }
+  paths_.map = PathMap(std::move(chosen));
+  paths_.keepsDeadPaths = (seed >> 5) % 4 == 0;
+  paths_.listsPaths = (seed >> 7) % 2 == 0;
 }
 
 bool RandomMachine::IsChosen(SettingCategory category) const {

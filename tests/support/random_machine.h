@@ -4,6 +4,7 @@
 #include <random>
 
 #include "environment/setting_category.h"
+#include "package/package_paths.h"
 #include "tests/support/memory_machine.h"
 
 namespace carrovan {
@@ -21,6 +22,8 @@ class RandomMachine : public MemoryMachine {
   const std::wstring& PackagePath() const { return package_; }
   const std::wstring& TargetYear() const { return year_; }
   bool IsChosen(SettingCategory category) const;
+  // What an import does with paths; in every other machine nothing.
+  const PathRules& Paths() const { return paths_; }
 
  private:
   using Put = void (RandomMachine::*)(const std::wstring& path, const std::string& bytes);
@@ -42,6 +45,7 @@ class RandomMachine : public MemoryMachine {
   void FillKey(RegistryKey& key, int levels);
   RegistryValue AnyValue();
 
+  void ChoosePaths(unsigned seed);
   void MakePackage();
   void MakeLegacyPackage();
   void Describe();
@@ -59,6 +63,7 @@ class RandomMachine : public MemoryMachine {
   std::wstring package_;
   std::wstring year_;
   std::vector<bool> chosen_;
+  PathRules paths_;
   std::vector<std::wstring> languages_;
   std::wstring packageVersion_;
   std::wstring packageYear_;

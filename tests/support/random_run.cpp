@@ -38,8 +38,8 @@ class Play {
 
  private:
   void Import() {
-    const ImportRun run{ending_.context, state_.package, ports_,    tool_,
-                        *dom_,           log_,           observer_, ending_.report};
+    const ImportRun run{ending_.context, state_.package, ports_, tool_, *dom_, log_,
+                        observer_,       ending_.report, &paths_};
     ImportFace face(run, ending_.view);
     if (plan_.Kind() == RandomMachine::Run::kLegacyImport) {
       if (TakeLegacyPackage(run, ending_.view, state_, plan_.PackagePath())) face.ApplyLegacy();
@@ -79,6 +79,7 @@ class Play {
   PacedRegistryTool tool_{*ports_.registryTool, *ports_.clock, RegistryToolPace::kWaitForEnd};
   SilentLog log_;
   RunObserver observer_;
+  PackagePaths paths_{plan_.Paths(), ports_};
   WizardState state_;
 };
 
