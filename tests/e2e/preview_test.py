@@ -54,7 +54,7 @@ class PreviewTest(SandboxTest):
         summary = self.dry_run(*arguments).stdout.splitlines()
         self.assertTrue(summary.pop().endswith("of which --details lists each item."))
         labels = [category["label"] for category in self.foreseen(*arguments)["categories"]]
-        self.assertEqual([line.split(":")[0] for line in summary], labels)
+        self.assertEqual([line.split(":")[0] for line in summary], [*labels, "Paths"])
         done = self.dry_run(*arguments, "--details")
         self.assertEqual(done.stdout.splitlines()[:len(summary) + 2], [*summary, "", labels[0]])
         for word in ("added", "replaced", "merged", "removed", "value changed", "value dropped"):
