@@ -1,5 +1,6 @@
 #include "cli/path_options.h"
 
+#include <algorithm>
 #include <span>
 
 #include "text/text.h"
