@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "rewrite/path_map.h"
 #include "rewrite/path_search.h"
 #include "text/path_text.h"
 #include "text/text.h"
@@ -10,7 +9,6 @@
 namespace carrovan {
 namespace {
 
-// A map of which only the beginnings count.
 std::vector<PathMapping> FromEach(const std::vector<std::wstring>& beginnings) {
   std::vector<PathMapping> mappings;
   for (const std::wstring& beginning : beginnings) mappings.push_back({beginning, beginning});
@@ -19,16 +17,19 @@ std::vector<PathMapping> FromEach(const std::vector<std::wstring>& beginnings) {
 
 }  // namespace
 
+PathChecker::PathChecker(const FileReader& files, const std::vector<std::wstring>& mappedTo)
+    : files_(files), mappedTo_(FromEach(mappedTo)) {}
+
 bool PathChecker::Exists(std::u16string_view spelling) {
   return ExistsWhole(spelling) || BeginsWithMapped(spelling);
 }
 
 bool PathChecker::BeginsWithMapped(std::u16string_view spelling) const {
-  if (mappedTo_.empty()) return false;
+  if (mappedTo_.IsEmpty()) return false;
   const auto found = FindPath(spelling, PathSpelling::kRegistry);
   if (!found || found->begin != 0 || found->end == spelling.size()) return false;
   const std::wstring path = FromUtf16(found->path);
-  return PathMap(FromEach(mappedTo_)).Find(path) != nullptr && files_.Exists(path);
+  return mappedTo_.Find(path) != nullptr && files_.Exists(path);
 }
 
 bool PathChecker::ExistsWhole(std::u16string_view spelling) {

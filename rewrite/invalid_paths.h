@@ -6,11 +6,11 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
-#include <utility>
 #include <vector>
 
 #include "platform/file_system.h"
 #include "rewrite/document_text.h"
+#include "rewrite/path_map.h"
 
 namespace carrovan {
 
@@ -20,8 +20,7 @@ class PathChecker {
  public:
   // Behind a path that begins with one of these, the text may go on with something else, such as
   // the arguments of a program.
-  explicit PathChecker(const FileReader& files, std::vector<std::wstring> mappedTo = {})
-      : files_(files), mappedTo_(std::move(mappedTo)) {}
+  explicit PathChecker(const FileReader& files, const std::vector<std::wstring>& mappedTo = {});
 
   // `spelling` is the path as it stands in the file, with its escaping.
   bool Exists(std::u16string_view spelling);
@@ -37,7 +36,7 @@ class PathChecker {
   bool FolderMayHold(std::wstring path);
 
   const FileReader& files_;
-  const std::vector<std::wstring> mappedTo_;
+  const PathMap mappedTo_;  // of which only the beginnings count
   std::unordered_map<std::u16string, bool, Hash, std::equal_to<>> paths_;  // by spelling
   std::unordered_map<std::wstring, bool> folders_;
   // Fronts of paths, with the last separator, whose folder is not there. Most paths that lead to
