@@ -55,6 +55,7 @@ void AddExport(CLI::App& app, ExportOptions& options, Verb& chosen) {
   verb->add_flag(
       "--share", options.share,
       "Leave out what is personal, such as recent files and the user's name, and say so");
+  AddJson(*verb, options.json);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunExportVerb(session, options); };
   });

@@ -1,4 +1,8 @@
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
 #include "cli/category_choice.h"
+#include "cli/json_text.h"
 #include "cli/progress.h"
 #include "cli/share_output.h"
 #include "cli/verbs.h"
@@ -26,60 +30,112 @@ bool IsPackageName(const std::wstring& path) {
   return name != kPackageExtension && EndsWithIgnoringAsciiCase(name, kPackageExtension);
 }
 
-}  // namespace
-
-void NameWhatFailed(const Session& session, const ExportReport& report) {
+// One line for each file and key that is there and was not stored.
+std::vector<std::wstring> NotStored(const ExportReport& report) {
+  std::vector<std::wstring> lines;
+  const auto add = [&lines](const std::wstring& what, const std::wstring& why) {
+    lines.push_back(L"Not stored: " + what + L": " + why);
+  };
   for (const SkippedItem& item : report.package.skipped) {
-    session.Complain(L"Not stored: " + item.path + L": " + DescribeArchiveResult(item.reason));
+    add(item.path, DescribeArchiveResult(item.reason));
   }
   for (const MisplacedItem& item : report.package.misplaced) {
-    session.Complain(L"Not stored: " + item.path + L": " + DescribeMisplaced(item));
+    add(item.path, DescribeMisplaced(item));
   }
   for (const auto& [key, problem] : report.registryFileProblems) {
-    std::wstring line = L"Not stored: " + key;
-    session.Complain(line.append(L": its registry file ").append(problem));
+    add(key, L"its registry file " + problem);
   }
   for (const std::wstring& key : report.missingKeys) {
     if (report.registryFileProblems.contains(key)) continue;
-    session.Complain(L"Not stored: " + key + L": the registry tool could not export the key");
+    add(key, L"the registry tool could not export the key");
   }
+  return lines;
+}
+
+std::wstring LabelOf(SettingCategory category) {
+  return std::wstring(Text(FindCategory(static_cast<int>(category))->label));
+}
+
+std::wstring FindingOfEmpty(SettingCategory category) {
+  return L"\"" + LabelOf(category) + L"\": this version has nothing of it";
+}
+
+}  // namespace
+
+void NameWhatFailed(const Session& session, const ExportReport& report) {
+  for (const std::wstring& line : NotStored(report)) session.Complain(line);
 }
 
 namespace {
 
-bool IsComplete(const ExportReport& report) {
-  return report.package.skipped.empty() && report.package.misplaced.empty() &&
-         report.registryFileProblems.empty() && report.missingKeys.empty();
-}
-
-// Categories of which the version has nothing. Only one that was asked for by its name is missing
-// from the package; of every category that is there, it is none. False when one is missing.
-bool NameEmptyCategories(const Session& session, const ExportReport& report,
-                         const CategoryChoice& choice) {
+// What is missing from the package. Of the categories of which the version has nothing only one
+// that was asked for by its name is; of every category that is there, it is none.
+std::vector<std::wstring> ProblemsOf(const ExportReport& report, const CategoryChoice& choice) {
+  std::vector<std::wstring> problems = NotStored(report);
+  if (choice.all) return problems;
   for (const SettingCategory category : report.emptyCategories) {
-    const auto* record = FindCategory(static_cast<int>(category));
-    const std::wstring finding =
-        L"\"" + std::wstring(Text(record->label)) + L"\": this version has nothing of it";
-    if (choice.all) {
-      session.Print(L"Empty: " + finding);
-    } else {
-      session.Complain(L"Not stored: " + finding);
-    }
+    problems.push_back(L"Not stored: " + FindingOfEmpty(category));
   }
-  return choice.all || report.emptyCategories.empty();
+  return problems;
 }
 
-ExitStatus Conclude(const Session& session, const ExportReport& report,
-                    const CategoryChoice& choice) {
-  const ArchiveResult outcome = report.package.outcome;
-  if (outcome == ArchiveResult::kDone || !report.refusal.empty()) NameWhatFailed(session, report);
-  if (outcome != ArchiveResult::kDone) {
-    return session.Fail(L"The package " + report.archivePath + L" was not written: " +
-                        (report.refusal.empty() ? DescribeArchiveResult(outcome) : report.refusal));
+const char* OutcomeOf(SettingCategory category, const ExportReport& report) {
+  const auto isIn = [category](const std::vector<SettingCategory>& categories) {
+    return std::ranges::find(categories, category) != categories.end();
+  };
+  if (isIn(report.emptyCategories)) return "empty";
+  return isIn(report.failedCategories) ? "not stored" : "stored";
+}
+
+// An export that wrote its package.
+struct WrittenExport {
+  const ExportOptions& options;
+  const CategorySet& chosen;
+  const ExportReport& report;
+  std::vector<PrivateItem> leftOut;
+  std::vector<std::wstring> problems;
+  ExitStatus status;
+};
+
+nlohmann::json ToJson(const WrittenExport& written) {
+  nlohmann::json categories = nlohmann::json::array();
+  for (const SettingCategory category : written.chosen) {
+    categories.push_back(
+        {{"label", ToUtf8(LabelOf(category))}, {"outcome", OutcomeOf(category, written.report)}});
   }
-  const bool nothingMissing = NameEmptyCategories(session, report, choice);
-  session.Print(ExportFinishText(report.archivePath));
-  return nothingMissing && IsComplete(report) ? ExitStatus::kDone : ExitStatus::kPartly;
+  return {{"verb", "export"},
+          {"version", ToUtf8(written.options.year)},
+          {"package", ToUtf8(written.report.archivePath)},
+          {"exitStatus", static_cast<int>(written.status)},
+          {"categories", categories},
+          {"shared", written.options.share},
+          {"leftOut", PrivateItemsJson(written.leftOut)},
+          {"problems", TextsToJson(written.problems)}};
+}
+
+void PrintLines(const Session& session, const WrittenExport& written) {
+  for (const SettingCategory category : written.report.emptyCategories) {
+    if (written.options.categories.all) session.Print(L"Empty: " + FindingOfEmpty(category));
+  }
+  session.Print(ExportFinishText(written.report.archivePath));
+  if (written.options.share) PrintLeftOut(session, written.leftOut);
+}
+
+ExitStatus Print(const Session& session, const WrittenExport& written) {
+  for (const std::wstring& problem : written.problems) session.Complain(problem);
+  if (written.options.json) {
+    PrintJsonText(session, ToJson(written));
+  } else {
+    PrintLines(session, written);
+  }
+  return written.status;
+}
+
+ExitStatus FailUnwritten(const Session& session, const ExportReport& report) {
+  if (!report.refusal.empty()) NameWhatFailed(session, report);
+  return session.Fail(
+      L"The package " + report.archivePath + L" was not written: " +
+      (report.refusal.empty() ? DescribeArchiveResult(report.package.outcome) : report.refusal));
 }
 
 ExitStatus ExportVersion(const Session& session, const ExportOptions& options,
@@ -106,10 +162,11 @@ ExitStatus ExportVersion(const Session& session, const ExportOptions& options,
   if (options.share) target.archives = &sharing;
   const ExportReport report =
       RunExport({context, target, tool, observer}, categories.chosen, output);
-  const ExitStatus status = Conclude(session, report, options.categories);
-  const bool isWritten = report.package.outcome == ArchiveResult::kDone;
-  if (options.share && isWritten) PrintLeftOut(session, sharing.LeftOut());
-  return status;
+  if (report.package.outcome != ArchiveResult::kDone) return FailUnwritten(session, report);
+  std::vector<std::wstring> problems = ProblemsOf(report, options.categories);
+  const ExitStatus status = problems.empty() ? ExitStatus::kDone : ExitStatus::kPartly;
+  return Print(session, {options, categories.chosen, report, sharing.LeftOut(), std::move(problems),
+                         status});
 }
 
 }  // namespace

@@ -109,9 +109,38 @@ void AddPrune(CLI::App& app, PruneOptions& options, Verb& chosen) {
   auto* which = verb->add_option_group("which", "Which restore points go");
   which->add_options(keep, age);
   which->require_option(1, 2);
+  AddJson(*verb, options.json);
   verb->callback([&] {
     chosen = [&options](const Session& session) { return RunPruneVerb(session, options); };
   });
+}
+
+std::uint64_t FreedBytes(const PruneReport& report) {
+  std::uint64_t bytes = 0;
+  for (const PrunedPoint& point : report.removed) bytes += point.freedBytes;
+  return bytes;
+}
+
+std::vector<std::wstring> ProblemsOf(const PruneReport& report) {
+  std::vector<std::wstring> problems;
+  for (const std::wstring& id : report.failed) problems.push_back(L"Not removed whole: " + id);
+  return problems;
+}
+
+void PrintRemoved(const Session& session, const PruneReport& report) {
+  for (const PrunedPoint& point : report.removed) {
+    session.Print(L"Removed " + point.id + L", " + std::to_wstring(point.freedBytes) + L" bytes");
+  }
+  session.Print(std::to_wstring(report.removed.size()) + L" restore points removed, " +
+                std::to_wstring(FreedBytes(report)) + L" bytes freed");
+}
+
+nlohmann::json RemovedJson(const PruneReport& report) {
+  nlohmann::json list = nlohmann::json::array();
+  for (const PrunedPoint& point : report.removed) {
+    list.push_back({{"id", ToUtf8(point.id)}, {"freedBytes", point.freedBytes}});
+  }
+  return list;
 }
 
 }  // namespace
@@ -144,15 +173,20 @@ ExitStatus RunPruneVerb(const Session& session, const PruneOptions& options) {
   if (!lock.object) return RefuseBesides(session, lock.reason);
   const PruneReport report =
       PruneRestorePoints(*machine.files, *machine.clock, *root, options.choice);
-  std::uint64_t freedBytes = 0;
-  for (const PrunedPoint& point : report.removed) {
-    session.Print(L"Removed " + point.id + L", " + std::to_wstring(point.freedBytes) + L" bytes");
-    freedBytes += point.freedBytes;
+  const std::vector<std::wstring> problems = ProblemsOf(report);
+  const ExitStatus status = problems.empty() ? ExitStatus::kDone : ExitStatus::kPartly;
+  if (options.json) {
+    PrintJsonText(session, {{"verb", "prune"},
+                            {"exitStatus", static_cast<int>(status)},
+                            {"removed", RemovedJson(report)},
+                            {"freedBytes", FreedBytes(report)},
+                            {"kept", RestorePointIds(*machine.files, *root).size()},
+                            {"problems", TextsToJson(problems)}});
+  } else {
+    PrintRemoved(session, report);
   }
-  session.Print(std::to_wstring(report.removed.size()) + L" restore points removed, " +
-                std::to_wstring(freedBytes) + L" bytes freed");
-  for (const std::wstring& id : report.failed) session.Complain(L"Not removed whole: " + id);
-  return report.failed.empty() ? ExitStatus::kDone : ExitStatus::kPartly;
+  for (const std::wstring& problem : problems) session.Complain(problem);
+  return status;
 }
 
 void AddRestoreVerbs(CLI::App& app, RestoreOptions& options, Verb& chosen) {
@@ -240,7 +274,8 @@ ExitStatus Conclude(const Session& session, const RestorePoint& point, const Und
   for (const std::wstring& line : report.problems) session.Complain(line);
   const ExitStatus status = report.IsComplete() ? ExitStatus::kDone : ExitStatus::kPartly;
   PrintReport(session, options, report, trial,
-              {{"restorePoint", ToUtf8(point.id)},
+              {{"verb", "undo"},
+               {"restorePoint", ToUtf8(point.id)},
                {"exitStatus", static_cast<int>(status)},
                {"restored", report.restored},
                {"kept", TextsToJson(report.kept)},

@@ -28,6 +28,7 @@ ExitStatus RunUndoVerb(const Session& session, const UndoOptions& options);
 
 struct PruneOptions {
   PruneChoice choice;
+  bool json = false;
 };
 ExitStatus RunPruneVerb(const Session& session, const PruneOptions& options);
 

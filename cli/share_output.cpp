@@ -1,7 +1,5 @@
 #include "cli/share_output.h"
 
-#include <nlohmann/json.hpp>
-
 #include "cli/json_text.h"
 #include "cli/verbs.h"
 #include "cli/visible_text.h"
@@ -48,6 +46,12 @@ void PrintLeftOut(const Session& session, const std::vector<PrivateItem>& leftOu
   PrintItems(session, leftOut);
 }
 
+nlohmann::json PrivateItemsJson(const std::vector<PrivateItem>& items) {
+  nlohmann::json list = nlohmann::json::array();
+  for (const PrivateItem& item : items) list.push_back(ToJson(item));
+  return list;
+}
+
 ExitStatus RunPrivateInspection(const Session& session, const InspectOptions& options,
                                 ArchiveExaminer& archive) {
   const PackageInspection inspection =
@@ -57,11 +61,9 @@ ExitStatus RunPrivateInspection(const Session& session, const InspectOptions& op
   }
   const std::vector<PrivateItem> items = FindPrivateItems(archive);
   if (options.json) {
-    nlohmann::json list = nlohmann::json::array();
-    for (const PrivateItem& item : items) list.push_back(ToJson(item));
-    PrintJsonText(
-        session,
-        {{"package", ToUtf8(options.package)}, {"shared", inspection.shared}, {"private", list}});
+    PrintJsonText(session, {{"package", ToUtf8(options.package)},
+                            {"shared", inspection.shared},
+                            {"private", PrivateItemsJson(items)}});
     return ExitStatus::kDone;
   }
   session.Print(L"Shared      " + std::wstring(inspection.shared ? L"yes" : L"no"));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "cli/session.h"
@@ -13,6 +14,9 @@ namespace carrovan {
 
 // What an export left out, one line each, and how much that is.
 void PrintLeftOut(const Session& session, const std::vector<PrivateItem>& leftOut);
+
+// The same for programs.
+nlohmann::json PrivateItemsJson(const std::vector<PrivateItem>& items);
 
 struct InspectOptions;
 

@@ -27,6 +27,7 @@ struct ExportOptions {
   std::wstring output;
   unsigned threads = DefaultThreads();
   bool share = false;  // leave out what is personal
+  bool json = false;
 };
 ExitStatus RunExportVerb(const Session& session, const ExportOptions& options);
 

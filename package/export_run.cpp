@@ -285,9 +285,9 @@ void FindWhatIsMissing(const ExportRun& run, const CategorySet& chosen, ExportRe
   report.missingKeys = KeysWithoutFile(run, report.package);
   for (const SettingCategory category : chosen) {
     const auto sources = SourcesOf(*FindCategory(static_cast<int>(category)), context);
-    if (!AnyStored(counts, sources) && !AnyFailed(report, context, sources)) {
-      report.emptyCategories.push_back(category);
-    }
+    if (AnyStored(counts, sources)) continue;
+    const bool isEmpty = !AnyFailed(report, context, sources);
+    (isEmpty ? report.emptyCategories : report.failedCategories).push_back(category);
   }
 }
 

@@ -36,8 +36,9 @@ struct ExportReport {
   PackageReport package;
   std::wstring refusal;  // why no package was put in place although one could be written, or empty
   RegistryFileProblems registryFileProblems;
-  std::vector<std::wstring> missingKeys;         // keys that are there but gave no registry file
-  std::vector<SettingCategory> emptyCategories;  // checked, but the user has nothing of them
+  std::vector<std::wstring> missingKeys;          // keys that are there but gave no registry file
+  std::vector<SettingCategory> emptyCategories;   // checked, but the user has nothing of them
+  std::vector<SettingCategory> failedCategories;  // of which there is something, and nothing stored
 };
 
 // The folders of the categories. Empties the key lists of registry categories that are not chosen.

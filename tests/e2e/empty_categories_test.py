@@ -41,6 +41,26 @@ class EmptyCategoriesTest(SandboxTest):
                          'Not stored: "Document Template": this version has nothing of it\n')
         self.assertNotIn("Empty", done.stdout)
 
+    def test_document_of_an_export_names_each_category_as_stored_or_empty(self):
+        done = self.export("--all", "--json")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        document = json.loads(done.stdout)
+        outcomes = {item["label"]: item["outcome"] for item in document.pop("categories")}
+        self.assertEqual({label for label, word in outcomes.items() if word == "empty"},
+                         set(GONE))
+        self.assertEqual(outcomes["Options"], "stored")
+        self.assertEqual(document, {"verb": "export", "version": "2026", "exitStatus": 0,
+                                    "package": str(self.package), "problems": [],
+                                    "shared": False, "leftOut": []})
+        asked = json.loads(self.export("--category", "Options", "Document Template",
+                                       "--json").stdout)
+        self.assertEqual(asked["exitStatus"], 3)
+        self.assertEqual(asked["problems"], [
+            'Not stored: "Document Template": this version has nothing of it'])
+        self.assertEqual(asked["categories"], [{"label": "Options", "outcome": "stored"},
+                                               {"label": "Document Template",
+                                                "outcome": "empty"}])
+
     def test_import_that_empties_a_ticked_category_names_it_and_is_partial(self):
         self.export("--all")
         template = self.template()

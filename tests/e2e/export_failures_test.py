@@ -1,5 +1,6 @@
 """What an export does when something is wrong: it says so, and no package is lost."""
 
+import json
 import os
 import shutil
 import subprocess
@@ -191,6 +192,22 @@ class PermissionTest(SandboxTest):
         with zipfile.ZipFile(self.package) as archive:
             self.assertFalse(any("locked" in name for name in archive.namelist()))
             self.assertTrue(any("Metric.txt" in name for name in archive.namelist()))
+
+
+    def test_document_names_what_was_not_stored_and_a_category_that_is_lost_whole(self):
+        for language in ("en-us", "zh-cn"):
+            for path in (self.machine.product_local / language / "CosmeticThread").rglob("*"):
+                if path.is_file():
+                    path.chmod(0)
+        done = self.machine.run("export", "--version", "2026", "--category", "Cosmetic Thread",
+                                "Shortcut key", "--output", self.package, "--json",
+                                wrapper=AS_PLAIN_USER)
+        document = json.loads(done.stdout)
+        self.assertEqual((done.returncode, document["exitStatus"]), (3, 3), done.stderr)
+        self.assertEqual(document["categories"], [
+            {"label": "Shortcut key", "outcome": "stored"},
+            {"label": "Cosmetic Thread", "outcome": "not stored"}])
+        self.assertEqual(document["problems"], done.stderr.splitlines())
 
 
 class OddMachineTest(SandboxTest):

@@ -184,6 +184,18 @@ class UndoTest(RestoreCase):
         self.assertRegex(freed, r"^2 restore points removed, [1-9]\d+ bytes freed$")
         self.assertEqual([point["id"] for point in self.points()], ids[:1])
 
+    def test_document_of_a_prune_names_what_went_and_how_many_stay(self):
+        for _ in range(3):
+            self.run_verb("reset", "--category", "Options", "--yes")
+            undone = json.loads(self.run_verb("undo", "--json").stdout)
+            self.assertEqual((undone["verb"], undone["exitStatus"]), ("undo", 0))
+        ids = [point["id"] for point in self.points()]
+        document = json.loads(self.run_verb("prune", "--keep", "1", "--json").stdout)
+        self.assertEqual([point["id"] for point in document["removed"]], ids[1:])
+        self.assertEqual(document.pop("freedBytes"),
+                         sum(point["freedBytes"] for point in document.pop("removed")))
+        self.assertEqual(document, {"verb": "prune", "exitStatus": 0, "kept": 1, "problems": []})
+
     def test_prune_goes_by_age(self):
         self.run_verb("reset", "--category", "Options", "--yes")
         root = self.sandbox.local / "Carrovan/Restore"

@@ -66,6 +66,17 @@ class ShareTest(SandboxTest):
         self.assertNotIn("Beside", self.export.stdout)
         self.assertNotIn("\u202e", self.export.stdout)
 
+    def test_document_of_an_export_holds_what_it_left_out(self):
+        package = self.folder / "shared.ucex"
+        done = self.machine.run("export", "--version", "2026", "--all", "--share", "--json",
+                                "--output", package)
+        document = json.loads(done.stdout)
+        self.assertTrue(document["shared"])
+        self.assertIn({"kind": "value", "action": "left out", "entry": REGISTER,
+                       "key": rf"{LIVE}\User Profile", "name": "Name",
+                       "reason": "names the user"}, document["leftOut"])
+        self.assertIn(f"personal: {len(document['leftOut'])}\n", self.export.stdout)
+
     def test_only_that_is_left_out(self):
         before, after = items(self.whole), items(self.shared)
         self.assertEqual(list(before), list(after))
