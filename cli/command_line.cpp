@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "cli/diff_verb.h"
+#include "cli/fleet_verb.h"
 #include "cli/merge_verbs.h"
 #include "cli/report_output.h"
 #include "cli/restore_verbs.h"
@@ -324,6 +325,7 @@ ExitStatus ParseAndRun(const std::vector<std::wstring>& arguments, Console& cons
   VerifyOptions verify;
   ExtractOptions extract;
   DiffOptions diff;
+  FleetOptions fleet;
   MergeOptions merge;
   RewritingOptions rewriting;
   RestoreOptions restore;
@@ -337,6 +339,7 @@ ExitStatus ParseAndRun(const std::vector<std::wstring>& arguments, Console& cons
   AddVerify(app, verify, chosen);
   AddExtract(app, extract, chosen);
   AddDiff(app, diff, chosen);
+  AddFleet(app, fleet, chosen);
   AddMerges(app, merge, chosen);
   AddRewriting(app, rewriting, chosen);
   AddRibbon(app, chosen);

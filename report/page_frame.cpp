@@ -9,8 +9,8 @@ namespace {
 // have to be.
 constexpr std::string_view kPolicy =
     "default-src 'none'; base-uri 'none'; form-action 'none'; "
-    "style-src 'sha256-ViHThqXKf0712a4laDeo1wX/PRiRCBjdY65A8KKOb3s='; "
-    "script-src 'sha256-lijMbNyevN/MU48Q5Nx7D07piUtghzxAMmFkZEy/d7c='";
+    "style-src 'sha256-dbo/4REACPLTJ68qlDdKRtYe0lOFazMQcZffDcKSjFA='; "
+    "script-src 'sha256-c6FmfP81CM/kHfi+4Iv3gVFHqLtCeHgakUcTCC40H7I='";
 
 constexpr std::string_view kStyle = R"css(
 :root {
@@ -75,7 +75,7 @@ ul, ol { margin: 0; padding: 0; list-style: none; }
   padding: .6rem 0; border-top: 1px solid var(--line);
 }
 .sum li:first-child { border-top: 0; }
-.sum a { font-weight: 500; text-decoration: none; }
+.sum a, .sum b { font-weight: 500; text-decoration: none; }
 .sum a:hover { text-decoration: underline; }
 .sum svg { display: block; width: 100%; height: 10px; border-radius: 3px; background: var(--wash); }
 .sum p { grid-column: 2; margin: 0; font-size: .85rem; color: var(--soft); }
@@ -149,7 +149,31 @@ summary { cursor: pointer; }
 }
 .tree .value { font-size: 1em; color: var(--soft); }
 .tree .cut { font-family: system-ui, sans-serif; padding: .08rem 0 .08rem 1.05rem; }
+table { width: 100%; border-spacing: 0; table-layout: fixed; font-size: .88rem; margin: 0 0 .8rem; }
+th { padding: .3rem .5rem .4rem 0; text-align: start; vertical-align: bottom;
+  font-size: .78rem; font-weight: 500; color: var(--soft); }
+td { padding: .5rem .5rem .5rem 0; border-top: 1px solid var(--line); vertical-align: top; }
+th:nth-child(1) { width: 8.4rem; }
+th:nth-child(2) { width: 8rem; }
+th:nth-child(3) { width: 6.5rem; }
+th:nth-child(4) { width: 3.6rem; }
+th:nth-child(5) { width: 10.5rem; }
+th:nth-child(6) { width: 7.6rem; }
+td small { display: none; }
+td a { font-weight: 500; text-decoration: none; }
+td a:hover { text-decoration: underline; }
+td .mark { margin: 0; white-space: nowrap; }
 footer { margin-top: 2.5rem; color: var(--soft); font-size: .82rem; }
+@media (max-width: 60rem) {
+  table, tbody, tr, td { display: block; }
+  thead { display: none; }
+  tr { padding: .6rem 0; border-top: 1px solid var(--line); }
+  tr:first-child { border-top: 0; }
+  td { display: grid; grid-template-columns: 7rem 1fr; padding: .1rem 0; border-top: 0; }
+  td:first-child { display: block; padding-bottom: .3rem; }
+  td small { display: block; color: var(--soft); }
+  td.none { display: none; }
+}
 @media (max-width: 40rem) {
   main { padding: 1.4rem 1rem 2rem; }
   h1 { font-size: 1.45rem; }
@@ -171,7 +195,7 @@ footer { margin-top: 2.5rem; color: var(--soft); font-size: .82rem; }
   body { font-size: 10.5pt; }
   main { max-width: none; padding: 0; }
   form { display: none; }
-  .items > li, .sum li, .result { break-inside: avoid; }
+  .items > li, .sum li, .result, tr { break-inside: avoid; }
   h2, h3, .cat > summary { break-after: avoid; }
   .sum svg, rect { print-color-adjust: exact; -webkit-print-color-adjust: exact; }
   .cat::details-content, .tree::details-content { content-visibility: visible; }
@@ -217,6 +241,9 @@ constexpr std::string_view kScript = R"js(
     });
     hideEmpty(".place", ".items > li:not([hidden])");
     hideEmpty(".cat", ".items > li:not([hidden])");
+    document.querySelectorAll("tr[data-of]").forEach(function (row) {
+      row.hidden = document.getElementById(row.dataset.of).hidden;
+    });
     var isFiltered = want.kind || want.category || want.text;
     if (isFiltered) {
       document.querySelectorAll(".cat:not([hidden])").forEach(function (part) {

@@ -16,7 +16,7 @@ struct KindLook {
   std::string_view tone;  // a class of the style
 };
 
-constexpr std::array<KindLook, 13> kLooks{{{"added", "added"},
+constexpr std::array<KindLook, 29> kLooks{{{"added", "added"},
                                            {"replaced", "changed"},
                                            {"changed", "changed"},
                                            {"merged", "merged"},
@@ -28,7 +28,23 @@ constexpr std::array<KindLook, 13> kLooks{{{"added", "added"},
                                            {"kept", "held"},
                                            {"mapped", "changed"},
                                            {"only in first", "removed"},
-                                           {"only in second", "added"}}};
+                                           {"only in second", "added"},
+                                           {"done", "added"},
+                                           {"done in part", "dropped"},
+                                           {"failed", "removed"},
+                                           {"wrong usage", "removed"},
+                                           {"no answer", "held"},
+                                           {"not understood", "merged"},
+                                           {"problem", "removed"},
+                                           {"standard error", "held"},
+                                           {"differs", "changed"},
+                                           {"imported", "added"},
+                                           {"reset", "changed"},
+                                           {"stored", "added"},
+                                           {"left out", "held"},
+                                           {"emptied", "dropped"},
+                                           {"empty", "dropped"},
+                                           {"not stored", "removed"}}};
 
 const KindLook& LookOf(ItemKind kind) { return kLooks[static_cast<std::size_t>(kind)]; }
 
@@ -46,6 +62,14 @@ Counts CountsOf(const ReportCategory& category) {
   Counts counts{};
   for (const ReportItem& item : category.items) {
     if (item.counts) ++counts[static_cast<std::size_t>(item.kind)];
+  }
+  return counts;
+}
+
+Counts CountsOf(const ReportTotal& total) {
+  Counts counts{};
+  for (const auto& [kind, count] : total.counts) {
+    counts[static_cast<std::size_t>(kind)] += count;
   }
   return counts;
 }
@@ -85,6 +109,8 @@ class PageWriter {
     AddHeader();
     for (const ReportLines& lines : page_.lines) AddLines(lines);
     AddSummary();
+    AddFilter();
+    if (page_.table) AddTable(*page_.table);
     AddCategories();
     html_ += "<footer>Made by " + MarkupOf(page_.program) + "</footer>\n" + PageEnd();
     return std::move(html_);
@@ -128,22 +154,29 @@ class PageWriter {
   }
 
   void AddSummary() {
-    if (page_.categories.empty()) return;
-    std::vector<Counts> counts;
-    std::size_t most = 0;
-    for (const ReportCategory& category : page_.categories) {
-      counts.push_back(CountsOf(category));
-      most = std::max(most, SumOf(counts.back()));
+    std::vector<std::pair<std::string, Counts>> lines;
+    for (const ReportTotal& total : page_.totals) {
+      lines.emplace_back("<b>" + NameMarkup(total.label) + "</b>", CountsOf(total));
     }
+    if (page_.totals.empty()) {
+      for (const ReportCategory& category : page_.categories) {
+        lines.emplace_back(LinkTo(lines.size(), category.label), CountsOf(category));
+      }
+    }
+    if (lines.empty()) return;
+    std::size_t most = 0;
+    for (const auto& [label, counts] : lines) most = std::max(most, SumOf(counts));
     html_ += "<h2>Summary</h2>\n<ul class=\"card sum\">\n";
-    for (std::size_t i = 0; i < counts.size(); ++i) AddBar(i, counts[i], most);
+    for (const auto& [label, counts] : lines) AddBar(label, counts, most);
     html_ += "</ul>\n";
   }
 
-  void AddBar(std::size_t index, const Counts& counts, std::size_t most) {
-    html_ += "<li><a href=\"#c" + std::to_string(index) + "\">" +
-             NameMarkup(page_.categories[index].label) +
-             "</a><svg aria-hidden=\"true\" focusable=\"false\">";
+  static std::string LinkTo(std::size_t category, const std::wstring& label) {
+    return "<a href=\"#c" + std::to_string(category) + "\">" + NameMarkup(label) + "</a>";
+  }
+
+  void AddBar(const std::string& label, const Counts& counts, std::size_t most) {
+    html_ += "<li>" + label + "<svg aria-hidden=\"true\" focusable=\"false\">";
     std::string words;
     std::size_t before = 0;
     for (std::size_t i = 0; i < counts.size(); ++i) {
@@ -161,16 +194,22 @@ class PageWriter {
 
   void AddCategories() {
     if (page_.itemsHeading.empty()) return;
-    html_ += "<h2>" + MarkupOf(page_.itemsHeading) + "</h2>\n";
+    if (page_.table) html_ += "<h2>" + MarkupOf(page_.itemsHeading) + "</h2>\n";
     if (page_.categories.empty()) {
       html_ += "<p>" + MarkupOf(page_.nothing) + "</p>\n";
       return;
     }
-    AddFilter();
     for (std::size_t i = 0; i < page_.categories.size(); ++i) AddCategory(i);
   }
 
+  // Above what it filters: the table too, where there is one.
   void AddFilter() {
+    if (page_.itemsHeading.empty()) return;
+    html_ += "<h2>" + MarkupOf(page_.table ? page_.table->heading : page_.itemsHeading) + "</h2>\n";
+    if (!page_.categories.empty()) AddForm();
+  }
+
+  void AddForm() {
     std::map<std::string_view, bool> kinds;
     for (const ReportCategory& category : page_.categories) {
       for (const ReportItem& item : category.items) kinds[LookOf(item.kind).word] = true;
@@ -179,9 +218,9 @@ class PageWriter {
         "<form id=\"filter\" hidden>\n<label>Kind<select name=\"kind\">"
         "<option value=\"\">All kinds</option>";
     for (const auto& [word, isThere] : kinds) html_ += "<option>" + std::string(word) + "</option>";
-    html_ +=
-        "</select></label>\n<label>Category<select name=\"category\">"
-        "<option value=\"\">All categories</option>";
+    html_ += "</select></label>\n<label>" + MarkupOf(page_.categoryWord) +
+             "<select name=\"category\"><option value=\"\">" + TitleMarkup(page_.allCategories) +
+             "</option>";
     for (std::size_t i = 0; i < page_.categories.size(); ++i) {
       html_ += "<option value=\"c" + std::to_string(i) + "\">" +
                TitleMarkup(page_.categories[i].label) + "</option>";
@@ -191,16 +230,41 @@ class PageWriter {
         "autocomplete=\"off\"></label>\n<p id=\"shown\" role=\"status\"></p>\n</form>\n";
   }
 
+  void AddTable(const ReportTable& table) {
+    html_ += "<table class=\"card\">\n<thead><tr><th scope=\"col\">Result</th>";
+    for (const std::wstring& column : table.columns) {
+      html_ += "<th scope=\"col\">" + MarkupOf(column) + "</th>";
+    }
+    html_ += "</tr></thead>\n<tbody>\n";
+    for (const ReportRow& row : table.rows) AddRow(table, row);
+    html_ += "</tbody>\n</table>\n";
+    AddCut(table.omitted, "more line is", "more lines are");
+  }
+
+  void AddRow(const ReportTable& table, const ReportRow& row) {
+    html_ += "<tr class=\"" + ClassOf(row.kind) + "\" data-of=\"c" + std::to_string(row.category) +
+             "\" data-kind=\"" + std::string(LookOf(row.kind).word) +
+             "\"><td><span class=\"mark\">" + std::string(LookOf(row.kind).word) + "</span></td>";
+    for (std::size_t i = 0; i < row.cells.size(); ++i) {
+      html_ += row.cells[i].empty() ? "<td class=\"none\">" : "<td>";
+      html_ += "<small>" + MarkupOf(table.columns[i]) + "</small>";
+      const std::wstring text = CutText(row.cells[i], limits_.text);
+      html_ += (i == 0 ? LinkTo(row.category, text) : NameMarkup(text)) + "</td>";
+    }
+    html_ += "</tr>\n";
+  }
+
   void AddCategory(std::size_t index) {
     constexpr std::size_t kManyItems = 60;
     const ReportCategory& category = page_.categories[index];
     html_ += "<details class=\"card cat\" id=\"c" + std::to_string(index) + "\"";
-    if (category.items.size() <= kManyItems) html_ += " open";
+    if (category.items.size() <= kManyItems && !category.isClosed) html_ += " open";
     html_ += "><summary>" + NameMarkup(category.label) + "<small>" +
-             Plural(category.items.size(), "item", "items") + "</small></summary>\n<div>\n";
+             Plural(category.items.size() + category.omitted, "item", "items") +
+             "</small></summary>\n<div>\n";
     const std::size_t shown = std::min(category.items.size(), limits_.items);
     for (std::size_t i = 0; i < shown;) i = AddPlace(category.items, i, shown);
-    AddCut(category.items.size() - shown, "more item is", "more items are");
+    AddCut(category.items.size() - shown + category.omitted, "more item is", "more items are");
     html_ += "</div>\n</details>\n";
   }
 
@@ -223,6 +287,7 @@ class PageWriter {
              NameMarkup(item.name) + "</span> <span class=\"what\">" + MarkupOf(item.what) +
              "</span>";
     AddValues(item);
+    AddFacts(item.facts);
     if (!item.note.empty()) html_ += "<p class=\"note\">" + NameMarkup(item.note) + "</p>";
     if (item.tree) AddTree(*item.tree);
     html_ += "</div></li>\n";
@@ -234,6 +299,17 @@ class PageWriter {
     html_ += "<dl class=\"values\">";
     if (item.before) AddValue(isBoth ? "from" : "was", *item.before);
     if (item.after) AddValue(isBoth ? "to" : "is", *item.after);
+    html_ += "</dl>";
+  }
+
+  void AddFacts(const std::vector<ReportFact>& facts) {
+    if (facts.empty()) return;
+    html_ += "<dl class=\"values\">";
+    for (const ReportFact& fact : facts) {
+      if (fact.value.empty()) continue;
+      html_ += "<dt>" + MarkupOf(fact.name) + "</dt><dd>" +
+               NameMarkup(CutText(fact.value, limits_.text)) + "</dd>";
+    }
     html_ += "</dl>";
   }
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "report/document_tree.h"
@@ -27,10 +28,33 @@ enum class ItemKind {
   kMapped,
   kOnlyInFirst,
   kOnlyInSecond,
+  // Of a run on one of many hosts, and what it met.
+  kDone,
+  kPartly,
+  kFailed,
+  kUsage,
+  kNoAnswer,
+  kNotUnderstood,
+  kProblem,
+  kStandardError,
+  kDiffers,
+  // What became of a category.
+  kImported,
+  kReset,
+  kStored,
+  kLeftOut,
+  kEmptied,
+  kEmpty,
+  kNotStored,
 };
 
 // "added", "not trusted"
 std::wstring WordOf(ItemKind kind);
+
+struct ReportFact {
+  std::wstring name;   // "Package"; a word of the program's own
+  std::wstring value;  // none is shown for an empty one
+};
 
 struct ReportItem {
   ItemKind kind = ItemKind::kHeld;
@@ -42,16 +66,34 @@ struct ReportItem {
   std::wstring note;
   std::optional<DocumentTree> tree;
   bool counts = true;  // in the summary
+  std::vector<ReportFact> facts;
 };
 
 struct ReportCategory {
   std::wstring label;
   std::vector<ReportItem> items;
+  bool isClosed = false;    // whatever it holds
+  std::size_t omitted = 0;  // further items, which are not there
 };
 
-struct ReportFact {
-  std::wstring name;   // "Package"; a word of the program's own
-  std::wstring value;  // none is shown for an empty one
+// A line of the summary that is not that of a category.
+struct ReportTotal {
+  std::wstring label;
+  std::vector<std::pair<ItemKind, std::size_t>> counts;
+};
+
+// A line for each thing that the page is about. It leads to a category and is shown with it.
+struct ReportRow {
+  ItemKind kind = ItemKind::kDone;  // stands in front of the cells
+  std::size_t category = 0;
+  std::vector<std::wstring> cells;  // one for each column
+};
+
+struct ReportTable {
+  std::wstring heading;
+  std::vector<std::wstring> columns;  // words of the program's own, without that of the kind
+  std::vector<ReportRow> rows;
+  std::size_t omitted = 0;  // further rows, which are not there
 };
 
 // Lines of one kind: what was not done, what to know.
@@ -72,6 +114,10 @@ struct ReportPage {
   std::wstring itemsHeading;  // "What changed"; empty for a page that is not about items
   std::wstring nothing;       // what stands there without any item
   std::vector<ReportCategory> categories;
+  std::vector<ReportTotal> totals;  // the summary, where it is not that of the categories
+  std::optional<ReportTable> table;
+  std::wstring categoryWord = L"Category";  // what the categories are
+  std::wstring allCategories = L"All categories";
   std::wstring program;  // which made it: "carrovan-cli 1.2.3"
 };
 
