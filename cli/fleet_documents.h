@@ -11,12 +11,15 @@ namespace carrovan {
 
 // The JSON documents in a folder of collected answers, which may hold anything.
 
-// How much of a document is taken and kept.
+// How much of a document, and of all that the hosts said, is taken and kept.
 struct FleetLimits {
   std::size_t depth = 64;          // of arrays and objects in each other
   std::size_t values = 2'000'000;  // of a document
   std::size_t items = 2000;        // kept of a list
   std::size_t characters = 4000;   // kept of a text
+  // Kept of all texts together, so that no fleet fills the memory. Of an answer behind that only
+  // the first item of each list is kept.
+  std::size_t allCharacters = std::size_t{32} << 20;
 };
 
 // Which hosts were asked for what.

@@ -94,7 +94,8 @@ class AnswerJudge {
 
   void ReadStatus() {
     const FleetFile& status = files_.status;
-    if (!status.isThere) answer_.problem = L"its exit status is missing";
+    answer_.problem = files_.problem;
+    if (!status.isThere && answer_.problem.empty()) answer_.problem = L"its exit status is missing";
     if (!status.problem.empty()) answer_.problem = status.problem;
     if (!answer_.problem.empty()) return;
     answer_.exitStatus = FleetNumber(status.bytes);
@@ -161,10 +162,6 @@ class FleetReader {
   }
 
  private:
-  // All texts together, so that no fleet fills the memory. Of an answer behind that only the first
-  // item of each list is kept.
-  static constexpr std::size_t kMostCharacters = std::size_t{32} << 20;
-
   FleetHost ReadHost(const std::wstring& name, const std::wstring& job) {
     FleetHost host;
     host.name = name;
@@ -188,7 +185,7 @@ class FleetReader {
       answer = AnswerJudge(files, job, limits_).Judge();
     }
     characters_ += SizeOf(answer);
-    if (characters_ > kMostCharacters) limits_.items = 1;
+    if (characters_ > limits_.allCharacters) limits_.items = 1;
     return answer;
   }
 

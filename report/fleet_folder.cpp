@@ -76,8 +76,13 @@ std::vector<std::wstring> FleetFolder::Folders() const {
   return names;
 }
 
-std::vector<FolderEntry> FleetFolder::EntriesOf(const std::wstring& folder) const {
-  return ListFolder(files_, folder);
+std::vector<FolderEntry> FleetFolder::EntriesOf(const std::wstring& folder,
+                                                const std::wstring& name,
+                                                std::wstring& problem) const {
+  std::vector<FolderEntry> entries;
+  const SystemCode code = files_.ReadFolder(folder, entries);
+  if (code != kSystemOk) problem = name + L" cannot be read: " + DescribeSystemCode(code);
+  return entries;
 }
 
 FleetFile FleetFolder::ReadIn(const std::wstring& folder, const std::vector<FolderEntry>& entries,
@@ -112,35 +117,39 @@ FleetHostFolder FleetFolder::ReadHost(const std::wstring& host) const {
     return read;
   }
   const std::wstring folder = root_ + L"\\" + host;
-  const std::vector<FolderEntry> entries = EntriesOf(folder);
+  const std::vector<FolderEntry> entries = EntriesOf(folder, L"its folder", read.problem);
   read.failure = ReadIn(folder, entries, L"failure.txt");
   const FolderEntry* const answers = FindEntry(entries, L"answers");
   if (answers == nullptr) return read;
   if (const std::wstring reason = ReasonAgainstFolder(*answers); !reason.empty()) {
     read.problem = L"answers" + reason;
-    return read;
-  }
-  for (const FolderEntry& answer : EntriesOf(folder + L"\\answers")) {
-    const int number = AnswerNumber(answer.name);
-    if (number == 0) continue;
-    FleetAnswerFiles& added = read.answers.emplace_back();
-    added.number = number;
-    const std::wstring reason = ReasonAgainstFolder(answer);
-    if (!reason.empty()) added.problem = L"answers/" + answer.name + reason;
-  }
-  std::ranges::sort(read.answers, {}, &FleetAnswerFiles::number);
-  if (read.answers.size() > kMostAnswers) {
-    read.answers.resize(kMostAnswers);
-    read.problem = L"it has more than " + std::to_wstring(kMostAnswers) + L" answers";
+  } else {
+    ListAnswers(folder + L"\\answers", read);
   }
   return read;
 }
 
+void FleetFolder::ListAnswers(const std::wstring& folder, FleetHostFolder& host) const {
+  for (const FolderEntry& answer : EntriesOf(folder, L"answers", host.problem)) {
+    const int number = AnswerNumber(answer.name);
+    if (number == 0) continue;
+    FleetAnswerFiles& added = host.answers.emplace_back();
+    added.number = number;
+    const std::wstring reason = ReasonAgainstFolder(answer);
+    if (!reason.empty()) added.problem = L"answers/" + answer.name + reason;
+  }
+  std::ranges::sort(host.answers, {}, &FleetAnswerFiles::number);
+  if (host.answers.size() <= kMostAnswers) return;
+  host.answers.resize(kMostAnswers);
+  host.problem = L"it has more than " + std::to_wstring(kMostAnswers) + L" answers";
+}
+
 FleetAnswerFiles FleetFolder::ReadAnswer(const std::wstring& host, int number) const {
+  const std::wstring name = L"answers/" + std::to_wstring(number);
   const std::wstring folder = root_ + L"\\" + host + L"\\answers\\" + std::to_wstring(number);
-  const std::vector<FolderEntry> entries = EntriesOf(folder);
   FleetAnswerFiles answer;
   answer.number = number;
+  const std::vector<FolderEntry> entries = EntriesOf(folder, name, answer.problem);
   answer.output = ReadIn(folder, entries, L"output.json");
   answer.errors = ReadIn(folder, entries, L"errors.txt");
   answer.status = ReadIn(folder, entries, L"status.txt");

@@ -59,7 +59,10 @@ class FleetFolder {
   FleetAnswerFiles ReadAnswer(const std::wstring& host, int number) const;
 
  private:
-  std::vector<FolderEntry> EntriesOf(const std::wstring& folder) const;
+  // None, with the reason, of a folder that cannot be read.
+  std::vector<FolderEntry> EntriesOf(const std::wstring& folder, const std::wstring& name,
+                                     std::wstring& problem) const;
+  void ListAnswers(const std::wstring& folder, FleetHostFolder& host) const;
   FleetFile ReadIn(const std::wstring& folder, const std::vector<FolderEntry>& entries,
                    const std::wstring& name) const;
 

@@ -245,6 +245,20 @@ class HostileAnswerTest(FleetCase):
         self.assertEqual(done.returncode, 3, done.stderr)
         self.assertIn("output.json cannot be read: access denied", done.stdout)
 
+    def test_folder_that_may_not_be_read_is_named(self):
+        fleet = FleetFolder(self.results, ["host", "answers", "answer"])
+        locked = {"host": self.results / "host", "answers": self.results / "answers/answers",
+                  "answer": self.results / "answer/answers/1"}
+        for host, folder in locked.items():
+            fleet.answer(host, document())
+            folder.chmod(0)
+        done = run_cli("fleet", self.results, wrapper=AS_PLAIN_USER)
+        for folder in locked.values():
+            folder.chmod(stat.S_IRWXU)
+        self.assertEqual(done.returncode, 3, done.stderr)
+        for what in ("its folder", "answers", "answers/1"):
+            self.assertIn(f"  {what} cannot be read: access denied (error 5)\n", done.stdout)
+
     def test_names_that_lead_elsewhere_have_no_answer(self):
         FleetFolder(self.folder / "ws00", []).answer("x", document())
         names = ["..", ".", "", "../ws00", "..\\ws00", "/etc", "a\nb", str(self.folder / "ws00"),
