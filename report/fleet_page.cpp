@@ -264,7 +264,7 @@ void AddHosts(const FleetReport& report, ReportPage& page) {
 ReportPage PageOfFleet(const std::wstring& folder, const FleetReport& report,
                        const std::wstring& program) {
   ReportPage page;
-  page.title = L"Fleet:";
+  page.title = L"Fleet";
   page.subject = report.job;
   const bool isDone = IsAllDone(report);
   page.result = isDone ? ReportResult::kDone : ReportResult::kPartly;

@@ -9,7 +9,7 @@ namespace {
 // have to be.
 constexpr std::string_view kPolicy =
     "default-src 'none'; base-uri 'none'; form-action 'none'; "
-    "style-src 'sha256-dbo/4REACPLTJ68qlDdKRtYe0lOFazMQcZffDcKSjFA='; "
+    "style-src 'sha256-PgwAQz+VTNVxBM/UdaW2bblLSl/TSPY0/+1rPL/EW9Q='; "
     "script-src 'sha256-c6FmfP81CM/kHfi+4Iv3gVFHqLtCeHgakUcTCC40H7I='";
 
 constexpr std::string_view kStyle = R"css(
@@ -119,7 +119,7 @@ summary { cursor: pointer; }
 .what { color: var(--soft); font-size: .82rem; margin-inline-start: .4rem; }
 .values { display: grid; grid-template-columns: auto 1fr; gap: .05rem .7rem; margin: .1rem 0 0; }
 .values dt { font-size: .78rem; padding-top: .12rem; }
-.values dd { font-weight: 400; }
+.values dd { font-size: .88rem; font-weight: 400; }
 .value {
   font: .84rem/1.5 ui-monospace, "Cascadia Mono", Consolas, "DejaVu Sans Mono", monospace;
   white-space: pre-wrap;
@@ -169,7 +169,8 @@ footer { margin-top: 2.5rem; color: var(--soft); font-size: .82rem; }
   thead { display: none; }
   tr { padding: .6rem 0; border-top: 1px solid var(--line); }
   tr:first-child { border-top: 0; }
-  td { display: grid; grid-template-columns: 7rem 1fr; padding: .1rem 0; border-top: 0; }
+  td { display: grid; grid-template-columns: 7rem 1fr; align-items: baseline;
+    padding: .1rem 0; border-top: 0; }
   td:first-child { display: block; padding-bottom: .3rem; }
   td small { display: block; color: var(--soft); }
   td.none { display: none; }

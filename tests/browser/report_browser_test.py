@@ -18,7 +18,8 @@ PROJECT = Path(__file__).resolve().parents[2]
 sys.path.append(str(PROJECT / "tests" / "e2e"))
 sys.dont_write_bytecode = True
 
-from machines import small_sandbox  # noqa: E402
+import fleet_folder  # noqa: E402
+from machines import run_cli, small_sandbox  # noqa: E402
 
 BROWSER = shutil.which("chromium")
 PICTURES = Path(os.environ.get("CARROVAN_PICTURES", PROJECT / "build" / "report-pictures"))
@@ -69,6 +70,11 @@ class ReportInBrowserTest(unittest.TestCase):
             archive.writestr("Options\\" + HOSTILE.replace("/", "|"), b"x")
         cls.hostile = cls.folder / "hostile.html"
         cls.run_cli(machine, "inspect", package, "--report", cls.hostile)
+        fleet = fleet_folder.sample(cls.folder / "fleet")
+        fleet.answer("ws10", fleet_folder.document(status=3, problems=[HOSTILE * 3]), "3", HOSTILE,
+                     user=HOSTILE)
+        cls.fleet = cls.folder / "fleet.html"
+        run_cli("fleet", fleet.root, "--report", cls.fleet)
         PICTURES.mkdir(parents=True, exist_ok=True)
 
     @staticmethod
@@ -84,9 +90,9 @@ class ReportInBrowserTest(unittest.TestCase):
         return done.stdout
 
     def test_script_runs_without_an_error(self):
-        for page in (self.trial, self.hostile):
+        for page in (self.trial, self.hostile, self.fleet):
             dom = self.dom(page)
-            items = len(re.findall(r"data-kind=", dom))
+            items = len(re.findall(r"<li [^>]*data-kind=", dom))
             self.assertIn(f">{items} of {items} items<", dom)
 
     def test_nothing_is_asked_for(self):
@@ -116,9 +122,9 @@ class ReportInBrowserTest(unittest.TestCase):
         self.assertEqual(title_of(done.stdout), PACKAGE_TITLE)
         self.assertIn("Content Security Policy", done.stderr)
 
-    def shown(self, fragment):
+    def shown(self, fragment, page=None):
         """Of each kind, how many items the page shows."""
-        dom = self.dom(self.trial, fragment)
+        dom = self.dom(page or self.trial, fragment)
         items = re.findall(r'<li class="[^"]*" data-kind="([^"]*)"( hidden="")?>', dom)
         shown = [kind for kind, hidden in items if not hidden]
         self.assertIn(f">{len(shown)} of {len(items)} items<", dom)
@@ -146,8 +152,23 @@ class ReportInBrowserTest(unittest.TestCase):
         self.assertGreater(len(in_place), len(shown))
         self.assertEqual(self.shown("#text=%3Cscript%3E")[0], [])
 
+    def test_filter_of_a_fleet_shows_lines_of_the_hosts_that_are_shown(self):
+        rows = r'<tr class="[^"]*" data-of="(c\d+)" data-kind="([^"]*)"( hidden="")?>'
+        everything = re.findall(rows, self.shown("", self.fleet)[1])
+        self.assertEqual([kind for _, kind, hidden in everything if hidden], [])
+        shown, dom = self.shown("#kind=failed", self.fleet)
+        self.assertEqual(set(shown), {"failed"})
+        hosts = {host for host, kind, _ in everything if kind == "failed"}
+        self.assertEqual({host for host, _, hidden in re.findall(rows, dom) if not hidden}, hosts)
+        self.assertLess(len(hosts), len({host for host, _, _ in everything}))
+
+    def test_names_of_a_fleet_stay_text(self):
+        dom = self.dom(self.fleet)
+        self.assertEqual(title_of(dom), "Fleet \u2013 Carrovan")
+        self.assertNotIn("<img", dom)
+
     def test_page_is_never_wider_than_the_window(self):
-        for page in (self.trial, self.hostile):
+        for page in (self.trial, self.hostile, self.fleet):
             text = page.read_text("utf-8")
             text = re.sub(r'<meta http-equiv="Content-Security-Policy"[^>]*>', "", text)
             text = re.sub(r"<script>.*</script>", lambda _: MEASURE, text, flags=re.DOTALL)
@@ -168,7 +189,10 @@ class ReportInBrowserTest(unittest.TestCase):
                 browse(self.trial, f"--screenshot={PICTURES / name}", width=width, dark=dark,
                        fragment="#category=c2")
                 seen.add((PICTURES / name).read_bytes())
-        self.assertEqual(len(seen), 4)
+                name = name.replace("trial", "fleet")
+                browse(self.fleet, f"--screenshot={PICTURES / name}", width=width, dark=dark)
+                seen.add((PICTURES / name).read_bytes())
+        self.assertEqual(len(seen), 8)
 
 
 if __name__ == "__main__":
