@@ -23,8 +23,8 @@ bool Holds(const std::wstring& text, const wchar_t* part) {
 TEST_F(CommandLine, HelpNamesEveryVerbAndTheExitStatuses) {
   EXPECT_EQ(Run({L"--help"}), ExitStatus::kDone);
   for (const wchar_t* part :
-       {L"versions", L"export", L"inspect", L"verify", L"extract", L"diff", L"rewrite", L"retarget",
-        L"migrate-options", L"--root", L"Examples:", L"Exit status: 0 done"}) {
+       {L"versions", L"export", L"inspect", L"verify", L"extract", L"diff", L"fleet", L"rewrite",
+        L"retarget", L"migrate-options", L"--root", L"Examples:", L"Exit status: 0 done"}) {
     EXPECT_TRUE(Holds(console_.out, part)) << testing::PrintToString(part);
   }
   EXPECT_EQ(console_.err, L"");
