@@ -123,7 +123,7 @@ class VersionPackages {
 
   static CategorySet Chosen(const ProductContext& context,
                             const std::vector<std::wstring>& labels) {
-    const CategorySet offered = OfferedOnExport(context);
+    CategorySet offered = OfferedOnExport(context);
     if (labels.empty()) return offered;
     CategorySet chosen;
     for (const std::wstring& label : labels) {

@@ -131,13 +131,13 @@ ExitStatus RunExtractVerb(const Session& session, const ExtractOptions& options)
                      WithTrailingBackslash(options.folder));
   if (!report.opened) return session.Fail(DescribeNoPackage(files->Files(), options.package));
   for (const std::wstring& path : report.failed) session.Complain(TextOfUnextracted(path));
-  if (report.extracted.size() == 0 && report.failed.empty()) {
+  if (report.extracted.empty() && report.failed.empty()) {
     return session.Fail(options.package + L" is empty");
   }
   session.Print(std::to_wstring(report.extracted.size()) + L" files extracted to " +
                 options.folder);
   if (report.failed.empty()) return ExitStatus::kDone;
-  return report.extracted.size() == 0 ? ExitStatus::kFailed : ExitStatus::kPartly;
+  return report.extracted.empty() ? ExitStatus::kFailed : ExitStatus::kPartly;
 }
 
 namespace {

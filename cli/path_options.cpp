@@ -34,7 +34,7 @@ std::optional<std::wstring> AddLines(std::wstring_view text, const std::wstring&
     text.remove_prefix(end);
     if (line.empty() || line.starts_with(L'#')) continue;
     const std::wstring where = file + L", line " + std::to_wstring(number) + L",";
-    if (const auto problem = Add(line, where, mappings)) return problem;
+    if (auto problem = Add(line, where, mappings)) return problem;
   }
   return std::nullopt;
 }

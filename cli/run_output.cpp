@@ -204,7 +204,7 @@ ExitStatus RunAndPrint(const Session& session, const RunChoice& choice, const Po
   const ReportFile page(session, choice.report);
   if (const auto refusal = page.Refusal()) return session.Fail(*refusal);
   SeenChanges changes;
-  GuardChoice guard = choice;
+  GuardChoice guard = static_cast<const GuardChoice&>(choice);
   if (page.IsWanted()) guard.onTrial = [&](const Trial& trial) { changes = LookAt(trial); };
   ConsoleLog console(session);
   CollectedLog collected;

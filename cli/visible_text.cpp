@@ -16,7 +16,7 @@ constexpr Range kHidden[] = {{0x00, 0x1F},     {0x7F, 0x9F},     {0xAD, 0xAD},
                              {0x2060, 0x206F}, {0xFEFF, 0xFEFF}};
 
 bool IsHidden(wchar_t c) {
-  const auto code = static_cast<unsigned long>(c);
+  const auto code = static_cast<char32_t>(c);
   return std::ranges::any_of(
       kHidden, [code](const Range& range) { return code >= range.first && code <= range.last; });
 }

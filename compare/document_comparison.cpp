@@ -167,14 +167,13 @@ class DocumentComparison {
   };
 
   void Enter(std::wstring step, const XmlNode& first, const XmlNode& second) {
-    levels_.push_back({std::move(step),
-                       std::make_unique<Children>(first, first_),
-                       std::make_unique<Children>(second, second_),
-                       {},
-                       0});
+    Level& level = levels_.emplace_back();
+    level.step = std::move(step);
+    level.children = std::make_unique<Children>(first, first_);
+    level.others = std::make_unique<Children>(second, second_);
     CompareAttributes(first, second);
     AddIfChanged(L"", OwnText(first), OwnText(second));
-    MatchChildren(levels_.back());
+    MatchChildren(level);
   }
 
   void MatchChildren(Level& level) {

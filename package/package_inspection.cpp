@@ -17,7 +17,7 @@ namespace carrovan {
 namespace {
 
 // Far more than thirteen categories and four values need.
-constexpr std::size_t kLongestDescriptionBytes = 64 * 1024;
+constexpr std::size_t kLongestDescriptionBytes = std::size_t{64} << 10;
 
 bool IsFolderName(const std::wstring& name) { return EndsInSeparator(name); }
 

@@ -118,11 +118,10 @@ void RegistryFileScan::EndLine(LineEnd end) {
 
 // Headers, bytes that go on and lines within a text are none of this class's business.
 void RegistryFileScan::Judge(std::wstring_view line, LineEnd end) {
-  if (line.front() == L'[' && end == LineEnd::kOdd) {
-    Refuse(kNotUnderstood);
-  } else if (line.front() == L'[') {
+  const bool isHeader = line.front() == L'[';
+  if (isHeader && end != LineEnd::kOdd) {
     if (const auto refusal = RefusalOfKeyLine(line, company_)) Refuse(*refusal);
-  } else if (line.find(L'[') != std::wstring_view::npos || HoldsRootName(line)) {
+  } else if (isHeader || line.find(L'[') != std::wstring_view::npos || HoldsRootName(line)) {
     Refuse(kNotUnderstood);
   }
 }

@@ -114,8 +114,8 @@ class PointCheck {
   }
 
   Reason RefusalOfFile(const FileHistory& file) const {
-    if (const Reason refusal = RefusalOfPlace(file)) return refusal;
-    if (const Reason refusal = RefusalOfCopy(file)) return refusal;
+    if (Reason refusal = RefusalOfPlace(file)) return refusal;
+    if (Reason refusal = RefusalOfCopy(file)) return refusal;
     for (const std::wstring& part : file.parts) {
       const std::wstring folder = RemoveFileSpec(file.path) + L"\\";
       if (!part.starts_with(folder) || !IsPartName(part.substr(folder.size()))) {

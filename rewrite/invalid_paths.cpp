@@ -11,6 +11,7 @@ namespace {
 
 std::vector<PathMapping> FromEach(const std::vector<std::wstring>& beginnings) {
   std::vector<PathMapping> mappings;
+  mappings.reserve(beginnings.size());
   for (const std::wstring& beginning : beginnings) mappings.push_back({beginning, beginning});
   return mappings;
 }

@@ -8,7 +8,7 @@
 namespace carrovan {
 namespace {
 
-constexpr std::size_t kBlockBytes = 64 * 1024;
+constexpr std::size_t kBlockBytes = std::size_t{64} << 10;
 
 // Known everywhere without being declared.
 constexpr XmlNamespace kXmlNamespace = {"xml", "http://www.w3.org/XML/1998/namespace", nullptr};
