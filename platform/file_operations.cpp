@@ -97,14 +97,24 @@ bool WipeFolder(FileSystem& files, const std::wstring& folder) {
   return true;
 }
 
-std::uint64_t TreeBytes(const FileReader& files, const std::wstring& path) {
-  if (files.IsLink(path)) return 0;
-  if (!files.IsFolder(path)) return files.FileBytes(path);
+namespace {
+
+// The list says what each entry is, so that only its size is left to be asked for.
+std::uint64_t BytesInFolder(const FileReader& files, const std::wstring& folder) {
   std::uint64_t bytes = 0;
-  for (const FolderEntry& entry : ListFolder(files, path)) {
-    bytes += TreeBytes(files, path + L"\\" + entry.name);
+  for (const FolderEntry& entry : ListFolder(files, folder)) {
+    const std::wstring path = folder + L"\\" + entry.name;
+    if (entry.isLink) continue;
+    bytes += entry.isFolder ? BytesInFolder(files, path) : files.FileBytes(path);
   }
   return bytes;
+}
+
+}  // namespace
+
+std::uint64_t TreeBytes(const FileReader& files, const std::wstring& path) {
+  if (files.IsLink(path)) return 0;
+  return files.IsFolder(path) ? BytesInFolder(files, path) : files.FileBytes(path);
 }
 
 SystemCode MakeFolderPath(FileSystem& files, const std::wstring& folder) {

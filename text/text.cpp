@@ -188,6 +188,8 @@ int CompareUnits(std::u16string_view a, std::u16string_view b) {
 int CompareNames(std::wstring_view a, std::wstring_view b) {
   const std::size_t shared = std::min(a.size(), b.size());
   for (std::size_t i = 0; i < shared; ++i) {
+    // Most paths share their folders.
+    if (a[i] == b[i]) continue;
     const auto left = static_cast<char16_t>(a[i]);
     const auto right = static_cast<char16_t>(b[i]);
     // Beyond the 16-bit range a character is two units; such names are rare.

@@ -63,5 +63,26 @@ TEST(FileImageOfALink, IsNeitherAFileNorAFolder) {
   }
 }
 
+TEST(TreeBytesTest, AsksOfAFileInAListedFolderItsSizeAlone) {
+  class CountedLooks : public ForwardingFiles {
+   public:
+    using ForwardingFiles::ForwardingFiles;
+    mutable std::size_t looks = 0;
+    bool IsLink(const std::wstring& path) const override {
+      ++looks;
+      return ForwardingFiles::IsLink(path);
+    }
+    bool IsFolder(const std::wstring& path) const override {
+      ++looks;
+      return ForwardingFiles::IsFolder(path);
+    }
+  };
+  MemoryFiles files;
+  for (int i = 0; i < 20; ++i) files.Put(L"C:\\d\\sub\\" + std::to_wstring(i), "1234");
+  CountedLooks counted(files);
+  EXPECT_EQ(TreeBytes(counted, L"C:\\d"), 80u);
+  EXPECT_EQ(counted.looks, 2u);
+}
+
 }  // namespace
 }  // namespace carrovan
