@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 
+#include "platform/listed_kinds.h"
 #include "registry_text/registry_key.h"
 #include "text/text.h"
 
@@ -83,6 +84,9 @@ class FileComparison {
       const std::wstring shown = folder.real.empty() ? L"" : JoinNames(folder.real, before->name);
       return CompareFolder({was, is, node, node != nullptr ? node->real : shown});
     }
+    if (before != nullptr && after == nullptr) {
+      return Report(Change::kRemoved, was, *before, ImageOfRemoved(was, *before));
+    }
     const FileImage imageBefore = ImageOf(machine_, was, before);
     const FileImage imageAfter = ImageOf(overlay_, is, after);
     if (imageBefore == imageAfter) {
@@ -101,9 +105,16 @@ class FileComparison {
   static FileImage ImageOf(const FileReader& files, const std::wstring& path,
                            const FolderEntry* entry) {
     FileImage image;
-    if (entry != nullptr && ReadFileImage(files, path, image) != kSystemOk) {
+    if (entry != nullptr && ReadFileImage(files, path, KindOf(*entry), image) != kSystemOk) {
       image.kind = FileKind::kFile;  // one that cannot be read
     }
+    return image;
+  }
+
+  // Of what is gone nothing is compared, so that its content is not read.
+  FileImage ImageOfRemoved(const std::wstring& path, const FolderEntry& entry) const {
+    FileImage image{KindOf(entry)};
+    if (image.kind == FileKind::kFile) image.sizeBytes = machine_.FileBytes(path);
     return image;
   }
 
@@ -118,7 +129,8 @@ class FileComparison {
     const FileReader& files = added ? overlay_ : machine_;
     for (const FolderEntry& below : ListFolder(files, path)) {
       const std::wstring belowPath = JoinNames(path, below.name);
-      Report(change, belowPath, below, ImageOf(files, belowPath, &below));
+      Report(change, belowPath, below,
+             added ? ImageOf(files, belowPath, &below) : ImageOfRemoved(belowPath, below));
     }
   }
 
@@ -268,9 +280,10 @@ namespace {
 
 using Lines = std::vector<std::wstring>;
 
-void CheckFile(const FileChange& change, const FileReader& files, Lines& lines) {
+void CheckFile(const FileChange& change, const FileReader& files, ListedKinds& kinds,
+               Lines& lines) {
   FileImage now;
-  const SystemCode code = ReadFileImage(files, change.path, now);
+  const SystemCode code = ReadFileImage(files, change.path, kinds.At(change.path), now);
   if (code != kSystemOk) {
     lines.push_back(L"Cannot be read back: " + change.path + L": " + DescribeSystemCode(code));
   } else if (now != change.after) {
@@ -279,11 +292,12 @@ void CheckFile(const FileChange& change, const FileReader& files, Lines& lines) 
 }
 
 // A file in place of a folder comes as a removal and an addition; the later one is what remains.
-void CheckFiles(const std::vector<FileChange>& changes, const FileReader& files, Lines& lines) {
+void CheckFiles(const std::vector<FileChange>& changes, const FileReader& files, ListedKinds& kinds,
+                Lines& lines) {
   for (std::size_t i = 0; i < changes.size(); ++i) {
     const bool isReplaced =
         i + 1 < changes.size() && CompareNames(changes[i].path, changes[i + 1].path) == 0;
-    if (!isReplaced) CheckFile(changes[i], files, lines);
+    if (!isReplaced) CheckFile(changes[i], files, kinds, lines);
   }
 }
 
@@ -293,19 +307,36 @@ void CheckKey(const KeyChange& change, const RegistryReader& registry, Lines& li
   lines.push_back(L"Not as it was to become: " + FullKeyPath(change.hive, change.path));
 }
 
-// The key's value of that name, in the spelling that was asked for.
-std::optional<RegistryValue> ValueNow(const ValueChange& change, const RegistryReader& registry) {
-  for (RegistryValue& value :
-       registry.Values(change.hive, change.key).value_or(std::vector<RegistryValue>())) {
-    if (CompareNames(value.name, change.name) != 0) continue;
+// Reads each key once: changes of its values come one after another.
+class ValuesNow {
+ public:
+  explicit ValuesNow(const RegistryReader& registry) : registry_(registry) {}
+
+  // The key's value of that name, in the spelling that was asked for.
+  std::optional<RegistryValue> Find(const ValueChange& change) {
+    if (change.hive != hive_ || change.key != key_) Read(change.hive, change.key);
+    const auto found = values_.find(FoldedName(change.name));
+    if (found == values_.end()) return std::nullopt;
+    RegistryValue value = found->second;
     value.name = change.after ? change.after->name : change.name;
     return value;
   }
-  return std::nullopt;
-}
 
-void CheckValue(const ValueChange& change, const RegistryReader& registry, Lines& lines) {
-  if (ValueNow(change, registry) == change.after) return;
+ private:
+  void Read(RegistryHive hive, const std::wstring& key) {
+    hive_ = hive;
+    key_ = key;
+    values_ = ValuesOf(registry_, hive, key);
+  }
+
+  const RegistryReader& registry_;
+  RegistryHive hive_ = RegistryHive::kCurrentUser;
+  std::optional<std::wstring> key_;
+  ValuesByName values_;
+};
+
+void CheckValue(const ValueChange& change, ValuesNow& now, Lines& lines) {
+  if (now.Find(change) == change.after) return;
   lines.push_back(L"Not as it was to become: " + FullKeyPath(change.hive, change.key) +
                   L", value " + (change.name.empty() ? L"(default)" : change.name));
 }
@@ -315,12 +346,14 @@ void CheckValue(const ValueChange& change, const RegistryReader& registry, Lines
 std::vector<std::wstring> UnfulfilledChanges(const MachineChanges& foreseen,
                                              const Machine& machine) {
   Lines lines;
+  ListedKinds kinds(*machine.files);
   for (const auto* files : {&foreseen.files, &foreseen.rewrittenFiles}) {
-    CheckFiles(*files, *machine.files, lines);
+    CheckFiles(*files, *machine.files, kinds, lines);
   }
   for (const KeyChange& change : foreseen.keys) CheckKey(change, *machine.registry, lines);
+  ValuesNow now(*machine.registry);
   for (const auto* values : {&foreseen.values, &foreseen.rewrittenValues}) {
-    for (const ValueChange& change : *values) CheckValue(change, *machine.registry, lines);
+    for (const ValueChange& change : *values) CheckValue(change, now, lines);
   }
   return lines;
 }

@@ -23,7 +23,7 @@ struct FileChange {
   std::wstring path;
   Change change = Change::kAdded;
   bool isFolder = false;
-  FileImage before;  // absent for what was added
+  FileImage before;  // absent for what was added; of what was removed without a sum of its content
   FileImage after;   // absent for what was removed
 };
 

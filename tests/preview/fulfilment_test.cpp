@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/forwarding_ports.h"
 #include "preview/overlay_machine.h"
 #include "tests/support/memory_machine.h"
 #include "text/text.h"
@@ -87,6 +88,45 @@ TEST_F(FulfilmentTest, SaysWhyAFileCannotBeReadBack) {
   };
   EXPECT_EQ(Unfulfilled(), std::vector<std::wstring>{L"Cannot be read back: C:\\d\\changes.txt: " +
                                                      DescribeSystemCode(kAccessDenied)});
+}
+
+TEST_F(FulfilmentTest, ReadsNothingOfWhatIsGone) {
+  std::vector<std::wstring> read;
+  machine_.files.fault = [&read](const std::string& operation, const std::wstring& path) {
+    if (operation == "read") read.push_back(path);
+    return kSystemOk;
+  };
+  const auto overlay = OverlayMachine::Open(machine_.Ports()).object;
+  EXPECT_EQ(overlay->Ports().files->RemoveFile(L"C:\\d\\goes.txt"), kSystemOk);
+  const MachineChanges changes = overlay->Changes();
+  ASSERT_EQ(changes.files.size(), 1u);
+  EXPECT_EQ(changes.files[0].change, Change::kRemoved);
+  EXPECT_EQ(changes.files[0].before.sizeBytes, 3u);
+  EXPECT_EQ(read, std::vector<std::wstring>());
+}
+
+TEST_F(FulfilmentTest, ReadsAKeyBackOnceForAllOfItsValues) {
+  class ReadKeys : public ForwardingRegistry {
+   public:
+    using ForwardingRegistry::ForwardingRegistry;
+    mutable std::size_t reads = 0;
+    std::optional<std::vector<RegistryValue>> Values(RegistryHive hive,
+                                                     const std::wstring& keyPath) const override {
+      ++reads;
+      return ForwardingRegistry::Values(hive, keyPath);
+    }
+  };
+  MachineChanges foreseen;
+  for (int i = 0; i < 20; ++i) {
+    const RegistryValue value = MakeDwordValue(std::to_wstring(i), 1);
+    machine_.registry.Root(kUser).Make(kKey).SetValue(value);
+    foreseen.values.push_back({kUser, kKey, value.name, std::nullopt, value});
+  }
+  ReadKeys registry(machine_.registry);
+  Machine ports = machine_.Ports();
+  ports.registry = &registry;
+  EXPECT_EQ(UnfulfilledChanges(foreseen, ports), std::vector<std::wstring>());
+  EXPECT_EQ(registry.reads, 1u);
 }
 
 TEST_F(FulfilmentTest, AFolderInTheFilesPlaceIsWholeWhereItIsTheLastChange) {

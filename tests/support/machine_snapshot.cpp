@@ -70,8 +70,10 @@ std::string LineOf(const std::optional<RegistryValue>& value) {
 
 std::string Line(const FileChange& change) {
   constexpr const char* kWords[] = {"added ", "replaced ", "removed "};
-  const auto image = [](const FileImage& of) {
-    return " " + std::to_string(of.sizeBytes) + "/" + std::to_string(of.crc32);
+  // What is removed need not be read.
+  const bool isRead = change.change != Change::kRemoved;
+  const auto image = [isRead](const FileImage& of) {
+    return " " + std::to_string(of.sizeBytes) + "/" + std::to_string(isRead ? of.crc32 : 0);
   };
   return kWords[static_cast<int>(change.change)] + WithoutGuids(change.path) +
          (change.isFolder ? "\\" : "") + image(change.before) + image(change.after);
