@@ -80,7 +80,7 @@ SystemCode ArchiveFiles::BeginReplacement(const std::wstring&, std::uint64_t,
   return kAccessDenied;
 }
 
-SystemCode ArchiveFiles::AppendBytes(const std::wstring&, std::string_view) {
+SystemCode ArchiveFiles::OpenToAppend(const std::wstring&, std::unique_ptr<FileAppender>&) {
   return kAccessDenied;
 }
 

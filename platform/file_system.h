@@ -26,6 +26,22 @@ class FileReplacement {
   [[nodiscard]] virtual SystemCode Complete() = 0;
 };
 
+// A file that is open to be written on at its end, until this object goes away. Others may read it
+// meanwhile; the system may keep them from writing it, and it and the folders above it from being
+// moved or removed.
+class FileAppender {
+ public:
+  virtual ~FileAppender() = default;
+
+  // Puts bytes behind what the file holds. What was appended before a program is killed stays.
+  // After a failure a front part of the bytes may be there.
+  [[nodiscard]] virtual SystemCode Append(std::string_view bytes) = 0;
+
+  // Waits until the file's content is where a loss of power cannot take it. Its name is the
+  // folder's.
+  [[nodiscard]] virtual SystemCode FlushToDisk() = 0;
+};
+
 struct FolderEntry {
   std::wstring name;       // as spelled on disk
   bool isFolder = false;   // also for a link that leads to a folder
@@ -121,10 +137,17 @@ class FileSystem : public FileReader {
       const std::wstring& path, std::uint64_t expectedBytes,
       std::unique_ptr<FileReplacement>& replacement) = 0;
 
-  // Puts bytes behind what a file holds, which is created when it is missing. For a record that is
-  // kept while something goes on: what was appended before a program is killed stays.
-  [[nodiscard]] virtual SystemCode AppendBytes(const std::wstring& path,
-                                               std::string_view bytes) = 0;
+  // Opens a file to put bytes behind what it holds; it is made when it is missing, and `appender`
+  // stays as it is when that fails. For a record that is kept while something goes on.
+  [[nodiscard]] virtual SystemCode OpenToAppend(const std::wstring& path,
+                                                std::unique_ptr<FileAppender>& appender) = 0;
+
+  // The same for a single time.
+  [[nodiscard]] SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) {
+    std::unique_ptr<FileAppender> file;
+    const SystemCode code = OpenToAppend(path, file);
+    return code == kSystemOk ? file->Append(bytes) : code;
+  }
 
   // Holds a file until this file system removes it or goes away, at the latest with the process,
   // however that ends. For a mark by which other processes know that this one lives.

@@ -46,8 +46,9 @@ class ForwardingFiles : public FileSystem {
                               std::unique_ptr<FileReplacement>& replacement) override {
     return files_.BeginReplacement(path, expectedBytes, replacement);
   }
-  SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override {
-    return files_.AppendBytes(path, bytes);
+  SystemCode OpenToAppend(const std::wstring& path,
+                          std::unique_ptr<FileAppender>& appender) override {
+    return files_.OpenToAppend(path, appender);
   }
   SystemCode HoldFile(const std::wstring& path, FileHold hold) override {
     return files_.HoldFile(path, hold);

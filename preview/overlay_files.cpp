@@ -233,12 +233,29 @@ SystemCode OverlayFiles::BeginReplacement(const std::wstring& path, std::uint64_
   return kSystemOk;
 }
 
-SystemCode OverlayFiles::AppendBytes(const std::wstring& path, std::string_view bytes) {
-  if (const SystemCode code = CodeOfWriting(path); code != kSystemOk) return code;
-  std::string content;
-  const SystemCode code = ReadBytes(path, content);
-  if (code != kSystemOk && code != kFileNotFound) return code;
-  return WriteBytes(path, content.append(bytes));
+// A file in the spool never changes, so that each time makes another.
+class OverlayFiles::Appender : public FileAppender {
+ public:
+  Appender(OverlayFiles& overlay, std::wstring path) : overlay_(overlay), path_(std::move(path)) {}
+
+  SystemCode Append(std::string_view bytes) override {
+    std::string content;
+    const SystemCode code = overlay_.ReadBytes(path_, content);
+    return code == kSystemOk ? overlay_.WriteBytes(path_, content.append(bytes)) : code;
+  }
+  SystemCode FlushToDisk() override { return kSystemOk; }
+
+ private:
+  OverlayFiles& overlay_;
+  std::wstring path_;
+};
+
+SystemCode OverlayFiles::OpenToAppend(const std::wstring& path,
+                                      std::unique_ptr<FileAppender>& appender) {
+  SystemCode code = CodeOfWriting(path);
+  if (code == kSystemOk && Look(path).kind == SeenKind::kMissing) code = WriteBytes(path, {});
+  if (code == kSystemOk) appender = std::make_unique<Appender>(*this, path);
+  return code;
 }
 
 // Nobody else sees what an overlay shows, so that a file in it needs no holding.

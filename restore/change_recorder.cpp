@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/file_operations.h"
+#include "platform/listed_kinds.h"
 #include "registry_text/registry_key.h"
 #include "restore/prune.h"
 #include "restore/restore_point.h"
@@ -48,11 +49,6 @@ std::wstring FreeId(const FileReader& files, const std::wstring& root, const std
   std::wstring free = id;
   for (int i = 2; files.Exists(root + L"\\" + free); ++i) free = id + L"-" + std::to_wstring(i);
   return free;
-}
-
-FileKind KindOf(const FolderEntry& entry) {
-  if (entry.isLink) return FileKind::kLink;
-  return entry.isFolder ? FileKind::kFolder : FileKind::kFile;
 }
 
 std::wstring ParentKey(const std::wstring& keyPath) {
@@ -104,7 +100,7 @@ SystemCode ChangeRecorder::FlushNotes(ComingChange change) {
     paths.push_back(CopiesFolder());
   }
   const bool flushesMoves = !paths.empty();
-  if (const SystemCode code = journal_.Flush(std::move(paths)); code != kSystemOk) return code;
+  if (const SystemCode code = journal_.Flush(paths); code != kSystemOk) return code;
   unsafeCopies_.clear();
   if (flushesMoves) hasUnsafeMoves_ = false;
   return kSystemOk;
@@ -169,6 +165,12 @@ bool ChangeRecorder::IsNoted(const std::wstring& path) const {
   if (found == notedFiles_.end()) return false;
   const NotedFile& file = found->second;
   return file.isOpen && (file.copy.empty() || file.isKept);
+}
+
+bool ChangeRecorder::IsOpenFile(const std::wstring& path) const {
+  const auto found = notedFiles_.find(TidyPath(path));
+  return found != notedFiles_.end() && found->second.isOpen &&
+         found->second.before.kind == FileKind::kFile;
 }
 
 SystemCode ChangeRecorder::FileChanges(const std::wstring& path) {
@@ -405,6 +407,7 @@ void ChangeRecorder::KeyChanged(RegistryHive hive, const std::wstring& keyPath) 
 bool ChangeRecorder::End(const std::vector<std::wstring>& log) {
   EndOpenChanges();
   if (ChangedNothing()) {
+    journal_.Close();
     RemoveRestorePoint(files_, root_, id_);
     static_cast<void>(files_.RemoveFolder(root_));
   }
@@ -413,6 +416,7 @@ bool ChangeRecorder::End(const std::vector<std::wstring>& log) {
   static_cast<void>(journal_.Flush(WriteLog(log)));
   journal_.Add(RunEnded{});
   static_cast<void>(journal_.Flush());
+  journal_.Close();
   return true;
 }
 

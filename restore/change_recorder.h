@@ -88,6 +88,10 @@ class ChangeRecorder {
   [[nodiscard]] SystemCode FileChanges(const std::wstring& path);
   void FileChanged(const std::wstring& path, const std::optional<FileImage>& now = std::nullopt);
 
+  // True for what was a file when it was noted as changing, and is none but that since: no run
+  // makes a link.
+  bool IsOpenFile(const std::wstring& path) const;
+
   // Removes a file in such a way that it is kept.
   [[nodiscard]] SystemCode TakeFile(const std::wstring& path);
 

@@ -7,19 +7,23 @@ void JournalWriter::Add(const JournalRecord& record) {
   ++lines_;
 }
 
+SystemCode JournalWriter::Open() { return file_ ? kSystemOk : files_.OpenToAppend(path_, file_); }
+
 SystemCode JournalWriter::Write() {
   if (waiting_.empty()) return kSystemOk;
-  const SystemCode code = files_.AppendBytes(path_, isCutShort_ ? "\n" + waiting_ : waiting_);
+  SystemCode code = Open();
+  if (code == kSystemOk) code = file_->Append(isCutShort_ ? "\n" + waiting_ : waiting_);
   isCutShort_ = code != kSystemOk;
   if (code == kSystemOk) waiting_.clear();
   return code;
 }
 
-SystemCode JournalWriter::Flush(std::vector<std::wstring> paths) {
-  if (const SystemCode code = Write(); code != kSystemOk) return code;
-  if (flushed_ == lines_ && paths.empty()) return kSystemOk;
-  paths.push_back(path_);
-  const SystemCode code = files_.Flush(paths);
+SystemCode JournalWriter::Flush(const std::vector<std::wstring>& paths) {
+  SystemCode code = Write();
+  if (code == kSystemOk && !paths.empty()) code = files_.Flush(paths);
+  if (code != kSystemOk || flushed_ == lines_) return code;
+  code = Open();
+  if (code == kSystemOk) code = file_->FlushToDisk();
   if (code == kSystemOk) flushed_ = lines_;
   return code;
 }

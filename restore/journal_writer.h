@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -9,8 +10,9 @@
 
 namespace carrovan {
 
-// Writes a journal. Each line says how many of those in front of it were safe from a loss of power
-// when it was written, so that a reader can see whether one of these is missing.
+// Writes a journal, which stays open from the first line that is written on. Each line says how
+// many of those in front of it were safe from a loss of power when it was written, so that a reader
+// can see whether one of these is missing.
 class JournalWriter {
  public:
   // Goes on behind the lines that are there, of which `lines` could be read. The last one may have
@@ -26,11 +28,17 @@ class JournalWriter {
 
   // Has the lines where they survive a loss of power, together with what lies at further paths.
   // Does nothing when there is nothing new.
-  [[nodiscard]] SystemCode Flush(std::vector<std::wstring> paths = {});
+  [[nodiscard]] SystemCode Flush(const std::vector<std::wstring>& paths = {});
+
+  // Lets go of the file, so that it can be moved or removed. A further line opens it again.
+  void Close() { file_.reset(); }
 
  private:
+  [[nodiscard]] SystemCode Open();
+
   FileSystem& files_;
   std::wstring path_;
+  std::unique_ptr<FileAppender> file_;
   std::string waiting_;      // lines that are not in the file yet
   bool isCutShort_;          // what is in the file may end in a part of a line
   std::size_t lines_;        // with those that are waiting

@@ -1,10 +1,12 @@
 #include "restore/point_check.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
 #include <set>
 
 #include "environment/product_context.h"
+#include "platform/listed_kinds.h"
 #include "registry_text/registry_key.h"
 #include "restore/restore_point.h"
 #include "text/path_text.h"
@@ -53,7 +55,7 @@ std::vector<std::wstring> NamesOf(std::wstring_view path) {
 class PointCheck {
  public:
   PointCheck(const RestorePoint& point, bool trusted, const Machine& machine)
-      : point_(point), trusted_(trusted), machine_(machine) {
+      : point_(point), trusted_(trusted), machine_(machine), kinds_(*machine.files) {
     ListHalves();
     for (const FileHistory& file : point.files) {
       if (file.before.kind == FileKind::kLink) restoredLinks_.insert(file.path);
@@ -113,7 +115,7 @@ class PointCheck {
             file.after->kind == FileKind::kAbsent);
   }
 
-  Reason RefusalOfFile(const FileHistory& file) const {
+  Reason RefusalOfFile(const FileHistory& file) {
     if (Reason refusal = RefusalOfPlace(file)) return refusal;
     if (Reason refusal = RefusalOfCopy(file)) return refusal;
     for (const std::wstring& part : file.parts) {
@@ -125,7 +127,7 @@ class PointCheck {
     return std::nullopt;
   }
 
-  Reason RefusalOfPlace(const FileHistory& file) const {
+  Reason RefusalOfPlace(const FileHistory& file) {
     const std::wstring& path = file.path;
     if (path.find(L'/') != std::wstring::npos) return L"is no plain path";
     if (IsAroundHalf(path) && IsFolderOnly(file)) return std::nullopt;
@@ -144,13 +146,20 @@ class PointCheck {
     return RefusalOfLinks(*half, names);
   }
 
-  Reason RefusalOfLinks(std::wstring folder, const std::vector<std::wstring>& names) const {
+  Reason RefusalOfLinks(std::wstring folder, const std::vector<std::wstring>& names) {
     for (std::size_t i = 0; i + 1 < names.size(); ++i) {
       folder += L"\\" + names[i];
-      if (!machine_.files->IsLink(folder) || restoredLinks_.contains(folder)) continue;
+      if (!IsLink(folder) || restoredLinks_.contains(folder)) continue;
       if (!trusted_ && !MayStandForFolder(names, i)) return L"lies behind the link " + folder;
     }
     return std::nullopt;
+  }
+
+  // Many files lie in one folder.
+  bool IsLink(const std::wstring& folder) {
+    const auto [place, added] = links_.try_emplace(folder, false);
+    if (added) place->second = machine_.files->IsLink(folder);
+    return place->second;
   }
 
   // A user may keep the product's folders on another disk.
@@ -164,13 +173,13 @@ class PointCheck {
   }
 
   // What lies in the restore point must be what the journal says, or gone back to its place.
-  Reason RefusalOfCopy(const FileHistory& file) const {
+  Reason RefusalOfCopy(const FileHistory& file) {
     if (file.copy.empty()) return std::nullopt;
     const std::wstring folder = point_.folder + L"\\" + kCopiesFolder + L"\\";
     const std::wstring name =
         file.copy.starts_with(folder) ? file.copy.substr(folder.size()) : std::wstring();
-    const FileKind kind = KindAt(*machine_.files, file.copy);
     const bool isOwn = !name.empty() && std::ranges::all_of(name, IsDigit);
+    const FileKind kind = isOwn ? kinds_.At(file.copy) : FileKind::kAbsent;
     if (!isOwn || (kind != FileKind::kAbsent && kind != file.before.kind)) {
       return L"has a copy that no run keeps: " + file.copy;
     }
@@ -208,6 +217,8 @@ class PointCheck {
   const RestorePoint& point_;
   const bool trusted_;
   const Machine& machine_;
+  ListedKinds kinds_;
+  std::map<std::wstring, bool, NameLess> links_;  // by folder
   std::vector<std::wstring> halves_;
   std::set<std::wstring, NameLess> restoredLinks_;
   std::vector<std::wstring> refusals_;

@@ -104,6 +104,27 @@ class RecordedReplacement : public FileReplacement {
   std::unique_ptr<FileReplacement> file_;
 };
 
+// The second note is made when the file is closed.
+class RecordedAppender : public FileAppender {
+ public:
+  RecordedAppender(ChangeRecorder& recorder, std::wstring path, std::unique_ptr<FileAppender> file)
+      : recorder_(recorder), path_(std::move(path)), file_(std::move(file)) {}
+  ~RecordedAppender() override {
+    file_.reset();
+    recorder_.FileChanged(path_);
+  }
+  RecordedAppender(const RecordedAppender&) = delete;
+  RecordedAppender& operator=(const RecordedAppender&) = delete;
+
+  SystemCode Append(std::string_view bytes) override { return file_->Append(bytes); }
+  SystemCode FlushToDisk() override { return file_->FlushToDisk(); }
+
+ private:
+  ChangeRecorder& recorder_;
+  std::wstring path_;
+  std::unique_ptr<FileAppender> file_;
+};
+
 }  // namespace
 
 SystemCode RecordedFiles::CreateFolder(const std::wstring& path) {
@@ -120,7 +141,8 @@ SystemCode RecordedFiles::CreateEmptyFile(const std::wstring& path) {
 
 SystemCode RecordedFiles::RemoveFile(const std::wstring& path) {
   if (recorder_.IsScratch(path)) return ForwardingFiles::RemoveFile(path);
-  if (IsLink(path)) return recorder_.TakeLink(path);
+  // What was announced has been looked at.
+  if (!recorder_.IsOpenFile(path) && IsLink(path)) return recorder_.TakeLink(path);
   const SystemCode code = recorder_.TakeFile(path);
   recorder_.FileChanged(path, code == kSystemOk ? std::optional(FileImage()) : std::nullopt);
   return code;
@@ -154,8 +176,18 @@ SystemCode RecordedFiles::BeginReplacement(const std::wstring& path, std::uint64
   return kSystemOk;
 }
 
-SystemCode RecordedFiles::AppendBytes(const std::wstring& path, std::string_view bytes) {
-  return MakeRecorded(recorder_, path, [&] { return ForwardingFiles::AppendBytes(path, bytes); });
+SystemCode RecordedFiles::OpenToAppend(const std::wstring& path,
+                                       std::unique_ptr<FileAppender>& appender) {
+  if (recorder_.IsScratch(path)) return ForwardingFiles::OpenToAppend(path, appender);
+  if (const SystemCode code = recorder_.FileChanges(path); code != kSystemOk) return code;
+  std::unique_ptr<FileAppender> file;
+  const SystemCode code = ForwardingFiles::OpenToAppend(path, file);
+  if (code != kSystemOk) {
+    recorder_.FileChanged(path);
+    return code;
+  }
+  appender = std::make_unique<RecordedAppender>(recorder_, path, std::move(file));
+  return kSystemOk;
 }
 
 SystemCode RecordedFiles::HoldFile(const std::wstring& path, FileHold hold) {

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "platform/file_operations.h"
+#include "platform/listed_kinds.h"
 #include "registry_text/registry_key.h"
 #include "restore/change_recorder.h"
 #include "restore/journal_writer.h"
@@ -25,7 +26,8 @@ class FileUndo {
         files_(files),
         journal_(journal),
         report_(report),
-        spelled_(NamesInFolders(files)) {}
+        spelled_(NamesInFolders(files)),
+        kinds_(files) {}
 
   // What the run made goes before what was there comes back, folders before what was in them. Links
   // come first of all: only then their paths lead to what was changed behind them.
@@ -70,7 +72,8 @@ class FileUndo {
     SortOutermostFirst(links);
     for (const FileHistory* link : links) {
       FileImage now;
-      if (!IsBehindMissingLink(*link) && MayChange(*link, now)) PutLinkBack(*link);
+      const FileKind kind = KindAt(files_, link->path);
+      if (!IsBehindMissingLink(*link) && MayChange(*link, kind, now)) PutLinkBack(*link);
       if (KindAt(files_, link->path) != FileKind::kLink) missingLinks_.push_back(link->path);
     }
   }
@@ -143,7 +146,7 @@ class FileUndo {
       if (file.before.kind == FileKind::kLink || !IsIncluded(file)) continue;
       if (WasMadeInPlaceOfLink(file) || IsBehindMissingLink(file)) continue;
       FileImage now;
-      if (!MayChange(file, now)) continue;
+      if (!MayChange(file, kinds_.At(file.path), now)) continue;
       chosen_.push_back(&file);
       if (now.kind != FileKind::kAbsent && now.kind != file.before.kind) inTheWay_.push_back(&file);
     }
@@ -152,12 +155,13 @@ class FileUndo {
   }
 
   // False for what is as it was, and for what somebody else changed since. Fills what is there.
-  bool MayChange(const FileHistory& file, FileImage& now) {
-    if (const SystemCode code = ReadFileImage(files_, file.path, now); code != kSystemOk) {
+  bool MayChange(const FileHistory& file, FileKind kind, FileImage& now) {
+    const SystemCode code = ReadFileImage(files_, file.path, kind, now);
+    if (code != kSystemOk) {
       return Fail(file.path, code);
     }
     if (now == file.before && IsSpelledAsBefore(file)) return false;
-    if (IsNotKept(file) && now != file.before) return Keep(file);
+    if (now != file.before && IsNotKept(file)) return Keep(file);
     return choice_.force || IsOwn(file, now) || Keep(file);
   }
 
@@ -168,8 +172,8 @@ class FileUndo {
 
   // The run was cut short before it came to the file: what is there now is others' work, and what
   // was there went with it.
-  bool IsNotKept(const FileHistory& file) const {
-    return file.before.kind == FileKind::kFile && !files_.Exists(file.copy);
+  bool IsNotKept(const FileHistory& file) {
+    return file.before.kind == FileKind::kFile && kinds_.At(file.copy) == FileKind::kAbsent;
   }
 
   bool IsOwn(const FileHistory& file) const {
@@ -291,6 +295,7 @@ class FileUndo {
   JournalWriter& journal_;
   UndoReport& report_;
   SpelledNames spelled_;  // before anything is put back
+  ListedKinds kinds_;     // the same, but for links
   std::vector<const FileHistory*> chosen_;
   std::vector<const FileHistory*> inTheWay_;  // those of another kind than before
   std::vector<const FileHistory*> restored_;

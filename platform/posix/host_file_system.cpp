@@ -110,7 +110,10 @@ bool HostFileSystem::IsLink(const std::wstring& path) const {
 
 bool HostFileSystem::IsReadOnly(const std::wstring& path) const {
   const auto host = paths_.ToHost(path);
-  return host && !LeadsToFolder(*host) && !OwnerMayWrite(*host);
+  if (!host) return false;
+  std::error_code error;
+  const fs::file_status status = fs::status(*host, error);
+  return !fs::is_directory(status) && !OwnerMayWrite(status);
 }
 
 SystemCode HostFileSystem::ReadFolder(const std::wstring& folder,
@@ -209,17 +212,18 @@ SystemCode OpenToRead(const fs::path& path, OsFile& file) {
   return status == FileStatus::kMissing ? MissingCode(path) : CodeOf(status);
 }
 
-SystemCode ReadParts(const fs::path& path, const FileReader::TakePart& take) {
-  OsFile file;
-  if (const SystemCode code = OpenToRead(path, file); code != kSystemOk) return code;
+SystemCode ReadParts(const OsFile& file, const FileReader::TakePart& take) {
   const auto facts = file.Facts();
   if (!facts) return kGeneralFailure;
-  std::string part(kPartBytes, '\0');
+  // A small file takes no large buffer; one byte more shows that it ends there.
+  const std::uint64_t wholeBytes = facts->sizeBytes + 1;
+  std::string part(static_cast<std::size_t>(std::min<std::uint64_t>(kPartBytes, wholeBytes)), '\0');
   for (std::uint64_t offset = 0;;) {
     const auto count = file.ReadAt(offset, {AsBytes(part.data()), part.size()});
     if (!count) return kGeneralFailure;
     if (*count == 0) return kSystemOk;
     if (!take(std::string_view(part).substr(0, *count), facts->sizeBytes)) return kSystemOk;
+    if (*count < part.size()) return kSystemOk;
     offset += *count;
   }
 }
@@ -275,23 +279,29 @@ SystemCode ReplaceWhole(const fs::path& path, std::string_view bytes) {
   return code == kSystemOk ? replacement.Complete() : code;
 }
 
-SystemCode Append(const fs::path& path, std::string_view bytes) {
-  std::error_code error;
-  const fs::file_status there = fs::status(path, error);
-  if (fs::exists(there) && !(fs::is_regular_file(there) && OwnerMayWrite(there))) {
-    return kAccessDenied;
+class HostAppender : public FileAppender {
+ public:
+  SystemCode Open(const fs::path& path) {
+    std::error_code error;
+    const fs::file_status there = fs::status(path, error);
+    if (fs::exists(there) && !(fs::is_regular_file(there) && OwnerMayWrite(there))) {
+      return kAccessDenied;
+    }
+    if (!fs::exists(there)) {
+      if (const SystemCode code = CodeOfParent(path); code != kSystemOk) return code;
+    }
+    return CodeOf(file_.OpenToAppend(path));
   }
-  if (const SystemCode code = CodeOfParent(path); code != kSystemOk && !fs::exists(there)) {
-    return code;
+
+  SystemCode Append(std::string_view bytes) override {
+    return CodeOf(file_.Append({AsBytes(bytes.data()), bytes.size()}));
   }
-  errno = 0;
-  std::ofstream file(path, std::ios::binary | std::ios::app);
-  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  file.close();
-  if (file) return kSystemOk;
-  const SystemCode code = SystemCodeOf(std::error_code(errno, std::generic_category()));
-  return code == kSystemOk ? kGeneralFailure : code;
-}
+
+  SystemCode FlushToDisk() override { return CodeOf(file_.FlushToDisk()); }
+
+ private:
+  OsFile file_;
+};
 
 }  // namespace
 
@@ -313,7 +323,10 @@ SystemCode HostFileSystem::ReadBytes(const std::wstring& path, std::string& byte
 
 SystemCode HostFileSystem::ReadInParts(const std::wstring& path, const TakePart& take) const {
   const auto host = paths_.ToHost(path);
-  return host ? ReadParts(*host, take) : kInvalidName;
+  if (!host) return kInvalidName;
+  OsFile file;
+  const SystemCode code = OpenToRead(*host, file);
+  return code == kSystemOk ? ReadParts(file, take) : code;
 }
 
 std::uint64_t HostFileSystem::FileBytes(const std::wstring& path) const {
@@ -347,15 +360,32 @@ SystemCode HostFileSystem::BeginReplacement(const std::wstring& path, std::uint6
   return kSystemOk;
 }
 
-SystemCode HostFileSystem::AppendBytes(const std::wstring& path, std::string_view bytes) {
+SystemCode HostFileSystem::OpenToAppend(const std::wstring& path,
+                                        std::unique_ptr<FileAppender>& appender) {
   const auto host = paths_.ToHost(path);
-  return host && paths_.MayBeMade(path) ? Append(*host, bytes) : kInvalidName;
+  if (!host || !paths_.MayBeMade(path)) return kInvalidName;
+  auto opened = std::make_unique<HostAppender>();
+  const SystemCode code = opened->Open(*host);
+  if (code == kSystemOk) appender = std::move(opened);
+  return code;
 }
 
 SystemCode HostFileSystem::CopyOver(const std::wstring& source, const std::wstring& target) {
-  std::string bytes;
-  const SystemCode code = ReadBytes(source, bytes);
-  return code == kSystemOk ? WriteBytes(target, bytes) : code;
+  const auto from = paths_.ToHost(source);
+  if (!from) return kInvalidName;
+  OsFile file;
+  if (const SystemCode code = OpenToRead(*from, file); code != kSystemOk) return code;
+  const auto to = paths_.ToHost(target);
+  if (!to || !paths_.MayBeMade(target)) return kInvalidName;
+  HostReplacement copy;
+  SystemCode written = copy.Begin(*to);
+  if (written != kSystemOk) return written;
+  const SystemCode read = ReadParts(file, [&](std::string_view part, std::uint64_t) {
+    written = copy.Append(part);
+    return written == kSystemOk;
+  });
+  if (read != kSystemOk) return read;
+  return written == kSystemOk ? copy.Complete() : written;
 }
 
 SystemCode HostFileSystem::Flush(std::span<const std::wstring> paths) {

@@ -42,9 +42,11 @@ SystemCode CodeOf(BOOL succeeded) { return succeeded != FALSE ? kSystemOk : GetL
 
 constexpr std::size_t kTransferBytes = std::size_t{16} << 20;
 
+// A file that somebody appends to can be read.
 FileHandle OpenToRead(const std::wstring& path) {
-  return FileHandle(CreateFileW(SystemPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  return FileHandle(CreateFileW(SystemPath(path).c_str(), GENERIC_READ,
+                                FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                                FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 SystemCode WriteAll(const FileHandle& file, std::string_view bytes) {
@@ -109,6 +111,18 @@ class PartFile : public FileReplacement {
   bool created_ = false;
 };
 
+// Without the right to write elsewhere the system puts everything at the end.
+class Appender : public FileAppender {
+ public:
+  explicit Appender(FileHandle file) : file_(std::move(file)) {}
+
+  SystemCode Append(std::string_view bytes) override { return WriteAll(file_, bytes); }
+  SystemCode FlushToDisk() override { return CodeOf(FlushFileBuffers(file_.Get())); }
+
+ private:
+  FileHandle file_;
+};
+
 bool IsDotEntry(const std::wstring& name) { return name == L"." || name == L".."; }
 
 // Other reparse points are files kept in a cloud or in compressed form, which are no links. Wine
@@ -168,14 +182,16 @@ SystemCode WindowsFileSystem::ReadFolder(const std::wstring& folder,
 }
 
 SystemCode WindowsFileSystem::ReadInParts(const std::wstring& path, const TakePart& take) const {
-  constexpr DWORD kPartBytes = 256 << 10;
+  constexpr LONGLONG kMostPartBytes = 256 << 10;
   const FileHandle file = OpenToRead(path);
   LARGE_INTEGER size = {};
   if (!file || GetFileSizeEx(file.Get(), &size) == FALSE) return GetLastError();
-  std::string part(kPartBytes, '\0');
+  // A small file takes no large buffer.
+  const auto partBytes = static_cast<DWORD>(std::min(kMostPartBytes, size.QuadPart + 1));
+  std::string part(partBytes, '\0');
   for (;;) {
     DWORD count = 0;
-    if (ReadFile(file.Get(), part.data(), kPartBytes, &count, nullptr) == FALSE) {
+    if (ReadFile(file.Get(), part.data(), partBytes, &count, nullptr) == FALSE) {
       return GetLastError();
     }
     if (count == 0) return kSystemOk;
@@ -260,10 +276,13 @@ SystemCode WindowsFileSystem::BeginReplacement(const std::wstring& path,
   return kSystemOk;
 }
 
-SystemCode WindowsFileSystem::AppendBytes(const std::wstring& path, std::string_view bytes) {
-  const FileHandle file(CreateFileW(SystemPath(path).c_str(), FILE_APPEND_DATA, FILE_SHARE_READ,
-                                    nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-  return file ? WriteAll(file, bytes) : GetLastError();
+SystemCode WindowsFileSystem::OpenToAppend(const std::wstring& path,
+                                           std::unique_ptr<FileAppender>& appender) {
+  FileHandle file(CreateFileW(SystemPath(path).c_str(), FILE_APPEND_DATA, FILE_SHARE_READ, nullptr,
+                              OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file) return GetLastError();
+  appender = std::make_unique<Appender>(std::move(file));
+  return kSystemOk;
 }
 
 SystemCode WindowsFileSystem::HoldFile(const std::wstring& path, FileHold hold) {

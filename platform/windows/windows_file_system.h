@@ -39,7 +39,8 @@ class WindowsFileSystem : public FileSystem {
   [[nodiscard]] SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override;
   [[nodiscard]] SystemCode BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,
                                             std::unique_ptr<FileReplacement>& replacement) override;
-  [[nodiscard]] SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override;
+  [[nodiscard]] SystemCode OpenToAppend(const std::wstring& path,
+                                        std::unique_ptr<FileAppender>& appender) override;
   [[nodiscard]] SystemCode HoldFile(const std::wstring& path, FileHold hold) override;
   [[nodiscard]] SystemCode CopyOver(const std::wstring& source,
                                     const std::wstring& target) override;

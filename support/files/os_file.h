@@ -44,6 +44,10 @@ class OsFile {
   // also where the system has no locks.
   [[nodiscard]] FileStatus OpenAlone(const std::filesystem::path& path, bool make);
 
+  // A file to be appended to, made when it is missing. Others may read it meanwhile.
+  [[nodiscard]] FileStatus OpenToAppend(const std::filesystem::path& path);
+  [[nodiscard]] FileStatus Append(std::span<const std::uint8_t> data);
+
   bool IsOpen() const { return handle_ != kNoHandle; }
   std::optional<FileFacts> Facts() const;
 

@@ -140,6 +140,26 @@ FileStatus OsFile::OpenAlone(const std::filesystem::path& path, bool make) {
   return status;
 }
 
+FileStatus OsFile::OpenToAppend(const std::filesystem::path& path) {
+  Close();
+  constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  handle_ = open(path.c_str(), kFlags, kNewFileMode);
+  if (!IsOpen()) return StatusOfError();
+  if (IsRegular(Descriptor(handle_))) return FileStatus::kDone;
+  Close();
+  return FileStatus::kFailed;
+}
+
+FileStatus OsFile::Append(std::span<const std::uint8_t> data) {
+  while (!data.empty()) {
+    const ssize_t count = write(Descriptor(handle_), data.data(), data.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return StatusOfError();
+    data = data.subspan(static_cast<std::size_t>(count));
+  }
+  return FileStatus::kDone;
+}
+
 std::optional<FileFacts> OsFile::Facts() const {
   struct stat facts = {};
   if (fstat(Descriptor(handle_), &facts) != 0) return std::nullopt;

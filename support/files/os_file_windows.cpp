@@ -126,6 +126,24 @@ FileStatus OsFile::OpenAlone(const std::filesystem::path& path, bool make) {
   return StatusOf(IsOpen());
 }
 
+FileStatus OsFile::OpenToAppend(const std::filesystem::path& path) {
+  Close();
+  handle_ = OpenHandle(path, FILE_APPEND_DATA, FILE_SHARE_READ, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL);
+  if (!IsOpen() && GetLastError() == ERROR_SHARING_VIOLATION) return FileStatus::kInUse;
+  return StatusOf(IsOpen());
+}
+
+FileStatus OsFile::Append(std::span<const std::uint8_t> data) {
+  while (!data.empty()) {
+    DWORD count = 0;
+    if (!WriteFile(Handle(handle_), data.data(), PieceOf(data.size()), &count, nullptr)) {
+      return StatusOfError();
+    }
+    data = data.subspan(count);
+  }
+  return FileStatus::kDone;
+}
+
 std::optional<FileFacts> OsFile::Facts() const {
   BY_HANDLE_FILE_INFORMATION facts = {};
   if (!GetFileInformationByHandle(Handle(handle_), &facts)) return std::nullopt;

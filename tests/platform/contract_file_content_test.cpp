@@ -391,6 +391,29 @@ TEST_P(FileContentContract, AppendsToAFileAndMakesItWhenItIsMissing) {
   EXPECT_EQ(Content(L"log"), std::string("one\n\0\r\n", 7));
 }
 
+TEST_P(FileContentContract, AppendsToAnOpenFileThatOthersReadMeanwhile) {
+  Put(L"log", "zero\n");
+  std::unique_ptr<FileAppender> log;
+  ASSERT_EQ(Files().OpenToAppend(At(L"Log"), log), kSystemOk);
+  EXPECT_EQ(log->Append("one\n"), kSystemOk);
+  EXPECT_EQ(Content(L"log"), "zero\none\n");
+  EXPECT_EQ(log->FlushToDisk(), kSystemOk);
+  EXPECT_EQ(log->Append(""), kSystemOk);
+  EXPECT_EQ(log->Append("two\n"), kSystemOk);
+  EXPECT_EQ(Content(L"log"), "zero\none\ntwo\n");
+  log.reset();
+  EXPECT_EQ(Files().RemoveFile(At(L"log")), kSystemOk);
+}
+
+TEST_P(FileContentContract, MakesAFileThatIsOpenedToAppend) {
+  std::unique_ptr<FileAppender> log;
+  ASSERT_EQ(Files().OpenToAppend(At(L"log"), log), kSystemOk);
+  EXPECT_EQ(Content(L"log"), "");
+  log.reset();
+  EXPECT_EQ(Files().OpenToAppend(At(L"none\\log"), log), kPathNotFound);
+  EXPECT_EQ(log, nullptr);
+}
+
 TEST_P(FileContentContract, AppendsNothingWhereNothingCanBeWritten) {
   Put(L"closed", "content");
   machine_->MakeReadOnly(At(L"closed"));

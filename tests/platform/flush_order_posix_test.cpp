@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -104,6 +105,15 @@ TEST_F(FlushOrder, PassesOverWhatIsNotThere) {
   const std::vector<std::wstring> paths = {Path(L"missing"), Path(L"missing/below")};
   EXPECT_EQ(files_.Flush(paths), kSystemOk);
   EXPECT_EQ(calls_, Calls{});
+}
+
+TEST_F(FlushOrder, FlushesWhatIsAppendedByTheOpenFileAndOnlyWhenAsked) {
+  std::unique_ptr<FileAppender> journal;
+  ASSERT_EQ(files_.OpenToAppend(Path(L"journal"), journal), kSystemOk);
+  EXPECT_EQ(journal->Append("a line"), kSystemOk);
+  EXPECT_EQ(calls_, Calls{});
+  EXPECT_EQ(journal->FlushToDisk(), kSystemOk);
+  EXPECT_EQ(calls_, Calls{"flush journal"});
 }
 
 TEST_F(FlushOrder, FlushesManyPathsAtOnce) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "platform/forwarding_ports.h"
 #include "tests/restore/restore_fixture.h"
 
 namespace carrovan {
@@ -19,6 +20,57 @@ TEST_F(ChangeRecorderTest, NotesAChangeBeforeItIsMade) {
   };
   EXPECT_EQ(run->files->WriteBytes(kData + L"a.txt", "after"), kSystemOk);
   EXPECT_EQ(order, (std::vector<std::string>{"note", "change"}));
+}
+
+TEST_F(ChangeRecorderTest, LooksForALinkOnlyOnceWhereItWasAnnounced) {
+  class LinkLooks : public ForwardingFiles {
+   public:
+    using ForwardingFiles::ForwardingFiles;
+    mutable std::size_t looks = 0;
+    bool IsLink(const std::wstring& path) const override {
+      ++looks;
+      return ForwardingFiles::IsLink(path);
+    }
+  };
+  constexpr std::size_t kFiles = 40;
+  for (std::size_t i = 0; i < kFiles; ++i) {
+    machine.files.Put(kData + L"many\\" + std::to_wstring(i), "content");
+  }
+  Machine ports = machine.Ports();
+  LinkLooks files(machine.files);
+  ports.files = &files;
+  RecordedMachine front(ports, *recorder);
+  const Machine recordedPorts = front.Ports();
+  EXPECT_TRUE(WipeFolder(*recordedPorts.files, kData + L"many"));
+  EXPECT_FALSE(machine.files.Exists(kData + L"many"));
+  EXPECT_LT(files.looks, kFiles);
+}
+
+TEST_F(ChangeRecorderTest, KeepsItsJournalOpen) {
+  std::size_t opened = 0;
+  std::size_t notes = 0;
+  machine.files.fault = [&](const std::string& operation, const std::wstring& path) {
+    if (path != Journal()) return kSystemOk;
+    opened += operation == "open to append" ? 1 : 0;
+    notes += operation == "append" ? 1 : 0;
+    return kSystemOk;
+  };
+  for (int i = 0; i < 40; ++i) {
+    EXPECT_EQ(run->files->WriteBytes(kData + std::to_wstring(i), "new"), kSystemOk);
+  }
+  EXPECT_GE(notes, 40u) << "each change is noted before the next one";
+  EXPECT_EQ(opened, 0u) << "it is open since the first line";
+}
+
+TEST_F(ChangeRecorderTest, LetsGoOfItsJournalWhenItGoes) {
+  EXPECT_EQ(run->files->CreateFolder(kData + L"made"), kSystemOk);
+  EXPECT_EQ(run->files->RemoveFolder(kData + L"made"), kSystemOk);
+  std::unique_ptr<FileAppender> held;
+  ASSERT_EQ(machine.files.OpenToAppend(Journal(), held), kSystemOk);
+  EXPECT_NE(machine.files.MoveTo(Point().folder, kData + L"moved"), kSystemOk);
+  held.reset();
+  EXPECT_FALSE(recorder->End());
+  EXPECT_FALSE(machine.files.Exists(Journal()));
 }
 
 TEST_F(ChangeRecorderTest, NotesThatAChangeIsOverOnceItsContentIsFlushed) {

@@ -117,6 +117,12 @@ class LinkFiles : public ForwardingFiles {
   std::set<std::wstring> links;
 
   bool IsLink(const std::wstring& path) const override { return links.contains(path); }
+  SystemCode ReadFolder(const std::wstring& folder,
+                        std::vector<FolderEntry>& entries) const override {
+    const SystemCode code = ForwardingFiles::ReadFolder(folder, entries);
+    for (FolderEntry& entry : entries) entry.isLink = IsLink(folder + L"\\" + entry.name);
+    return code;
+  }
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override {
     const SystemCode code = ForwardingFiles::MoveTo(source, target);
     if (code == kSystemOk && links.erase(source) > 0) links.insert(target);

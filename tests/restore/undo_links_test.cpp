@@ -28,7 +28,8 @@ class UndoLinks : public testing::Test {
     }
   }
   ~UndoLinks() override {
-    if (recorder_) WipeFolder(*ports_.files, Root() + L"\\" + recorder_->Id());
+    recorder_.reset();
+    if (!id_.empty()) WipeFolder(*ports_.files, Root() + L"\\" + id_);
   }
 
   std::wstring Root() const { return *RestoreRoot(*ports_.folders); }
@@ -42,6 +43,7 @@ class UndoLinks : public testing::Test {
 
   FileSystem& Begin() {
     recorder_ = ChangeRecorder::Begin(ports_, {L"import", L"2026", L""}).object;
+    id_ = recorder_->Id();
     recorded_ = std::make_unique<RecordedMachine>(ports_, *recorder_);
     run_ = std::make_unique<Machine>(recorded_->Ports());
     return *run_->files;
@@ -51,7 +53,7 @@ class UndoLinks : public testing::Test {
     UndoChoice choice;
     choice.force = force;
     choice.trusted = trusted;
-    return UndoChanges(*ReadRestorePoint(*ports_.files, Root(), recorder_->Id()), choice, ports_);
+    return UndoChanges(*ReadRestorePoint(*ports_.files, Root(), id_), choice, ports_);
   }
 
   void ExpectUndone() {
@@ -74,6 +76,7 @@ class UndoLinks : public testing::Test {
   std::unique_ptr<TestMachine> machine_ = NewTestMachine();
   Machine ports_ = machine_->Ports();
   std::unique_ptr<ChangeRecorder> recorder_;
+  std::wstring id_;
   std::unique_ptr<RecordedMachine> recorded_;
   std::unique_ptr<Machine> run_;
 };
@@ -154,14 +157,15 @@ TEST_F(UndoLinks, LeavesALinkAwayWhileItsPlaceHoldsWhatWasAdded) {
 TEST_F(UndoLinks, PutsNoFileBackThroughALinkInItsPlace) {
   const std::wstring file = Category() + L"\\0.xml";
   machine_->PutFile(file, "before");
-  FileSystem& files = Begin();
+  Begin();
   EXPECT_EQ(recorder_->FileChanges(file), kSystemOk);
+  recorder_.reset();  // as a kill ends it
   machine_->DeletePath(file);
   if (!Link(file)) GTEST_SKIP() << "this system makes no links";
   EXPECT_EQ(Undo().kept.size(), 1u);
   ExpectSharedIsWhole();
   EXPECT_TRUE(Undo(true).IsComplete());
-  EXPECT_FALSE(files.IsLink(file));
+  EXPECT_FALSE(ports_.files->IsLink(file));
   EXPECT_EQ(machine_->FileBytes(file), "before");
   ExpectSharedIsWhole();
 }

@@ -2,6 +2,8 @@
 
 #include <functional>
 
+#include "platform/file_operations.h"
+#include "platform/forwarding_ports.h"
 #include "tests/restore/restore_fixture.h"
 
 namespace carrovan {
@@ -45,6 +47,42 @@ TEST_F(UndoTest, BringsFilesFoldersAndKeysBack) {
   EXPECT_TRUE(report.IsComplete());
   EXPECT_EQ(State(), before_);
   EXPECT_EQ(Point().state, PointState::kUndone);
+}
+
+// Counts the looks at single paths.
+class LookedAtFiles : public ForwardingFiles {
+ public:
+  using ForwardingFiles::ForwardingFiles;
+  mutable std::size_t looks = 0;
+
+  bool Exists(const std::wstring& path) const override {
+    ++looks;
+    return ForwardingFiles::Exists(path);
+  }
+  bool IsFolder(const std::wstring& path) const override {
+    ++looks;
+    return ForwardingFiles::IsFolder(path);
+  }
+  bool IsLink(const std::wstring& path) const override {
+    ++looks;
+    return ForwardingFiles::IsLink(path);
+  }
+};
+
+TEST_F(UndoTest, LooksAtFoldersAndNotAtEveryFileInThem) {
+  constexpr std::size_t kFiles = 40;
+  for (std::size_t i = 0; i < kFiles; ++i) {
+    machine.files.Put(kData + L"sub\\many\\" + std::to_wstring(i), "content");
+  }
+  const std::wstring before = State();
+  EXPECT_TRUE(WipeFolder(*run->files, kData + L"sub"));
+  recorder->End();
+  Machine ports = machine.Ports();
+  LookedAtFiles files(machine.files);
+  ports.files = &files;
+  EXPECT_TRUE(UndoChanges(Point(), {}, ports).IsComplete());
+  EXPECT_EQ(State(), before);
+  EXPECT_LT(files.looks, kFiles);
 }
 
 TEST_F(UndoTest, WorksAfterARunThatWasKilled) {

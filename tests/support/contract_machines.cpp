@@ -95,7 +95,9 @@ class RecordedTestMachine : public FrontTestMachine {
   }
   ~RecordedTestMachine() override {
     const auto root = RestoreRoot(*ports_.folders);
-    if (root) WipeFolder(*ports_.files, *root + L"\\" + recorder_->Id());
+    const std::wstring id = recorder_->Id();
+    recorder_.reset();
+    if (root) WipeFolder(*ports_.files, *root + L"\\" + id);
   }
 
   Machine Ports() override { return recorded_->Ports(); }

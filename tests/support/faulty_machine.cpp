@@ -21,6 +21,22 @@ class FaultyReplacement : public FileReplacement {
   Fault& fault_;
 };
 
+class FaultyAppender : public FileAppender {
+ public:
+  FaultyAppender(std::unique_ptr<FileAppender> file, Fault& fault)
+      : file_(std::move(file)), fault_(fault) {}
+  SystemCode Append(std::string_view bytes) override {
+    return fault_.Strikes(Port::kFiles) ? kSystemDiskFull : file_->Append(bytes);
+  }
+  SystemCode FlushToDisk() override {
+    return fault_.Strikes(Port::kFiles) ? kSystemDiskFull : file_->FlushToDisk();
+  }
+
+ private:
+  std::unique_ptr<FileAppender> file_;
+  Fault& fault_;
+};
+
 class FaultyFiles : public ForwardingFiles {
  public:
   FaultyFiles(FileSystem& files, Fault& fault) : ForwardingFiles(files), fault_(fault) {}
@@ -71,8 +87,13 @@ class FaultyFiles : public ForwardingFiles {
     replacement = std::make_unique<FaultyReplacement>(std::move(file), fault_);
     return kSystemOk;
   }
-  SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override {
-    return Strikes() ? kSystemDiskFull : ForwardingFiles::AppendBytes(path, bytes);
+  SystemCode OpenToAppend(const std::wstring& path,
+                          std::unique_ptr<FileAppender>& appender) override {
+    if (Strikes()) return kSystemDiskFull;
+    std::unique_ptr<FileAppender> file;
+    const SystemCode code = ForwardingFiles::OpenToAppend(path, file);
+    if (code == kSystemOk) appender = std::make_unique<FaultyAppender>(std::move(file), fault_);
+    return code;
   }
   SystemCode HoldFile(const std::wstring& path, FileHold hold) override {
     return Strikes() ? kSharingViolation : ForwardingFiles::HoldFile(path, hold);

@@ -328,12 +328,31 @@ SystemCode LossyFiles::BeginReplacement(const std::wstring& path, std::uint64_t 
   return kSystemOk;
 }
 
-SystemCode LossyFiles::AppendBytes(const std::wstring& path, std::string_view bytes) {
-  if (!Exists(path)) return WriteBytes(path, bytes);
-  if (!power_.Lasts()) return kGeneralFailure;
-  if (const SystemCode code = MayStore(path); code != kSystemOk) return code;
-  nodes_[*Find(path)->node].bytes += bytes;
-  return kSystemOk;
+class LossyFiles::Appender : public FileAppender {
+ public:
+  Appender(LossyFiles& files, std::size_t node) : files_(files), node_(node) {}
+  SystemCode Append(std::string_view bytes) override {
+    if (!files_.power_.Lasts()) return kGeneralFailure;
+    files_.nodes_[node_].bytes += bytes;
+    return kSystemOk;
+  }
+  SystemCode FlushToDisk() override {
+    if (!files_.power_.Lasts()) return kGeneralFailure;
+    files_.nodes_[node_].safeBytes = files_.nodes_[node_].bytes;
+    return kSystemOk;
+  }
+
+ private:
+  LossyFiles& files_;
+  std::size_t node_;
+};
+
+SystemCode LossyFiles::OpenToAppend(const std::wstring& path,
+                                    std::unique_ptr<FileAppender>& appender) {
+  if (power_.IsGone()) return kGeneralFailure;
+  const SystemCode code = Exists(path) ? MayStore(path) : WriteBytes(path, "");
+  if (code == kSystemOk) appender = std::make_unique<Appender>(*this, *Find(path)->node);
+  return code;
 }
 
 SystemCode LossyFiles::HoldFile(const std::wstring& path, FileHold hold) {

@@ -65,7 +65,8 @@ class LossyFiles : public FileSystem {
   SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override;
   SystemCode BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,
                               std::unique_ptr<FileReplacement>& replacement) override;
-  SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override;
+  SystemCode OpenToAppend(const std::wstring& path,
+                          std::unique_ptr<FileAppender>& appender) override;
   SystemCode HoldFile(const std::wstring& path, FileHold hold) override;
   SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override;
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
@@ -73,6 +74,7 @@ class LossyFiles : public FileSystem {
 
  private:
   class Replacement;
+  class Appender;
 
   struct Name {
     std::wstring spelled;

@@ -185,6 +185,7 @@ SystemCode MemoryFiles::RemoveFile(const std::wstring& path) {
   const Entry* const entry = Find(path);
   if (entry == nullptr) return MissingCode(path);
   if (entry->isFolder || entry->readOnly) return kAccessDenied;
+  if (IsAppendedTo(path)) return kSharingViolation;
   entries_.erase(Folded(path));
   std::erase(held, Folded(path));
   return Done("remove", path);
@@ -230,12 +231,42 @@ SystemCode MemoryFiles::BeginReplacement(const std::wstring& path, std::uint64_t
   return kSystemOk;
 }
 
-SystemCode MemoryFiles::AppendBytes(const std::wstring& path, std::string_view bytes) {
-  if (const SystemCode code = Fault("append", path); code != kSystemOk) return code;
-  const Entry* const there = Find(path);
-  const SystemCode code =
-      Store(path, (there == nullptr ? std::string() : there->bytes) + std::string(bytes));
-  return code == kSystemOk ? Done("append", path) : code;
+class MemoryFiles::Appender : public FileAppender {
+ public:
+  Appender(MemoryFiles& files, const std::wstring& path) : files_(files), path_(path) {
+    place_ = files_.appendedTo_.paths.insert(Folded(path));
+  }
+  ~Appender() override { files_.appendedTo_.paths.erase(place_); }
+  Appender(const Appender&) = delete;
+  Appender& operator=(const Appender&) = delete;
+
+  SystemCode Append(std::string_view bytes) override {
+    if (const SystemCode code = files_.Fault("append", path_); code != kSystemOk) return code;
+    const SystemCode code = files_.Store(path_, files_.Find(path_)->bytes + std::string(bytes));
+    return code == kSystemOk ? files_.Done("append", path_) : code;
+  }
+  SystemCode FlushToDisk() override { return files_.Fault("flush", path_); }
+
+ private:
+  MemoryFiles& files_;
+  std::wstring path_;
+  std::multiset<std::wstring>::iterator place_;
+};
+
+SystemCode MemoryFiles::OpenToAppend(const std::wstring& path,
+                                     std::unique_ptr<FileAppender>& appender) {
+  if (const SystemCode code = Fault("open to append", path); code != kSystemOk) return code;
+  const SystemCode code = Exists(path) ? MayStore(path) : Store(path, "");
+  if (code == kSystemOk) appender = std::make_unique<Appender>(*this, path);
+  return code;
+}
+
+// The file itself, or one somewhere below a folder.
+bool MemoryFiles::IsAppendedTo(const std::wstring& path) const {
+  const std::wstring folded = Folded(path);
+  return std::ranges::any_of(appendedTo_.paths, [&folded](const std::wstring& file) {
+    return file == folded || file.starts_with(folded + L'\\');
+  });
 }
 
 SystemCode MemoryFiles::HoldFile(const std::wstring& path, FileHold hold) {
@@ -294,6 +325,7 @@ SystemCode MemoryFiles::MoveTo(const std::wstring& source, const std::wstring& t
   const Entry* const entry = Find(source);
   if (entry == nullptr) return MissingCode(source);
   if (Folded(source) != Folded(target) && Exists(target)) return kAlreadyExists;
+  if (IsAppendedTo(source)) return entry->isFolder ? kAccessDenied : kSharingViolation;
   return entry->isFolder ? MoveFolder(source, target) : MoveFile(source, target);
 }
 

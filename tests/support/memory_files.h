@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -10,8 +11,9 @@
 namespace carrovan {
 
 // Files in memory, for tests that need many of them or need them to fail. Both
-// slashes separate, case does not count. It says neither that a name is not fit for a file nor that
-// one is too long.
+// slashes separate, case does not count. As on Windows, a file that is being appended to can be
+// neither moved nor removed, nor can a folder above it be moved. It says neither that a name is not
+// fit for a file nor that one is too long.
 class MemoryFiles : public FileSystem {
  public:
   // Asked before every operation that answers with a code, with the operation's name and its
@@ -53,7 +55,8 @@ class MemoryFiles : public FileSystem {
   SystemCode WriteBytes(const std::wstring& path, std::string_view bytes) override;
   SystemCode BeginReplacement(const std::wstring& path, std::uint64_t expectedBytes,
                               std::unique_ptr<FileReplacement>& replacement) override;
-  SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override;
+  SystemCode OpenToAppend(const std::wstring& path,
+                          std::unique_ptr<FileAppender>& appender) override;
   SystemCode HoldFile(const std::wstring& path, FileHold hold) override;
   SystemCode CopyOver(const std::wstring& source, const std::wstring& target) override;
   SystemCode MoveTo(const std::wstring& source, const std::wstring& target) override;
@@ -62,6 +65,7 @@ class MemoryFiles : public FileSystem {
  private:
   std::vector<FolderEntry> EntriesOf(const std::wstring& folder) const;
   class Replacement;
+  class Appender;
 
   struct Entry {
     std::wstring name;
@@ -71,7 +75,16 @@ class MemoryFiles : public FileSystem {
     bool readOnly = false;
   };
 
+  // Whoever has a file open has none of a copy's.
+  struct OpenFiles {
+    OpenFiles() = default;
+    OpenFiles(const OpenFiles&) {}
+    OpenFiles& operator=(const OpenFiles&) { return *this; }
+    std::multiset<std::wstring> paths;  // folded
+  };
+
   SystemCode MissingCode(const std::wstring& path) const;
+  bool IsAppendedTo(const std::wstring& path) const;
   SystemCode MoveFile(const std::wstring& source, const std::wstring& target);
   SystemCode Fault(const std::string& operation, const std::wstring& path) const;
   const Entry* Find(const std::wstring& path) const;
@@ -83,6 +96,7 @@ class MemoryFiles : public FileSystem {
 
   std::map<std::wstring, Entry> entries_;  // by folded path
   std::size_t made_ = 0;
+  OpenFiles appendedTo_;
 };
 
 }  // namespace carrovan
