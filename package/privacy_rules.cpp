@@ -155,7 +155,7 @@ std::optional<ProfileName> FindBehind(std::u16string_view root, std::u16string_v
 // A folded text has as many units as the text.
 std::u16string Folded(std::u16string_view text) { return FoldedName(FromUtf16(text)); }
 
-std::wstring WideUnits(const std::vector<std::uint8_t>& data) {
+std::wstring WideUnits(std::span<const std::uint8_t> data) {
   std::u16string units;
   for (std::size_t i = 0; i + 1 < data.size(); i += 2) {
     units.push_back(static_cast<char16_t>(data[i] | (data[i + 1] << 8)));

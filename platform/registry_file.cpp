@@ -2,22 +2,37 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <string_view>
 #include <vector>
-
-#include "text/text.h"
 
 namespace carrovan {
 
-std::optional<RegistryFile> ReadRegistryFile(const FileReader& files, const std::wstring& path) {
-  std::string bytes;
-  if (files.ReadBytes(path, bytes) != kSystemOk) return std::nullopt;
-  const std::vector<std::uint8_t> content(bytes.begin(), bytes.end());
-  return ParseRegistryFile(DecodeText(content).text);
-}
-
 namespace {
 
-void Apply(const RegistryKeyChange& change, RegistryKey& root) {
+std::optional<std::u16string> ReadUnits(const FileReader& files, const std::wstring& path) {
+  RegistryTextUnits units;
+  const SystemCode code = files.ReadInParts(path, [&](std::string_view part, std::uint64_t bytes) {
+    units.Expect(bytes);
+    units.Take(part);
+    return true;
+  });
+  return code == kSystemOk ? std::optional(units.Finish()) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<RegistryFile> ReadRegistryFile(const FileReader& files, const std::wstring& path) {
+  const auto text = ReadUnits(files, path);
+  return text ? ParseRegistryUnits(*text) : std::nullopt;
+}
+
+bool ReadRegistryKeys(const FileReader& files, const std::wstring& path,
+                      const TakeRegistryKey& take) {
+  const auto text = ReadUnits(files, path);
+  return text && ParseRegistryKeys(*text, take);
+}
+
+void ApplyRegistryKey(const RegistryKeyChange& change, RegistryKey& root) {
   if (change.remove) {
     root.Remove(change.keyPath);
     return;
@@ -31,6 +46,8 @@ void Apply(const RegistryKeyChange& change, RegistryKey& root) {
     }
   }
 }
+
+namespace {
 
 SystemCode UnlessMissing(SystemCode code) { return code == kFileNotFound ? kSystemOk : code; }
 
@@ -79,17 +96,21 @@ class KeyApplication {
 
 void ApplyRegistryFile(const RegistryFile& file, RegistryHive hive, RegistryKey& root) {
   for (const RegistryKeyChange& change : file.keys) {
-    if (change.hive == hive) Apply(change, root);
+    if (change.hive == hive) ApplyRegistryKey(change, root);
   }
 }
 
 SystemCode ApplyRegistryFile(const RegistryFile& file, RegistryEditor& registry) {
   SystemCode first = kSystemOk;
   for (const RegistryKeyChange& change : file.keys) {
-    const SystemCode code = KeyApplication(change, registry).Run();
+    const SystemCode code = ApplyRegistryKey(change, registry);
     if (first == kSystemOk) first = code;
   }
   return first;
+}
+
+SystemCode ApplyRegistryKey(const RegistryKeyChange& change, RegistryEditor& registry) {
+  return KeyApplication(change, registry).Run();
 }
 
 bool Concerns(const RegistryFile& file, RegistryHive hive) {

@@ -233,8 +233,12 @@ std::unique_ptr<RunningTool> OverlayRegistryTool::ExportKey(const std::wstring&,
 }
 
 std::unique_ptr<RunningTool> OverlayRegistryTool::ImportFile(const std::wstring& filePath) {
-  const auto file = ReadRegistryFile(files_, filePath);
-  return std::make_unique<EndedTool>(file && ApplyRegistryFile(*file, registry_) == kSystemOk);
+  SystemCode first = kSystemOk;
+  const bool isRead = ReadRegistryKeys(files_, filePath, [&](const RegistryKeyChange& key) {
+    const SystemCode code = ApplyRegistryKey(key, registry_);
+    if (first == kSystemOk) first = code;
+  });
+  return std::make_unique<EndedTool>(isRead && first == kSystemOk);
 }
 
 OrReason<OverlayMachine> OverlayMachine::Open(const Machine& machine) {

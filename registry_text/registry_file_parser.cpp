@@ -4,136 +4,92 @@
 #include <utility>
 
 #include "registry_text/registry_key.h"
+#include "registry_text/registry_line_reader.h"
 #include "text/text.h"
 
 namespace carrovan {
 namespace {
 
-constexpr std::wstring_view kBlanks = L" \t";
+constexpr std::string_view kUtf16Mark = "\xFF\xFE";
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
-std::wstring_view FirstLine(std::wstring_view text) {
-  std::wstring_view line = text.substr(0, text.find(L'\n'));
-  if (line.ends_with(L'\r')) line.remove_suffix(1);
-  return line;
-}
+bool GoesOnWithCharacter(char byte) { return (static_cast<std::uint8_t>(byte) & 0xC0) == 0x80; }
 
-std::wstring_view WithoutLeadingBlanks(std::wstring_view text) {
-  return text.substr(std::min(text.find_first_not_of(kBlanks), text.size()));
-}
-
-std::optional<std::uint32_t> HexDigit(wchar_t c) {
-  if (c >= L'0' && c <= L'9') return static_cast<std::uint32_t>(c - L'0');
-  if (c >= L'a' && c <= L'f') return static_cast<std::uint32_t>(c - L'a' + 10);
-  if (c >= L'A' && c <= L'F') return static_cast<std::uint32_t>(c - L'A' + 10);
-  return std::nullopt;
-}
-
-std::optional<wchar_t> MeaningOfEscape(wchar_t c) {
-  switch (c) {
-    case L'\\':
-    case L'"':
-      return c;
-    case L'n':
-      return L'\n';
-    case L'r':
-      return L'\r';
-    default:
-      return std::nullopt;
+// How much of the bytes ends between two characters. No character has more than four bytes.
+std::size_t WholeCharacters(std::string_view utf8) {
+  constexpr std::size_t kLongest = 4;
+  for (std::size_t i = 1; i <= std::min(kLongest, utf8.size()); ++i) {
+    const std::size_t at = utf8.size() - i;
+    if (!GoesOnWithCharacter(utf8[at])) return at;
   }
+  return utf8.size();
 }
 
 }  // namespace
 
-bool RegistryLineReader::NextLine() {
-  if (rest_.empty()) return false;
-  line_ = WithoutLeadingBlanks(FirstLine(rest_));
-  const std::size_t end = rest_.find(L'\n');
-  rest_.remove_prefix(end == std::wstring_view::npos ? rest_.size() : end + 1);
-  ++lineNumber_;
-  return true;
+void RegistryTextUnits::Take(std::string_view part) {
+  if (!isKnown_) {
+    pending_.append(part);
+    if (pending_.size() < kUtf8Mark.size()) return;
+    Begin();
+  } else if (isUtf16_) {
+    TakeUtf16(part);
+  } else {
+    pending_.append(part);
+    TakeUtf8(false);
+  }
 }
 
-wchar_t RegistryLineReader::PeekNextLine() const {
-  const std::wstring_view next = WithoutLeadingBlanks(FirstLine(rest_));
-  return next.empty() ? L'\0' : next.front();
+std::u16string RegistryTextUnits::Finish() {
+  if (!isKnown_) Begin();
+  if (!isUtf16_) TakeUtf8(true);
+  return std::move(units_);
 }
 
-bool RegistryLineReader::Take(std::wstring_view expected) {
-  if (!line_.starts_with(expected)) return false;
-  line_.remove_prefix(expected.size());
-  SkipBlanks();
-  return true;
+std::u16string RegistryTextOf(std::vector<std::uint8_t> bytes) {
+  RegistryTextUnits units;
+  units.Expect(bytes.size());
+  const auto* const text = static_cast<const char*>(static_cast<const void*>(bytes.data()));
+  units.Take({text, bytes.size()});
+  return units.Finish();
 }
 
-std::optional<RegistryLineReader::Quoted> RegistryLineReader::ReadString(std::wstring_view text) {
-  if (!text.starts_with(L'"')) return std::nullopt;
-  Quoted quoted;
-  for (std::size_t i = 1; i < text.size(); ++i) {
-    wchar_t c = text[i];
-    if (c == L'"') {
-      quoted.length = i + 1;
-      return quoted;
+void RegistryTextUnits::Begin() {
+  isKnown_ = true;
+  isUtf16_ = pending_.starts_with(kUtf16Mark);
+  const std::size_t bytes = static_cast<std::size_t>(expectedBytes_);
+  units_.reserve(isUtf16_ ? bytes / 2 : bytes);
+  if (isUtf16_) {
+    const std::string begun = std::exchange(pending_, {});
+    TakeUtf16(std::string_view(begun).substr(kUtf16Mark.size()));
+  } else if (pending_.starts_with(kUtf8Mark)) {
+    pending_.erase(0, kUtf8Mark.size());
+  }
+}
+
+// What waits is the first half of a unit.
+void RegistryTextUnits::TakeUtf16(std::string_view part) {
+  for (const char byte : part) {
+    if (pending_.empty()) {
+      pending_.push_back(byte);
+      continue;
     }
-    if (c == L'\\') {
-      const auto meant = i + 1 < text.size() ? MeaningOfEscape(text[i + 1]) : std::nullopt;
-      if (!meant) return std::nullopt;
-      c = *meant;
-      ++i;
-    }
-    quoted.text.push_back(c);
+    const auto low = static_cast<std::uint8_t>(pending_.front());
+    units_.push_back(static_cast<char16_t>(low | static_cast<std::uint8_t>(byte) << 8));
+    pending_.clear();
   }
-  return std::nullopt;
 }
 
-// The system's tool writes line ends of a name or a text as they are.
-std::optional<std::wstring> RegistryLineReader::TakeString(Behind behind) {
-  if (auto quoted = ReadString(line_)) {
-    line_.remove_prefix(quoted->length);
-    SkipBlanks();
-    return std::move(quoted->text);
-  }
-  const std::size_t length = static_cast<std::size_t>(rest_.data() - line_.data()) + rest_.size();
-  auto quoted = ReadString({line_.data(), length});
-  if (!quoted || !MoveBehind(quoted->length, behind)) return std::nullopt;
-  return std::move(quoted->text);
+void RegistryTextUnits::TakeUtf8(bool isWhole) {
+  const std::size_t end = isWhole ? pending_.size() : WholeCharacters(pending_);
+  units_.append(ToUtf16(FromUtf8(std::string_view(pending_).substr(0, end))));
+  pending_.erase(0, end);
 }
-
-// Moves to what stands that far behind the beginning of the line, on a later line, if it is what is
-// expected there.
-bool RegistryLineReader::MoveBehind(std::size_t length, Behind behind) {
-  const std::wstring_view passed(line_.data(), length);
-  std::wstring_view rest = rest_;
-  rest.remove_prefix(length - static_cast<std::size_t>(rest_.data() - line_.data()));
-  RegistryLineReader next(rest);
-  next.NextLine();
-  if (behind == Behind::kEquals ? !next.line_.starts_with(L'=') : !next.AtEnd()) return false;
-  lineNumber_ += static_cast<std::size_t>(std::ranges::count(passed, L'\n'));
-  line_ = next.line_;
-  rest_ = next.rest_;
-  return true;
-}
-
-std::optional<std::uint32_t> RegistryLineReader::TakeHex(std::size_t mostDigits) {
-  std::uint32_t number = 0;
-  std::size_t digits = 0;
-  for (; digits < line_.size(); ++digits) {
-    const auto digit = HexDigit(line_[digits]);
-    if (!digit) break;
-    if (digits == mostDigits) return std::nullopt;
-    number = (number << 4) | *digit;
-  }
-  if (digits == 0) return std::nullopt;
-  line_.remove_prefix(digits);
-  SkipBlanks();
-  return number;
-}
-
-void RegistryLineReader::SkipBlanks() { line_ = WithoutLeadingBlanks(line_); }
 
 namespace {
 
-constexpr std::wstring_view kHeader = L"Windows Registry Editor Version 5.00";
-constexpr std::wstring_view kForerunnersHeader = L"REGEDIT4";
+constexpr std::u16string_view kHeader = u"Windows Registry Editor Version 5.00";
+constexpr std::u16string_view kForerunnersHeader = u"REGEDIT4";
 
 std::size_t LengthInUnits(std::wstring_view text) { return ToUtf16(text).size(); }
 
@@ -153,11 +109,12 @@ std::vector<std::uint8_t> WidenedText(const std::vector<std::uint8_t>& bytes) {
 
 class Parser {
  public:
-  explicit Parser(std::wstring_view text) : reader_(text) {}
+  Parser(std::u16string_view text, const TakeRegistryKey& take) : reader_(text), take_(take) {}
 
-  std::optional<RegistryFile> Parse();
+  std::optional<std::vector<RegistryFileProblem>> Parse();
 
  private:
+  void HandOnKey();
   bool TakeHeader();
   void ParseLine();
   void ParseKey();
@@ -176,15 +133,23 @@ class Parser {
   bool Report(const wchar_t* problem);
 
   RegistryLineReader reader_;
-  RegistryFile file_;
+  const TakeRegistryKey& take_;
+  RegistryKeyChange key_;
+  bool hasKey_ = false;
+  std::vector<RegistryFileProblem> problems_;
   bool isForerunners_ = false;
   bool insideKey_ = false;
 };
 
-std::optional<RegistryFile> Parser::Parse() {
+std::optional<std::vector<RegistryFileProblem>> Parser::Parse() {
   if (!TakeHeader()) return std::nullopt;
   while (reader_.NextLine()) ParseLine();
-  return std::move(file_);
+  HandOnKey();
+  return std::move(problems_);
+}
+
+void Parser::HandOnKey() {
+  if (std::exchange(hasKey_, false)) take_(std::exchange(key_, {}));
 }
 
 bool Parser::TakeHeader() {
@@ -195,7 +160,7 @@ bool Parser::TakeHeader() {
 
 void Parser::ParseLine() {
   if (reader_.AtEnd()) return;
-  if (reader_.Line().front() == L'[') {
+  if (reader_.Line().front() == u'[') {
     ParseKey();
   } else if (insideKey_) {
     ParseValue();
@@ -206,13 +171,14 @@ void Parser::ParseLine() {
 
 void Parser::ParseKey() {
   insideKey_ = false;
-  std::wstring_view path = reader_.Line();
-  const std::size_t close = path.rfind(L']');
-  if (close == std::wstring_view::npos) {
+  const std::u16string_view line = reader_.Line();
+  const std::size_t close = line.rfind(u']');
+  if (close == std::u16string_view::npos) {
     Report(L"a key without its closing bracket");
     return;
   }
-  path = path.substr(1, close - 1);
+  const std::wstring names = FromUtf16(line.substr(1, close - 1));
+  std::wstring_view path = names;
   RegistryKeyChange key;
   key.remove = path.starts_with(L'-');
   if (key.remove) path.remove_prefix(1);
@@ -228,7 +194,9 @@ void Parser::ParseKey() {
     return;
   }
   insideKey_ = !key.remove;
-  file_.keys.push_back(std::move(key));
+  HandOnKey();
+  key_ = std::move(key);
+  hasKey_ = true;
 }
 
 bool Parser::TakeKeyNames(std::wstring_view path, std::wstring& keyPath) {
@@ -249,40 +217,43 @@ void Parser::ParseValue() {
     Report(L"more text behind a value");
     return;
   }
-  file_.keys.back().values.push_back(std::move(change));
+  key_.values.push_back(std::move(change));
 }
 
 bool Parser::TakeValueName(std::wstring& name) {
-  if (!reader_.Take(L"@")) {
-    auto quoted = reader_.TakeString(RegistryLineReader::Behind::kEquals);
+  if (!reader_.Take(u"@")) {
+    const auto quoted = reader_.TakeString(RegistryLineReader::Behind::kEquals);
     if (!quoted) return Report(L"a value without a quoted name");
-    name = std::move(*quoted);
+    name = quoted->Text();
   }
   if (LengthInUnits(name) > kLongestValueName) {
     return Report(L"a value name is too long");
   }
-  return reader_.Take(L"=") || Report(L"a value name without an equals sign");
+  return reader_.Take(u"=") || Report(L"a value name without an equals sign");
 }
 
 bool Parser::TakeData(RegistryValueChange& change) {
-  change.remove = reader_.Take(L"-");
+  change.remove = reader_.Take(u"-");
   if (change.remove) return true;
-  if (reader_.Line().starts_with(L'"')) return TakeText(change.value);
-  if (reader_.Take(L"dword:")) return TakeDword(change.value);
-  if (reader_.Take(L"hex")) return TakeHex(change.value);
+  if (reader_.Line().starts_with(u'"')) return TakeText(change.value);
+  if (reader_.Take(u"dword:")) return TakeDword(change.value);
+  if (reader_.Take(u"hex")) return TakeHex(change.value);
   return Report(L"a value of unknown kind");
 }
 
 bool Parser::TakeHex(RegistryValue& value) {
-  if (!TakeHexType(value) || !TakeHexBytes(value.data)) return false;
-  if (isForerunners_ && IsTextType(value.type)) value.data = WidenedText(value.data);
+  RegistryData::Bytes data;
+  if (!TakeHexType(value) || !TakeHexBytes(data)) return false;
+  data.shrink_to_fit();
+  value.data = isForerunners_ && IsTextType(value.type) ? WidenedText(data) : std::move(data);
   return true;
 }
 
 bool Parser::TakeText(RegistryValue& value) {
   const auto text = reader_.TakeString(RegistryLineReader::Behind::kLineEnd);
   if (!text) return Report(L"a string that does not end or holds an unknown escape");
-  value = MakeStringValue(std::move(value.name), *text);
+  value.type = kRegSz;
+  value.data = text->Data();
   return true;
 }
 
@@ -295,18 +266,18 @@ bool Parser::TakeDword(RegistryValue& value) {
 
 bool Parser::TakeHexType(RegistryValue& value) {
   value.type = kRegBinary;
-  if (reader_.Take(L":")) return true;
-  if (reader_.Take(L"(")) {
+  if (reader_.Take(u":")) return true;
+  if (reader_.Take(u"(")) {
     const auto type = reader_.TakeHex(8);
     value.type = type.value_or(kRegNone);
-    if (type && reader_.Take(L"):")) return true;
+    if (type && reader_.Take(u"):")) return true;
   }
   return Report(L"a type that is not a number");
 }
 
 bool Parser::TakeHexBytes(std::vector<std::uint8_t>& data) {
   for (;;) {
-    if (reader_.Take(L"\\")) {
+    if (reader_.Take(u"\\")) {
       if (!reader_.AtEnd()) return Report(L"more text behind a line that goes on");
       if (!ContinueOnNextLine()) return Report(L"bytes that go on nowhere");
     }
@@ -314,23 +285,23 @@ bool Parser::TakeHexBytes(std::vector<std::uint8_t>& data) {
     const auto byte = reader_.TakeHex(2);
     if (!byte) return Report(L"bytes that are not hexadecimal");
     data.push_back(static_cast<std::uint8_t>(*byte));
-    if (!reader_.Take(L",")) return true;
+    if (!reader_.Take(u",")) return true;
   }
 }
 
 // A comment may stand between two lines of bytes. A line that begins something else is left alone.
 bool Parser::ContinueOnNextLine() {
-  while (reader_.PeekNextLine() == L';') reader_.NextLine();
-  const wchar_t first = reader_.PeekNextLine();
-  if (first == L'\0' || first == L'[' || first == L'"' || first == L'@') return false;
+  while (reader_.PeekNextLine() == u';') reader_.NextLine();
+  const char16_t first = reader_.PeekNextLine();
+  if (first == u'\0' || first == u'[' || first == u'"' || first == u'@') return false;
   return reader_.NextLine();
 }
 
 // A problem takes far more room than the shortest line that has one.
 bool Parser::Report(const wchar_t* problem) {
   constexpr std::size_t kMostProblems = 100;
-  if (file_.problems.size() < kMostProblems) {
-    file_.problems.push_back({reader_.LineNumber(), problem});
+  if (problems_.size() < kMostProblems) {
+    problems_.push_back({reader_.LineNumber(), problem});
   }
   return false;
 }
@@ -338,11 +309,26 @@ bool Parser::Report(const wchar_t* problem) {
 }  // namespace
 
 bool IsRegistryFileHeader(std::wstring_view line) {
-  return line == kHeader || line == kForerunnersHeader;
+  const std::u16string units = ToUtf16(line);
+  return units == kHeader || units == kForerunnersHeader;
 }
 
 std::optional<RegistryFile> ParseRegistryFile(std::wstring_view text) {
-  return Parser(text).Parse();
+  return ParseRegistryUnits(ToUtf16(text));
+}
+
+std::optional<RegistryFile> ParseRegistryUnits(std::u16string_view text) {
+  RegistryFile file;
+  auto problems = ParseRegistryKeys(
+      text, [&file](RegistryKeyChange key) { file.keys.push_back(std::move(key)); });
+  if (!problems) return std::nullopt;
+  file.problems = std::move(*problems);
+  return file;
+}
+
+std::optional<std::vector<RegistryFileProblem>> ParseRegistryKeys(std::u16string_view text,
+                                                                  const TakeRegistryKey& take) {
+  return Parser(text, take).Parse();
 }
 
 std::optional<RegistryHive> HiveOfRoot(std::wstring_view name) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,53 +12,33 @@
 
 namespace carrovan {
 
-// Goes through a text line by line and through a line piece by piece. Lines end in CR LF or LF.
-class RegistryLineReader {
+// Makes the units that ParseRegistryUnits takes of a registry file's bytes: UTF-16 behind the mark
+// FF FE, or 8-bit text, as DecodeText reads it.
+class RegistryTextUnits {
  public:
-  explicit RegistryLineReader(std::wstring_view text) : rest_(text) {}
+  // For a file of so many bytes, which are about to come.
+  void Expect(std::uint64_t fileBytes) { expectedBytes_ = fileBytes; }
 
-  // Moves to the next line, past its leading blanks. False at the end of the text.
-  bool NextLine();
-  std::size_t LineNumber() const { return lineNumber_; }
+  // The file's bytes in their order.
+  void Take(std::string_view part);
 
-  // What is left of the line.
-  std::wstring_view Line() const { return line_; }
-
-  // True when the line holds nothing more but a comment.
-  bool AtEnd() const { return line_.empty() || line_.front() == L';'; }
-
-  // The first character of the next line that is no blank; zero when there is none.
-  wchar_t PeekNextLine() const;
-
-  // Takes a text, and the blanks behind it, off the line. False when something else is there.
-  bool Take(std::wstring_view expected);
-
-  // What must follow a string that goes on over several lines.
-  enum class Behind { kEquals, kLineEnd };
-
-  // Takes a quoted string with its escapes; nothing when it does not end or holds an escape that
-  // has no meaning. Line ends in it are a part of it. One that does not end on this line ends at
-  // the next quote, and only if what must follow it stands there: else the quote begins another
-  // string, and the end of this one is missing.
-  std::optional<std::wstring> TakeString(Behind behind);
-
-  // Takes a hexadecimal number of at most that many digits.
-  std::optional<std::uint32_t> TakeHex(std::size_t mostDigits);
+  // Called once, when all bytes were taken.
+  std::u16string Finish();
 
  private:
-  // A string's text and how long it is with its quotes.
-  struct Quoted {
-    std::wstring text;
-    std::size_t length = 0;
-  };
-  static std::optional<Quoted> ReadString(std::wstring_view text);
-  bool MoveBehind(std::size_t length, Behind behind);
-  void SkipBlanks();
+  void Begin();
+  void TakeUtf16(std::string_view part);
+  void TakeUtf8(bool isWhole);
 
-  std::wstring_view rest_;
-  std::wstring_view line_;
-  std::size_t lineNumber_ = 0;
+  std::uint64_t expectedBytes_ = 0;
+  bool isKnown_ = false;
+  bool isUtf16_ = false;
+  std::string pending_;  // not yet known or not whole
+  std::u16string units_;
 };
+
+// The same for a file that was read whole.
+std::u16string RegistryTextOf(std::vector<std::uint8_t> bytes);
 
 // Registry text files as the system's registry tool writes them ("Windows Registry Editor Version
 // 5.00") and those of its forerunner ("REGEDIT4").
@@ -91,6 +72,15 @@ bool IsRegistryFileHeader(std::wstring_view line);
 // Nothing when the text is not a registry file. A line with a problem is left out and the rest is
 // read, as the system's tool does; the values below a key line with a problem are left out too.
 std::optional<RegistryFile> ParseRegistryFile(std::wstring_view text);
+
+// The same for a text that is in 16-bit units already, of which no other copy is made.
+std::optional<RegistryFile> ParseRegistryUnits(std::u16string_view text);
+
+// The same key by key, so that they are never in memory together: each comes when its values are
+// known. Gives the problems.
+using TakeRegistryKey = std::function<void(RegistryKeyChange key)>;
+std::optional<std::vector<RegistryFileProblem>> ParseRegistryKeys(std::u16string_view text,
+                                                                  const TakeRegistryKey& take);
 
 // The hive that a root name means ("HKEY_CURRENT_USER" or "HKCU", in any case).
 std::optional<RegistryHive> HiveOfRoot(std::wstring_view name);

@@ -8,20 +8,27 @@
 namespace carrovan {
 
 RegistryValue MakeStringValue(std::wstring name, const std::wstring& text, std::uint32_t type) {
-  RegistryValue value{std::move(name), type, {}};
-  for (const char16_t unit : ToUtf16(text) + u'\0') {
-    value.data.push_back(static_cast<std::uint8_t>(unit & 0xFF));
-    value.data.push_back(static_cast<std::uint8_t>(unit >> 8));
-  }
-  return value;
+  return MakeStringValue(std::move(name), ToUtf16(text), type);
+}
+
+RegistryValue MakeStringValue(std::wstring name, std::u16string_view text, std::uint32_t type) {
+  RegistryData::Bytes data;
+  data.reserve(2 * (text.size() + 1));
+  const auto add = [&data](char16_t unit) {
+    data.push_back(static_cast<std::uint8_t>(unit & 0xFF));
+    data.push_back(static_cast<std::uint8_t>(unit >> 8));
+  };
+  for (const char16_t unit : text) add(unit);
+  add(u'\0');
+  return {std::move(name), type, std::move(data)};
 }
 
 RegistryValue MakeDwordValue(std::wstring name, std::uint32_t number) {
-  RegistryValue value{std::move(name), kRegDword, {}};
+  RegistryData::Bytes data;
   for (int shift = 0; shift < 32; shift += 8) {
-    value.data.push_back(static_cast<std::uint8_t>(number >> shift));
+    data.push_back(static_cast<std::uint8_t>(number >> shift));
   }
-  return value;
+  return {std::move(name), kRegDword, std::move(data)};
 }
 
 std::wstring RootName(RegistryHive hive) {

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "registry_text/registry_data.h"
 #include "text/text.h"
 
 namespace carrovan {
@@ -27,12 +28,14 @@ inline constexpr std::uint32_t kRegQword = 11;
 struct RegistryValue {
   std::wstring name;  // empty for the key's default value
   std::uint32_t type = kRegNone;
-  std::vector<std::uint8_t> data;
+  RegistryData data;
 
   bool operator==(const RegistryValue&) const = default;
 };
 
 RegistryValue MakeStringValue(std::wstring name, const std::wstring& text,
+                              std::uint32_t type = kRegSz);
+RegistryValue MakeStringValue(std::wstring name, std::u16string_view text,
                               std::uint32_t type = kRegSz);
 RegistryValue MakeDwordValue(std::wstring name, std::uint32_t number);
 

@@ -1,6 +1,7 @@
 #include "restore/change_recorder.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/file_operations.h"
 #include "platform/listed_kinds.h"
@@ -380,11 +381,11 @@ void ChangeRecorder::KeyChanges(RegistryHive hive, const std::wstring& keyPath,
 void ChangeRecorder::NoteKey(RegistryHive hive, const std::wstring& keyPath,
                              const std::vector<std::wstring>& setting) {
   KeyChanging change{hive, keyPath, std::nullopt, setting};
-  const std::wstring fullPath = FullKeyPath(hive, keyPath);
-  if (!notedKeys_.contains(fullPath)) {
+  NotedKeys& noted = notedKeys_[hive];
+  if (!noted.contains(keyPath)) {
     change.before = ImageOfKey(hive, keyPath);
     if (change.before->exists) change.keyPath = KeyAsSpelled(hive, keyPath);
-    notedKeys_.emplace(fullPath, NotedKey{hive, change.keyPath, *change.before});
+    noted.emplace(change.keyPath, *change.before);
   }
   journal_.Add(change);
 }
@@ -400,8 +401,8 @@ void ChangeRecorder::KeyTreeChanges(RegistryHive hive, const std::wstring& keyPa
   }
 }
 
-void ChangeRecorder::KeyChanged(RegistryHive hive, const std::wstring& keyPath) {
-  changedKeys_.push_back({hive, keyPath});
+void ChangeRecorder::KeyChanged(RegistryHive hive, std::wstring keyPath) {
+  changedKeys_.push_back({hive, std::move(keyPath)});
 }
 
 bool ChangeRecorder::End(const std::vector<std::wstring>& log) {
@@ -444,8 +445,10 @@ bool ChangeRecorder::ChangedNothing() {
   for (const auto& [path, file] : notedFiles_) {
     if (!IsAsBefore(path, file)) return false;
   }
-  for (const auto& [path, key] : notedKeys_) {
-    if (!IsAsBefore(key)) return false;
+  for (const auto& [hive, noted] : notedKeys_) {
+    for (const auto& [path, before] : noted) {
+      if (!IsAsBefore(hive, path, before)) return false;
+    }
   }
   return true;
 }
@@ -456,9 +459,10 @@ bool ChangeRecorder::IsAsBefore(const std::wstring& path, const NotedFile& file)
   return file.before.kind == FileKind::kAbsent || AsSpelled(path) == file.spelled;
 }
 
-bool ChangeRecorder::IsAsBefore(const NotedKey& key) {
-  if (ImageOfKey(key.hive, key.spelled) != key.before) return false;
-  return !key.before.exists || KeyAsSpelled(key.hive, key.spelled) == key.spelled;
+bool ChangeRecorder::IsAsBefore(RegistryHive hive, const std::wstring& spelled,
+                                const KeyImage& before) {
+  if (ImageOfKey(hive, spelled) != before) return false;
+  return !before.exists || KeyAsSpelled(hive, spelled) == spelled;
 }
 
 }  // namespace carrovan

@@ -112,7 +112,7 @@ class ChangeRecorder {
   [[nodiscard]] SystemCode NotesAreSafe() { return FlushNotes(ComingChange::kReplacement); }
 
   // After such changes.
-  void KeyChanged(RegistryHive hive, const std::wstring& keyPath);
+  void KeyChanged(RegistryHive hive, std::wstring keyPath);
 
   // The run is over, and what it did is safe from a loss of power. When everything is as it was
   // before, the restore point is removed, and the folder of them with the last; gives whether it
@@ -129,11 +129,7 @@ class ChangeRecorder {
     bool isOpen = false;     // noted as changing, and not as changed since
     bool isChanged = false;  // as far as it is noted, something else than before
   };
-  struct NotedKey {
-    RegistryHive hive;
-    std::wstring spelled;
-    KeyImage before;
-  };
+  using NotedKeys = std::map<std::wstring, KeyImage, NameLess>;  // by path, spelled as it was
   struct ChangedKey {
     RegistryHive hive;
     std::wstring path;
@@ -166,7 +162,7 @@ class ChangeRecorder {
   std::vector<std::wstring> WriteLog(const std::vector<std::wstring>& log);
   bool ChangedNothing();
   bool IsAsBefore(const std::wstring& path, const NotedFile& file);
-  bool IsAsBefore(const NotedKey& key);
+  bool IsAsBefore(RegistryHive hive, const std::wstring& spelled, const KeyImage& before);
 
   [[nodiscard]] SystemCode KeepCopy(const std::wstring& path, NotedFile& file);
   [[nodiscard]] SystemCode MoveIntoPoint(const std::wstring& path, NotedFile& file);
@@ -185,9 +181,9 @@ class ChangeRecorder {
   std::wstring id_;
   JournalWriter journal_;
   std::map<std::wstring, NotedFile, NameLess> notedFiles_;
-  std::map<std::wstring, NotedKey, NameLess> notedKeys_;  // by path with the root's name
-  std::vector<std::wstring> unsafeCopies_;                // made since the last flush
-  bool hasUnsafeMoves_ = false;                           // into the restore point, since then
+  std::map<RegistryHive, NotedKeys> notedKeys_;
+  std::vector<std::wstring> unsafeCopies_;  // made since the last flush
+  bool hasUnsafeMoves_ = false;             // into the restore point, since then
   // Of changes that were made, but of which no line says so yet.
   std::map<std::wstring, std::optional<FileImage>, NameLess> changedFiles_;
   std::vector<ChangedKey> changedKeys_;

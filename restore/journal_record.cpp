@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdio>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "registry_text/registry_file_parser.h"
 #include "registry_text/registry_key.h"
@@ -56,22 +57,13 @@ FileImage FileImageOf(const json& object) {
   throw json::other_error::create(600, "no kind of file", nullptr);
 }
 
-json ToJson(const KeyImage& image) {
-  if (!image.exists) return nullptr;
-  json values = json::array();
-  for (const RegistryValue& value : image.values) {
-    values.push_back(
-        {{"name", ToJournalText(value.name)}, {"type", value.type}, {"data", value.data}});
-  }
-  return values;
-}
-
-KeyImage KeyImageOf(const json& values) {
+KeyImage KeyImageOf(json& values) {
   KeyImage image;
   image.exists = !values.is_null();
-  for (const json& value : values) {
-    image.values.push_back({TextAt(value, "name"), value.at("type").get<std::uint32_t>(),
-                            value.at("data").get<std::vector<std::uint8_t>>()});
+  for (json& value : values) {
+    RegistryData::Bytes data = std::move(value.at("data").get_binary());
+    image.values.push_back(
+        {TextAt(value, "name"), value.at("type").get<std::uint32_t>(), std::move(data)});
   }
   return image;
 }
@@ -111,15 +103,12 @@ json ToJson(const FileChanged& change) {
 
 json ToJson(const KeyChanging& change) {
   json object = KeyToJson("key changing", change.hive, change.keyPath);
-  if (change.before) object["before"] = ToJson(*change.before);
   for (const std::wstring& name : change.setting) object["setting"].push_back(ToJournalText(name));
   return object;
 }
 
 json ToJson(const KeyChanged& change) {
-  json object = KeyToJson("key changed", change.hive, change.keyPath);
-  object["after"] = ToJson(change.after);
-  return object;
+  return KeyToJson("key changed", change.hive, change.keyPath);
 }
 
 json ToJson(const ScratchMade& made) {
@@ -137,7 +126,7 @@ FileChanging FileChangingOf(const json& object) {
   return change;
 }
 
-KeyChanging KeyChangingOf(const json& object) {
+KeyChanging KeyChangingOf(json& object) {
   KeyChanging change{HiveAt(object), TextAt(object, "key"), std::nullopt, {}};
   if (object.contains("before")) change.before = KeyImageOf(object.at("before"));
   if (!object.contains("setting")) return change;
@@ -147,7 +136,7 @@ KeyChanging KeyChangingOf(const json& object) {
   return change;
 }
 
-std::optional<JournalRecord> RecordOf(const json& object) {
+std::optional<JournalRecord> RecordOf(json& object) {
   const auto& name = object.at(kRecord).get_ref<const std::string&>();
   if (name == "point begun") {
     return PointBegun{OptionalTextAt(object, "verb"), OptionalTextAt(object, "version"),
@@ -175,10 +164,9 @@ namespace {
 constexpr std::string_view kCheck = R"(,"check":")";
 constexpr std::size_t kCheckDigits = 8;
 
-std::string ChecksumText(std::string_view text) {
+std::string ChecksumText(std::uint32_t sum) {
   std::array<char, kCheckDigits + 1> digits = {};
-  std::snprintf(digits.data(), digits.size(), "%08x",
-                static_cast<unsigned>(ImageOfBytes(text).crc32));
+  std::snprintf(digits.data(), digits.size(), "%08x", static_cast<unsigned>(sum));
   return digits.data();
 }
 
@@ -190,17 +178,142 @@ std::string_view CheckedPart(std::string_view line) {
 }
 
 bool IsAsWritten(std::string_view line, std::string_view checked) {
-  return line.substr(checked.size() + kCheck.size(), kCheckDigits) == ChecksumText(checked);
+  return line.substr(checked.size() + kCheck.size(), kCheckDigits) ==
+         ChecksumText(ImageOfBytes(checked).crc32);
 }
 
 }  // namespace
 
-std::string EncodeRecord(const JournalRecord& record, std::size_t flushedLines) {
+namespace {
+
+// The key that a record holds an image of, and the name of that member; none of any other record.
+struct NamedImage {
+  const char* name = nullptr;
+  const KeyImage* image = nullptr;
+};
+
+NamedImage ImageIn(const JournalRecord& record) {
+  if (const auto* const change = std::get_if<KeyChanging>(&record)) {
+    return change->before ? NamedImage{"before", &*change->before} : NamedImage();
+  }
+  const auto* const change = std::get_if<KeyChanged>(&record);
+  return change != nullptr ? NamedImage{"after", &change->after} : NamedImage();
+}
+
+// A line on its way out, in parts.
+class LineParts {
+ public:
+  explicit LineParts(const TakeLinePart& take) : take_(take) {}
+
+  void Add(std::string_view text) {
+    part_.append(text);
+    if (part_.size() >= kMostBytes) HandOn();
+  }
+
+  void Add(const KeyImage& image) {
+    if (!image.exists) return Add("null");
+    Add("[");
+    for (const RegistryValue& value : image.values) {
+      Add(&value == &image.values.front() ? R"({"data":[)" : R"(,{"data":[)");
+      Add(value.data);
+      const json rest = {{"name", ToJournalText(value.name)}, {"type", value.type}};
+      Add("],");
+      Add(std::string_view(rest.dump()).substr(1));
+    }
+    Add("]");
+  }
+
+  // Ends what the checksum is of, and the line.
+  void Close() {
+    HandOn();
+    take_(std::string(kCheck) + ChecksumText(sum_.Image().crc32) + "\"}\n");
+  }
+
+ private:
+  static constexpr std::size_t kMostBytes = std::size_t{1} << 16;
+
+  void Add(const RegistryData& data) {
+    bool isFirst = true;
+    for (const std::uint8_t byte : data) {
+      Add(isFirst ? "" : ",");
+      Add(std::to_string(byte));
+      isFirst = false;
+    }
+  }
+
+  void HandOn() {
+    sum_.Add(part_);
+    take_(part_);
+    part_.clear();
+  }
+
+  const TakeLinePart& take_;
+  std::string part_;
+  ContentSum sum_;
+};
+
+// Has lists of data read as the bytes that they are.
+class DataLists {
+ public:
+  bool operator()(json::parse_event_t event, json& parsed) {
+    const bool isAwaited = std::exchange(isAwaited_, false);
+    if (event == json::parse_event_t::key) {
+      isAwaited_ = parsed == "data";
+    } else if (event == json::parse_event_t::array_start && isAwaited) {
+      bytes_.emplace();
+    } else if (event == json::parse_event_t::array_end && bytes_) {
+      bytes_->shrink_to_fit();
+      parsed = json::binary(std::move(*bytes_));
+      bytes_.reset();
+    } else if (bytes_) {
+      bytes_->push_back(parsed.get<std::uint8_t>());
+      return false;
+    }
+    return true;
+  }
+
+ private:
+  bool isAwaited_ = false;
+  std::optional<RegistryData::Bytes> bytes_;  // of the list that is being read
+};
+
+json ParseLine(std::string_view line) {
+  DataLists lists;
+  return json::parse(line, [&lists](int, json::parse_event_t event, json& parsed) {
+    return lists(event, parsed);
+  });
+}
+
+}  // namespace
+
+// The image comes first, as the names of an object's members are sorted.
+void EncodeRecord(const JournalRecord& record, std::size_t flushedLines, const TakeLinePart& take) {
   json object = std::visit([](const auto& one) { return ToJson(one); }, record);
   object["flushed"] = flushedLines;
-  std::string line = object.dump();
-  line.pop_back();
-  return line + std::string(kCheck) + ChecksumText(line) + "\"}\n";
+  const std::string members = object.dump();
+  LineParts line(take);
+  line.Add("{");
+  if (const NamedImage named = ImageIn(record); named.image != nullptr) {
+    line.Add("\"" + std::string(named.name) + "\":");
+    line.Add(*named.image);
+    line.Add(",");
+  }
+  line.Add(std::string_view(members).substr(1, members.size() - 2));
+  line.Close();
+}
+
+std::string EncodeRecord(const JournalRecord& record, std::size_t flushedLines) {
+  std::string line;
+  EncodeRecord(record, flushedLines, [&line](std::string_view part) { line.append(part); });
+  return line;
+}
+
+std::size_t ValueBytes(const JournalRecord& record) {
+  const KeyImage* const image = ImageIn(record).image;
+  std::size_t bytes = 0;
+  if (image == nullptr) return bytes;
+  for (const RegistryValue& value : image->values) bytes += value.data.size();
+  return bytes;
 }
 
 std::optional<JournalLine> DecodeRecord(std::string_view line) {
@@ -208,7 +321,7 @@ std::optional<JournalLine> DecodeRecord(std::string_view line) {
   const bool isChecked = checked.size() < line.size();
   if (isChecked && !IsAsWritten(line, checked)) return std::nullopt;
   try {
-    const json object = json::parse(line);
+    json object = ParseLine(line);
     auto record = RecordOf(object);
     if (!record) return std::nullopt;
     return JournalLine{*std::move(record), object.value("flushed", std::size_t{0}), isChecked};

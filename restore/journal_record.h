@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -91,6 +93,13 @@ struct JournalLine {
 // One line of JSON with a checksum and a line end. Every text comes back as it was, unpaired
 // surrogates included.
 std::string EncodeRecord(const JournalRecord& record, std::size_t flushedLines);
+
+// The same in parts: the data of a value take three times their room and more in a line.
+using TakeLinePart = std::function<void(std::string_view part)>;
+void EncodeRecord(const JournalRecord& record, std::size_t flushedLines, const TakeLinePart& take);
+
+// How many bytes of values a record holds.
+std::size_t ValueBytes(const JournalRecord& record);
 
 // Nothing for a line that is no record or is not as it was written; without its line end.
 std::optional<JournalLine> DecodeRecord(std::string_view line);

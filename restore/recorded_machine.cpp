@@ -1,5 +1,7 @@
 #include "restore/recorded_machine.h"
 
+#include <utility>
+
 #include "platform/registry_file.h"
 #include "platform/registry_tool.h"
 #include "registry_text/registry_key.h"
@@ -243,7 +245,9 @@ class RecordedImport : public RunningTool {
 
   bool WaitForEnd() override {
     const bool succeeded = tool_->WaitForEnd();
-    for (const NamedKey& key : keys_) recorder_.KeyChanged(key.hive, key.path);
+    for (NamedKey& key : std::exchange(keys_, {})) {
+      recorder_.KeyChanged(key.hive, std::move(key.path));
+    }
     return succeeded;
   }
 
@@ -253,19 +257,16 @@ class RecordedImport : public RunningTool {
   ChangeRecorder& recorder_;
 };
 
-SystemCode NoteKeys(const RegistryFile& file, ChangeRecorder& recorder,
-                    std::vector<NamedKey>& keys) {
-  for (const RegistryKeyChange& change : file.keys) {
-    std::vector<std::wstring> noted;
-    if (change.remove) {
-      recorder.KeyTreeChanges(change.hive, change.keyPath, noted);
-    } else {
-      recorder.KeyChanges(change.hive, change.keyPath, NamesOf(change.values));
-      noted.push_back(change.keyPath);
-    }
-    for (std::wstring& path : noted) keys.push_back({change.hive, std::move(path)});
+void NoteKey(const RegistryKeyChange& change, ChangeRecorder& recorder,
+             std::vector<NamedKey>& keys) {
+  std::vector<std::wstring> noted;
+  if (change.remove) {
+    recorder.KeyTreeChanges(change.hive, change.keyPath, noted);
+  } else {
+    recorder.KeyChanges(change.hive, change.keyPath, NamesOf(change.values));
+    noted.push_back(change.keyPath);
   }
-  return recorder.NotesAreSafe();
+  for (std::wstring& path : noted) keys.push_back({change.hive, std::move(path)});
 }
 
 }  // namespace
@@ -334,9 +335,10 @@ void RecordedRegistry::NoteCopy(RegistryHive sourceHive, const std::wstring& sou
 }
 
 std::unique_ptr<RunningTool> RecordedRegistryTool::ImportFile(const std::wstring& filePath) {
-  const auto file = ReadRegistryFile(files_, filePath);
   std::vector<NamedKey> keys;
-  if (file && NoteKeys(*file, recorder_, keys) != kSystemOk) return nullptr;
+  const auto note = [&](const RegistryKeyChange& key) { NoteKey(key, recorder_, keys); };
+  const bool isRead = ReadRegistryKeys(files_, filePath, note);
+  if (isRead && recorder_.NotesAreSafe() != kSystemOk) return nullptr;
   auto tool = ForwardingRegistryTool::ImportFile(filePath);
   if (!tool) return nullptr;
   return std::make_unique<RecordedImport>(std::move(tool), std::move(keys), recorder_);

@@ -1,7 +1,9 @@
 #include "restore/restore_point.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
+#include <utility>
 
 #include "registry_text/registry_key.h"
 #include "text/path_text.h"
@@ -73,7 +75,7 @@ class PointReader {
  public:
   explicit PointReader(RestorePoint& point) : point_(point) {}
 
-  void Take(const JournalLine& line) {
+  void Take(JournalLine line) {
     // Journals of the first format have no checksums in any line.
     if (point_.lines == 0) isChecked_ = line.isChecked;
     if (line.isChecked != isChecked_) return;
@@ -170,9 +172,53 @@ std::vector<std::wstring> RestorePointIds(const FileReader& files, const std::ws
   return ids;
 }
 
+namespace {
+
+// Hands on a file's lines without their ends; what has no end is none.
+class FileLines {
+ public:
+  using TakeLine = std::function<void(std::string_view line)>;
+
+  explicit FileLines(TakeLine take) : take_(std::move(take)) {}
+
+  [[nodiscard]] SystemCode Read(const FileReader& files, const std::wstring& path) {
+    std::uint64_t taken = 0;
+    return files.ReadInParts(path, [&](std::string_view part, std::uint64_t bytes) {
+      taken += part.size();
+      Take(part, bytes - std::min(bytes, taken));
+      return true;
+    });
+  }
+
+  std::size_t Count() const { return count_; }
+
+ private:
+  // The rest of the file is known, so that a long line need not grow step by step.
+  void Take(std::string_view part, std::uint64_t rest) {
+    for (auto end = part.find('\n'); end != std::string_view::npos; end = part.find('\n')) {
+      line_.append(part.substr(0, end));
+      ++count_;
+      take_(line_);
+      line_.clear();
+      if (line_.capacity() > kLongLine) line_.shrink_to_fit();
+      part.remove_prefix(end + 1);
+    }
+    const bool isLong = line_.size() + part.size() > kLongLine;
+    if (isLong) line_.reserve(line_.size() + part.size() + static_cast<std::size_t>(rest));
+    line_.append(part);
+  }
+
+  static constexpr std::size_t kLongLine = std::size_t{1} << 20;
+
+  TakeLine take_;
+  std::string line_;
+  std::size_t count_ = 0;
+};
+
+}  // namespace
+
 std::optional<RestorePoint> ReadRestorePoint(const FileReader& files, const std::wstring& root,
                                              const std::wstring& id) {
-  std::string journal;
   RestorePoint point;
   point.id = id;
   point.folder = root + L"\\" + id;
@@ -180,16 +226,14 @@ std::optional<RestorePoint> ReadRestorePoint(const FileReader& files, const std:
   // Whatever lies behind a link, no run has put there.
   if (files.IsLink(point.folder)) return std::nullopt;
   const std::wstring path = point.folder + L"\\" + kJournalName;
-  if (files.Exists(path) && files.ReadBytes(path, journal) != kSystemOk) return std::nullopt;
-  if (journal.find('\n') == std::string::npos) return point;
   PointReader reader(point);
-  std::string_view rest = journal;
-  for (auto end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n')) {
-    if (const auto line = DecodeRecord(rest.substr(0, end))) reader.Take(*line);
-    rest.remove_prefix(end + 1);
-  }
+  FileLines lines([&reader](std::string_view text) {
+    if (auto line = DecodeRecord(text)) reader.Take(std::move(*line));
+  });
+  if (files.Exists(path) && lines.Read(files, path) != kSystemOk) return std::nullopt;
+  if (lines.Count() == 0) return point;
   // The first line is on the disk before a second one is written, and before anything changes.
-  const bool hasNotBegun = point.lines == 0 && std::ranges::count(journal, '\n') == 1;
+  const bool hasNotBegun = point.lines == 0 && lines.Count() == 1;
   return reader.HasBegun() || hasNotBegun ? std::optional(std::move(point)) : std::nullopt;
 }
 

@@ -14,7 +14,8 @@ namespace {
 constexpr std::size_t kShownCharacters = 200;
 
 std::wstring Shown(const RegistryValue& value) {
-  std::wstring text = RegistryValueText(value);
+  // A character may have two units.
+  const std::wstring text = RegistryValueText(value, 2 * (kShownCharacters + 1));
   return text.size() <= kShownCharacters ? text : text.substr(0, kShownCharacters) + L"…";
 }
 

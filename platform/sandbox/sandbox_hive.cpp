@@ -10,16 +10,14 @@
 #include "platform/posix/host_access.h"
 #include "platform/posix/host_file_system.h"
 #include "platform/registry_file.h"
+#include "platform/sandbox/registry_text_file.h"
 #include "registry_text/registry_file_writer.h"
-#include "support/files/part_file.h"
 #include "text/text.h"
 
 namespace carrovan {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr RegistryHive kHives[] = {RegistryHive::kCurrentUser, RegistryHive::kLocalMachine};
 
 // A log that is longer than its hive, within these limits, goes into the file: that costs no more
 // than the log did, and the log stays one that can be read.
@@ -40,25 +38,31 @@ fs::path FileOf(const fs::path& folder, RegistryHive hive, const wchar_t* extens
   return folder / HostPathFromText(RootName(hive) + extension);
 }
 
-// What keeps a text from being about one hive and nothing else.
-std::optional<std::wstring> ProblemOf(const std::optional<RegistryFile>& file, RegistryHive hive) {
-  if (!file) return L"not a registry file";
-  if (!file->problems.empty()) {
-    const RegistryFileProblem& first = file->problems.front();
-    return L"line " + std::to_wstring(first.line) + L": " + first.text;
-  }
-  for (const RegistryHive other : kHives) {
-    if (other != hive && Concerns(*file, other)) return L"keys of another root";
-  }
-  return std::nullopt;
+std::wstring TextOf(const RegistryFileProblem& problem) {
+  return L"line " + std::to_wstring(problem.line) + L": " + problem.text;
 }
 
-std::optional<std::wstring> ApplyText(std::span<const std::uint8_t> bytes, RegistryHive hive,
+constexpr wchar_t kOtherRoot[] = L"keys of another root";
+
+// What keeps a text from being about one hive and nothing else. Nothing has come of it then that
+// counts; `take` gets the keys otherwise.
+std::optional<std::wstring> ProblemOf(std::u16string_view text, RegistryHive hive,
+                                      const TakeRegistryKey& take) {
+  bool isOtherRoots = false;
+  const auto problems = ParseRegistryKeys(text, [&](RegistryKeyChange key) {
+    isOtherRoots = isOtherRoots || key.hive != hive;
+    if (!isOtherRoots) take(std::move(key));
+  });
+  if (!problems) return L"not a registry file";
+  if (!problems->empty()) return TextOf(problems->front());
+  return isOtherRoots ? std::optional<std::wstring>(kOtherRoot) : std::nullopt;
+}
+
+// With a problem the key is not to be used any more.
+std::optional<std::wstring> ApplyText(std::u16string_view text, RegistryHive hive,
                                       RegistryKey& root) {
-  const auto file = ParseRegistryFile(DecodeText(bytes).text);
-  if (auto problem = ProblemOf(file, hive)) return problem;
-  ApplyRegistryFile(*file, hive, root);
-  return std::nullopt;
+  return ProblemOf(text, hive,
+                   [&root](const RegistryKeyChange& key) { ApplyRegistryKey(key, root); });
 }
 
 bool StartsWith(std::span<const std::uint8_t> bytes, std::span<const std::uint8_t> start) {
@@ -81,10 +85,42 @@ std::optional<std::wstring> ReadIfThere(const fs::path& path,
   return TextFromHostName(path.filename().native()) + L": the file cannot be read";
 }
 
-// Nothing for a key that no registry can have, which would make the hive unreadable.
+// False for a key that no registry can have, which would make the hive unreadable.
+bool IsReadable(const std::wstring& changes, RegistryHive hive) {
+  return !ProblemOf(ToUtf16(changes), hive, [](const RegistryKeyChange&) {});
+}
+
+// The same key by key, and without the data, which cannot be at fault.
+bool HasReadableNames(const RegistryFile& file, RegistryHive hive) {
+  RegistryFile one;
+  for (const RegistryKeyChange& key : file.keys) {
+    if (key.hive != hive) continue;
+    one.keys.assign(1, {key.hive, key.keyPath, key.remove, {}});
+    for (const RegistryValueChange& change : key.values) {
+      one.keys[0].values.push_back({{change.value.name, kRegNone, {}}, change.remove});
+    }
+    if (!IsReadable(WriteRegistryChanges(one, hive), hive)) return false;
+  }
+  return true;
+}
+
+// A record of the changes is as long as this or longer.
+std::size_t LeastRecordBytes(const RegistryFile& file, RegistryHive hive) {
+  std::size_t bytes = 0;
+  for (const RegistryKeyChange& key : file.keys) {
+    if (key.hive != hive) continue;
+    bytes += sizeof(char16_t) * key.keyPath.size();
+    for (const RegistryValueChange& change : key.values) {
+      bytes += sizeof(char16_t) * change.value.name.size() + change.value.data.size();
+    }
+  }
+  return bytes;
+}
+
+// Nothing for changes that would make the hive unreadable.
 std::optional<std::vector<std::uint8_t>> RecordOf(const RegistryFile& file, RegistryHive hive) {
   const std::wstring text = WriteRegistryChanges(file, hive);
-  if (ProblemOf(ParseRegistryFile(text), hive)) return std::nullopt;
+  if (!IsReadable(text, hive)) return std::nullopt;
   return ChangeRecord(EncodeText({text, true}));
 }
 
@@ -126,13 +162,13 @@ std::optional<std::wstring> SandboxHive::Load() {
 
 SystemCode SandboxHive::Apply(const RegistryFile& file) {
   if (const SystemCode code = Begin(); code != kSystemOk) return code;
-  auto record = RecordOf(file, hive_);
-  if (!record) return kInvalidName;
   const auto apply = [&](RegistryKey& root) { ApplyRegistryFile(file, hive_, root); };
-  if (record->size() > kLongestRecord) {
-    record.reset();
-    return Rewrite(apply);
+  if (LeastRecordBytes(file, hive_) > kLongestRecord) {
+    return HasReadableNames(file, hive_) ? SaveChange(apply) : kInvalidName;
   }
+  const auto record = RecordOf(file, hive_);
+  if (!record) return kInvalidName;
+  if (record->size() > kLongestRecord) return SaveChange(apply);
   if (log_.Append(*record) != FileStatus::kDone) return kAccessDenied;
   apply(root_);
   // Where this fails the log goes on.
@@ -141,13 +177,17 @@ SystemCode SandboxHive::Apply(const RegistryFile& file) {
 }
 
 SystemCode SandboxHive::Rewrite(const std::function<void(RegistryKey&)>& change) {
-  if (const SystemCode code = Begin(); code != kSystemOk) return code;
-  RegistryKey root;
-  root.CopyFrom(root_);
-  change(root);
-  if (!Save(root)) return kAccessDenied;
-  root_ = std::move(root);
-  return kSystemOk;
+  const SystemCode code = Begin();
+  return code == kSystemOk ? SaveChange(change) : code;
+}
+
+// No copy is kept of what was there: the disk has it. Where it cannot be read now, it is read
+// before the next change.
+SystemCode SandboxHive::SaveChange(const std::function<void(RegistryKey&)>& change) {
+  change(root_);
+  if (Save(root_)) return kSystemOk;
+  if (!Reload()) stamp_ = Stamp();
+  return kAccessDenied;
 }
 
 // The file's content was flushed before it took its name.
@@ -161,7 +201,7 @@ std::optional<std::wstring> SandboxHive::Read(State& state) const {
   Bytes file;
   Bytes log;
   if (auto problem = ReadBytes(file, log)) return problem;
-  return PutTogether(file, log, state);
+  return PutTogether(std::move(file), std::move(log), state);
 }
 
 // Another process may put its log into the file meanwhile. While the log only grows, it has not.
@@ -176,23 +216,26 @@ std::optional<std::wstring> SandboxHive::ReadBytes(Bytes& file, Bytes& log) cons
   return TextFromHostName(file_.filename().native()) + L": another process keeps changing the file";
 }
 
-std::optional<std::wstring> SandboxHive::PutTogether(const Bytes& file, const Bytes& log,
-                                                     State& state) const {
-  const auto apply = [&](const fs::path& path, std::span<const std::uint8_t> bytes) {
-    auto problem = ApplyText(bytes, hive_, state.root);
+std::optional<std::wstring> SandboxHive::PutTogether(Bytes file, Bytes log, State& state) const {
+  const auto apply = [&](const fs::path& path, std::u16string_view text) {
+    auto problem = ApplyText(text, hive_, state.root);
     if (problem) problem = TextFromHostName(path.filename().native()) + L": " + *problem;
     return problem;
   };
+  const FileImage image = ImageOfHive(Content(file));
   state.fileBytes = Content(file).size();
   if (file) {
-    if (auto problem = apply(file_, *file)) return problem;
+    if (auto problem = apply(file_, RegistryTextOf(*std::exchange(file, std::nullopt)))) {
+      return problem;
+    }
   }
   const LogContent content = ReadLogRecords(Content(log));
   state.logBytes = content.wholeBytes;
-  const std::size_t first = FirstUnsaved(content.records, ImageOfHive(Content(file)));
+  const std::size_t first = FirstUnsaved(content.records, image);
   for (const LogRecord& record : std::span(content.records).subspan(first)) {
     if (record.kind != LogRecordKind::kChange) continue;
-    if (auto problem = apply(log_.File(), record.content)) return problem;
+    const std::vector<std::uint8_t> bytes(record.content.begin(), record.content.end());
+    if (auto problem = apply(log_.File(), RegistryTextOf(bytes))) return problem;
   }
   return std::nullopt;
 }
@@ -249,13 +292,14 @@ bool SandboxHive::Reload() {
 // The log says what is about to be saved before the file takes its name, and loses its records only
 // when the name is safe.
 bool SandboxHive::Save(const RegistryKey& root) {
-  if (!MayPutFile(file_)) return false;
-  const auto content =
-      EncodeText({WriteRegistryFile(hive_, L"", root, RegistryFileForm::kLossless), true});
-  if (log_.Append(SavedRecord(ImageOfHive(content))) != FileStatus::kDone) return false;
-  if (ReplaceHostFile(file_, content) != FileStatus::kDone) return false;
+  RegistryTextFile file(file_);
+  WriteRegistryFile(hive_, L"", root, RegistryFileForm::kLossless,
+                    [&file](std::u16string_view part) { file.Add(part); });
+  if (file.Finish() != FileStatus::kDone) return false;
+  if (log_.Append(SavedRecord(file.Image())) != FileStatus::kDone) return false;
+  if (file.Complete() != FileStatus::kDone) return false;
   stamp_ = StampNow();
-  fileBytes_ = content.size();
+  fileBytes_ = static_cast<std::size_t>(file.Image().sizeBytes);
   if (FlushPath(folder_) == FileStatus::kDone) static_cast<void>(log_.EndAt(0));
   return true;
 }

@@ -33,8 +33,8 @@ class SandboxHive {
   const RegistryKey& Root() const { return root_; }
 
   // Both change the hive as the disk has it now, so that nothing is lost that somebody else wrote.
-  // On failure everything is as it was; kSharingViolation when another process has been changing
-  // the hive for too long.
+  // On failure the hive is as the disk has it; kSharingViolation when another process has been
+  // changing the hive for too long.
 
   // Does what a registry file says of this hive; it is in the log when this returns.
   [[nodiscard]] SystemCode Apply(const RegistryFile& file);
@@ -66,10 +66,11 @@ class SandboxHive {
 
   std::optional<std::wstring> Read(State& state) const;
   std::optional<std::wstring> ReadBytes(Bytes& file, Bytes& log) const;
-  std::optional<std::wstring> PutTogether(const Bytes& file, const Bytes& log, State& state) const;
+  std::optional<std::wstring> PutTogether(Bytes file, Bytes log, State& state) const;
   std::optional<Stamp> StampNow() const;
   [[nodiscard]] bool Take(State state);
   [[nodiscard]] SystemCode Begin();
+  [[nodiscard]] SystemCode SaveChange(const std::function<void(RegistryKey&)>& change);
   [[nodiscard]] FileStatus HoldLog();
   [[nodiscard]] bool Reload();
   [[nodiscard]] bool Save(const RegistryKey& root);

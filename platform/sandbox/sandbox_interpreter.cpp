@@ -3,14 +3,15 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/posix/host_file_system.h"
 #include "platform/registry_tool.h"
+#include "platform/sandbox/registry_text_file.h"
 #include "registry_text/registry_file_parser.h"
 #include "registry_text/registry_file_writer.h"
 #include "registry_text/registry_key.h"
-#include "text/text.h"
 
 namespace carrovan {
 namespace {
@@ -62,16 +63,18 @@ bool SandboxInterpreter::Export(std::wstring_view key, const std::wstring& file)
   if (!target || !paths_.MayBeMade(file) || !hive) return false;
   const RegistryKey* found = registry_.Find(*hive, key);
   if (found == nullptr) return false;
-  const std::wstring text =
-      WriteRegistryFile(*hive, TidyKeyPath(key), *found, RegistryFileForm::kExport);
-  return ReplaceHostFile(*target, EncodeText({text, true})) == FileStatus::kDone;
+  RegistryTextFile written(*target);
+  WriteRegistryFile(*hive, TidyKeyPath(key), *found, RegistryFileForm::kExport,
+                    [&written](std::u16string_view part) { written.Add(part); });
+  return written.Finish() == FileStatus::kDone && written.Complete() == FileStatus::kDone;
 }
 
 bool SandboxInterpreter::Import(const std::wstring& file) {
   const auto source = paths_.ToHost(file);
   std::vector<std::uint8_t> content;
   if (!source || ReadHostFile(*source, content) != FileStatus::kDone) return false;
-  const auto parsed = ParseRegistryFile(DecodeText(content).text);
+  const std::u16string text = RegistryTextOf(std::move(content));
+  const auto parsed = ParseRegistryUnits(text);
   return parsed && registry_.Merge(*parsed);
 }
 

@@ -2,6 +2,8 @@
 
 #include <shlwapi.h>
 #include <array>
+#include <utility>
+#include <vector>
 
 namespace carrovan {
 
@@ -41,7 +43,7 @@ std::optional<RegistryValue> QueryRegistryValue(RegistryHive hive, const std::ws
                                                 const std::wstring& name) {
   const RegistryKeyHandle key = OpenRegistryKey(hive, keyPath, KEY_QUERY_VALUE);
   if (!key) return std::nullopt;
-  RegistryValue value{name, kRegNone, {}};
+  std::vector<std::uint8_t> data;
   DWORD type = 0;
   DWORD sizeBytes = 0;
   LSTATUS status = ERROR_MORE_DATA;
@@ -51,14 +53,12 @@ std::optional<RegistryValue> QueryRegistryValue(RegistryHive hive, const std::ws
         ERROR_SUCCESS) {
       return std::nullopt;
     }
-    value.data.resize(sizeBytes);
-    status =
-        RegQueryValueExW(key.Get(), name.c_str(), nullptr, &type, value.data.data(), &sizeBytes);
+    data.resize(sizeBytes);
+    status = RegQueryValueExW(key.Get(), name.c_str(), nullptr, &type, data.data(), &sizeBytes);
   }
   if (status != ERROR_SUCCESS) return std::nullopt;
-  value.data.resize(sizeBytes);
-  value.type = type;
-  return value;
+  data.resize(sizeBytes);
+  return RegistryValue{name, type, std::move(data)};
 }
 
 SystemCode DeleteRegistryTree(RegistryHive hive, const std::wstring& keyPath) {

@@ -267,6 +267,31 @@ TEST_F(SandboxHiveTest, TakesAChangeThatIsLongerThanALog) {
   EXPECT_EQ(NamesOf(again), (std::vector<std::wstring>{L"small", L"large", L"last"}));
 }
 
+TEST_F(SandboxHiveTest, IsAsItWasWhenALongChangeCannotBeWritten) {
+  const RegistryValue large = MakeStringValue(L"large", std::wstring(2'200'000, L'x'));
+  SandboxRegistry registry(Folder());
+  Set(registry, L"small", L"1");
+  const std::wstring before = TextOf(registry);
+  // Nothing can take the place of a folder.
+  ASSERT_TRUE(fs::create_directories(Hive() / "in the way"));
+  EXPECT_NE(registry.SetValues(kUser, L"K", {large}), kSystemOk);
+  fs::remove_all(Hive());
+  ASSERT_EQ(registry.CreateKey(kUser, L"L"), kSystemOk);
+  EXPECT_EQ(NamesOf(registry), std::vector<std::wstring>{L"small"});
+  EXPECT_TRUE(TextOf(registry).starts_with(before.substr(0, before.size() - 2)));
+}
+
+TEST_F(SandboxHiveTest, TakesNoKeyThatNoRegistryCanHaveInALongChange) {
+  RegistryFile file;
+  file.keys.push_back({kUser, L"K", false, {}});
+  file.keys.back().values.push_back({MakeStringValue(L"v", std::wstring(2'200'000, L'x')), false});
+  file.keys.push_back({kUser, std::wstring(kLongestKeyName + 1, L'n'), false, {}});
+  SandboxRegistry registry(Folder());
+  Set(registry, L"small", L"1");
+  EXPECT_FALSE(registry.Merge(file));
+  EXPECT_EQ(NamesOf(registry), std::vector<std::wstring>{L"small"});
+}
+
 TEST_F(SandboxHiveTest, IsReadAsItIsWhileAnotherProcessChangesIt) {
   SandboxRegistry writing(Folder());
   Set(writing, L"a", L"1");
