@@ -73,7 +73,7 @@ OrReason<ChangeRecorder> ChangeRecorder::Begin(const Machine& machine, const Poi
   return {nullptr, recorder->Folder() + L": " + DescribeSystemCode(code)};
 }
 
-ChangeRecorder::ChangeRecorder(const Machine& machine, std::wstring root, std::wstring id)
+ChangeRecorder::ChangeRecorder(const Machine& machine, const std::wstring& root, std::wstring id)
     : files_(*machine.files),
       registry_(*machine.registry),
       folders_(*machine.folders),

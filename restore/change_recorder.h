@@ -135,7 +135,7 @@ class ChangeRecorder {
     std::wstring path;
   };
 
-  ChangeRecorder(const Machine& machine, std::wstring root, std::wstring id);
+  ChangeRecorder(const Machine& machine, const std::wstring& root, std::wstring id);
 
   std::wstring Folder() const { return root_ + L"\\" + id_; }
   std::wstring CopiesFolder() const { return Folder() + L"\\" + kCopiesFolder; }

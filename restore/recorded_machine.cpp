@@ -221,12 +221,14 @@ namespace {
 
 std::vector<std::wstring> NamesOf(const std::vector<RegistryValue>& values) {
   std::vector<std::wstring> names;
+  names.reserve(values.size());
   for (const RegistryValue& value : values) names.push_back(value.name);
   return names;
 }
 
 std::vector<std::wstring> NamesOf(const std::vector<RegistryValueChange>& values) {
   std::vector<std::wstring> names;
+  names.reserve(values.size());
   for (const RegistryValueChange& change : values) names.push_back(change.value.name);
   return names;
 }

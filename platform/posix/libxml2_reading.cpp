@@ -164,8 +164,8 @@ std::string_view TreeBuilder::FullName(std::string_view prefix, std::string_view
 
 void TreeBuilder::AddNamespaces(XmlTreeElement& element, const xmlChar** namespaces, int count) {
   XmlNamespace* last = nullptr;
-  for (int i = 0; i < count; ++i) {
-    tree_.AddNamespace(element, last, ViewOf(namespaces[2 * i]), ViewOf(namespaces[2 * i + 1]));
+  for (const xmlChar** name = namespaces; count > 0; --count, name += 2) {
+    tree_.AddNamespace(element, last, ViewOf(name[0]), ViewOf(name[1]));
   }
 }
 

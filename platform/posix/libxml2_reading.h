@@ -1,6 +1,8 @@
 #pragma once
 
 #include <libxml/parser.h>
+
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -43,7 +45,8 @@ inline std::string_view ViewOf(const xmlChar* text, int length) {
 // where its value begins and ends.
 class ParsedAttribute {
  public:
-  ParsedAttribute(const xmlChar** attributes, int index) : fields_(attributes + 5 * index) {}
+  ParsedAttribute(const xmlChar** attributes, int index)
+      : fields_(attributes + std::ptrdiff_t{5} * index) {}
 
   std::string_view Name() const { return ViewOf(fields_[0]); }
   std::string_view Prefix() const { return ViewOf(fields_[1]); }

@@ -11,6 +11,7 @@ constexpr RegistryHive kHives[] = {RegistryHive::kCurrentUser, RegistryHive::kLo
 
 std::vector<RegistryValueChange> SettingOf(const std::vector<const RegistryValue*>& values) {
   std::vector<RegistryValueChange> changes;
+  changes.reserve(values.size());
   for (const RegistryValue* value : values) changes.push_back({*value, false});
   return changes;
 }
