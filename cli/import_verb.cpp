@@ -10,6 +10,7 @@
 #include "package/package_inspection.h"
 #include "package/staging_folder.h"
 #include "package/trusted_registry_tool.h"
+#include "package/unpacking_room.h"
 
 namespace carrovan {
 namespace {
@@ -39,6 +40,7 @@ class Import {
     if (!machine_.archives->Open(options_.package)) {
       return Refuse(DescribeNoPackage(*machine_.files, options_.package));
     }
+    if (const auto lack = RoomThatLacksToUnpack(machine_, options_.package)) return Refuse(*lack);
     const StagingFolder staging(context, machine_);
     if (!staging.IsMade()) return Refuse(L"No staging folder can be made in the temporary path");
     return IsLegacyPackageName(options_.package) ? ImportDocument() : ImportCategories();
