@@ -14,6 +14,7 @@ from hosts import FOLDER, PRODUCT_FOLDER, PROJECT, Host, make_key, make_template
 sys.path.append(str(PROJECT / "tests/e2e"))
 from limits import run_limited  # noqa: E402
 from machines import RELEASE_CLI, make_sandbox  # noqa: E402
+from playable import differences  # noqa: E402
 
 ANSIBLE = PROJECT / "deploy/ansible"
 DIST = PROJECT / "build/dist"
@@ -77,6 +78,12 @@ class FleetTest(unittest.TestCase):
 
     def assert_not_failed(self, host):
         self.assertNotRegex(self.said, rf"fatal: \[{host.name}\]")
+
+    def assert_changed(self, host, before):
+        self.assertNotEqual(differences(before, host.settings()), [], host.name)
+
+    def assert_unchanged(self, host, before):
+        self.assertEqual(differences(before, host.settings()), [], host.name)
 
     def fleet(self, results):
         """The sum of a run, by host."""

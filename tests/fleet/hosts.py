@@ -16,6 +16,7 @@ from pathlib import Path
 PROJECT = Path(__file__).resolve().parents[2]
 sys.path += [str(PROJECT / name) for name in ("tools", "tests/e2e", "tests/wizard")]
 import registry_file  # noqa: E402
+from expected_machine import State  # noqa: E402
 from limits import end_group, run_limited  # noqa: E402
 from playable import files_below, without_restore_points  # noqa: E402
 from screen import wait_for  # noqa: E402
@@ -83,8 +84,8 @@ class Host:
                  for path, content in without_restore_points(
                      files_below(self.profile / "AppData")).items()
                  if path.split("/")[1:2] in (["Vantric"], ["ORMA"])}
-        return files, registry_file.parse(
-            export_key(self.prefix, r"HKEY_CURRENT_USER\SOFTWARE\Vantric"))
+        return State(files, registry_file.parse(
+            export_key(self.prefix, r"HKEY_CURRENT_USER\SOFTWARE\Vantric")))
 
     def restore_points(self):
         folder = self.local / "Carrovan/Restore"

@@ -29,10 +29,10 @@ class TwoHostsTest(FleetTest):
         document = self.document(results, idle)
         self.assertEqual((document["verb"], document["verification"]["differences"]),
                          ("import", []))
-        self.assertNotEqual(idle.settings(), self.before[idle])
+        self.assert_changed(idle, self.before[idle])
         self.assertEqual(self.exit_status(results, busy), 1)
         self.assertIn(REFUSAL, self.errors(results, busy))
-        self.assertEqual(busy.settings(), self.before[busy])
+        self.assert_unchanged(busy, self.before[busy])
         self.assert_failed(busy)
         self.assert_not_failed(idle)
         fleet = self.fleet(results)
@@ -50,14 +50,14 @@ class TwoHostsTest(FleetTest):
             self.assertTrue(document["dryRun"])
             self.assertLessEqual({category["label"] for category in document["categories"]},
                                  {"Options", "Interface layout", "Other"})
-            self.assertEqual(host.settings(), before[host])
+            self.assert_unchanged(host, before[host])
 
     def test_4_undo_gives_every_host_back_what_it_had(self):
         idle, busy = self.hosts
         results = self.play("run.yml", status=HOST_FAILED, carrovan_job="undo")
         self.assertEqual(self.exit_status(results, idle), 0)
         self.assertEqual(self.document(results, idle)["verb"], "undo")
-        self.assertEqual(idle.settings(), self.before[idle])
+        self.assert_unchanged(idle, self.before[idle])
         self.assertIn("no restore point", self.errors(results, busy))
         self.assert_failed(busy)
 
