@@ -19,9 +19,10 @@ std::uint64_t UnpackedBytes(const ArchiveReader& archive) {
 std::optional<std::wstring> RoomThatLacksToUnpack(const Machine& machine,
                                                   const std::wstring& packagePath) {
   const auto temp = machine.folders->TempPath();
-  const auto free = temp ? machine.files->FreeBytes(*temp) : std::nullopt;
   const auto archive = machine.archives->Open(packagePath);
-  if (!free || !archive) return std::nullopt;
+  if (!temp || !archive) return std::nullopt;
+  const auto free = machine.files->FreeBytes(*temp);
+  if (!free) return std::nullopt;
   const std::uint64_t unpacked = UnpackedBytes(*archive);
   if (unpacked <= *free / 2) return std::nullopt;
   return L"The import needs twice the " + std::to_wstring(unpacked) +

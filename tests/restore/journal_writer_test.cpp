@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
+#include <utility>
 
 #include "platform/file_operations.h"
 #include "platform/forwarding_ports.h"
@@ -18,17 +20,37 @@ class AppendingFiles : public ForwardingFiles {
  public:
   using ForwardingFiles::ForwardingFiles;
 
-  SystemCode AppendBytes(const std::wstring& path, std::string_view bytes) override {
-    longest = std::max(longest, bytes.size());
-    if (++appended != failing) return ForwardingFiles::AppendBytes(path, bytes);
-    // A full disk takes a part of it.
-    static_cast<void>(ForwardingFiles::AppendBytes(path, bytes.substr(0, bytes.size() / 2)));
-    return kSystemDiskFull;
+  SystemCode OpenToAppend(const std::wstring& path,
+                          std::unique_ptr<FileAppender>& appender) override {
+    std::unique_ptr<FileAppender> file;
+    const SystemCode code = ForwardingFiles::OpenToAppend(path, file);
+    if (code == kSystemOk) appender = std::make_unique<Appender>(*this, std::move(file));
+    return code;
   }
 
   std::size_t longest = 0;
   int appended = 0;
   int failing = 0;
+
+ private:
+  class Appender : public FileAppender {
+   public:
+    Appender(AppendingFiles& files, std::unique_ptr<FileAppender> file)
+        : files_(files), file_(std::move(file)) {}
+
+    SystemCode Append(std::string_view bytes) override {
+      files_.longest = std::max(files_.longest, bytes.size());
+      if (++files_.appended != files_.failing) return file_->Append(bytes);
+      // A full disk takes a part of it.
+      static_cast<void>(file_->Append(bytes.substr(0, bytes.size() / 2)));
+      return kSystemDiskFull;
+    }
+    SystemCode FlushToDisk() override { return file_->FlushToDisk(); }
+
+   private:
+    AppendingFiles& files_;
+    std::unique_ptr<FileAppender> file_;
+  };
 };
 
 class JournalWriterTest : public testing::Test {
