@@ -84,8 +84,8 @@ class Host:
                  for path, content in without_restore_points(
                      files_below(self.profile / "AppData")).items()
                  if path.split("/")[1:2] in (["Vantric"], ["ORMA"])}
-        return State(files, registry_file.parse(
-            export_key(self.prefix, r"HKEY_CURRENT_USER\SOFTWARE\Vantric")))
+        return State(files, dict(registry_file.parse(
+            export_key(self.prefix, r"HKEY_CURRENT_USER\SOFTWARE\Vantric"))))
 
     def restore_points(self):
         folder = self.local / "Carrovan/Restore"
