@@ -33,6 +33,7 @@ class EightHostsTest(FleetTest):
         make_chatty(self.chatty)
         shared.filled = self.full.fill_disk()
         self.silent.switch_off()
+        self.leaving.restart()
         leaving = threading.Thread(target=switch_off_in_the_middle, args=(self.leaving,))
         leaving.start()
         with self.busy.running_product():

@@ -143,6 +143,11 @@ class Host:
         self._sshd.wait()
         _end_wine(self.prefix, "KILL")
 
+    def restart(self):
+        """In order: what was set is on the disk then. Wine keeps the registry in memory for a
+        while, and would lose the setup's entries with the power."""
+        _end_wine(self.prefix)
+
     def remove(self):
         if self._sshd.poll() is None:
             self.switch_off()
